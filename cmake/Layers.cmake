@@ -1,0 +1,53 @@
+# One static library a folder. A folder's headers are reached as "folder/Header.h", and only by the targets that link it:
+# each library exports a directory that holds nothing but a link to its own folder, so an include that points upwards
+# does not compile.
+
+add_library(quillo_options INTERFACE)
+target_compile_options(quillo_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2
+  -Wimplicit-fallthrough -Wnull-dereference -Wunused)
+if(QUILLO_WERROR)
+  target_compile_options(quillo_options INTERFACE -Werror)
+endif()
+target_compile_definitions(quillo_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+if(QUILLO_SANITIZE)
+  target_compile_options(quillo_options INTERFACE -fsanitize=${QUILLO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(quillo_options INTERFACE -fsanitize=${QUILLO_SANITIZE})
+elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  target_compile_options(quillo_options INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong)
+  target_link_options(quillo_options INTERFACE -Wl,-z,relro,-z,now)
+endif()
+
+# quillo_expose(TARGET FOLDER): lets whoever links TARGET include "FOLDER/...".
+function(quillo_expose target folder)
+  set(view ${CMAKE_BINARY_DIR}/include/${target})
+  cmake_path(GET folder PARENT_PATH parent)
+  file(MAKE_DIRECTORY ${view}/${parent})
+  if(NOT EXISTS ${view}/${folder})
+    file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${folder} ${view}/${folder} SYMBOLIC)
+  endif()
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "INTERFACE_LIBRARY")
+    target_include_directories(${target} INTERFACE ${view})
+  else()
+    target_include_directories(${target} PUBLIC ${view})
+  endif()
+endfunction()
+
+# quillo_layer(TARGET [LINK lib...]): the folder's sources as one library, or as headers only where it has no source.
+function(quillo_layer target)
+  cmake_parse_arguments(ARG "" "" "LINK;PRIVATE" ${ARGN})
+  cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${CMAKE_SOURCE_DIR} OUTPUT_VARIABLE folder)
+  file(GLOB sources CONFIGURE_DEPENDS *.cpp)
+  if(sources)
+    file(GLOB headers CONFIGURE_DEPENDS *.h)
+    add_library(${target} STATIC ${sources} ${headers})
+    set_target_properties(${target} PROPERTIES AUTOMOC ON)
+    target_link_libraries(${target} PUBLIC ${ARG_LINK} PRIVATE quillo_options ${ARG_PRIVATE})
+  else()
+    add_library(${target} INTERFACE)
+    target_link_libraries(${target} INTERFACE ${ARG_LINK})
+  endif()
+  quillo_expose(${target} ${folder})
+endfunction()

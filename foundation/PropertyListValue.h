@@ -1,0 +1,103 @@
+#pragma once
+
+#include "foundation/Date.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QMap>
+#include <QSharedData>
+#include <QString>
+
+#include <initializer_list>
+#include <optional>
+#include <utility>
+#include <variant>
+
+namespace quillo {
+
+// The value of a property list: null marker, boolean, integer, real, string, date, data, array or dictionary.
+//
+// Sixteen bytes, whatever it holds: strings, data and collections are shared and copied on writing, so a large list
+// read from disk costs a small multiple of its file.
+class PropertyListValue {
+ public:
+  using Array = QList<PropertyListValue>;
+  using Dictionary = QMap<QString, PropertyListValue>;
+
+  // Marks a key to be removed. Never written to a file.
+  struct Null {
+    bool operator==(const Null&) const = default;
+  };
+
+  PropertyListValue() = default;
+  PropertyListValue(Null) {}                                // NOLINT(google-explicit-constructor)
+  PropertyListValue(bool value) : m_value(value) {}         // NOLINT(google-explicit-constructor)
+  PropertyListValue(int value) : m_value(qint64{value}) {}  // NOLINT(google-explicit-constructor)
+  PropertyListValue(qint64 value) : m_value(value) {}       // NOLINT(google-explicit-constructor)
+  // Held as a signed integer where it fits, so that one number has one form.
+  PropertyListValue(quint64 value);                    // NOLINT(google-explicit-constructor)
+  PropertyListValue(double value) : m_value(value) {}  // NOLINT(google-explicit-constructor)
+  PropertyListValue(Date value) : m_value(value) {}    // NOLINT(google-explicit-constructor)
+  PropertyListValue(const QString& value);             // NOLINT(google-explicit-constructor)
+  PropertyListValue(QLatin1StringView value);          // NOLINT(google-explicit-constructor)
+  PropertyListValue(const QByteArray& value);          // NOLINT(google-explicit-constructor)
+  PropertyListValue(const Array& value);               // NOLINT(google-explicit-constructor)
+  PropertyListValue(const Dictionary& value);          // NOLINT(google-explicit-constructor)
+  // A string literal would otherwise turn into a boolean.
+  PropertyListValue(const char*) = delete;
+  PropertyListValue(const char16_t*) = delete;
+
+  [[nodiscard]] bool isNull() const { return std::holds_alternative<Null>(m_value); }
+  [[nodiscard]] bool isBool() const { return std::holds_alternative<bool>(m_value); }
+  // An integer of either sign; a boolean is not one.
+  [[nodiscard]] bool isInteger() const;
+  [[nodiscard]] bool isUnsigned64() const { return std::holds_alternative<quint64>(m_value); }
+  [[nodiscard]] bool isReal() const { return std::holds_alternative<double>(m_value); }
+  // Boolean, integer or real.
+  [[nodiscard]] bool isNumber() const { return isBool() || isInteger() || isReal(); }
+  [[nodiscard]] bool isDate() const { return std::holds_alternative<Date>(m_value); }
+  [[nodiscard]] bool isString() const { return std::holds_alternative<Box<QString>>(m_value); }
+  [[nodiscard]] bool isData() const { return std::holds_alternative<Box<QByteArray>>(m_value); }
+  [[nodiscard]] bool isArray() const { return std::holds_alternative<Box<Array>>(m_value); }
+  [[nodiscard]] bool isDictionary() const { return std::holds_alternative<Box<Dictionary>>(m_value); }
+
+  // The content where the value is of that kind, else an empty one.
+  [[nodiscard]] const QString& string() const;
+  [[nodiscard]] const QByteArray& data() const;
+  [[nodiscard]] const Array& array() const;
+  [[nodiscard]] const Dictionary& dictionary() const;
+  [[nodiscard]] std::optional<Date> date() const;
+
+  // Numbers and strings convert by the platform's rules ("YES", "12abc" is 12); every other kind reads as NO or 0.
+  // Out-of-range numbers stop at the nearest limit; not a number reads as 0.
+  [[nodiscard]] bool boolValue() const;
+  [[nodiscard]] qint64 integerValue() const;
+  // As integerValue, with the bits of an unsigned 64-bit integer kept; negative numbers wrap.
+  [[nodiscard]] quint64 unsignedIntegerValue() const;
+  [[nodiscard]] double doubleValue() const;
+
+  // By value across the number kinds (true == 1 == 1.0), never across a number and a string.
+  bool operator==(const PropertyListValue& other) const;
+
+  // For log lines and test failures; nested collections beyond a few levels are abbreviated.
+  [[nodiscard]] QString description() const;
+
+ private:
+  template <typename T>
+  struct Payload : QSharedData {
+    explicit Payload(T content) : value(std::move(content)) {}
+    T value;
+  };
+  template <typename T>
+  using Box = QExplicitlySharedDataPointer<const Payload<T>>;
+
+  std::variant<Null, bool, qint64, quint64, double, Date, Box<QString>, Box<QByteArray>, Box<Array>, Box<Dictionary>>
+      m_value;
+};
+
+using PropertyListArray = PropertyListValue::Array;
+using PropertyListDictionary = PropertyListValue::Dictionary;
+
+void PrintTo(const PropertyListValue& value, std::ostream* stream);
+
+}  // namespace quillo

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+namespace quillo {
+
+// The user's directories, as absolute paths without a trailing slash. Nothing is created here.
+struct UserDirectories {
+  QString home;           // of the password database, or the one given by --home
+  QString configuration;  // ~/.config
+  QString data;           // ~/.local/share; application support goes below it
+  QString caches;         // ~/.cache
+  QString documents;      // ~/Documents, or as the desktop has it
+  QString state;          // ~/.local/state
+
+  // From the password database and the XDG environment.
+  [[nodiscard]] static UserDirectories ofRealUser();
+  // All of them below `home`, whatever the environment says.
+  [[nodiscard]] static UserDirectories below(const QString& home);
+
+  // What the process uses; ofRealUser() until the entry function sets another.
+  [[nodiscard]] static const UserDirectories& current();
+  static void setCurrent(const UserDirectories& directories);
+};
+
+}  // namespace quillo
