@@ -39,6 +39,15 @@ qint64 leadingInteger(const QString& text) {
   return value;
 }
 
+// Whether a number without an exponent is below one: "0.000…1" can be too small for a double, "1000…" too large.
+bool mantissaIsSmall(const QByteArray& digits) {
+  for (const char c : digits) {
+    if (c == '.') return true;
+    if (c >= '1' && c <= '9') return false;
+  }
+  return true;
+}
+
 // The decimal number that the text begins with; 0 where there is none.
 double leadingDouble(const QString& text) {
   const QByteArray latin = text.trimmed().left(400).toLatin1();
@@ -64,7 +73,8 @@ double leadingDouble(const QString& text) {
   bool ok = false;
   const double value = latin.left(end).toDouble(&ok);
   if (ok) return value;
-  // The only text of this shape that does not convert is one out of range: it reads as infinite.
+  // The only text of this shape that does not convert is one out of range: too small for a double, or infinite.
+  if (latin.left(end).toLower().contains("e-") || mantissaIsSmall(latin.left(mantissa))) return 0;
   return latin.startsWith('-') ? -std::numeric_limits<double>::infinity() : std::numeric_limits<double>::infinity();
 }
 

@@ -101,3 +101,6 @@ using PropertyListDictionary = PropertyListValue::Dictionary;
 void PrintTo(const PropertyListValue& value, std::ostream* stream);
 
 }  // namespace quillo
+
+// Numbers and pointers: a growing list may move them as bytes.
+Q_DECLARE_TYPEINFO(quillo::PropertyListValue, Q_RELOCATABLE_TYPE);

@@ -41,6 +41,8 @@ TEST(PropertyListValue, ConvertsByThePlatformsRules) {
       {u"99999999999999999999"_s, true, maxSigned, 1e20},
       {u".5"_s, false, 0, 0.5},
       {u"1e"_s, true, 1, 1},
+      {u"1e-999"_s, true, 1, 0},
+      {u"-1e999"_s, true, -1, -HUGE_VAL},
       {Date(5), false, 0, 0},
       {QByteArray("1"), false, 0, 0},
       {PropertyListArray{1}, false, 0, 0},

@@ -1,0 +1,212 @@
+#include "PropertyListSample.h"
+
+#include <QtEndian>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace quillo {
+namespace {
+
+using namespace Qt::StringLiterals;
+using testing::HasSubstr;
+
+QByteArray bigEndian(quint64 value, int width) {
+  QByteArray bytes(8, 0);
+  qToBigEndian(value, bytes.data());
+  return bytes.right(width);
+}
+
+// A binary list of the given objects, the first at the top; references in them are as wide as `referenceWidth` says.
+struct Binary {
+  QList<QByteArray> objects;
+  int offsetWidth{2};
+  int referenceWidth{1};
+  quint64 top{0};
+  std::optional<quint64> count{};
+  std::optional<quint64> tableOffset{};
+  QByteArray fill{};  // before every object
+
+  [[nodiscard]] QByteArray data() const {
+    QByteArray data = "bplist00";
+    QByteArray table;
+    for (const QByteArray& object : objects) {
+      data += fill;
+      table += bigEndian(static_cast<quint64>(data.size()), offsetWidth);
+      data += object;
+    }
+    const auto end = static_cast<quint64>(data.size());
+    data += table + QByteArray(6, 0) + char(offsetWidth) + char(referenceWidth);
+    data += bigEndian(count.value_or(static_cast<quint64>(objects.size())), 8) + bigEndian(top, 8);
+    return data + bigEndian(tableOffset.value_or(end), 8);
+  }
+};
+
+QByteArray hex(const char* digits) {
+  return QByteArray::fromHex(digits);
+}
+
+TEST(PropertyListBinary, ReadsEveryWidth) {
+  const struct {
+    const char* object;
+    PropertyListValue value;
+  } cases[] = {
+      {"08", false},
+      {"09", true},
+      {"10ff", 255},
+      {"11ffff", 65535},
+      {"12ffffffff", qint64{4294967295}},
+      {"13ffffffffffffffff", -1},
+      {"140000000000000000ffffffffffffffff", std::numeric_limits<quint64>::max()},
+      {"1400000000000000000000000000000007", 7},
+      {"223f000000", 0.5},
+      {"23bfe0000000000000", -0.5},
+      {"333ff0000000000000", Date(1)},
+      {"40", QByteArray()},
+      {"4f1002abcd", hex("abcd")},
+      {"4f120000000301fe02", hex("01fe02")},
+      {"524142", u"AB"_s},
+      {"5f13000000000000000241 42", u"AB"_s},
+      {"6200fcd83d", u"\u00fc"_s + QChar(0xD83D)},
+      {"a0", PropertyListArray()},
+      {"c0", PropertyListArray()},
+      {"d0", PropertyListDictionary()},
+  };
+  for (const auto& c : cases) {
+    for (int width = 1; width <= 8; ++width) {
+      const QByteArray reference = bigEndian(1, width);
+      const auto list = parsed(Binary{{"\xa1" + reference, hex(c.object)}, width, width}.data());
+      ASSERT_TRUE(list) << c.object;
+      EXPECT_TRUE(identical(*list, PropertyListArray{c.value})) << c.object << list->description().toStdString();
+    }
+  }
+  // A set reads as an array; bytes between objects belong to nobody; of equal keys the last counts.
+  EXPECT_EQ(parsed(Binary{{hex("c20101"), hex("09")}, 1, 1, 0, {}, {}, hex("0f0f00")}.data()),
+            PropertyListValue(PropertyListArray{true, true}));
+  EXPECT_EQ(parsed(Binary{{hex("d201010203"), hex("5161"), hex("1001"), hex("1002")}}.data()),
+            PropertyListValue(PropertyListDictionary{{u"a"_s, 2}}));
+  EXPECT_EQ(parsed(Binary{{hex("09"), hex("1005")}, 1, 1, 1}.data()), PropertyListValue(5));
+}
+
+TEST(PropertyListBinary, RefusesWhatIsNoObject) {
+  const struct {
+    const char* object;
+    const char* why;
+  } cases[] = {
+      {"00", "null"},
+      {"01", "unknown object"},
+      {"0f", "unknown object"},
+      {"8001", "UID"},
+      {"7161", "unknown object"},
+      {"b0", "unknown object"},
+      {"e0", "unknown object"},
+      {"ff", "unknown object"},
+      {"15"
+       "0000000000000000000000000000000000000000000000000000000000000000",
+       "width"},
+      {"140000000000000001ffffffffffffffff", "out of range"},
+      {"14ffffffffffffffffffffffffffffffff", "out of range"},
+      {"210000", "width"},
+      {"32"
+       "00000000",
+       "width"},
+      {"13ff", "behind the last"},
+      {"5361", "behind the last"},
+      {"5180", "ASCII"},
+      {"61ff", "behind the last"},
+      {"42ff", "behind the last"},
+      {"a50101", "behind the last"},
+      {"d10101", "names no object"},
+      {"5f09", "not an integer"},
+      {"5f1400000000000000000000000000000001", "not an integer"},
+      {"5f", "not an integer"},
+      {"5f11", "behind the last"},
+      {"4f13ffffffffffffffff", "behind the last"},
+      {"5f13ffffffffffffffff", "behind the last"},
+      {"6f138000000000000000", "behind the last"},
+      {"af132000000000000000", "behind the last"},
+      {"df138000000000000000", "behind the last"},
+      {"a101", "names no object"},
+      {"a100", "holds itself"},
+      {"d10000", "holds itself"},
+  };
+  for (const auto& c : cases)
+    EXPECT_THAT(whyRefused(Binary{{hex(c.object)}}.data()), testing::AllOf(HasSubstr(c.why), HasSubstr("offset")))
+        << c.object;
+  EXPECT_THAT(whyRefused(Binary{{hex("a101"), hex("a102"), hex("a101")}}.data()), HasSubstr("holds itself"));
+  EXPECT_THAT(whyRefused(Binary{{hex("d10102"), hex("1001"), hex("09")}}.data()), HasSubstr("key is not a string"));
+  EXPECT_THAT(whyRefused(Binary{{hex("d10101"), hex("a0")}}.data()), HasSubstr("key is not a string"));
+}
+
+TEST(PropertyListBinary, RefusesATrailerThatDoesNotFit) {
+  const QList<QByteArray> objects = {hex("a101"), hex("09")};
+  constexpr quint64 huge = std::numeric_limits<quint64>::max();
+  const struct {
+    Binary list;
+    const char* why;
+  } cases[] = {
+      {{objects, 0, 1}, "widths"},
+      {{objects, 1, 0}, "widths"},
+      {{objects, 1, 9}, "widths"},
+      {{objects, 1, 1, 2}, "top object"},
+      {{objects, 1, 1, huge}, "top object"},
+      {{objects, 1, 1, 0, 0}, "number of objects"},
+      {{objects, 1, 1, 0, 3}, "number of objects"},
+      {{objects, 1, 1, 0, huge}, "number of objects"},
+      {{objects, 8, 1, 0, huge / 8 + 2}, "number of objects"},
+      {{objects, 1, 1, 0, {}, 8}, "offset table"},
+      {{objects, 1, 1, 0, {}, 13}, "offset table"},
+      {{objects, 1, 1, 0, {}, huge}, "offset table"},
+  };
+  for (const auto& c : cases) EXPECT_THAT(whyRefused(c.list.data()), HasSubstr(c.why));
+  QByteArray good = Binary{objects, 1, 1}.data();
+  EXPECT_TRUE(parsed(good));
+  for (const char offset : {0, 7, 11, 12, 127}) {
+    good[good.size() - 34] = offset;
+    EXPECT_THAT(whyRefused(good), HasSubstr("outside of the objects"));
+  }
+}
+
+TEST(PropertyListBinary, RefusesToBeBlownUp) {
+  // Thirty levels, each holding the next twice: a billion values.
+  Binary doubling;
+  for (int i = 0; i < 30; ++i) doubling.objects << "\xa2" + QByteArray(2, char(i + 1));
+  doubling.objects << hex("09");
+  EXPECT_THAT(whyRefused(doubling.data()), HasSubstr("too large"));
+  // The same with eleven is sharing that a program may well have.
+  Binary harmless = doubling;
+  harmless.top = 19;
+  EXPECT_TRUE(parsed(harmless.data()));
+
+  // Shared collections must not hide depth: two chains of 300, the second at the end of the first.
+  Binary chained;
+  chained.referenceWidth = 2;
+  chained.objects << "\xa2" + bigEndian(301, 2) + bigEndian(1, 2);
+  for (quint64 i = 1; i <= 600; ++i) chained.objects << "\xa1" + bigEndian(i == 300 ? 301 : i + 1, 2);
+  chained.objects << hex("09");
+  EXPECT_THAT(whyRefused(chained.data()), HasSubstr("too deeply"));
+
+  // A hundred thousand levels.
+  Binary deep;
+  deep.offsetWidth = deep.referenceWidth = 4;
+  for (quint64 i = 1; i <= 100000; ++i) deep.objects << "\xa1" + bigEndian(i, 4);
+  deep.objects << hex("09");
+  EXPECT_THAT(whyRefused(deep.data()), HasSubstr("too deeply"));
+
+  // Objects inside of each other: each of 250 would be a megabyte.
+  QByteArray overlapping = "bplist00";
+  const QByteArray references = "\xaf\x11\x00\xfa";
+  QByteArray names;
+  for (int i = 1; i < 251; ++i) names.append(char(i));
+  overlapping += references + names;
+  const auto shared = static_cast<quint64>(overlapping.size());
+  overlapping += "\x4f\x12" + bigEndian(1000000, 4) + QByteArray(1001000, '\x4f');
+  const auto table = static_cast<quint64>(overlapping.size());
+  overlapping += bigEndian(8, 4);
+  for (int i = 0; i < 250; ++i) overlapping += bigEndian(shared, 4);
+  overlapping += QByteArray(6, 0) + char(4) + char(1) + bigEndian(251, 8) + bigEndian(0, 8) + bigEndian(table, 8);
+  EXPECT_THAT(whyRefused(overlapping), HasSubstr("overlap"));
+}
+
+}  // namespace
+}  // namespace quillo

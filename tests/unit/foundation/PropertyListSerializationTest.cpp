@@ -1,0 +1,245 @@
+#include "PropertyListSample.h"
+#include "foundation/PropertyListSerialization.h"
+#include "tests/support/TestHome.h"
+
+#include <QProcess>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace quillo {
+namespace {
+
+using namespace Qt::StringLiterals;
+using testing::HasSubstr;
+using Format = PropertyListFormat;
+
+std::optional<QByteArray> written(const PropertyListValue& value, Format format, std::string* why = nullptr) {
+  Error error;
+  auto result = PropertyListSerialization::dataWithPropertyList(value, format, &error);
+  EXPECT_EQ(error.code, result ? 0 : ErrorCode::propertyListWriteInvalid);
+  if (why) *why = error.localizedDescription.toStdString();
+  return result;
+}
+
+TEST(PropertyListSerialization, ReadsWhatOtherWritersWrite) {
+  const struct {
+    const char* name;
+    Format format;
+  } cases[] = {{"sample.xml.plist", Format::XML}, {"sample.binary.plist", Format::Binary}};
+  for (const auto& c : cases) {
+    Format format{};
+    const auto list = parsed(fixture(c.name), &format);
+    ASSERT_TRUE(list) << c.name;
+    EXPECT_TRUE(identical(*list, sampleList())) << c.name << list->description().toStdString();
+    EXPECT_EQ(format, c.format);
+  }
+  // The XML form is the same to the byte, so that files under version control do not change without need.
+  EXPECT_EQ(*written(parsed(R"(<dict><key>a</key><array><data>AAEC</data><array/><dict/></array></dict>)").value(),
+                     Format::XML),
+            QByteArray(R"(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
+<plist version="1.0">
+<dict>
+	<key>a</key>
+	<array>
+		<data>
+		AAEC
+		</data>
+		<array/>
+		<dict/>
+	</array>
+</dict>
+</plist>
+)"));
+}
+
+TEST(PropertyListSerialization, IsReadByPython) {
+  const TestHome home;
+  QStringList arguments = {QStringLiteral(QUILLO_TEST_DATA "/plist/sample.py"), u"check"_s};
+  for (const auto format : {Format::XML, Format::Binary}) {
+    arguments << home.path(QString::number(static_cast<int>(format)));
+    QFile file(arguments.last());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(written(sampleList(), format).value());
+  }
+  QProcess python;
+  python.start(u"python3"_s, arguments);
+  ASSERT_TRUE(python.waitForFinished());
+  EXPECT_EQ(python.exitCode(), 0) << python.readAllStandardError().toStdString();
+}
+
+TEST(PropertyListSerialization, RoundTripsEveryValue) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  PropertyListArray values = {sampleList(),     u""_s,       u"a\rb\r\nc\td"_s,
+                              u" ]]> &amp; "_s, u"\u00fc"_s, QByteArray(1000, 'x')};
+  for (const double real :
+       {0.0, -0.0, 1.0, 0.1, 1e300, 5e-324, 1.7976931348623157e308, -2.5, infinity, -infinity, std::nan("")})
+    values << real;
+  for (const qint64 integer :
+       {0LL, 1LL, 127LL, 128LL, 255LL, 256LL, 65535LL, 65536LL, 4294967295LL, 4294967296LL, -1LL, -128LL})
+    values << integer;
+  for (const quint64 integer : {9223372036854775808ULL, 18446744073709551615ULL}) values << integer;
+  for (const double instant : {0.0, 1.0, -1e9, -63114076800.0, 64092211200.0}) values << Date(instant);
+  values << true << 1 << 1.0 << false << 0 << 0.0 << u"1"_s;
+  for (int i = 0; i < 300; ++i) values << i << QString::number(i);
+  // All of them in one list, too, where equal ones may be shared.
+  values.append(PropertyListValue(values));
+  for (const auto format : {Format::XML, Format::Binary}) {
+    for (const PropertyListValue& value : values) {
+      const auto data = written(value, format);
+      ASSERT_TRUE(data) << value.description().toStdString();
+      Format read{};
+      const auto again = parsed(*data, &read);
+      ASSERT_TRUE(again) << data->toStdString();
+      EXPECT_TRUE(identical(value, *again)) << value.description().toStdString();
+      EXPECT_EQ(read, format);
+    }
+  }
+  // Binary holds what XML cannot.
+  for (const PropertyListValue& value :
+       PropertyListArray{QString(QChar(0)), QString(QChar(0xD800)), Date(0.25), Date(1e300)}) {
+    EXPECT_EQ(parsed(*written(value, Format::Binary)), value);
+  }
+}
+
+TEST(PropertyListSerialization, SharesEqualScalarsInBinary) {
+  PropertyListArray many;
+  for (int i = 0; i < 100; ++i)
+    many << u"a string that repeats"_s << 123456 << 0.1 << Date(5) << QByteArray("some data")
+         << PropertyListDictionary{{u"a string that repeats"_s, true}};
+  EXPECT_LT(written(many, Format::Binary)->size(), 600 + 100 * (1 + 2 + 1) + 200 + 150);
+}
+
+TEST(PropertyListSerialization, RefusesToWriteWhatCannotBeRead) {
+  const auto within = [](const PropertyListValue& value) {
+    return PropertyListDictionary{{u"Outer"_s, PropertyListArray{1, PropertyListDictionary{{u"Inner"_s, value}}}}};
+  };
+  const struct {
+    PropertyListValue value;
+    bool inBinary;
+    const char* why;
+  } cases[] = {
+      {PropertyListValue(), true, "null"},
+      {u"a\u0001"_s, false, "U+0001"},
+      {QString(QChar(0xFFFF)), false, "U+ffff"},
+      {QString(QChar(0xD83D)) + u'x', false, "U+d83d"},
+      {QString(u'x') + QChar(0xDE42), false, "U+de42"},
+      {Date(std::nan("")), false, "date"},
+      {Date(1e18), false, "date"},
+  };
+  for (const auto& c : cases) {
+    for (const auto format : {Format::XML, Format::Binary}) {
+      if (format == Format::Binary && !c.inBinary) continue;
+      std::string why;
+      EXPECT_FALSE(written(within(c.value), format, &why));
+      EXPECT_THAT(why, HasSubstr(c.why));
+      EXPECT_THAT(why, HasSubstr("at Outer[1].Inner."));
+    }
+  }
+  std::string why;
+  EXPECT_FALSE(written(PropertyListDictionary{{u"a\u0002"_s, 1}}, Format::XML, &why));
+  EXPECT_FALSE(written(sampleList(), Format::OpenStep, &why));
+  EXPECT_THAT(why, HasSubstr("OpenStep"));
+}
+
+TEST(PropertyListSerialization, LimitsDepthAlikeInReadingAndWriting) {
+  const auto nested = [](int depth) {
+    PropertyListValue value = PropertyListArray();
+    for (int i = 1; i < depth; ++i) value = PropertyListArray{value};
+    return value;
+  };
+  constexpr int most = PropertyListSerialization::maximumDepth;
+  for (const auto format : {Format::XML, Format::Binary}) {
+    const auto deepest = written(nested(most), format);
+    ASSERT_TRUE(deepest);
+    EXPECT_EQ(parsed(*deepest), nested(most));
+    std::string why;
+    EXPECT_FALSE(written(nested(most + 1), format, &why));
+    EXPECT_THAT(why, HasSubstr("too deeply"));
+  }
+  const auto repeated = [](const char* text, qsizetype count) { return QByteArray(text).repeated(count); };
+  EXPECT_TRUE(parsed(repeated("(", most) + repeated(")", most)));
+  const QByteArray deep[] = {
+      repeated("(", most + 1) + repeated(")", most + 1),
+      repeated("{a=", 100000),
+      repeated("(", 100000) + repeated(")", 100000),
+      repeated("<array>", most + 1) + repeated("</array>", most + 1),
+      repeated("<array>", 100000) + repeated("</array>", 100000),
+      repeated("<dict><key>a</key>", 100000),
+  };
+  for (const QByteArray& data : deep) EXPECT_THAT(whyRefused(data), HasSubstr("too deeply"));
+}
+
+// Whatever the bytes, the reader answers, and what it answers can be compared and written.
+void expectSurvives(const QByteArray& data) {
+  Error error;
+  const auto list = PropertyListSerialization::propertyListWithData(data, nullptr, &error);
+  if (!list) {
+    EXPECT_FALSE(error.localizedDescription.isEmpty());
+    return;
+  }
+  const auto again = PropertyListSerialization::dataWithPropertyList(*list, Format::Binary);
+  ASSERT_TRUE(again) << data.toStdString();
+  const auto reread = PropertyListSerialization::propertyListWithData(*again);
+  ASSERT_TRUE(reread);
+  EXPECT_TRUE(identical(*list, *reread)) << data.toStdString();
+}
+
+TEST(PropertyListSerialization, SurvivesDamage) {
+  const QByteArray openStep = "{ // list\n a = (1, 'two', <0fbd 77>,); \"q\\U00fc\\101\" = { b; }; /* end */ }";
+  const QByteArray xml =
+      "<?xml version='1.0' encoding='UTF-8'?><!DOCTYPE plist PUBLIC 'a' 'b'><plist version='1.0'><dict><key>a</key>"
+      "<array><integer>-0x1f</integer><real>1e3</real><date>2014-03-10T20:00:00Z</date><data>AA "
+      "==</data><true/></array>"
+      "<!-- c --><key>&#98;&amp;</key><string>x<![CDATA[<y>]]></string></dict></plist>";
+  const QByteArray samples[] = {*written(parsed(xml).value(), Format::Binary), xml, openStep};
+  for (const QByteArray& sample : samples) {
+    ASSERT_FALSE(sample.isEmpty());
+    for (qsizetype length = 0; length < sample.size(); ++length) {
+      expectSurvives(sample.first(length));
+      // A shorter list is still none, but for white space at the end of a text.
+      // The start of the binary form's magic is a word of the OpenStep form.
+      if (length > 0 && QByteArrayView("bplist").startsWith(sample.first(length)) && length < 6) continue;
+      const bool isWhole = sample.sliced(length).trimmed().isEmpty();
+      EXPECT_EQ(whyRefused(sample.first(length)).empty(), isWhole) << length;
+    }
+    const bool isBinary = sample.startsWith("bplist");
+    const QByteArray bytes = isBinary ? QByteArray() : QByteArray::fromHex("00ff80") + "<>&;[!-\"'{}(),=\\/ a0\r";
+    for (qsizetype at = 0; at < sample.size(); ++at) {
+      QByteArray damaged = sample;
+      for (int value = 0; value < (isBinary ? 256 : static_cast<int>(bytes.size())); ++value) {
+        damaged[at] = isBinary ? static_cast<char>(value) : bytes[value];
+        expectSurvives(damaged);
+      }
+    }
+  }
+}
+
+TEST(PropertyListSerialization, SurvivesGarbage) {
+  quint64 state = 1;
+  const auto next = [&state] { return state = state * 6364136223846793005U + 1442695040888963407U, state >> 33; };
+  const QByteArray heads[] = {"", "bplist00", "<?xml", "<plist>", "{", "\xff\xfe", "\xfe\xff"};
+  for (int round = 0; round < 7000; ++round) {
+    QByteArray data = heads[round % 7];
+    for (quint64 length = next() % 200; length > 0; --length) data.append(static_cast<char>(next()));
+    // A plausible trailer lets the binary reader get as far as the objects.
+    if (round % 7 == 1)
+      data +=
+          QByteArray::fromHex("00000000000001010000000000000004000000000000000000000000000000") + char(data.size() - 4);
+    expectSurvives(data);
+  }
+}
+
+TEST(PropertyListSerialization, RefusesWhatIsNoList) {
+  EXPECT_THAT(whyRefused(""), HasSubstr("empty"));
+  EXPECT_THAT(whyRefused("bplist15" + QByteArray(100, 0)), HasSubstr("version \"15\""));
+  EXPECT_THAT(whyRefused("bplist"), HasSubstr("version"));
+  EXPECT_THAT(whyRefused(QByteArray(4096, 0)), HasSubstr("line 1"));
+  EXPECT_THAT(whyRefused("{ a = \"\xff\"; }"), HasSubstr("not valid in its encoding"));
+}
+
+}  // namespace
+}  // namespace quillo
