@@ -65,4 +65,13 @@ void UserDirectories::setCurrent(const UserDirectories& directories) {
   chosen() = directories;
 }
 
+void UserDirectories::moveTo(const QString& home) {
+  const UserDirectories directories = below(home);
+  qputenv("XDG_CONFIG_HOME", QFile::encodeName(directories.configuration));
+  qputenv("XDG_DATA_HOME", QFile::encodeName(directories.data));
+  qputenv("XDG_CACHE_HOME", QFile::encodeName(directories.caches));
+  qputenv("XDG_STATE_HOME", QFile::encodeName(directories.state));
+  setCurrent(directories);
+}
+
 }  // namespace quillo

@@ -21,6 +21,9 @@ struct UserDirectories {
   // What the process uses; ofRealUser() until the entry function sets another.
   [[nodiscard]] static const UserDirectories& current();
   static void setCurrent(const UserDirectories& directories);
+  // What --home does: everything of ours goes below `home`, and so does what the libraries keep for us (the Trash), by
+  // way of the XDG environment. The variable HOME stays: the display's authority file may be found through it.
+  static void moveTo(const QString& home);
 };
 
 }  // namespace quillo

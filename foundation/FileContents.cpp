@@ -1,0 +1,103 @@
+#include "foundation/FileContents.h"
+
+#include "foundation/FileDescriptor.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Error notRegular(const QString& path, qint64 code) {
+  return cocoaError(code, path + u": not a regular file"_s);
+}
+
+// Answers errno, or 0. Each turn writes at least one byte or ends.
+int writeAll(int descriptor, const QByteArray& bytes) {
+  qsizetype written = 0;
+  while (written < bytes.size()) {
+    const ssize_t count = ::pwrite(descriptor, bytes.constData() + written, static_cast<size_t>(bytes.size() - written),
+                                   static_cast<off_t>(written));
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return count < 0 ? errno : ENOSPC;
+    written += count;
+  }
+  return 0;
+}
+
+}  // namespace
+
+std::optional<QByteArray> contentsOfFile(const QString& path, Error* error) {
+  // Without O_NONBLOCK a pipe in the file's place would hang the open.
+  const FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.isOpen()) return contentsOfOpenFile(file.number(), path, error);
+  fail(error, fileReadError(errno, path));
+  return std::nullopt;
+}
+
+std::optional<QByteArray> contentsOfOpenFile(int descriptor, const QString& path, Error* error) {
+  const auto failed = [error](Error reason) -> std::optional<QByteArray> {
+    fail(error, std::move(reason));
+    return std::nullopt;
+  };
+  struct stat status {};
+  if (::fstat(descriptor, &status) != 0) return failed(fileReadError(errno, path));
+  if (!S_ISREG(status.st_mode)) return failed(notRegular(path, ErrorCode::fileReadCorrupt));
+  if (status.st_size > largestFileRead)
+    return failed(cocoaError(ErrorCode::fileReadCorrupt, path + u": too large to read"_s));
+
+  QByteArray bytes(static_cast<qsizetype>(status.st_size), Qt::Uninitialized);
+  qsizetype got = 0;
+  // The size was bounded above, and each turn reads at least one byte or ends; what another writer appends meanwhile is
+  // left for the next read.
+  while (got < bytes.size()) {
+    const ssize_t count = ::read(descriptor, bytes.data() + got, static_cast<size_t>(bytes.size() - got));
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return failed(fileReadError(errno, path));
+    if (count == 0) break;
+    got += count;
+  }
+  bytes.truncate(got);
+  return bytes;
+}
+
+bool writeFileInPlace(const QString& path, const QByteArray& bytes, Error* error) {
+  FileDescriptor file(::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600));
+  if (!file.isOpen()) return fail(error, fileWriteError(errno, path));
+  struct stat status {};
+  if (::fstat(file.number(), &status) != 0) return fail(error, fileWriteError(errno, path));
+  if (!S_ISREG(status.st_mode)) return fail(error, notRegular(path, ErrorCode::fileWriteUnknown));
+  if (bytes.size() > status.st_size) {
+    // Claims the blocks without changing the size, so a reader never sees a tail of zeros. A file system that cannot do
+    // this leaves the failure to the write itself.
+    const int claimed = ::fallocate(file.number(), FALLOC_FL_KEEP_SIZE, status.st_size, bytes.size() - status.st_size);
+    if (claimed != 0 && errno == ENOSPC) return fail(error, fileWriteError(ENOSPC, path));
+  }
+  if (const int number = writeAll(file.number(), bytes)) return fail(error, fileWriteError(number, path));
+  if (::ftruncate(file.number(), bytes.size()) != 0) return fail(error, fileWriteError(errno, path));
+  if (!file.close()) return fail(error, fileWriteError(errno, path));
+  return true;
+}
+
+bool writeFileAtomically(const QString& path, const QByteArray& bytes, Error* error) {
+  QSaveFile file(path);
+  errno = 0;
+  if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) ||
+      file.write(bytes) != bytes.size() || !file.commit()) {
+    if (errno != 0) return fail(error, fileWriteError(errno, path));
+    return fail(error, cocoaError(ErrorCode::fileWriteUnknown, path + u": "_s + file.errorString()));
+  }
+  return true;
+}
+
+}  // namespace quillo

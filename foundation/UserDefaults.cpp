@@ -1,0 +1,104 @@
+#include "foundation/UserDefaults.h"
+
+#include "foundation/Bundle.h"
+#include "foundation/FileContents.h"
+#include "foundation/Log.h"
+#include "foundation/PropertyListSerialization.h"
+#include "foundation/TildeExpansion.h"
+#include "foundation/UserDirectories.h"
+
+#include <QDir>
+#include <QFile>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+static std::unique_ptr<UserDefaults>& standardInstance() {
+  static std::unique_ptr<UserDefaults> instance;
+  return instance;
+}
+
+UserDefaults& UserDefaults::standardUserDefaults() {
+  auto& instance = standardInstance();
+  if (!instance)
+    instance = std::make_unique<UserDefaults>(UserDirectories::current().configuration + u"/quillo"_s,
+                                              Bundle::mainBundle().bundleIdentifier());
+  return *instance;
+}
+
+void UserDefaults::resetStandardUserDefaults() {
+  standardInstance().reset();
+}
+
+UserDefaults::UserDefaults(const QString& directory, const QString& domain)
+    : m_path(directory + u'/' + domain + u".plist"_s) {
+  Error error;
+  const auto bytes = contentsOfFile(m_path, &error);
+  if (!bytes) {
+    if (error.code != ErrorCode::fileReadNoSuchFile)
+      QLLogInfo(u"Failed to read user defaults %1 - %2"_s.arg(m_path, error.description()));
+    return;
+  }
+  const auto list = PropertyListSerialization::propertyListWithData(*bytes, nullptr, &error);
+  m_fileIsDamaged = !list || !list->isDictionary();
+  if (m_fileIsDamaged)
+    QLLogInfo(u"User defaults %1 are damaged and read as empty - %2"_s.arg(m_path, error.description()));
+  else
+    m_values = list->dictionary();
+}
+
+void UserDefaults::registerDefaults(const PropertyListDictionary& defaults) {
+  m_registered.insert(defaults);
+}
+
+std::optional<PropertyListValue> UserDefaults::objectForKey(const QString& key) const {
+  for (const auto* layer : {&m_values, &m_registered})
+    if (const auto found = layer->find(key); found != layer->end()) return *found;
+  return std::nullopt;
+}
+
+void UserDefaults::setObjectForKey(const std::optional<PropertyListValue>& value, const QString& key) {
+  const auto found = m_values.constFind(key);
+  if (value ? found != m_values.cend() && *found == *value : found == m_values.cend()) return;
+  if (value)
+    m_values.insert(key, *value);
+  else
+    m_values.remove(key);
+  save();
+}
+
+void UserDefaults::save() {
+  Error error;
+  if (m_fileIsDamaged) {
+    QFile::remove(m_path + u".damaged"_s);
+    QFile::copy(m_path, m_path + u".damaged"_s);
+    m_fileIsDamaged = false;
+  }
+  QDir().mkpath(QFileInfo(m_path).path());
+  const auto bytes = PropertyListSerialization::dataWithPropertyList(m_values, PropertyListFormat::XML, &error);
+  if (!bytes || !writeFileAtomically(m_path, *bytes, &error))
+    QLLogInfo(u"Failed to write user defaults %1 - %2"_s.arg(m_path, error.description()));
+}
+
+bool UserDefaults::boolForKey(const QString& key) const {
+  const auto value = objectForKey(key);
+  return value && value->boolValue();
+}
+
+std::optional<QByteArray> UserDefaults::dataForKey(const QString& key) const {
+  const auto value = objectForKey(key);
+  if (!value || !value->isData()) return std::nullopt;
+  return value->data();
+}
+
+std::optional<QUrl> UserDefaults::URLForKey(const QString& key) const {
+  const auto value = objectForKey(key);
+  if (!value || !value->isString() || value->string().isEmpty()) return std::nullopt;
+  const QString path = stringByExpandingTildeInPath(value->string());
+  const QUrl url = path.startsWith(u'/') ? QUrl::fromLocalFile(path) : QUrl(path, QUrl::StrictMode);
+  if (!url.isValid() || url.isRelative()) return std::nullopt;
+  return url;
+}
+
+}  // namespace quillo

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "foundation/PropertyListValue.h"
+
+#include <QString>
+#include <QUrl>
+
+#include <memory>
+#include <optional>
+
+namespace quillo {
+
+// The process's own settings: one domain, kept in a property list of its own, over registered defaults that last as
+// long as the process. Every set saves at once; a failed save is logged and the value stays in use. Main thread only.
+class UserDefaults {
+ public:
+  // The domain of the main bundle, in the user's configuration directory. Made on first use.
+  static UserDefaults& standardUserDefaults();
+  // Forgets the shared instance, so that the next use reads the current directories; for tests.
+  static void resetStandardUserDefaults();
+
+  // Reads `DOMAIN.plist` in `directory`. A file that cannot be parsed reads as empty and is kept beside as
+  // `DOMAIN.plist.damaged` before the first save.
+  UserDefaults(const QString& directory, const QString& domain);
+
+  [[nodiscard]] QString path() const { return m_path; }
+
+  // Adds to what absent keys read as.
+  void registerDefaults(const PropertyListDictionary& defaults);
+
+  [[nodiscard]] std::optional<PropertyListValue> objectForKey(const QString& key) const;
+  // Nothing removes the key; what is registered under it shows again.
+  void setObjectForKey(const std::optional<PropertyListValue>& value, const QString& key);
+  void removeObjectForKey(const QString& key) { setObjectForKey(std::nullopt, key); }
+
+  [[nodiscard]] bool boolForKey(const QString& key) const;
+  void setBoolForKey(bool value, const QString& key) { setObjectForKey(PropertyListValue(value), key); }
+  [[nodiscard]] std::optional<QByteArray> dataForKey(const QString& key) const;
+  // A path, with a leading "~" expanded, or an absolute URL's text.
+  [[nodiscard]] std::optional<QUrl> URLForKey(const QString& key) const;
+
+  // What is stored, without what is registered.
+  [[nodiscard]] const PropertyListDictionary& persistentDomain() const { return m_values; }
+
+ private:
+  void save();
+
+  QString m_path;
+  PropertyListDictionary m_values;
+  PropertyListDictionary m_registered;
+  bool m_fileIsDamaged{false};
+};
+
+}  // namespace quillo

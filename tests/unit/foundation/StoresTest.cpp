@@ -1,0 +1,193 @@
+// What keeps and passes values: own defaults, bookmarks, bundles, files, observers and notification centres.
+
+#include "foundation/Bookmark.h"
+#include "foundation/Bundle.h"
+#include "foundation/DistributedNotificationCenter.h"
+#include "foundation/FileContents.h"
+#include "foundation/KeyValueObserving.h"
+#include "foundation/UserDefaults.h"
+#include "platform/DistributedNotifications.h"
+#include "tests/support/TestHome.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace quillo {
+namespace {
+
+using namespace Qt::StringLiterals;
+using testing::ElementsAre;
+
+void put(const QString& path, const QByteArray& bytes) {
+  ASSERT_TRUE(writeFileAtomically(path, bytes));
+}
+
+TEST(UserDefaultsTest, StoredValuesStandOverRegisteredOnesAndLast) {
+  const TestHome home;
+  {
+    UserDefaults defaults(home.path(u"new/folder"_s), u"domain"_s);
+    defaults.registerDefaults({{u"spell"_s, true}, {u"grammar"_s, false}});
+    EXPECT_TRUE(defaults.boolForKey(u"spell"_s));
+    defaults.setBoolForKey(false, u"spell"_s);
+    defaults.setObjectForKey(PropertyListValue(u"~/B"_s), u"url"_s);
+    EXPECT_FALSE(defaults.boolForKey(u"spell"_s));
+  }
+  UserDefaults again(home.path(u"new/folder"_s), u"domain"_s);
+  EXPECT_EQ(again.objectForKey(u"spell"_s), PropertyListValue(false));
+  EXPECT_EQ(again.objectForKey(u"grammar"_s), std::nullopt);
+  EXPECT_EQ(again.URLForKey(u"url"_s), QUrl::fromLocalFile(home.path(u"B"_s)));
+  again.registerDefaults({{u"spell"_s, true}});
+  again.removeObjectForKey(u"spell"_s);
+  EXPECT_TRUE(again.boolForKey(u"spell"_s));
+  EXPECT_EQ(QFile::permissions(again.path()) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+}
+
+TEST(UserDefaultsTest, ADamagedFileReadsAsEmptyAndIsKept) {
+  const TestHome home;
+  put(home.path(u"d.plist"_s), "<plist><dict><key>torn");
+  LogCapture log;
+  UserDefaults defaults(home.path(), u"d"_s);
+  EXPECT_EQ(log.lines().size(), 1);
+  EXPECT_TRUE(defaults.persistentDomain().isEmpty());
+  defaults.setBoolForKey(true, u"k"_s);
+  EXPECT_EQ(*contentsOfFile(home.path(u"d.plist.damaged"_s)), QByteArray("<plist><dict><key>torn"));
+  EXPECT_TRUE(UserDefaults(home.path(), u"d"_s).boolForKey(u"k"_s));
+}
+
+TEST(BookmarkTest, FindsTheFileItWasMadeOfAndNoOther) {
+  const TestHome home;
+  const QUrl url = QUrl::fromLocalFile(home.path(u"a ü"_s));
+  Error error;
+  EXPECT_EQ(Bookmark::bookmarkData(url, Bookmark::plain, &error), std::nullopt);
+  EXPECT_EQ(error.code, ErrorCode::fileReadNoSuchFile);
+  for (const std::optional<QUrl>& none : {std::optional<QUrl>(), std::optional(QUrl(u"https://x.example/"_s))})
+    EXPECT_EQ(Bookmark::bookmarkData(none, Bookmark::plain), std::nullopt);
+
+  put(url.toLocalFile(), "1");
+  const auto data = Bookmark::bookmarkData(url, Bookmark::creationWithSecurityScope);
+  ASSERT_TRUE(data);
+  EXPECT_EQ(Bookmark::resolve(*data, Bookmark::plain)->url, url);
+  EXPECT_FALSE(Bookmark::resolve(*data, Bookmark::plain)->isStale);
+  QFile::rename(url.toLocalFile(), home.path(u"b"_s));
+  EXPECT_EQ(Bookmark::resolve(*data, Bookmark::plain, &error), std::nullopt);
+  put(url.toLocalFile(), "2");
+  EXPECT_TRUE(Bookmark::resolve(*data, Bookmark::plain)->isStale);
+  EXPECT_EQ(Bookmark::resolve("garbage", Bookmark::plain, &error), std::nullopt);
+}
+
+TEST(BundleTest, FindsResourcesAndTexts) {
+  const TestHome home;
+  QDir().mkpath(home.path(u"de.lproj"_s));
+  QDir().mkpath(home.path(u"QLCore.bundle"_s));
+  put(home.path(u"a.txt"_s), "x");
+  put(home.path(u"de.lproj/Localizable.strings"_s), "/* menu */ \"Bold\" = \"Fett\";");
+  const Bundle bundle(home.path(), {{InfoKey::identifier, u"com.example.test"_s}});
+  EXPECT_EQ(bundle.bundleIdentifier(), u"com.example.test"_s);
+  EXPECT_EQ(bundle.pathForResource(u"a"_s, u"txt"_s), home.path(u"a.txt"_s));
+  EXPECT_EQ(bundle.pathForResource(u"b"_s, u"txt"_s), std::nullopt);
+  EXPECT_TRUE(bundle.bundleForResource(u"QLCore"_s));
+  const struct {
+    QString key, value;
+    QStringList languages;
+    QString expected;
+  } texts[] = {{u"Bold"_s, {}, {u"de-AT"_s, u"en"_s}, u"Fett"_s},
+               {u"Bold"_s, {}, {u"fr"_s}, u"Bold"_s},
+               {u"Italic"_s, u"fallback"_s, {u"de"_s}, u"fallback"_s}};
+  for (const auto& t : texts)
+    EXPECT_EQ(bundle.localizedStringForKey(t.key, t.value, u"Localizable"_s, t.languages), t.expected);
+}
+
+TEST(FileContentsTest, RefusesWhatIsNoRegularFile) {
+  const TestHome home;
+  Error error;
+  EXPECT_EQ(contentsOfFile(home.path(u"none"_s), &error), std::nullopt);
+  EXPECT_EQ(error.code, ErrorCode::fileReadNoSuchFile);
+  for (const QString& odd : {home.path(), u"/dev/zero"_s}) {
+    EXPECT_EQ(contentsOfFile(odd, &error), std::nullopt) << odd.toStdString();
+    EXPECT_NE(error.code, ErrorCode::fileReadNoSuchFile);
+  }
+  EXPECT_FALSE(writeFileInPlace(home.path(), "x", &error));
+  EXPECT_FALSE(writeFileInPlace(u"/dev/full"_s, "x", &error));
+  EXPECT_FALSE(writeFileAtomically(home.path(u"no/folder/x"_s), "x", &error));
+}
+
+class Recorder : public KeyValueObserver {
+ public:
+  void observeWillChange(const QString& key, KeyValueObservable&, const void*) override { add("will", key); }
+  void observeValueForKeyPath(const QString& key, KeyValueObservable&, const void* context) override {
+    add(context ? "did with context" : "did", key);
+  }
+  std::vector<std::string> seen;
+
+ private:
+  void add(const char* what, const QString& key) { seen.push_back(std::string(what) + ' ' + key.toStdString()); }
+};
+
+TEST(KeyValueObservingTest, TellsByKeyWithContextUntilTheRegistrationEnds) {
+  auto object = std::make_unique<KeyValueObservable>();
+  Recorder recorder;
+  const int token = 0;
+  auto first = object->addObserver(recorder, u"a"_s, &token);
+  const auto second = object->addObserver(recorder, u"b"_s);
+  object->willChangeValueForKey(u"a"_s);
+  object->didChangeValueForKey(u"a"_s);
+  object->didChangeValueForKey(u"b"_s);
+  object->didChangeValueForKey(u"c"_s);
+  first.reset();
+  object->didChangeValueForKey(u"a"_s);
+  EXPECT_THAT(recorder.seen, ElementsAre("will a", "did with context a", "did b"));
+  object.reset();  // before the second registration ends
+}
+
+TEST(NotificationCenterTest, DeliversByNameAndObjectToThoseStillObserving) {
+  NotificationCenter center;
+  std::vector<std::string> seen;
+  const int first = 0;
+  const int second = 0;
+  center.addObserver(&first, u"N"_s, [&](const Notification&) {
+    seen.emplace_back("first");
+    center.removeObserver(&second);
+  });
+  center.addObserver(&second, u"N"_s, [&](const Notification&) { seen.emplace_back("second"); });
+  center.addObserver(
+      &first, u"N"_s, [&](const Notification&) { seen.emplace_back("of object"); }, &second);
+  center.postNotification(u"M"_s);
+  center.postNotification(u"N"_s);
+  center.postNotification(u"N"_s, &second);
+  center.removeObserver(&first, u"other"_s);
+  center.removeObserver(&first, u"N"_s);
+  center.postNotification(u"N"_s, &second);
+  EXPECT_THAT(seen, ElementsAre("first", "first", "of object"));
+}
+
+TEST(DistributedNotificationCenterTest, GoesThroughTheTransportOrStaysInTheProcess) {
+  class Transport : public DistributedNotifications {
+   public:
+    void setReceiver(std::function<void(const QString&)> r) override { receiver = std::move(r); }
+    bool post(const QString& name) override {
+      if (works) receiver(name);
+      return works;
+    }
+    std::function<void(const QString&)> receiver;
+    bool works{true};
+  } transport;
+  DistributedNotificationCenter center;
+  int heard = 0;
+  center.addObserver(&heard, u"N"_s, [&](const Notification& n) { heard += n.object ? 100 : 1; });
+  LogCapture log;
+  center.setTransport(&transport);
+  center.postNotification(u"N"_s, &heard);
+  EXPECT_EQ(heard, 1);
+  EXPECT_TRUE(log.lines().isEmpty());
+  transport.works = false;
+  center.postNotification(u"N"_s);
+  center.postNotification(u"N"_s);
+  EXPECT_EQ(heard, 3);
+  EXPECT_EQ(log.lines().size(), 1);
+}
+
+}  // namespace
+}  // namespace quillo
