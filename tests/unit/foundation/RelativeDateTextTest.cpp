@@ -1,0 +1,26 @@
+#include "foundation/RelativeDateText.h"
+
+#include <QDateTime>
+
+#include <gtest/gtest.h>
+
+namespace quillo {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+TEST(RelativeDateText, NamesNearDaysAndReadsInTheCalendarsZone) {
+  const auto calendar = Calendar::withTimeZoneName(u"Africa/Cairo"_s);
+  // Cairo keeps summer time again since 2023, which older zone data does not know: 19:00 UTC is 22:00 there in July.
+  EXPECT_EQ(relativeDateText(*Date::fromISO8601(u"2024-07-10T19:00:00Z"_s), *calendar, QLocale(u"de_DE"_s)),
+            u"10.07.24, 22:00"_s);
+  const Calendar utc(TimeZone::utc());
+  const QDateTime noon(QDateTime::currentDateTimeUtc().date(), QTime(12, 0), Qt::UTC);
+  const QString today = relativeDateText(Date::fromDateTime(noon), utc, QLocale(u"de_DE"_s));
+  EXPECT_TRUE(today.startsWith(u"heute"_s)) << today.toStdString();
+  EXPECT_TRUE(today.endsWith(u"12:00"_s)) << today.toStdString();
+  EXPECT_EQ(relativeDateText(Date(1e300), utc), QString());
+}
+
+}  // namespace
+}  // namespace quillo
