@@ -62,6 +62,7 @@ class PersistentPropertyList final : public KeyValueObservable {
   PropertyListFormat m_format{PropertyListFormat::Binary};
   QUrl m_propertyListURL;
   PropertyListDictionary m_properties;
+  bool m_isDictionary{true};
   PropertyListDictionary m_dirtyProperties;
 };
 

@@ -1,0 +1,132 @@
+#include "config/PersistentPropertyList.h"
+
+#include "foundation/FileContents.h"
+#include "foundation/Log.h"
+#include "foundation/TildeExpansion.h"
+
+#include <utility>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+std::unique_ptr<PersistentPropertyList> PersistentPropertyList::withPropertyListURL(const QUrl& url, Error* error) {
+  auto list = std::unique_ptr<PersistentPropertyList>(new PersistentPropertyList(url));
+  if (!list->readProps(error)) return nullptr;
+  return list;
+}
+
+bool PersistentPropertyList::readProps(Error* error) {
+  Error reason;
+  auto bytes = contentsOfFile(m_propertyListURL.toLocalFile(), &reason);
+  if (!bytes && reason.domain == ErrorDomain::cocoa && reason.code == ErrorCode::fileReadNoSuchFile)
+    bytes = PropertyListSerialization::dataWithPropertyList(PropertyListDictionary(), PropertyListFormat::Binary);
+  if (!bytes) return fail(error, reason);
+
+  PropertyListFormat format{};
+  const auto parsed = PropertyListSerialization::propertyListWithData(*bytes, &format, error);
+  if (!parsed) return false;
+  m_format = format;
+
+  // A top level that is no dictionary is taken as it comes: every key of it reads as absent.
+  m_isDictionary = parsed->isDictionary();
+  const PropertyListDictionary before = std::exchange(m_properties, parsed->dictionary());
+  // A copy: an observer may set a value, which reads the file again.
+  const PropertyListDictionary now = m_properties;
+  for (auto it = now.begin(); it != now.end(); ++it) {
+    const auto old = before.find(it.key());
+    if (old != before.end() && *old == *it) continue;
+    willChangeValueForKey(it.key());
+    didChangeValueForKey(it.key());
+  }
+  for (auto it = before.begin(); it != before.end(); ++it) {
+    if (now.contains(it.key())) continue;
+    // A removed key gets two will-change notices and no did-change. Observers of both applications know it so; keep it.
+    willChangeValueForKey(it.key());
+    willChangeValueForKey(it.key());
+  }
+  return true;
+}
+
+bool PersistentPropertyList::writeProps(const PropertyListDictionary& properties, Error* error) const {
+  if (!m_isDictionary)
+    return fail(error,
+                cocoaError(ErrorCode::propertyListWriteInvalid,
+                           m_propertyListURL.toLocalFile() + u": the file there is no dictionary; left as it is"_s));
+  const auto bytes = PropertyListSerialization::dataWithPropertyList(properties, m_format, error);
+  // In place and not by renaming: the other application holds the same file.
+  return bytes && writeFileInPlace(m_propertyListURL.toLocalFile(), *bytes, error);
+}
+
+PropertyListDictionary PersistentPropertyList::allProperties() const {
+  if (m_dirtyProperties.isEmpty()) return m_properties;
+  PropertyListDictionary all = m_properties;
+  all.insert(m_dirtyProperties);
+  return all;
+}
+
+bool PersistentPropertyList::synchronize() {
+  Error error;
+  if (!readProps(&error)) {
+    QLLogInfo(u"Failed to read property list %1 - %2"_s.arg(m_propertyListURL.toString(), error.description()));
+    return false;
+  }
+  if (m_dirtyProperties.isEmpty()) return true;
+
+  PropertyListDictionary merged = allProperties();
+  merged.removeIf([](std::pair<const QString&, PropertyListValue&> item) { return item.second.isNull(); });
+  if (!writeProps(merged, &error)) {
+    QLLogInfo(u"Failed to write property list %1 - %2"_s.arg(m_propertyListURL.toString(), error.description()));
+    return false;
+  }
+  m_properties = merged;
+  m_dirtyProperties.clear();
+  return true;
+}
+
+std::optional<PropertyListValue> PersistentPropertyList::valueForKey(const QString& key) const {
+  for (const auto* layer : {&m_dirtyProperties, &m_properties})
+    if (const auto found = layer->find(key); found != layer->end()) return *found;
+  return std::nullopt;
+}
+
+void PersistentPropertyList::setValueForKey(const std::optional<PropertyListValue>& value, const QString& key) {
+  // A removal always goes on, even of a key that is absent: it rewrites the file each time.
+  if (value && value == valueForKey(key)) return;
+  willChangeValueForKey(key);
+  m_dirtyProperties.insert(key, value.value_or(PropertyListValue::Null{}));
+  didChangeValueForKey(key);
+  // The caller is not told: a value that could not be saved stays pending.
+  synchronize();
+}
+
+bool PersistentPropertyList::boolForKey(const QString& key) const {
+  const auto value = valueForKey(key);
+  return value && value->boolValue();
+}
+
+qint64 PersistentPropertyList::integerForKey(const QString& key) const {
+  const auto value = valueForKey(key);
+  return value ? value->integerValue() : 0;
+}
+
+std::optional<QUrl> PersistentPropertyList::URLForKey(const QString& key) const {
+  const auto value = valueForKey(key);
+  if (!value || !value->isString()) return std::nullopt;
+  return QUrl::fromLocalFile(stringByExpandingTildeInPath(value->string()));
+}
+
+void PersistentPropertyList::setURLForKey(const std::optional<QUrl>& url, const QString& key) {
+  if (url && url->isValid())
+    setValueForKey(PropertyListValue(url->isLocalFile() ? url->toLocalFile() : url->path(QUrl::FullyDecoded)), key);
+  else
+    setValueForKey(std::nullopt, key);
+}
+
+std::optional<PropertyListDictionary> PersistentPropertyList::dictionaryForKey(const QString& key) const {
+  const auto value = valueForKey(key);
+  if (!value || !value->isDictionary()) return std::nullopt;
+  return value->dictionary();
+}
+
+}  // namespace quillo

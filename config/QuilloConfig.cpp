@@ -1,0 +1,197 @@
+#include "config/QuilloConfig.h"
+
+#include "config/Keys.h"
+#include "foundation/Bookmark.h"
+#include "foundation/FileContents.h"
+#include "foundation/Log.h"
+#include "foundation/PropertyListSerialization.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <sys/stat.h>
+
+#include <cerrno>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::unique_ptr<QuilloConfig>& sharedInstance() {
+  static std::unique_ptr<QuilloConfig> instance;
+  return instance;
+}
+
+// Makes the directory and those above it. An existing directory is success; anything else in its place is "file
+// exists".
+bool createDirectory(const QString& path, Error* error) {
+  if (path.isEmpty()) return fail(error, fileWriteError(ENOENT, path));
+  if (QFileInfo(path).isDir()) return true;
+  errno = 0;
+  if (QDir().mkpath(path)) return true;
+  return fail(error, fileWriteError(QFileInfo::exists(path) ? EEXIST : (errno ? errno : EIO), path));
+}
+
+}  // namespace
+
+QuilloConfig& QuilloConfig::sharedConfig() {
+  auto& instance = sharedInstance();
+  if (!instance)
+    instance = std::make_unique<QuilloConfig>(UserDirectories::current(), UserDefaults::standardUserDefaults(),
+                                              [](const char* variable) { return qEnvironmentVariable(variable); });
+  return *instance;
+}
+
+void QuilloConfig::resetSharedConfig() {
+  sharedInstance().reset();
+}
+
+QuilloConfig::QuilloConfig(UserDirectories directories, UserDefaults& ownDefaults, const Environment& environment)
+    : m_directories(std::move(directories)),
+      m_ownDefaults(ownDefaults),
+      m_allowWebInspector(PropertyListValue(environment(Key::allowWebInspector.data())).boolValue()) {
+  if (m_allowWebInspector)
+    m_ownDefaults.setObjectForKey(PropertyListValue(u"1"_s), Key::webKitDeveloperExtras);
+  else
+    m_ownDefaults.removeObjectForKey(Key::webKitDeveloperExtras);
+}
+
+PersistentPropertyList* QuilloConfig::groupProperties() {
+  if (m_groupPropertyList) return m_groupPropertyList.get();
+  const QString path = groupPrefsDirectoryURL().toLocalFile() + u"/quillo.plist"_s;
+  if (!QFileInfo::exists(path)) {
+    // Made as XML, and every later save keeps the form that it reads.
+    const auto empty =
+        PropertyListSerialization::dataWithPropertyList(PropertyListDictionary(), PropertyListFormat::XML);
+    writeFileInPlace(path, *empty);
+  }
+  m_groupPropertyList = PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path));
+  // The reason is not passed on: the line ends in the text of a missing object. It is wanted so.
+  if (!m_groupPropertyList)
+    QLLogInfo(QLatin1StringView("-[QuilloConfig groupProperties]"),
+              u"Unable to initialize group property list - (null)"_s);
+  return m_groupPropertyList.get();
+}
+
+void QuilloConfig::ensureDirectoryAtPath(const QString& path) const {
+  Error error;
+  if (!createDirectory(path, &error))
+    QLLogInfo(u"Failed to create directory at %1 - %2"_s.arg(path, error.description()));
+}
+
+QUrl QuilloConfig::ensured(const QString& path) const {
+  ensureDirectoryAtPath(path);
+  return QUrl::fromLocalFile(path);
+}
+
+static QString below(const QUrl& directory, QLatin1StringView relative) {
+  return directory.toLocalFile() + u'/' + relative;
+}
+
+QUrl QuilloConfig::supportDirectoryURL() const {
+  return ensured(m_directories.data + u"/quillo"_s);
+}
+QUrl QuilloConfig::defaultBackupDirectoryURL() const {
+  return QUrl::fromLocalFile(below(supportDirectoryURL(), QLatin1StringView("Backup")));
+}
+QUrl QuilloConfig::groupContainerURL() const {
+  return ensured(m_directories.home + u"/Library/Group Containers/"_s + Identifier::applicationGroup);
+}
+QUrl QuilloConfig::groupLogsDirectoryURL() const {
+  return ensured(below(groupContainerURL(), QLatin1StringView("Data/Logs")));
+}
+QUrl QuilloConfig::groupDataDirectoryURL() const {
+  return ensured(below(groupContainerURL(), QLatin1StringView("Data/Documents")));
+}
+QUrl QuilloConfig::groupPrefsDirectoryURL() const {
+  return ensured(below(groupContainerURL(), QLatin1StringView("Data/Preferences")));
+}
+QUrl QuilloConfig::dataDirectoryURL() const {
+  return ensured(m_directories.documents);
+}
+QUrl QuilloConfig::imageCacheDirectoryURL() const {
+  const QString path = m_directories.caches + u"/quillo/Images"_s;
+  createDirectory(path, nullptr);
+  return QUrl::fromLocalFile(path);
+}
+QUrl QuilloConfig::nativeSyncWorkingDirectoryURL() const {
+  return QUrl::fromLocalFile(below(supportDirectoryURL(), QLatin1StringView("NativeSync")));
+}
+
+void QuilloConfig::populateBackupBookmarkDataIfNecessary() {
+  const auto location = m_ownDefaults.URLForKey(Key::autoBackupLocation);
+  if (!location || m_ownDefaults.objectForKey(Key::autoBackupLocationBookmark)) return;
+  Error error;
+  const bool made = createDirectory(location->toLocalFile(), &error);
+  if (!made && !(error.domain == ErrorDomain::cocoa && error.code == ErrorCode::fileWriteFileExists)) {
+    QLLogInfo(u"Error creating backup directory: %1"_s.arg(error.description()));
+    return;
+  }
+  const auto bookmark = Bookmark::bookmarkData(location, Bookmark::creationWithSecurityScope, &error);
+  if (bookmark)
+    m_ownDefaults.setObjectForKey(PropertyListValue(*bookmark), Key::autoBackupLocationBookmark);
+  else
+    QLLogInfo(u"Could not migrate old backup URL to security-scoped bookmark: %1"_s.arg(error.description()));
+}
+
+QUrl QuilloConfig::backupRootURL() {
+  populateBackupBookmarkDataIfNecessary();
+  if (const auto data = m_ownDefaults.dataForKey(Key::autoBackupLocationBookmark))
+    if (const auto resolved = Bookmark::resolve(*data, Bookmark::resolutionWithSecurityScope)) return resolved->url;
+  return defaultBackupDirectoryURL();
+}
+
+Bundle QuilloConfig::coreResourcesBundle() const {
+  // The core library is linked into the program, so the bundle that contains it is the program's own.
+  return Bundle::mainBundle().bundleForResource(u"QLCore"_s).value_or(Bundle::mainBundle());
+}
+
+std::optional<PropertyListValue> QuilloConfig::sharedValue(QLatin1StringView key) {
+  PersistentPropertyList* list = groupProperties();
+  return list ? list->valueForKey(key) : std::nullopt;
+}
+
+void QuilloConfig::setSharedValue(const std::optional<PropertyListValue>& value, QLatin1StringView key) {
+  if (PersistentPropertyList* list = groupProperties()) list->setValueForKey(value, key);
+}
+
+QUrl QuilloConfig::serverURL() {
+  const auto stored = sharedValue(Key::serverURL);
+  return QUrl(stored && stored->isString() ? stored->string() : QString(productionWebBaseURL));
+}
+void QuilloConfig::setServerURL(const QUrl& url) {
+  setSharedValue(PropertyListValue(url.toString(QUrl::FullyEncoded)), Key::serverURL);
+}
+
+std::optional<PropertyListValue> QuilloConfig::nativeSyncJournalID() {
+  return sharedValue(Key::nativeSyncJournalID);
+}
+void QuilloConfig::setNativeSyncJournalID(const std::optional<PropertyListValue>& value) {
+  setSharedValue(value, Key::nativeSyncJournalID);
+}
+std::optional<PropertyListValue> QuilloConfig::nativeSyncSessionIdentifier() {
+  return sharedValue(Key::nativeSyncSessionIdentifier);
+}
+void QuilloConfig::setNativeSyncSessionIdentifier(const std::optional<PropertyListValue>& value) {
+  setSharedValue(value, Key::nativeSyncSessionIdentifier);
+}
+
+bool QuilloConfig::verboseLogging() {
+  PersistentPropertyList* list = groupProperties();
+  return list && list->boolForKey(Key::verboseLogging);
+}
+void QuilloConfig::setVerboseLogging(bool value) {
+  setSharedValue(PropertyListValue(value), Key::verboseLogging);
+}
+
+bool QuilloConfig::sendUsageData() {
+  const auto stored = sharedValue(Key::sendUsageData);
+  return !stored || !stored->isNumber() || stored->boolValue();
+}
+void QuilloConfig::setSendUsageData(bool value) {
+  setSharedValue(PropertyListValue(value), Key::sendUsageData);
+}
+
+}  // namespace quillo

@@ -1,0 +1,231 @@
+#include "config/PersistentPropertyList.h"
+#include "foundation/FileContents.h"
+#include "tests/support/TestHome.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace quillo {
+namespace {
+
+using namespace Qt::StringLiterals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+// Notes "will K" and "did K=value", the value as the store shows it inside the notice.
+class Notices : public KeyValueObserver {
+ public:
+  Notices(PersistentPropertyList& list, const QStringList& keys) : m_list(list) {
+    for (const QString& key : keys) m_registrations.push_back(list.addObserver(*this, key));
+  }
+  void observeWillChange(const QString& key, KeyValueObservable&, const void*) override {
+    add(QLatin1StringView("will ") + key);
+  }
+  void observeValueForKeyPath(const QString& key, KeyValueObservable&, const void*) override {
+    const auto value = m_list.valueForKey(key);
+    add(QLatin1StringView("did ") + key + u'=' + (value ? value->description() : u"absent"_s));
+  }
+  std::vector<std::string> take() { return std::exchange(m_seen, {}); }
+
+ private:
+  void add(const QString& text) { m_seen.push_back(text.toStdString()); }
+  PersistentPropertyList& m_list;
+  std::vector<std::unique_ptr<Registration>> m_registrations;
+  std::vector<std::string> m_seen;
+};
+
+class PersistentPropertyListTest : public testing::Test {
+ protected:
+  QString path() const { return home.path(u"list.plist"_s); }
+  std::unique_ptr<PersistentPropertyList> open() {
+    Error error;
+    auto list = PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path()), &error);
+    EXPECT_TRUE(list) << error.description().toStdString();
+    return list;
+  }
+  void write(const PropertyListDictionary& content, PropertyListFormat format = PropertyListFormat::XML) {
+    ASSERT_TRUE(writeFileInPlace(path(), *PropertyListSerialization::dataWithPropertyList(content, format)));
+  }
+  void writeRaw(const QByteArray& bytes) { ASSERT_TRUE(writeFileInPlace(path(), bytes)); }
+  PropertyListDictionary onDisk(PropertyListFormat* format = nullptr) {
+    const auto bytes = contentsOfFile(path());
+    return bytes ? PropertyListSerialization::propertyListWithData(*bytes, format)->dictionary()
+                 : PropertyListDictionary();
+  }
+  TestHome home;
+};
+
+TEST_F(PersistentPropertyListTest, MissingFileIsEmptyAndTheFirstSetWritesBinary) {
+  const auto list = open();
+  EXPECT_TRUE(list->allProperties().isEmpty());
+  EXPECT_FALSE(QFileInfo::exists(path()));
+  list->setBoolForKey(true, u"A"_s);
+  PropertyListFormat format{};
+  EXPECT_EQ(onDisk(&format), (PropertyListDictionary{{u"A"_s, true}}));
+  EXPECT_EQ(format, PropertyListFormat::Binary);
+}
+
+TEST_F(PersistentPropertyListTest, KeepsTheFormatItReads) {
+  for (const auto format : {PropertyListFormat::XML, PropertyListFormat::Binary}) {
+    write({{u"kept"_s, u"x"_s}}, format);
+    const auto list = open();
+    list->setIntegerForKey(7, u"n"_s);
+    PropertyListFormat after{};
+    EXPECT_EQ(onDisk(&after), (PropertyListDictionary{{u"kept"_s, u"x"_s}, {u"n"_s, 7}}));
+    EXPECT_EQ(after, format);
+  }
+}
+
+TEST_F(PersistentPropertyListTest, AnOpenStepFileIsReadAndItsSaveFailsWithTheValuePending) {
+  writeRaw("{ Name = \"old\"; }");
+  const auto list = open();
+  EXPECT_EQ(list->valueForKey(u"Name"_s), PropertyListValue(u"old"_s));
+  LogCapture log;
+  list->setObjectForKey(u"new"_s, u"Name"_s);
+  ASSERT_EQ(log.lines().size(), 1);
+  EXPECT_THAT(log.lines()[0].toStdString(), HasSubstr("Failed to write property list file://"));
+  EXPECT_EQ(list->valueForKey(u"Name"_s), PropertyListValue(u"new"_s));
+  EXPECT_EQ(list->dirtyProperties().size(), 1);
+  EXPECT_EQ(*contentsOfFile(path()), QByteArray("{ Name = \"old\"; }"));
+}
+
+TEST_F(PersistentPropertyListTest, AnEqualValueWritesNothing) {
+  write({{u"flag"_s, true}});
+  const auto list = open();
+  Notices notices(*list, {u"flag"_s});
+  QFile::remove(path());
+  list->setIntegerForKey(1, u"flag"_s);
+  EXPECT_THAT(notices.take(), ElementsAre());
+  EXPECT_FALSE(QFileInfo::exists(path()));
+}
+
+TEST_F(PersistentPropertyListTest, RemovingAnAbsentKeyStillWritesAndTells) {
+  const auto list = open();
+  Notices notices(*list, {u"gone"_s});
+  list->removeObjectForKey(u"gone"_s);
+  EXPECT_THAT(notices.take(), ElementsAre("will gone", "did gone=<null>"));
+  EXPECT_TRUE(QFileInfo::exists(path()));
+  EXPECT_EQ(list->valueForKey(u"gone"_s), std::nullopt);
+}
+
+TEST_F(PersistentPropertyListTest, MergesWithTheOtherWriterAndTellsWhatItChanged) {
+  write({{u"same"_s, 1}, {u"changed"_s, 1}, {u"removed"_s, 1}, {u"mine"_s, 1}});
+  const auto list = open();
+  Notices notices(*list, {u"same"_s, u"changed"_s, u"removed"_s, u"added"_s, u"mine"_s});
+  write({{u"same"_s, 1}, {u"changed"_s, 2}, {u"added"_s, 3}, {u"mine"_s, 5}});
+  list->setIntegerForKey(9, u"mine"_s);
+  // The own change first; then what the read before the save found, the doubled will-change of a removal last.
+  EXPECT_THAT(notices.take(), ElementsAre("will mine", "did mine=9", "will added", "did added=3", "will changed",
+                                          "did changed=2", "will mine", "did mine=9", "will removed", "will removed"));
+  EXPECT_EQ(onDisk(), (PropertyListDictionary{{u"same"_s, 1}, {u"changed"_s, 2}, {u"added"_s, 3}, {u"mine"_s, 9}}));
+}
+
+TEST_F(PersistentPropertyListTest, WritesIntoTheSameFile) {
+  write({{u"long"_s, QString(2000, u'x')}});
+  const QByteArray name = QFile::encodeName(path());
+  struct stat before {};
+  ASSERT_EQ(::stat(name.constData(), &before), 0);
+  const auto list = open();
+  list->setObjectForKey(u"s"_s, u"long"_s);
+  struct stat after {};
+  ASSERT_EQ(::stat(name.constData(), &after), 0);
+  EXPECT_EQ(before.st_ino, after.st_ino);
+  EXPECT_EQ(onDisk(), (PropertyListDictionary{{u"long"_s, u"s"_s}}));
+}
+
+TEST_F(PersistentPropertyListTest, AListTurnedBadKeepsValuesUntilAGoodOneHealsIt) {
+  write({{u"old"_s, 1}, {u"other"_s, 1}});
+  const auto list = open();
+  const auto makeDirectory = [this] { QFile::remove(path()), QDir().mkpath(path()); };
+  const std::function<void()> damages[] = {[this] { writeRaw("<plist><dict><key>torn"); },
+                                           [this] { writeRaw("bplist00"); }, makeDirectory};
+  for (const auto& damage : damages) {
+    damage();
+    LogCapture log;
+    EXPECT_FALSE(list->synchronize());
+    list->setIntegerForKey(list->integerForKey(u"mine"_s) + 1, u"mine"_s);
+    list->removeObjectForKey(u"other"_s);
+    EXPECT_EQ(list->integerForKey(u"old"_s), 1);
+    EXPECT_EQ(list->valueForKey(u"other"_s), PropertyListValue(PropertyListValue::Null{}));
+    EXPECT_FALSE(list->boolForKey(u"other"_s));
+    for (const QString& line : log.lines())
+      EXPECT_TRUE(line.startsWith(u"Failed to read property list file://"_s)) << line.toStdString();
+    EXPECT_EQ(log.lines().size(), 3);
+  }
+  QDir().rmdir(path());
+  write({{u"old"_s, 2}, {u"other"_s, 1}});
+  EXPECT_TRUE(list->synchronize());
+  EXPECT_EQ(onDisk(), (PropertyListDictionary{{u"old"_s, 2}, {u"mine"_s, 3}}));
+  EXPECT_TRUE(list->dirtyProperties().isEmpty());
+}
+
+TEST_F(PersistentPropertyListTest, AListThatIsNoDictionaryReadsAsAbsentAndIsLeftAlone) {
+  const QByteArray array =
+      *PropertyListSerialization::dataWithPropertyList(PropertyListArray{1, 2}, PropertyListFormat::XML);
+  writeRaw(array);
+  const auto list = open();
+  EXPECT_EQ(list->valueForKey(u"K"_s), std::nullopt);
+  list->setBoolForKey(true, u"K"_s);
+  EXPECT_TRUE(list->boolForKey(u"K"_s));
+  EXPECT_EQ(*contentsOfFile(path()), array);
+}
+
+TEST_F(PersistentPropertyListTest, CreationFailsOnAnUnreadableFile) {
+  for (const QByteArray& bytes : {QByteArray("{"), QByteArray("bplist00\xff"), QByteArray()}) {
+    writeRaw(bytes);
+    Error error;
+    EXPECT_FALSE(PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path()), &error));
+    EXPECT_EQ(error.code, ErrorCode::propertyListReadCorrupt);
+  }
+  Error error;
+  EXPECT_FALSE(PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(home.path()), &error));
+  EXPECT_FALSE(error.localizedDescription.isEmpty());
+}
+
+TEST_F(PersistentPropertyListTest, TypedGettersTakeWhateverIsStored) {
+  write({{u"text"_s, u"YES"_s},
+         {u"date"_s, Date(1)},
+         {u"tilde"_s, u"~/J"_s},
+         {u"abs"_s, u"/a b%20"_s},
+         {u"n"_s, 3},
+         {u"dict"_s, PropertyListDictionary{{u"k"_s, 1}}}});
+  const auto list = open();
+  EXPECT_TRUE(list->boolForKey(u"text"_s));
+  EXPECT_FALSE(list->boolForKey(u"date"_s));
+  EXPECT_EQ(list->integerForKey(u"dict"_s), 0);
+  EXPECT_EQ(list->URLForKey(u"tilde"_s), QUrl::fromLocalFile(home.path(u"J"_s)));
+  EXPECT_EQ(list->URLForKey(u"abs"_s)->toLocalFile(), u"/a b%20"_s);
+  EXPECT_EQ(list->URLForKey(u"n"_s), std::nullopt);
+  EXPECT_EQ(list->dictionaryForKey(u"n"_s), std::nullopt);
+  EXPECT_EQ(list->dictionaryForKey(u"dict"_s)->value(u"k"_s), PropertyListValue(1));
+  list->setURLForKey(QUrl::fromLocalFile(u"/x/y z%"_s), u"abs"_s);
+  EXPECT_EQ(list->valueForKey(u"abs"_s), PropertyListValue(u"/x/y z%"_s));
+  list->setURLForKey(std::nullopt, u"abs"_s);
+  EXPECT_EQ(onDisk().contains(u"abs"_s), false);
+}
+
+TEST_F(PersistentPropertyListTest, AnObserverMaySetAndEndItselfInsideANotice) {
+  const auto list = open();
+  class Meddler : public KeyValueObserver {
+   public:
+    explicit Meddler(PersistentPropertyList& store) : m_store(store), m_own(store.addObserver(*this, u"in"_s)) {}
+    void observeValueForKeyPath(const QString&, KeyValueObservable&, const void*) override {
+      m_own.reset();
+      m_store.setIntegerForKey(2, u"out"_s);
+    }
+    PersistentPropertyList& m_store;
+    std::unique_ptr<Registration> m_own;
+  } meddler(*list);
+  list->setIntegerForKey(1, u"in"_s);
+  list->setIntegerForKey(3, u"in"_s);
+  EXPECT_EQ(onDisk(), (PropertyListDictionary{{u"in"_s, 3}, {u"out"_s, 2}}));
+}
+
+}  // namespace
+}  // namespace quillo
