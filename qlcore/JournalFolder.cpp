@@ -1,0 +1,201 @@
+#include "qlcore/JournalFolder.h"
+
+#include "foundation/FileContents.h"
+#include "foundation/FileDescriptor.h"
+
+#include <QFile>
+#include <QRegularExpression>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <memory>
+#include <utility>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Error notRegular(const QString& path) {
+  return cocoaError(ErrorCode::fileReadCorrupt, path + u": not a regular file"_s);
+}
+
+Error linkRefused(const QString& path) {
+  return cocoaError(ErrorCode::fileReadCorrupt, path + u": a symbolic link, which is not followed inside a journal"_s);
+}
+
+// Readers pass names by that begin with a dot; the process identifier tells a leftover from work under way.
+QByteArray temporaryName(const QByteArray& name) {
+  static std::atomic<unsigned> counter{0};
+  return "." + name + "." + QByteArray::number(::getpid()) + "." + QByteArray::number(++counter) + ".tmp";
+}
+
+bool isTemporaryNameOfEntry(const QString& name, pid_t& writer) {
+  static const QRegularExpression pattern(
+      u"^\\.[0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.plist\\.([0-9]{1,9})\\.[0-9]+\\.tmp$"_s);
+  const auto match = pattern.match(name);
+  writer = match.hasMatch() ? static_cast<pid_t>(match.captured(1).toInt()) : 0;
+  return writer > 0;
+}
+
+// Answers errno, or 0. Each turn writes at least one byte or ends.
+int writeAndSync(int descriptor, const QByteArray& bytes) {
+  qsizetype written = 0;
+  while (written < bytes.size()) {
+    const ssize_t count = ::write(descriptor, bytes.constData() + written, static_cast<size_t>(bytes.size() - written));
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return count < 0 ? errno : ENOSPC;
+    written += count;
+  }
+  return ::fsync(descriptor) == 0 ? 0 : errno;
+}
+
+// Syncs a folder. Some network file systems cannot, which is no failure. Answers errno, or 0.
+int syncFolder(int descriptor) {
+  if (::fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP || errno == ENOSYS) return 0;
+  return errno;
+}
+
+// Makes a file with a name that no other has; `name` receives it. Answers the descriptor, or -1 with errno.
+int makeTemporary(int folder, const QByteArray& target, QByteArray& name) {
+  // A name is taken only by a leftover, or by a process of another machine that has the same identifier.
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    name = temporaryName(target);
+    const int file = ::openat(folder, name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (file >= 0 || errno != EEXIST) return file;
+  }
+  return -1;
+}
+
+}  // namespace
+
+std::optional<JournalFolder> JournalFolder::open(const QString& path, Error* error) {
+  const QByteArray encoded = QFile::encodeName(path);
+  const int descriptor = ::open(encoded.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (descriptor >= 0) return JournalFolder(descriptor, path);
+  const int number = errno;
+  struct stat status {};
+  // A link is reported as "not a directory" or as "too many links", which says nothing to whoever reads it.
+  const bool isLink = ::lstat(encoded.constData(), &status) == 0 && S_ISLNK(status.st_mode);
+  fail(error, isLink ? linkRefused(path) : fileReadError(number, path));
+  return std::nullopt;
+}
+
+std::optional<JournalFolder> JournalFolder::openOrMake(const QString& path, Error* error) {
+  const QByteArray encoded = QFile::encodeName(path);
+  if (::mkdir(encoded.constData(), 0700) != 0 && errno != EEXIST) {
+    const int number = errno;
+    // On a read-only file system the folder may be there all the same.
+    if (::access(encoded.constData(), F_OK) != 0) {
+      fail(error, fileWriteError(number, path));
+      return std::nullopt;
+    }
+  }
+  return open(path, error);
+}
+
+JournalFolder::JournalFolder(JournalFolder&& other) noexcept
+    : m_descriptor(std::exchange(other.m_descriptor, -1)), m_path(std::move(other.m_path)) {}
+
+JournalFolder& JournalFolder::operator=(JournalFolder&& other) noexcept {
+  std::swap(m_descriptor, other.m_descriptor);
+  m_path.swap(other.m_path);
+  return *this;
+}
+
+JournalFolder::~JournalFolder() {
+  if (m_descriptor >= 0) ::close(m_descriptor);
+}
+
+std::optional<QByteArray> JournalFolder::readFile(const QString& name, Error* error) const {
+  const QString path = pathOf(name);
+  // Without O_NONBLOCK a pipe in the file's place would hang the open.
+  const FileDescriptor file(
+      ::openat(m_descriptor, QFile::encodeName(name).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (file.isOpen()) return contentsOfOpenFile(file.number(), path, error);
+  fail(error, errno == ELOOP ? linkRefused(path) : fileReadError(errno, path));
+  return std::nullopt;
+}
+
+bool JournalFolder::replaceFile(const QString& name, const QByteArray& bytes, Error* error) const {
+  const QString path = pathOf(name);
+  const QByteArray target = QFile::encodeName(name);
+  struct stat status {};
+  if (::fstatat(m_descriptor, target.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0 && !S_ISREG(status.st_mode))
+    return fail(error, S_ISLNK(status.st_mode) ? linkRefused(path) : notRegular(path));
+
+  QByteArray temporary;
+  FileDescriptor file(makeTemporary(m_descriptor, target, temporary));
+  if (!file.isOpen()) return fail(error, fileWriteError(errno, path));
+  int failure = writeAndSync(file.number(), bytes);
+  if (!file.close() && failure == 0) failure = errno;
+  if (failure == 0 && ::renameat(m_descriptor, temporary.constData(), m_descriptor, target.constData()) != 0)
+    failure = errno;
+  if (failure != 0) {
+    ::unlinkat(m_descriptor, temporary.constData(), 0);
+    return fail(error, fileWriteError(failure, path));
+  }
+  if (const int number = syncFolder(m_descriptor)) return fail(error, fileWriteError(number, path));
+  return true;
+}
+
+namespace {
+
+// Calls `visit` with every name in the folder. Answers errno, or 0. Bounded by the size of the folder.
+template <typename Visit>
+int forEachName(int folder, Visit visit) {
+  // A descriptor of its own: reading a folder moves the position that duplicates share.
+  const int descriptor = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) return errno;
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(descriptor), ::closedir);
+  if (!directory) {
+    const int number = errno;
+    ::close(descriptor);
+    return number;
+  }
+  while (true) {
+    errno = 0;
+    const dirent* entry = ::readdir(directory.get());
+    if (!entry) return errno;
+    visit(QFile::decodeName(entry->d_name));
+  }
+}
+
+}  // namespace
+
+std::optional<QStringList> JournalFolder::propertyListNames(Error* error) const {
+  QStringList names;
+  const int number = forEachName(m_descriptor, [&](const QString& name) {
+    if (!name.startsWith(u'.') && name.endsWith(u".plist")) names << name;
+  });
+  if (number == 0) return names;
+  fail(error, fileReadError(number, m_path));
+  return std::nullopt;
+}
+
+void JournalFolder::removeLeftovers() const {
+  constexpr time_t oneDay{86'400};
+  // Names are collected first: a folder that changes while it is read may show a name twice or not at all.
+  QStringList leftovers;
+  forEachName(m_descriptor, [&](const QString& name) {
+    pid_t writer = 0;
+    if (!name.startsWith(u'.') || !isTemporaryNameOfEntry(name, writer)) return;
+    struct stat status {};
+    if (::fstatat(m_descriptor, QFile::encodeName(name).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
+    const bool isOld = ::time(nullptr) - status.st_mtime > oneDay;
+    const bool writerIsGone = ::kill(writer, 0) != 0 && errno == ESRCH;
+    if (isOld || writerIsGone) leftovers << name;
+  });
+  for (const QString& name : leftovers) ::unlinkat(m_descriptor, QFile::encodeName(name).constData(), 0);
+}
+
+}  // namespace quillo

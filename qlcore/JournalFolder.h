@@ -1,0 +1,50 @@
+#pragma once
+
+#include "foundation/Error.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace quillo {
+
+// An open folder of a journal, by which its files are read and replaced. Symbolic links in the place of the folder or
+// of a file in it are refused, so that nothing leads out of the journal. Errors are of the Cocoa domain.
+class JournalFolder {
+ public:
+  // Nothing, with an error, when there is no such folder or it is a symbolic link.
+  [[nodiscard]] static std::optional<JournalFolder> open(const QString& path, Error* error);
+  // Makes the folder, for the user alone, where it is missing: programs that copy or synchronise drop empty folders.
+  [[nodiscard]] static std::optional<JournalFolder> openOrMake(const QString& path, Error* error);
+
+  JournalFolder(JournalFolder&& other) noexcept;
+  JournalFolder& operator=(JournalFolder&& other) noexcept;
+  ~JournalFolder();
+
+  [[nodiscard]] const QString& path() const { return m_path; }
+
+  // The contents of the file `name`; code 260 when there is none.
+  [[nodiscard]] std::optional<QByteArray> readFile(const QString& name, Error* error) const;
+
+  // Replaces the file `name` so that a crash, a kill or a full disk leaves the old contents or the new, never half:
+  // written to a temporary file beside it, synced, renamed, the folder synced. Mode 0600. False, with an error, when it
+  // fails; nothing of it then stays behind.
+  bool replaceFile(const QString& name, const QByteArray& bytes, Error* error) const;
+
+  // The names that end in ".plist", in no order; hidden ones, and with them all temporary files, are passed by.
+  [[nodiscard]] std::optional<QStringList> propertyListNames(Error* error) const;
+
+  // Removes temporary files of entries whose writer is gone or that are older than a day.
+  void removeLeftovers() const;
+
+ private:
+  JournalFolder(int descriptor, QString path) : m_descriptor(descriptor), m_path(std::move(path)) {}
+  [[nodiscard]] QString pathOf(const QString& name) const { return m_path + u'/' + name; }
+
+  int m_descriptor{-1};
+  QString m_path;
+};
+
+}  // namespace quillo

@@ -1,0 +1,97 @@
+#include "qlcore/JournalPackageLayout.h"
+
+#include "foundation/Date.h"
+#include "foundation/PropertyListSerialization.h"
+#include "qlcore/JournalError.h"
+#include "qlcore/JournalFolder.h"
+#include "qlcore/QLJournalPackageFile.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+#include <QUuid>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace quillo::JournalPackageLayout {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+int syncFolder(const QString& path) {
+  const int folder = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder < 0) return errno;
+  // Some network file systems cannot sync a folder, which is no failure.
+  const int number = ::fsync(folder) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
+  ::close(folder);
+  return number;
+}
+
+// Moves a folder to a name that is free. Answers errno, or 0.
+int renameToFree(const QByteArray& from, const QByteArray& to) {
+  if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS) return errno;
+  // A file system without that kind of rename: the plain one replaces at most a folder that is empty.
+  return std::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
+}
+
+bool fill(const QString& folder, Error* error) {
+  const QString entries = folder + u'/' + entriesFolder;
+  if (::mkdir(QFile::encodeName(entries).constData(), 0700) != 0) return fail(error, fileWriteError(errno, entries));
+  const auto now = static_cast<double>(QDateTime::currentSecsSinceEpoch());
+  const PropertyListDictionary content{{formatVersionKey, qint64{QLJournalPackageFile::currentFormatVersion}},
+                                       {identifierKey, QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper()},
+                                       {creationDateKey, Date::since1970(now)}};
+  const auto bytes = PropertyListSerialization::dataWithPropertyList(content, PropertyListFormat::XML, error);
+  if (!bytes) return false;
+  const auto opened = JournalFolder::open(folder, error);
+  return opened && opened->replaceFile(propertiesFile, *bytes, error);
+}
+
+// Only what fill() makes, so that nothing else can ever be removed here.
+void remove(const QString& folder) {
+  ::unlink(QFile::encodeName(folder + u'/' + propertiesFile).constData());
+  ::rmdir(QFile::encodeName(folder + u'/' + entriesFolder).constData());
+  ::rmdir(QFile::encodeName(folder).constData());
+}
+
+}  // namespace
+
+bool makePackage(const QString& path, Error* error) {
+  const auto taken = [&] {
+    return fail(error, JournalError::make(JournalError::AlreadyExists, path + u": there is something already"_s));
+  };
+  struct stat status {};
+  if (::lstat(QFile::encodeName(path).constData(), &status) == 0) return taken();
+  const QFileInfo target(path);
+  const QString unique = QUuid::createUuid().toString(QUuid::Id128);
+  const QString temporary = u"%1/.%2.tmp"_s.arg(target.path(), unique);
+  if (::mkdir(QFile::encodeName(temporary).constData(), 0700) != 0)
+    return fail(error, JournalError::forWriting(fileWriteError(errno, target.path())));
+
+  Error reason;
+  if (!fill(temporary, &reason)) {
+    remove(temporary);
+    // What went wrong is told of the place that the caller knows.
+    reason.localizedDescription.replace(temporary, path);
+    return fail(error, JournalError::forWriting(reason));
+  }
+  const int number = renameToFree(QFile::encodeName(temporary), QFile::encodeName(path));
+  if (number != 0) {
+    remove(temporary);
+    return number == EEXIST || number == ENOTEMPTY
+               ? taken()
+               : fail(error, JournalError::forWriting(fileWriteError(number, path)));
+  }
+  if (const int unsynced = syncFolder(target.path()))
+    return fail(error, JournalError::forWriting(fileWriteError(unsynced, path)));
+  return true;
+}
+
+}  // namespace quillo::JournalPackageLayout

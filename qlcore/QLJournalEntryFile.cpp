@@ -1,0 +1,243 @@
+#include "qlcore/QLJournalEntryFile.h"
+
+#include "foundation/Log.h"
+#include "foundation/PropertyListSerialization.h"
+#include "qlcore/JournalError.h"
+#include "qlcore/JournalFolder.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/StorableValues.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QTimeZone>
+#include <QUuid>
+
+#include <utility>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QLatin1StringView uuidKey{"uuid"};
+constexpr QLatin1StringView textKey{"text"};
+constexpr QLatin1StringView creationDateKey{"creationDate"};
+constexpr QLatin1StringView modificationDateKey{"modificationDate"};
+constexpr QLatin1StringView timeZoneKey{"timeZone"};
+constexpr QLatin1StringView tagsKey{"tags"};
+constexpr QLatin1StringView locationKey{"location"};
+constexpr QLatin1StringView weatherKey{"weather"};
+
+// To the second, as the file has it, so that an entry reads back as it was.
+Date now() {
+  return Date::since1970(static_cast<double>(QDateTime::currentSecsSinceEpoch()));
+}
+
+bool isMissing(const Error& error) {
+  return error.domain == ErrorDomain::cocoa && error.code == ErrorCode::fileReadNoSuchFile;
+}
+
+// Why a folder of entries could not be opened: without one there are no entries.
+Error folderError(const Error& reason) {
+  return JournalError::make(isMissing(reason) ? JournalError::EntryNotFound : JournalError::NotReadable,
+                            reason.localizedDescription);
+}
+
+bool isDamage(const Error& error) {
+  return error.domain == JournalError::domain && error.code == JournalError::EntryDamaged;
+}
+
+Error damage(const JournalFolder& folder, const QString& name, const QString& why) {
+  return JournalError::make(JournalError::EntryDamaged,
+                            u"%1/%2: the entry is damaged, %3"_s.arg(folder.path(), name, why));
+}
+
+// The fields on disk; nothing, with an error, when they cannot be read.
+std::optional<PropertyListDictionary> fieldsOnDisk(const JournalFolder& folder, const QString& name, Error* error) {
+  const auto bytes = folder.readFile(name, error);
+  if (!bytes) return std::nullopt;
+  Error reason;
+  const auto list = PropertyListSerialization::propertyListWithData(*bytes, nullptr, &reason);
+  if (list && list->isDictionary()) return list->dictionary();
+  fail(error, damage(folder, name, list ? u"it is not a dictionary"_s : reason.localizedDescription));
+  return std::nullopt;
+}
+
+// Location or weather. What is unchanged stays as it is on disk, with the keys in it that this version does not know.
+template <typename Value>
+void writeValue(PropertyListDictionary& fields, QLatin1StringView key, const std::optional<Value>& value) {
+  if (!value || !value->isValid())
+    fields.remove(key);
+  else if (Value::fromPropertyList(fields.value(key)) != value)
+    fields.insert(key, value->toPropertyList());
+}
+
+// XML, as entries are; but values of unknown keys may be such that only a binary list holds them. Every reader takes
+// both, and losing the entry over another program's key would be worse.
+std::optional<QByteArray> serialized(const PropertyListDictionary& fields, Error* error) {
+  if (auto bytes = PropertyListSerialization::dataWithPropertyList(fields, PropertyListFormat::XML)) return bytes;
+  return PropertyListSerialization::dataWithPropertyList(fields, PropertyListFormat::Binary, error);
+}
+
+}  // namespace
+
+std::optional<QString> QLJournalEntryFile::canonicalUUID(const QString& text) {
+  const QUuid uuid = QUuid::fromString(text);
+  // The parser takes braces and ignores what follows; only the plain form is an identifier here.
+  const QString canonical = uuid.toString(QUuid::WithoutBraces).toUpper();
+  if (uuid.isNull() || canonical != text.toUpper()) return std::nullopt;
+  return canonical;
+}
+
+std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::newEntry() {
+  auto entry = std::shared_ptr<QLJournalEntryFile>(new QLJournalEntryFile);
+  entry->m_uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+  entry->m_creationDate = entry->m_modificationDate = now();
+  entry->m_timeZone = QString::fromLatin1(QTimeZone::systemTimeZoneId());
+  return entry;
+}
+
+std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::emptyJournalEntry() {
+  // A journal that is there and cannot be used (damaged, of a newer version) gets its own message from the save.
+  Error error;
+  const auto package = QLJournalPackageFile::openDefaultPackage(&error);
+  const bool gone = !package && error.code == JournalError::JournalFileNotFound;
+  return gone ? nullptr : newEntry();
+}
+
+std::optional<QUrl> QLJournalEntryFile::fileURL(const QLJournalPackageFile& package, const QString& uuid,
+                                                Error* error) {
+  const auto canonical = canonicalUUID(uuid);
+  const QString path = canonical ? package.entriesFolder() + u'/' + fileName(*canonical) : QString();
+  if (canonical && QFileInfo::exists(path)) return QUrl::fromLocalFile(path);
+  const QString text = canonical ? u"there is no entry "_s + *canonical : u"\"%1\" is no entry identifier"_s.arg(uuid);
+  fail(error, JournalError::make(JournalError::EntryNotFound, text));
+  return std::nullopt;
+}
+
+std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::entryWithUUID(const QLJournalPackageFile& package,
+                                                                      const QString& uuid, Error* error) {
+  Error reason;
+  const auto folder = JournalFolder::open(package.entriesFolder(), &reason);
+  if (folder) return entryInFolder(*folder, uuid, error);
+  fail(error, folderError(reason));
+  return nullptr;
+}
+
+std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::load(const QUrl& url, Error* error) {
+  const QFileInfo file(url.toLocalFile());
+  const QString uuid = file.completeBaseName();
+  if (!url.isLocalFile() || file.fileName() != fileName(uuid)) {
+    fail(error, JournalError::make(JournalError::EntryNotFound, url.toString() + u": not the file of an entry"_s));
+    return nullptr;
+  }
+  Error reason;
+  const auto folder = JournalFolder::open(file.path(), &reason);
+  if (folder) return entryInFolder(*folder, uuid, error);
+  fail(error, folderError(reason));
+  return nullptr;
+}
+
+std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::entryInFolder(const JournalFolder& folder, const QString& uuid,
+                                                                      Error* error) {
+  const auto failed = [error](const Error& reason) {
+    fail(error, reason);
+    return nullptr;
+  };
+  const auto canonical = canonicalUUID(uuid);
+  if (!canonical)
+    return failed(
+        JournalError::make(JournalError::EntryNotFound, u"\"%1\" is not an entry's identifier"_s.arg(uuid.left(100))));
+  Error reason;
+  const auto fields = fieldsOnDisk(folder, fileName(*canonical), &reason);
+  if (!fields && isMissing(reason))
+    return failed(
+        JournalError::make(JournalError::EntryNotFound, u"%1: there is no entry %2"_s.arg(folder.path(), *canonical)));
+  if (!fields && isDamage(reason)) return failed(reason);
+  if (!fields) return failed(JournalError::make(JournalError::NotReadable, reason.localizedDescription));
+  // Taking it for an empty text would let the next save wipe it out.
+  if (fields->contains(textKey) && !fields->value(textKey).isString())
+    return failed(damage(folder, fileName(*canonical), u"its text is not a string"_s));
+
+  auto entry = std::shared_ptr<QLJournalEntryFile>(new QLJournalEntryFile);
+  // The name of the file counts: it is what the entry is found by.
+  entry->m_uuid = *canonical;
+  entry->m_fileURL = QUrl::fromLocalFile(folder.path() + u'/' + fileName(*canonical));
+  entry->readFields(*fields);
+  return entry;
+}
+
+QString QLJournalEntryFile::fileName(const QString& canonicalUUID) {
+  return canonicalUUID + u".plist"_s;
+}
+
+void QLJournalEntryFile::setString(const QString& text) {
+  m_string = storableText(text);
+}
+
+void QLJournalEntryFile::setTags(const QStringList& tags) {
+  m_tags.clear();
+  for (const QString& tag : tags)
+    if (!tag.isEmpty()) m_tags << storableText(tag);
+}
+
+// Whatever the file holds, what is taken from it can be written again.
+void QLJournalEntryFile::readFields(const PropertyListDictionary& fields) {
+  setString(fields.value(textKey).string());
+  QStringList tags;
+  for (const auto& tag : fields.value(tagsKey).array()) tags << tag.string();
+  setTags(tags);
+  const auto created = storableDate(fields.value(creationDateKey));
+  const auto modified = storableDate(fields.value(modificationDateKey));
+  m_creationDate = created.value_or(modified.value_or(Date()));
+  m_modificationDate = modified.value_or(m_creationDate);
+  m_timeZone = storableText(fields.value(timeZoneKey).string());
+  m_location = QLLocation::fromPropertyList(fields.value(locationKey));
+  m_weather = QLWeather::fromPropertyList(fields.value(weatherKey));
+}
+
+void QLJournalEntryFile::writeFields(PropertyListDictionary& fields) const {
+  PropertyListArray tagList;
+  for (const QString& tag : m_tags) tagList << tag;
+  fields.insert(uuidKey, m_uuid);
+  fields.insert(textKey, m_string);
+  fields.insert(tagsKey, tagList);
+  fields.insert(creationDateKey, m_creationDate);
+  fields.insert(modificationDateKey, m_modificationDate);
+  fields.insert(timeZoneKey, m_timeZone);
+  writeValue(fields, locationKey, m_location);
+  writeValue(fields, weatherKey, m_weather);
+}
+
+bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Error* error,
+                                       QList<Error>* attachmentErrors) {
+  if (attachmentErrors) attachmentErrors->clear();
+  const auto configured = package ? nullptr : QLJournalPackageFile::openDefaultPackage(error);
+  if (!package) package = configured.get();
+  if (!package) return false;
+  const QString introduction = u"The entry could not be saved: "_s;
+  Error reason;
+  const auto folder = JournalFolder::openOrMake(package->entriesFolder(), &reason);
+  if (!folder) return fail(error, JournalError::forWriting(reason, introduction));
+
+  // What another writer added to the file meanwhile is kept.
+  auto fields = fieldsOnDisk(*folder, fileName(m_uuid), &reason);
+  if (!fields && isDamage(reason))
+    QLLogInfo(u"Replaced a damaged entry - "_s + reason.localizedDescription);  // the text here is whole
+  else if (!fields && !isMissing(reason))
+    return fail(error, JournalError::forWriting(reason, introduction));
+  if (!fields) fields.emplace();
+
+  const Date before = std::exchange(m_modificationDate, now());
+  writeFields(*fields);
+  const auto bytes = serialized(*fields, &reason);
+  if (!bytes || !folder->replaceFile(fileName(m_uuid), *bytes, &reason)) {
+    m_modificationDate = before;
+    return fail(error, JournalError::forWriting(reason, introduction));
+  }
+  m_fileURL = QUrl::fromLocalFile(folder->path() + u'/' + fileName(m_uuid));
+  return true;
+}
+
+}  // namespace quillo

@@ -1,0 +1,124 @@
+#include "qlcore/QLJournalIndex.h"
+
+#include "foundation/Log.h"
+#include "qlcore/JournalError.h"
+#include "qlcore/JournalFolder.h"
+#include "qlcore/QLJournalPackageFile.h"
+
+#include <QHash>
+
+#include <algorithm>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+QLJournalIndex::QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package) : m_package(std::move(package)) {
+  if (m_package) readEntries();
+}
+
+void QLJournalIndex::readEntries() {
+  const QString path = m_package->entriesFolder();
+  Error reason;
+  const auto folder = JournalFolder::open(path, &reason);
+  const auto names = folder ? folder->propertyListNames(&reason) : std::nullopt;
+  if (!names) {
+    if (reason.code != ErrorCode::fileReadNoSuchFile) addDamaged(path, reason.localizedDescription);
+    return;
+  }
+  for (const QString& name : *names) {
+    const QString uuid = name.chopped(6);
+    const QString file = path + u'/' + name;
+    if (QLJournalEntryFile::canonicalUUID(uuid) != uuid) {
+      addDamaged(file, file + u": the name is not an entry's identifier"_s);
+      continue;
+    }
+    Error error;
+    if (auto entry = QLJournalEntryFile::entryInFolder(*folder, uuid, &error))
+      m_entries << std::move(entry);
+    else if (error.code != JournalError::EntryNotFound)  // deleted by another program since the folder was read
+      addDamaged(file, error.localizedDescription);
+  }
+  std::sort(m_entries.begin(), m_entries.end(), [](const auto& a, const auto& b) {
+    return a->creationDate() != b->creationDate() ? a->creationDate() > b->creationDate() : a->uuid() < b->uuid();
+  });
+  std::sort(m_damaged.begin(), m_damaged.end(), [](const auto& a, const auto& b) { return a.url < b.url; });
+}
+
+void QLJournalIndex::addDamaged(const QString& path, const QString& reason) {
+  QLLogInfo(u"Skipped a damaged entry - "_s + reason);
+  m_damaged.append({QUrl::fromLocalFile(path), reason});
+}
+
+QUrl QLJournalIndex::urlOfEntry(const QString& canonicalUUID) const {
+  return QUrl::fromLocalFile(m_package->entriesFolder() + u'/' + QLJournalEntryFile::fileName(canonicalUUID));
+}
+
+std::shared_ptr<QLJournalEntryFile> QLJournalIndex::entryFileWithUUID(const QString& uuid) const {
+  const auto canonical = QLJournalEntryFile::canonicalUUID(uuid);
+  const auto found = std::find_if(m_entries.begin(), m_entries.end(),
+                                  [&](const auto& entry) { return canonical && entry->uuid() == *canonical; });
+  return found == m_entries.end() ? nullptr : *found;
+}
+
+std::optional<QLEntry> QLJournalIndex::entryWithUUID(const QString& uuid) const {
+  const auto canonical = QLJournalEntryFile::canonicalUUID(uuid);
+  if (!canonical || !m_package) return std::nullopt;
+  const QLEntry entry{*canonical, urlOfEntry(*canonical)};
+  const bool isDamaged = std::any_of(m_damaged.begin(), m_damaged.end(),
+                                     [&](const DamagedEntry& damaged) { return damaged.url == entry.url; });
+  return isDamaged || entryFileWithUUID(*canonical) ? std::optional(entry) : std::nullopt;
+}
+
+QStringList QLJournalIndex::tagsByUse() const {
+  struct Use {
+    QString folded;
+    QString spelling;
+    int count{0};
+  };
+  QHash<QString, Use> uses;
+  for (const auto& entry : m_entries) {
+    for (const QString& tag : entry->tags()) {
+      const QString folded = tag.toCaseFolded();
+      Use& use = uses[folded];
+      // Entries come newest first, so the first spelling met is the most recent one.
+      if (use.count++ == 0) use = {folded, tag, 1};
+    }
+  }
+  QList<Use> sorted = uses.values();
+  std::sort(sorted.begin(), sorted.end(), [](const Use& a, const Use& b) {
+    if (a.count != b.count) return a.count > b.count;
+    const int order = a.folded.localeAwareCompare(b.folded);
+    // Words that the collation takes for the same must still have one order.
+    return order != 0 ? order < 0 : a.folded < b.folded;
+  });
+  QStringList tags;
+  for (const Use& use : sorted) tags << use.spelling;
+  return tags;
+}
+
+bool QLJournalIndex::deleteEntry(const QLEntry& entry, Error* error, const DeleteFileBlock& deleteFileBlock) {
+  const auto canonical = QLJournalEntryFile::canonicalUUID(entry.uuid);
+  // The path is made anew: it is about to be deleted, and may have come from anywhere.
+  if (!canonical || !m_package || entry.url != urlOfEntry(*canonical))
+    return fail(error, JournalError::make(JournalError::EntryNotFound,
+                                          u"%1: not an entry of this journal"_s.arg(entry.url.toString())));
+  Error reason;
+  const bool removed = deleteFileBlock && deleteFileBlock(entry.url, &reason);
+  const bool wasGone = (reason.domain == ErrorDomain::osStatus && reason.code == ErrorCode::fileNotFound) ||
+                       (reason.domain == ErrorDomain::cocoa && reason.code == ErrorCode::fileNoSuchFile);
+  if (removed || wasGone) {
+    m_entries.removeIf([&](const auto& known) { return known->uuid() == *canonical; });
+    m_damaged.removeIf([&](const auto& known) { return known.url == entry.url; });
+  }
+  return removed || fail(error, reason);
+}
+
+bool QLJournalIndex::deleteEntryFile(const std::shared_ptr<QLJournalEntryFile>& entryFile, Error* error,
+                                     const DeleteFileBlock& deleteFileBlock) {
+  if (!entryFile) return fail(error, JournalError::make(JournalError::EntryNotFound, u"There is no entry to delete"_s));
+  const auto url = entryFile->fileURLForEntryProperties();
+  return !url || deleteEntry({entryFile->uuid(), *url}, error, deleteFileBlock);
+}
+
+}  // namespace quillo

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "foundation/Error.h"
+#include "qlcore/QLJournalEntryFile.h"
+
+#include <QList>
+#include <QString>
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace quillo {
+
+class QLJournalPackageFile;
+
+// An entry as the index knows it, by its place in the journal. A damaged entry has one too.
+struct QLEntry {
+  QString uuid;
+  QUrl url;
+
+  bool operator==(const QLEntry&) const = default;
+};
+
+// The entries of a package, read from disk when the index is made. Main thread only.
+class QLJournalIndex {
+ public:
+  struct DamagedEntry {
+    QUrl url;
+    QString reason;
+  };
+
+  // Removes one file; false, with an error, when it cannot.
+  using DeleteFileBlock = std::function<bool(const QUrl& url, Error* error)>;
+
+  // Reads every entry. Damaged ones are logged and listed apart, and so is the folder of entries where it cannot be
+  // read; a folder that is missing holds no entries. A null package has none either.
+  explicit QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package);
+
+  // Newest first, by creation; entries of the same second by identifier.
+  [[nodiscard]] const QList<std::shared_ptr<QLJournalEntryFile>>& entries() const { return m_entries; }
+  [[nodiscard]] const QList<DamagedEntry>& damagedEntries() const { return m_damaged; }
+
+  // The readable entry with this identifier, in any case of letters, or null.
+  [[nodiscard]] std::shared_ptr<QLJournalEntryFile> entryFileWithUUID(const QString& uuid) const;
+  // The entry with this identifier, readable or damaged.
+  [[nodiscard]] std::optional<QLEntry> entryWithUUID(const QString& uuid) const;
+
+  // The tags of all entries, most used first, equally used ones in alphabetical order; each once, compared without
+  // case, in its most recent spelling.
+  [[nodiscard]] QStringList tagsByUse() const;
+
+  // Call the block for each file of the entry and drop the entry from the index once they are gone, also where the
+  // block's error is that there was no file. Answer what the block answered. An entry that was never saved has no
+  // file; an entry of another journal is refused.
+  bool deleteEntry(const QLEntry& entry, Error* error, const DeleteFileBlock& deleteFileBlock);
+  bool deleteEntryFile(const std::shared_ptr<QLJournalEntryFile>& entryFile, Error* error,
+                       const DeleteFileBlock& deleteFileBlock);
+
+ private:
+  void readEntries();
+  void addDamaged(const QString& path, const QString& reason);
+  [[nodiscard]] QUrl urlOfEntry(const QString& canonicalUUID) const;
+
+  std::shared_ptr<QLJournalPackageFile> m_package;
+  QList<std::shared_ptr<QLJournalEntryFile>> m_entries;
+  QList<DamagedEntry> m_damaged;
+};
+
+}  // namespace quillo

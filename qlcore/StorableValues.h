@@ -1,0 +1,18 @@
+#pragma once
+
+#include "foundation/PropertyListValue.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace quillo {
+
+// `text` with U+FFFD in the place of every character that an entry file cannot hold: control characters but for tab,
+// line feed and carriage return, halves of a surrogate pair, U+FFFE and U+FFFF.
+[[nodiscard]] QString storableText(QString text);
+
+// The date that `value` is, unless an entry file cannot hold it: not a number, or outside the years 1 to 9999.
+[[nodiscard]] std::optional<Date> storableDate(const PropertyListValue& value);
+
+}  // namespace quillo

@@ -1,0 +1,132 @@
+// What is left of an entry when its writer is killed, or the disk is full or cannot be written.
+
+#include "JournalFixture.h"
+#include "SavedText.h"
+#include "qlcore/JournalFolder.h"
+#include "qlcore/QLJournalIndex.h"
+
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QThread>
+
+#include <sched.h>
+#include <sys/mount.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+using EntrySavingCrashTest = JournalFixture;
+
+TEST_F(EntrySavingCrashTest, AKillLeavesTheOldEntryOrTheNewOne) {
+  const auto entry = saved(savedText(0));
+  QRandomGenerator random(20140310);
+  int saves = 0;
+  // Rounds enough for 200 saves even on a slow disk, where a round has at least one.
+  for (int round = 0; round < 40 || (saves < 200 && round < 240); ++round) {
+    QProcess saver;
+    saver.start(QStringLiteral(QUILLO_ENTRY_SAVER), {package->url().toLocalFile(), entry->uuid()});
+    ASSERT_TRUE(saver.waitForReadyRead(30'000)) << saver.readAllStandardError().toStdString();
+    // The moment of the kill is the test: there is no clock to fake.
+    QThread::usleep(random.bounded(20'000));
+    saver.kill();
+    ASSERT_TRUE(saver.waitForFinished(30'000));
+    ASSERT_EQ(saver.exitStatus(), QProcess::CrashExit) << saver.readAllStandardError().toStdString();
+
+    QByteArray output = saver.readAllStandardOutput();
+    output.truncate(output.lastIndexOf('\n'));  // the last line may be cut
+    const QList<QByteArray> numbers = output.split('\n');
+    saves += static_cast<int>(numbers.size());
+    Error error;
+    const auto read = reread(entry->uuid(), &error);
+    ASSERT_TRUE(read) << error.description().toStdString();
+    ASSERT_GE(numberOfSavedText(read->string()), numbers.last().toInt());
+    const QLJournalIndex index(package);
+    ASSERT_EQ(index.entries().size(), 1);
+    ASSERT_TRUE(index.damagedEntries().isEmpty());
+  }
+  EXPECT_GE(saves, 200);
+  JournalFolder::open(package->entriesFolder(), nullptr)->removeLeftovers();
+  EXPECT_EQ(everythingIn(package->entriesFolder()), QStringList{entry->uuid() + u".plist"_s});
+}
+
+// A small disk of memory, seen by this process only. These limits hold for root too, unlike permissions.
+class SmallDisk {
+ public:
+  explicit SmallDisk(const QString& path) : m_path(QFile::encodeName(path)) {
+    QDir().mkpath(path);
+    m_isMounted = ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                  ::mount("tmpfs", m_path.constData(), "tmpfs", 0, "size=256k") == 0;
+    m_number = errno;
+  }
+  ~SmallDisk() {
+    if (m_isMounted) ::umount2(m_path.constData(), MNT_DETACH);
+  }
+  SmallDisk(const SmallDisk&) = delete;
+  SmallDisk& operator=(const SmallDisk&) = delete;
+  [[nodiscard]] bool isMounted() const { return m_isMounted; }
+  [[nodiscard]] const char* reason() const { return std::strerror(m_number); }
+  bool makeReadOnly() { return ::mount(nullptr, m_path.constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0; }
+
+ private:
+  QByteArray m_path;
+  bool m_isMounted{false};
+  int m_number{0};
+};
+
+TEST_F(EntrySavingCrashTest, AFullDiskLeavesTheOldEntry) {
+  const SmallDisk disk(home.path(u"disk"_s));
+  if (!disk.isMounted()) GTEST_SKIP() << "cannot mount a small disk to fill: " << disk.reason();
+  package = make(home.path(u"disk/Full.quillojournal"_s));
+  const auto entry = saved(u"old"_s);
+  const QByteArray before = bytesOf(entryPath(entry->uuid()));
+  const auto modified = entry->modificationDate();
+
+  entry->setString(QString(1'000'000, u'x'));
+  Error error;
+  EXPECT_FALSE(entry->saveToJournal(package.get(), &error));
+  EXPECT_EQ(error.code, JournalError::OutOfSpace);
+  EXPECT_TRUE(error.localizedDescription.contains(entryPath(entry->uuid()))) << error.description().toStdString();
+  EXPECT_TRUE(error.localizedDescription.contains(u"No space left"_s)) << error.description().toStdString();
+  EXPECT_EQ(entry->modificationDate(), modified);
+  EXPECT_EQ(bytesOf(entryPath(entry->uuid())), before);
+  EXPECT_EQ(everythingIn(package->entriesFolder()).size(), 1);
+
+  const auto unsaved = QLJournalEntryFile::newEntry();
+  unsaved->setString(entry->string());
+  EXPECT_FALSE(unsaved->saveToJournal(package.get(), nullptr));
+  EXPECT_FALSE(unsaved->fileURLForEntryProperties());
+
+  // With room again, the same entry saves.
+  entry->setString(u"new"_s);
+  EXPECT_TRUE(entry->saveToJournal(package.get(), nullptr));
+
+  write(home.path(u"disk/filler"_s), QByteArray(1'000'000, 'x'));
+  EXPECT_FALSE(QLJournalPackageFile::openPackage(QUrl::fromLocalFile(home.path(u"disk/New"_s)), true, &error));
+  EXPECT_EQ(error.code, JournalError::OutOfSpace) << error.description().toStdString();
+  EXPECT_EQ(everythingIn(home.path(u"disk"_s)), (QStringList{u"Full.quillojournal"_s, u"filler"_s}));
+}
+
+TEST_F(EntrySavingCrashTest, AReadOnlyJournalOpensButDoesNotSave) {
+  SmallDisk disk(home.path(u"disk"_s));
+  if (!disk.isMounted()) GTEST_SKIP() << "cannot mount a disk to make read-only: " << disk.reason();
+  const auto made = make(home.path(u"disk/Mine.quillojournal"_s));
+  package = made;
+  const auto entry = saved(u"old"_s);
+  ASSERT_TRUE(disk.makeReadOnly());
+
+  package = QLJournalPackageFile::openPackage(made->url(), false, nullptr);
+  ASSERT_TRUE(package);
+  EXPECT_EQ(QLJournalIndex(package).entries().size(), 1);
+  Error error;
+  EXPECT_FALSE(entry->saveToJournal(package.get(), &error));
+  EXPECT_EQ(error.code, JournalError::NotWritable);
+  EXPECT_TRUE(error.localizedDescription.contains(entryPath(entry->uuid()))) << error.description().toStdString();
+  EXPECT_FALSE(QLJournalPackageFile::openPackage(QUrl::fromLocalFile(home.path(u"disk/New"_s)), true, &error));
+  EXPECT_EQ(error.code, JournalError::NotWritable) << error.description().toStdString();
+}
+
+}  // namespace quillo

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "foundation/PropertyListSerialization.h"
+#include "qlcore/JournalError.h"
+#include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "tests/support/TestHome.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace quillo {
+
+// A home with a journal in it.
+class JournalFixture : public testing::Test {
+ protected:
+  JournalFixture() { package = make(home.path(QStringLiteral("Mine.quillojournal"))); }
+
+  static std::shared_ptr<QLJournalPackageFile> make(const QString& path) {
+    Error error;
+    auto made = QLJournalPackageFile::openPackage(QUrl::fromLocalFile(path), /*create=*/true, &error);
+    EXPECT_TRUE(made) << error.description().toStdString();
+    return made;
+  }
+
+  static void write(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.toStdString();
+    file.write(bytes);
+  }
+  static void write(const QString& path, const PropertyListDictionary& fields,
+                    PropertyListFormat format = PropertyListFormat::XML) {
+    write(path, PropertyListSerialization::dataWithPropertyList(fields, format).value_or("unwritable"));
+  }
+  static QByteArray bytesOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+  }
+  static PropertyListDictionary fieldsOf(const QString& path) {
+    return PropertyListSerialization::propertyListWithData(bytesOf(path)).value_or(PropertyListValue()).dictionary();
+  }
+  static QStringList everythingIn(const QString& path) {
+    QStringList names = QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    names.sort();
+    return names;
+  }
+
+  QString entryPath(const QString& uuid) const {
+    return package->entriesFolder() + u'/' + uuid + QStringLiteral(".plist");
+  }
+
+  // A saved entry.
+  std::shared_ptr<QLJournalEntryFile> saved(const QString& text, const QStringList& tags = {}) const {
+    auto entry = QLJournalEntryFile::newEntry();
+    entry->setString(text);
+    entry->setTags(tags);
+    Error error;
+    EXPECT_TRUE(entry->saveToJournal(package.get(), &error)) << error.description().toStdString();
+    return entry;
+  }
+  std::shared_ptr<QLJournalEntryFile> reread(const QString& uuid, Error* error = nullptr) const {
+    return QLJournalEntryFile::entryWithUUID(*package, uuid, error);
+  }
+
+  TestHome home;
+  std::shared_ptr<QLJournalPackageFile> package;
+};
+
+}  // namespace quillo

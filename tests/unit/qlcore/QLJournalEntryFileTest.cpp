@@ -1,0 +1,282 @@
+#include "JournalFixture.h"
+#include "qlcore/QLJournalEntryFile.h"
+
+#include <QUuid>
+
+#include <sys/stat.h>
+
+#include <functional>
+#include <limits>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+using QLJournalEntryFileTest = JournalFixture;
+
+static const QLLocation oslo{59.9139, 10.7522, u"Oslo, Norway"_s};
+static const QLWeather rain{-3.5, u"rain"_s, u"Rain"_s, Date::since1970(1394485200), u"MET Norway"_s};
+
+TEST_F(QLJournalEntryFileTest, ReadsBackAsItWasSaved) {
+  const auto entry = QLJournalEntryFile::newEntry();
+  EXPECT_EQ(entry->uuid(), QUuid::fromString(entry->uuid()).toString(QUuid::WithoutBraces).toUpper());
+  EXPECT_NE(entry->uuid(), QLJournalEntryFile::newEntry()->uuid());
+  EXPECT_FALSE(entry->fileURLForEntryProperties());
+  entry->setString(u" a <b> & \"c\"\r\nd\te \U0001F600 ]]> "_s);
+  entry->setTags({u"one"_s, u"zwei"_s});
+  entry->setLocation(oslo);
+  entry->setWeather(rain);
+  ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
+
+  EXPECT_EQ(entry->fileURLForEntryProperties(), QUrl::fromLocalFile(entryPath(entry->uuid())));
+  EXPECT_TRUE(bytesOf(entryPath(entry->uuid())).startsWith("<?xml"));
+  struct stat status {};
+  ASSERT_EQ(::stat(QFile::encodeName(entryPath(entry->uuid())).constData(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+
+  for (const auto& read : {reread(entry->uuid()), reread(entry->uuid().toLower()),
+                           QLJournalEntryFile::load(*entry->fileURLForEntryProperties(), nullptr)}) {
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->uuid(), entry->uuid());
+    EXPECT_EQ(read->string(), entry->string());
+    EXPECT_EQ(read->tags(), entry->tags());
+    EXPECT_EQ(read->location(), oslo);
+    EXPECT_EQ(read->weather(), rain);
+    EXPECT_EQ(read->creationDate(), entry->creationDate());
+    EXPECT_EQ(read->modificationDate(), entry->modificationDate());
+    EXPECT_EQ(read->timeZone(), entry->timeZone());
+    EXPECT_EQ(read->fileURLForEntryProperties(), entry->fileURLForEntryProperties());
+  }
+
+  entry->setLocation({});
+  entry->setWeather({});
+  ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
+  EXPECT_FALSE(reread(entry->uuid())->location());
+  EXPECT_FALSE(reread(entry->uuid())->weather());
+  EXPECT_EQ(everythingIn(package->entriesFolder()).size(), 1);
+}
+
+TEST_F(QLJournalEntryFileTest, KeepsWhatAnotherWriterAddedSinceItWasRead) {
+  const auto entry = saved(u"mine"_s);
+  entry->setLocation(oslo);
+  ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
+  const QString path = entryPath(entry->uuid());
+  PropertyListDictionary fields = fieldsOf(path);
+  PropertyListDictionary place = fields.value(u"location"_s).dictionary();
+  place.insert(u"altitude"_s, 23);
+  fields.insert(u"location"_s, place);
+  fields.insert(u"starred"_s, true);
+  fields.insert(u"text"_s, u"theirs"_s);
+  write(path, fields);
+
+  entry->setString(u"mine again"_s);
+  ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
+  EXPECT_EQ(fieldsOf(path).value(u"starred"_s), PropertyListValue(true));
+  EXPECT_EQ(fieldsOf(path).value(u"text"_s), PropertyListValue(u"mine again"_s));
+  EXPECT_EQ(fieldsOf(path).value(u"location"_s).dictionary().value(u"altitude"_s), PropertyListValue(23));
+
+  // The altitude of one place is not that of another.
+  entry->setLocation(QLLocation{60.39, 5.32, u"Bergen"_s});
+  ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
+  EXPECT_FALSE(fieldsOf(path).value(u"location"_s).dictionary().contains(u"altitude"_s));
+  EXPECT_EQ(fieldsOf(path).value(u"starred"_s), PropertyListValue(true));
+}
+
+TEST_F(QLJournalEntryFileTest, SavesAlthoughXMLCannotHoldAnUnknownKey) {
+  const auto entry = saved(u"text"_s);
+  const QString path = entryPath(entry->uuid());
+  PropertyListDictionary fields = fieldsOf(path);
+  const PropertyListValue odd = QString(QChar(1));
+  fields.insert(u"odd"_s, odd);
+  write(path, fields, PropertyListFormat::Binary);
+  entry->setString(u"new"_s);
+  ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
+  EXPECT_EQ(fieldsOf(path).value(u"odd"_s), odd);
+  EXPECT_EQ(reread(entry->uuid())->string(), u"new"_s);
+}
+
+TEST_F(QLJournalEntryFileTest, TextThatAFileCannotHoldNeverFailsTheSave) {
+  const QChar high(0xD83D), low(0xDE00), bad = QChar::ReplacementCharacter;
+  const struct {
+    QString text;
+    QString stored;
+  } cases[] = {{u"a"_s + QChar(0) + u"b"_s, u"a"_s + bad + u"b"_s},
+               {u"\x1b[1m\x07\t\n\r"_s, bad + u"[1m"_s + bad + u"\t\n\r"_s},
+               {u"\uFFFE\uFFFF\uFFFD"_s, QString(3, bad)},
+               {QString(high) + u"x"_s + low, QString(bad) + u"x"_s + bad},
+               {QString(low) + high, QString(2, bad)},
+               {QString(high) + low + high, QString(high) + low + bad}};
+  for (const auto& [text, stored] : cases) {
+    const auto entry = saved(text, {text, QString()});
+    entry->setLocation(QLLocation{1, 2, text});
+    entry->setWeather(QLWeather{1, text, text, Date(std::numeric_limits<double>::quiet_NaN()), text});
+    Error error;
+    ASSERT_TRUE(entry->saveToJournal(package.get(), &error)) << error.description().toStdString();
+    const auto read = reread(entry->uuid());
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->string(), stored);
+    EXPECT_EQ(entry->string(), stored);
+    EXPECT_EQ(read->tags(), QStringList{stored});
+    EXPECT_EQ(read->location(), (QLLocation{1, 2, stored}));
+    EXPECT_EQ(read->weather(), (QLWeather{1, stored, stored, {}, stored}));
+  }
+}
+
+TEST_F(QLJournalEntryFileTest, HostileValuesReadAsAbsentAndCanBeSavedAgain) {
+  const double notANumber = std::numeric_limits<double>::quiet_NaN();
+  const auto place = [](const PropertyListValue& latitude, const PropertyListValue& longitude) {
+    return PropertyListDictionary{{u"latitude"_s, latitude}, {u"longitude"_s, longitude}};
+  };
+  const PropertyListValue places[] = {place(notANumber, 1),
+                                      place(1, notANumber),
+                                      place(90.5, 1),
+                                      place(1, -180.5),
+                                      place(u"1"_s, u"2"_s),
+                                      place(std::numeric_limits<double>::infinity(), 1),
+                                      PropertyListDictionary(),
+                                      u"Oslo"_s,
+                                      place(~quint64{0}, qint64{1})};
+  const PropertyListValue temperatures[] = {notANumber, 1e9, -273.2, u"warm"_s, PropertyListArray()};
+  const Date dates[] = {Date(notANumber), Date(1e300), Date(-1e300), Date(std::numeric_limits<double>::infinity())};
+  const QString uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+  // The lists are walked side by side; the longest decides.
+  for (size_t i = 0; i < std::size(places); ++i) {
+    const Date date = dates[i % std::size(dates)];
+    write(entryPath(uuid),
+          {{u"text"_s, u"t"_s + QChar(1)},
+           {u"creationDate"_s, date},
+           {u"modificationDate"_s, date},
+           {u"timeZone"_s, 7},
+           {u"tags"_s, PropertyListArray{1, u"x"_s, PropertyListArray(), u"y"_s + QChar(0)}},
+           {u"location"_s, places[i]},
+           {u"weather"_s,
+            PropertyListDictionary{{u"temperature"_s, temperatures[i % std::size(temperatures)]}, {u"date"_s, date}}}},
+          PropertyListFormat::Binary);
+    const auto entry = reread(uuid);
+    ASSERT_TRUE(entry);
+    EXPECT_FALSE(entry->location()) << places[i].description().toStdString();
+    EXPECT_FALSE(entry->weather());
+    EXPECT_EQ(entry->creationDate(), Date());
+    EXPECT_EQ(entry->tags(), (QStringList{u"x"_s, u"y\uFFFD"_s}));
+    Error error;
+    EXPECT_TRUE(entry->saveToJournal(package.get(), &error)) << error.description().toStdString();
+    EXPECT_TRUE(bytesOf(entryPath(uuid)).startsWith("<?xml"));
+  }
+  const auto entry = reread(uuid);
+  entry->setLocation(QLLocation{notANumber, 0, {}});
+  entry->setWeather(QLWeather{notANumber, {}, {}, {}, {}});
+  EXPECT_TRUE(entry->saveToJournal(package.get(), nullptr));
+  EXPECT_FALSE(fieldsOf(entryPath(uuid)).contains(u"location"_s));
+  EXPECT_FALSE(fieldsOf(entryPath(uuid)).contains(u"weather"_s));
+}
+
+TEST_F(QLJournalEntryFileTest, IdentifiersFromOutsideAreCheckedBeforeTheyBecomePaths) {
+  const QString good = saved(u"x"_s)->uuid();
+  const QString hostile[] = {u""_s,
+                             u"../Journal"_s,
+                             u"/etc/passwd"_s,
+                             u'{' + good + u'}',
+                             good + u"/../"_s + good,
+                             good + u'x',
+                             good.chopped(1),
+                             QString(good).remove(u'-'),
+                             good + QChar(0),
+                             u' ' + good,
+                             u"00000000-0000-0000-0000-000000000000"_s,
+                             QString(100'000, u'A')};
+  for (const QString& uuid : hostile) {
+    Error error;
+    EXPECT_FALSE(reread(uuid, &error)) << uuid.left(60).toStdString();
+    EXPECT_EQ(error.code, JournalError::EntryNotFound);
+    EXPECT_LT(error.localizedDescription.size(), 300);
+  }
+  for (const QString& url : {package->url().toString() + u"/Journal.plist"_s, u"https://quilloapp.example/"_s + good,
+                             QUrl::fromLocalFile(package->entriesFolder()).toString(), u""_s})
+    EXPECT_FALSE(QLJournalEntryFile::load(QUrl(url), nullptr)) << url.toStdString();
+}
+
+TEST_F(QLJournalEntryFileTest, DamagedOnesAreRefusedWithTheReasonAndReplacedByASave) {
+  const auto entry = saved(u"whole"_s);
+  const QString path = entryPath(entry->uuid());
+  const QByteArray whole = bytesOf(path);
+  const QByteArray contents[] = {"",
+                                 "garbage",
+                                 whole.first(whole.size() / 2),
+                                 "bplist00",
+                                 "<plist><array/></plist>",
+                                 "<plist><dict><key>text</key><integer>1</integer></dict></plist>"};
+  for (const QByteArray& content : contents) {
+    write(path, content);
+    Error error;
+    EXPECT_FALSE(reread(entry->uuid(), &error)) << content.toStdString();
+    EXPECT_EQ(error.code, JournalError::EntryDamaged) << error.description().toStdString();
+    EXPECT_TRUE(error.localizedDescription.contains(path));
+    EXPECT_TRUE(entry->saveToJournal(package.get(), nullptr));
+    EXPECT_EQ(reread(entry->uuid())->string(), u"whole"_s);
+  }
+}
+
+TEST_F(QLJournalEntryFileTest, LinksAndOddFilesAreNeitherReadNorReplaced) {
+  const auto entry = saved(u"mine"_s);
+  const QString path = entryPath(entry->uuid());
+  const QString outside = home.path(u"outside.plist"_s);
+  const QByteArray content = bytesOf(path);
+  const struct {
+    const char* name;
+    std::function<bool()> make;
+  } cases[] = {{"link", [&] { return QFile::link(outside, path); }},
+               {"dangling link", [&] { return QFile::link(home.path(u"nowhere"_s), path); }},
+               {"folder", [&] { return QDir().mkdir(path); }},
+               {"pipe", [&] { return ::mkfifo(QFile::encodeName(path).constData(), 0600) == 0; }}};
+  for (const auto& [name, make] : cases) {
+    SCOPED_TRACE(name);
+    QDir().rmdir(path);
+    QFile::remove(path);
+    write(outside, content);
+    ASSERT_TRUE(make());
+    Error error;
+    EXPECT_FALSE(reread(entry->uuid(), &error));
+    EXPECT_EQ(error.code, JournalError::NotReadable) << error.description().toStdString();
+    EXPECT_FALSE(entry->saveToJournal(package.get(), &error));
+    EXPECT_TRUE(error.localizedDescription.contains(path)) << error.description().toStdString();
+    EXPECT_EQ(bytesOf(outside), content);
+    EXPECT_FALSE(QFile::exists(home.path(u"nowhere"_s)));
+    EXPECT_EQ(everythingIn(package->entriesFolder()).size(), 1);
+  }
+
+  // The whole folder of entries as a link.
+  ASSERT_TRUE(QDir(package->entriesFolder()).removeRecursively());
+  QDir().mkdir(home.path(u"elsewhere"_s));
+  ASSERT_TRUE(QFile::link(home.path(u"elsewhere"_s), package->entriesFolder()));
+  write(home.path(u"elsewhere/"_s) + entry->uuid() + u".plist"_s, content);
+  Error error;
+  EXPECT_FALSE(reread(entry->uuid(), &error));
+  EXPECT_TRUE(error.localizedDescription.contains(u"symbolic link"_s)) << error.description().toStdString();
+  EXPECT_FALSE(entry->saveToJournal(package.get(), &error));
+  EXPECT_TRUE(error.localizedDescription.contains(u"symbolic link"_s)) << error.description().toStdString();
+  EXPECT_EQ(everythingIn(home.path(u"elsewhere"_s)).size(), 1);
+}
+
+TEST_F(QLJournalEntryFileTest, SavingNeedsAJournalButNotItsEmptyFolder) {
+  const auto entry = QLJournalEntryFile::newEntry();
+  QList<Error> attachmentErrors{Error()};
+  Error error;
+  EXPECT_FALSE(entry->saveToJournal(nullptr, &error, &attachmentErrors));
+  EXPECT_EQ(error.code, JournalError::JournalFileNotFound);
+  EXPECT_TRUE(attachmentErrors.isEmpty());
+
+  ASSERT_TRUE(QDir().rmdir(package->entriesFolder()));
+  EXPECT_FALSE(reread(entry->uuid(), &error));
+  EXPECT_EQ(error.code, JournalError::EntryNotFound);
+  EXPECT_TRUE(entry->saveToJournal(package.get(), &error)) << error.description().toStdString();
+  EXPECT_TRUE(reread(entry->uuid()));
+
+  // A journal that is gone is not made anew around an entry.
+  const QString path = package->url().toLocalFile();
+  ASSERT_TRUE(QDir(path).removeRecursively());
+  EXPECT_FALSE(entry->saveToJournal(package.get(), &error));
+  EXPECT_TRUE(error.localizedDescription.contains(path)) << error.description().toStdString();
+  EXPECT_FALSE(QFile::exists(path));
+}
+
+}  // namespace quillo

@@ -1,0 +1,155 @@
+#include "JournalFixture.h"
+#include "qlcore/QLJournalPackageFile.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <functional>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+class QLJournalPackageFileTest : public JournalFixture {
+ protected:
+  ~QLJournalPackageFileTest() override { QLJournalPackageFile::setDefaultPackageURLProvider({}); }
+};
+
+TEST_F(QLJournalPackageFileTest, IsMadeWholeAndOpensAgain) {
+  const QString path = home.path(u"Mine.quillojournal"_s);
+  EXPECT_EQ(everythingIn(home.path()), QStringList{u"Mine.quillojournal"_s});
+  EXPECT_EQ(everythingIn(path), (QStringList{u"Entries"_s, u"Journal.plist"_s}));
+  EXPECT_TRUE(bytesOf(path + u"/Journal.plist"_s).startsWith("<?xml"));
+  EXPECT_EQ(QLJournalEntryFile::canonicalUUID(package->identifier()), package->identifier());
+
+  const auto again = QLJournalPackageFile::openPackage(QUrl::fromLocalFile(path + u'/'), false, nullptr);
+  ASSERT_TRUE(again);
+  EXPECT_EQ(again->identifier(), package->identifier());
+  EXPECT_EQ(again->creationDate(), package->creationDate());
+  EXPECT_EQ(again->formatVersion(), 1);
+  EXPECT_EQ(again->url(), QUrl::fromLocalFile(path));
+  EXPECT_EQ(again->entriesURL(), QUrl::fromLocalFile(path + u"/Entries"_s));
+}
+
+TEST_F(QLJournalPackageFileTest, RefusesWhatIsNoJournalOfThisVersion) {
+  const QString path = home.path(u"Other.quillojournal"_s);
+  const QString properties = path + u"/Journal.plist"_s;
+  const auto version = [](const PropertyListValue& number) {
+    return PropertyListDictionary{{u"formatVersion"_s, number}};
+  };
+  const struct {
+    const char* name;
+    std::function<void()> prepare;
+    JournalError::Code code;
+    QString says;
+  } cases[] = {
+      {"gone", [] {}, JournalError::JournalFileNotFound, u"no such folder"_s},
+      {"a link to nowhere", [&] { QFile::link(home.path(u"nowhere"_s), path); }, JournalError::JournalFileNotFound,
+       u"no such folder"_s},
+      {"a file", [&] { write(path, QByteArray("x")); }, JournalError::NotAPackage, u"not a folder"_s},
+      {"an empty folder", [&] { QDir().mkdir(path); }, JournalError::NotAPackage, u"has no Journal.plist"_s},
+      {"garbage", [&] { write(properties, QByteArray("<plist><dict>")); }, JournalError::NotAPackage, u"damaged"_s},
+      {"nothing", [&] { write(properties, QByteArray()); }, JournalError::NotAPackage, u"empty"_s},
+      {"no version", [&] { write(properties, PropertyListDictionary()); }, JournalError::NotAPackage, u"version"_s},
+      {"a version that is no number", [&] { write(properties, version(u"1"_s)); }, JournalError::NotAPackage,
+       u"version"_s},
+      {"version 0", [&] { write(properties, version(0)); }, JournalError::NotAPackage, u"version"_s},
+      {"version 2", [&] { write(properties, version(2)); }, JournalError::NewerFormat, u"made by a newer version"_s},
+      {"the largest version", [&] { write(properties, version(~quint64{0})); }, JournalError::NewerFormat,
+       u"made by a newer version"_s},
+      {"a folder for the file", [&] { QDir().mkpath(properties); }, JournalError::NotReadable, u"not a regular"_s},
+      {"a pipe for the file", [&] { ::mkfifo(QFile::encodeName(properties).constData(), 0600); },
+       JournalError::NotReadable, u"not a regular"_s},
+      {"a link for the file", [&] { QFile::link(home.path(u"Mine.quillojournal/Journal.plist"_s), properties); },
+       JournalError::NotReadable, u"symbolic link"_s},
+  };
+  for (const auto& [name, prepare, code, says] : cases) {
+    SCOPED_TRACE(name);
+    QDir(path).removeRecursively();
+    QFile::remove(path);
+    if (QByteArray(name) != "gone" && says != u"no such folder"_s && says != u"not a folder"_s) QDir().mkdir(path);
+    prepare();
+    Error error;
+    EXPECT_FALSE(QLJournalPackageFile::openPackage(QUrl::fromLocalFile(path), false, &error));
+    EXPECT_EQ(error.domain, JournalError::domain);
+    EXPECT_EQ(error.code, code) << error.description().toStdString();
+    EXPECT_TRUE(error.localizedDescription.contains(says)) << error.localizedDescription.toStdString();
+    EXPECT_TRUE(error.localizedDescription.contains(path)) << error.localizedDescription.toStdString();
+    EXPECT_FALSE(error.localizedDescription.contains(u'\n'));
+  }
+  for (const QString& url : {u""_s, u"relative"_s, u"https://quilloapp.example/x"_s, u"file:"_s}) {
+    Error error;
+    EXPECT_FALSE(QLJournalPackageFile::openPackage(QUrl(url), true, &error)) << url.toStdString();
+    EXPECT_EQ(error.code, JournalError::JournalFileNotFound);
+  }
+}
+
+TEST_F(QLJournalPackageFileTest, RefusesOneWithoutPermission) {
+  const bool isRoot = ::geteuid() == 0;
+  const QByteArray properties = QFile::encodeName(package->url().toLocalFile() + u"/Journal.plist"_s);
+  // Nothing is forbidden to root, so another user asks.
+  ::chmod(QFile::encodeName(home.path()).constData(), 0755);
+  ::chmod(QFile::encodeName(package->url().toLocalFile()).constData(), 0755);
+  ::chmod(properties.constData(), 0);
+  if (isRoot && ::seteuid(65534) != 0) GTEST_SKIP() << "cannot act as another user";
+  Error error;
+  const auto opened = QLJournalPackageFile::openPackage(package->url(), false, &error);
+  ASSERT_TRUE(!isRoot || ::seteuid(0) == 0);
+  EXPECT_FALSE(opened);
+  EXPECT_EQ(error.code, JournalError::NotReadable) << error.description().toStdString();
+}
+
+TEST_F(QLJournalPackageFileTest, IsNotMadeOverAnything) {
+  QDir().mkdir(home.path(u"folder"_s));
+  write(home.path(u"file"_s), QByteArray("x"));
+  QFile::link(home.path(u"nowhere"_s), home.path(u"link"_s));
+  const QStringList before = everythingIn(home.path());
+  const struct {
+    QString name;
+    JournalError::Code code;
+  } cases[] = {{u"folder"_s, JournalError::AlreadyExists},     {u"file"_s, JournalError::AlreadyExists},
+               {u"link"_s, JournalError::AlreadyExists},       {u"Mine.quillojournal"_s, JournalError::AlreadyExists},
+               {u"missing/New"_s, JournalError::WriteFailed},  {u"file/New"_s, JournalError::WriteFailed},
+               {QString(300, u'x'), JournalError::WriteFailed}};
+  for (const auto& [name, code] : cases) {
+    Error error;
+    EXPECT_FALSE(QLJournalPackageFile::openPackage(QUrl::fromLocalFile(home.path(name)), true, &error));
+    EXPECT_EQ(error.code, code) << error.description().toStdString();
+    EXPECT_EQ(everythingIn(home.path()), before);
+  }
+  EXPECT_EQ(bytesOf(home.path(u"file"_s)), "x");
+}
+
+TEST_F(QLJournalPackageFileTest, OpensThroughALink) {
+  const QString link = home.path(u"link"_s);
+  ASSERT_TRUE(QFile::link(package->url().toLocalFile(), link));
+  const auto linked = QLJournalPackageFile::openPackage(QUrl::fromLocalFile(link), false, nullptr);
+  ASSERT_TRUE(linked);
+  const auto entry = QLJournalEntryFile::newEntry();
+  EXPECT_TRUE(entry->saveToJournal(linked.get(), nullptr));
+  EXPECT_TRUE(reread(entry->uuid()));
+}
+
+TEST_F(QLJournalPackageFileTest, DefaultPackageIsTheConfiguredOneAndNeverMade) {
+  const QString start = u"+[QLJournalPackageFile(OSXAdditions) defaultPackage] Default location is not set - "_s;
+  std::optional<QUrl> configured;
+  for (const bool hasProvider : {false, true}) {
+    LogCapture log;
+    if (hasProvider) QLJournalPackageFile::setDefaultPackageURLProvider([&] { return configured; });
+    EXPECT_FALSE(QLJournalPackageFile::defaultPackage());
+    ASSERT_EQ(log.lines().size(), 1);
+    EXPECT_TRUE(log.lines()[0].startsWith(start)) << log.lines()[0].toStdString();
+  }
+  configured = QUrl::fromLocalFile(home.path(u"New.quillojournal"_s));
+  EXPECT_FALSE(QLJournalEntryFile::emptyJournalEntry());
+  EXPECT_FALSE(QFile::exists(configured->toLocalFile()));
+
+  configured = package->url();
+  LogCapture log;
+  ASSERT_TRUE(QLJournalPackageFile::defaultPackage());
+  EXPECT_EQ(QLJournalPackageFile::defaultPackage()->identifier(), package->identifier());
+  EXPECT_TRUE(QLJournalEntryFile::emptyJournalEntry());
+  EXPECT_TRUE(log.lines().isEmpty());
+}
+
+}  // namespace quillo
