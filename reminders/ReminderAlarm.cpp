@@ -1,0 +1,126 @@
+#include "reminders/ReminderAlarm.h"
+
+#include "config/Keys.h"
+#include "config/PersistentPropertyList.h"
+#include "foundation/Log.h"
+#include "reminders/ReminderCalculator.h"
+#include "reminders/ReminderInterval.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+static constexpr auto resetMethod = "-[ReminderAlarm resetFromDate:]"_L1;
+
+ReminderAlarm::ReminderAlarm(PersistentPropertyList* propertyList, QObject* target, Action action,
+                             const ReminderAlarmServices& services)
+    : m_propertyList(propertyList), m_target(target), m_action(std::move(action)), m_services(services) {}
+
+ReminderAlarm::~ReminderAlarm() {
+  stop();
+}
+
+Date ReminderAlarm::now() const {
+  return Date::since1970(m_services.clock.secondsSince1970());
+}
+
+void ReminderAlarm::start() {
+  if (m_isStarted) return;
+  m_isStarted = true;
+  const auto onSystemEvent = [this](const Notification&) { alarmInvalidatingSystemEventOccurred(); };
+  m_services.localCenter.addObserver(this, Notice::systemClockDidChange, onSystemEvent);
+  m_services.localCenter.addObserver(this, Notice::systemTimeZoneDidChange, onSystemEvent);
+  m_services.workspaceCenter.addObserver(this, Notice::workspaceDidWake, onSystemEvent);
+  m_services.distributedCenter.addObserver(this, Notice::reminderSettingsDidChange,
+                                           [this](const Notification&) { reminderSettingsChanged(); });
+  reset();
+}
+
+void ReminderAlarm::stop() {
+  if (!m_isStarted) return;
+  m_isStarted = false;
+  m_services.localCenter.removeObserver(this);
+  m_services.workspaceCenter.removeObserver(this);
+  m_services.distributedCenter.removeObserver(this);
+  m_nextAlarmDate.reset();
+  m_isSnoozing = false;
+  m_timers.clear();
+}
+
+void ReminderAlarm::reset() {
+  resetFromDate(std::nullopt);
+}
+
+void ReminderAlarm::resetFromDate(std::optional<Date> date) {
+  m_timers.clear();
+  m_isSnoozing = false;
+  if (!m_isStarted) return;
+  if (!m_propertyList) {
+    QLLogInfo(resetMethod, u"Unable to get reminder interval from user defaults"_s);
+    return;
+  }
+  m_propertyList->synchronize();
+  const ReminderInterval interval = ReminderInterval::reminderIntervalFromUserDefaults(*m_propertyList);
+  const auto next = ReminderCalculator::firstReminderForInterval(interval, date ? *date : now(), std::nullopt);
+  if (!next) {
+    QLLogInfo(resetMethod, u"Unable to calculate a reminder date for interval %1"_s.arg(interval.description()));
+    return;
+  }
+  scheduleNextAlarm(*next);
+}
+
+void ReminderAlarm::scheduleNextAlarm(Date date) {
+  m_nextAlarmDate = date;
+  // A timer already there stays armed. Callers clear it first, all but a system event during a snooze: then both fire
+  // at the end of the snooze. That is wanted. Beyond a handful the oldest goes, or a clock that is set every second
+  // would use up the process's descriptors.
+  static constexpr size_t mostTimers = 8;
+  if (m_timers.size() >= mostTimers) m_timers.erase(m_timers.begin());
+  const quint64 number = ++m_timersArmed;
+  m_timers.push_back({number, date, m_services.timers.schedule(date.timeIntervalSince1970(), [this, number] {
+                        alarmTimerFired(number);
+                      })});
+}
+
+void ReminderAlarm::alarmTimerFired(quint64 number) {
+  const auto byNumber = [number](const ArmedTimer& timer) { return timer.number == number; };
+  const auto found = std::find_if(m_timers.begin(), m_timers.end(), byNumber);
+  if (found == m_timers.end()) return;
+  // Kept to the end of this function, which it is calling.
+  const ArmedTimer fired = std::move(*found);
+  m_timers.erase(found);
+
+  m_isSnoozing = false;
+  const std::weak_ptr<bool> life = m_life;
+  if (m_target && m_action) m_action(*this);
+  if (life.expired()) return;
+
+  // The second timer of a snooze fires, too. It then counts on from the regular reminder armed here, so that this one
+  // is passed over; that is wanted.
+  std::vector<ArmedTimer> seconds;
+  std::copy_if(std::make_move_iterator(m_timers.begin()), std::make_move_iterator(m_timers.end()),
+               std::back_inserter(seconds), [&fired](const ArmedTimer& timer) { return timer.date == fired.date; });
+  resetFromDate(m_nextAlarmDate);
+  m_timers.insert(m_timers.begin(), std::make_move_iterator(seconds.begin()), std::make_move_iterator(seconds.end()));
+}
+
+void ReminderAlarm::snoozeForTimeInterval(double seconds) {
+  if (!m_isStarted) return;
+  m_timers.clear();
+  m_isSnoozing = true;
+  scheduleNextAlarm(now().addingTimeInterval(seconds));
+}
+
+void ReminderAlarm::alarmInvalidatingSystemEventOccurred() {
+  if (!m_isSnoozing) return reset();
+  if (m_nextAlarmDate) scheduleNextAlarm(*m_nextAlarmDate);
+}
+
+void ReminderAlarm::reminderSettingsChanged() {
+  reset();
+}
+
+}  // namespace quillo

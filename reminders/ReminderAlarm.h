@@ -1,0 +1,90 @@
+#pragma once
+
+#include "foundation/Date.h"
+#include "foundation/DistributedNotificationCenter.h"
+#include "foundation/NotificationCenter.h"
+#include "platform/Clock.h"
+#include "platform/OneShotTimer.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace quillo {
+
+class PersistentPropertyList;
+
+// What the alarm hears and moves by. All of it must outlive the alarm.
+struct ReminderAlarmServices {
+  const Clock& clock;
+  OneShotTimerFactory& timers;
+  NotificationCenter& localCenter = NotificationCenter::localCenter();
+  NotificationCenter& workspaceCenter = NotificationCenter::workspaceCenter();
+  NotificationCenter& distributedCenter = DistributedNotificationCenter::sharedCenter();
+};
+
+// Keeps one timer armed for the next journal reminder, acts when it fires, and arms the next. The date is kept and the
+// delay derived from it: whenever the settings, the clock, the time zone or the machine's sleep change anything, the
+// next reminder is calculated again from now. A reminder that passed while the machine slept is not made up for by
+// that.
+//
+// Stopped until start(). Main thread only.
+class ReminderAlarm {
+ public:
+  using Action = std::function<void(ReminderAlarm&)>;
+
+  // The settings are read from `propertyList` at each reset; it must outlive the alarm. Null gives no reminders.
+  // `action` is called when the alarm fires, while `target` lives; it may do anything to the alarm, even destroy it.
+  ReminderAlarm(PersistentPropertyList* propertyList, QObject* target, Action action,
+                const ReminderAlarmServices& services);
+  ~ReminderAlarm();
+  ReminderAlarm(const ReminderAlarm&) = delete;
+  ReminderAlarm& operator=(const ReminderAlarm&) = delete;
+
+  void start();
+  void stop();
+  // From now. A snooze is dropped.
+  void reset();
+  // Arms the first reminder after `date`, or after now. Where there is none, that is logged, no timer is armed, and
+  // nextAlarmDate() keeps showing the previous date; that is wanted. Of a stopped alarm it only ends the snooze.
+  void resetFromDate(std::optional<Date> date);
+  // Fires again after so many seconds instead of at the next reminder. Nothing while stopped.
+  void snoozeForTimeInterval(double seconds);
+
+  // What the timer is armed for: a regular reminder or the end of a snooze. Nothing after stop().
+  [[nodiscard]] std::optional<Date> nextAlarmDate() const { return m_nextAlarmDate; }
+  [[nodiscard]] bool isSnoozing() const { return m_isSnoozing; }
+  [[nodiscard]] bool isStarted() const { return m_isStarted; }
+
+ private:
+  struct ArmedTimer {
+    quint64 number;
+    Date date;
+    std::unique_ptr<OneShotTimer> timer;
+  };
+
+  void scheduleNextAlarm(Date date);
+  void alarmTimerFired(quint64 number);
+  void alarmInvalidatingSystemEventOccurred();
+  void reminderSettingsChanged();
+  [[nodiscard]] Date now() const;
+
+  PersistentPropertyList* m_propertyList;
+  QPointer<QObject> m_target;
+  Action m_action;
+  ReminderAlarmServices m_services;
+  bool m_isStarted{false};
+  bool m_isSnoozing{false};
+  std::optional<Date> m_nextAlarmDate;
+  // One, but for a snooze during which a system event came.
+  std::vector<ArmedTimer> m_timers;
+  quint64 m_timersArmed{0};
+  // Expires with this object.
+  std::shared_ptr<bool> m_life{std::make_shared<bool>(true)};
+};
+
+}  // namespace quillo
