@@ -1,0 +1,116 @@
+#include "platform/linux/SessionBusApplications.h"
+
+#include "foundation/Log.h"
+
+#include <QCoreApplication>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype longestBusName = 255;
+
+const QString path = u"/com/quilloapp/Application"_s;
+const QString interface = u"com.quilloapp.Application"_s;
+
+bool canBePartOfBusName(const QString& bundleIdentifier) {
+  static const QRegularExpression form(u"\\A[A-Za-z_-][A-Za-z0-9_-]*(\\.[A-Za-z_-][A-Za-z0-9_-]*)+\\z"_s);
+  return bundleIdentifier.size() < longestBusName && form.match(bundleIdentifier).hasMatch();
+}
+
+}  // namespace
+
+std::optional<QString> busNameOfApplication(const RunningApplication& application) {
+  if (application.processIdentifier <= 0 || !canBePartOfBusName(application.bundleIdentifier)) return {};
+  // A part of a bus name must not begin with a digit, hence the letter.
+  const QString name = application.bundleIdentifier + u".p"_s + QString::number(application.processIdentifier);
+  if (name.size() > longestBusName) return {};
+  return name;
+}
+
+std::optional<RunningApplication> applicationOfBusName(const QString& name, const QString& bundleIdentifier) {
+  const QString prefix = bundleIdentifier + u".p"_s;
+  if (!name.startsWith(prefix)) return {};
+  const RunningApplication application{bundleIdentifier, name.mid(prefix.size()).toLongLong()};
+  // Only the one spelling that we would use ourselves.
+  if (busNameOfApplication(application) != name) return {};
+  return application;
+}
+
+SessionBusApplications::SessionBusApplications()
+    : m_bus(u"applications"_s, [this](QDBusConnection& connection) {
+        // The first connection is made before there is a name to claim; each later one claims it again.
+        if (!m_ownName.isEmpty()) claim(connection);
+      }) {}
+
+bool SessionBusApplications::claim(QDBusConnection& connection) {
+  return connection.registerObject(path, this, QDBusConnection::ExportScriptableInvokables) &&
+         connection.registerService(m_ownName);
+}
+
+bool SessionBusApplications::registerSelf(const QString& bundleIdentifier, std::function<void()> onTerminate) {
+  m_onTerminate = std::move(onTerminate);
+  const auto name = busNameOfApplication({bundleIdentifier, currentProcessIdentifier()});
+  if (!name) {
+    QLLogError(u"Other programs cannot find this one: \"%1\" is no bundle identifier"_s.arg(bundleIdentifier));
+    return false;
+  }
+  if (!m_bus.connect()) {
+    QLLogWarn(u"Other programs cannot find this one: there is no session bus"_s);
+    m_ownName = *name;
+    return false;
+  }
+  auto connection = m_bus.connection();
+  if (!m_ownName.isEmpty()) {
+    connection.unregisterService(m_ownName);
+    connection.unregisterObject(path);
+  }
+  m_ownName = *name;
+  if (claim(connection)) return true;
+  QLLogWarn(u"Other programs cannot find this one: the session bus refused the name %1"_s.arg(m_ownName));
+  return false;
+}
+
+QList<RunningApplication> SessionBusApplications::running(const QString& bundleIdentifier) const {
+  QList<RunningApplication> found;
+  const auto names = m_bus.askBus(u"ListNames"_s).value_or(QVariant()).toStringList();
+  for (const auto& name : names)
+    if (auto application = applicationOfBusName(name, bundleIdentifier)) found << *application;
+  std::sort(found.begin(), found.end(),
+            [](const auto& a, const auto& b) { return a.processIdentifier < b.processIdentifier; });
+  return found;
+}
+
+bool SessionBusApplications::terminate(const RunningApplication& application) {
+  const auto name = busNameOfApplication(application);
+  if (!name || !m_bus.askBus(u"NameHasOwner"_s, {*name}).value_or(false).toBool()) return false;
+  auto call = QDBusMessage::createMethodCall(*name, path, interface, u"Terminate"_s);
+  // The name may go in this very moment; nothing is to be started for it then.
+  call.setAutoStartService(false);
+  return m_bus.send(call);
+}
+
+qint64 SessionBusApplications::currentProcessIdentifier() const {
+  return QCoreApplication::applicationPid();
+}
+
+void SessionBusApplications::Terminate() {
+  if (m_terminating) return;
+  m_terminating = true;
+  // The answer leaves when this returns; a callback that quits at once must come after it.
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        m_terminating = false;
+        // A copy, as the callback may register another.
+        if (const auto onTerminate = m_onTerminate) onTerminate();
+      },
+      Qt::QueuedConnection);
+}
+
+}  // namespace quillo

@@ -1,0 +1,53 @@
+#include "platform/linux/StatusImage.h"
+
+#include <QPainter>
+
+namespace quillo {
+
+namespace {
+
+constexpr double highlightOpacity = 0.35;
+constexpr double highlightCornerRadius = 4;
+
+}  // namespace
+
+QColor readableOn(const QColor& background) {
+  // Perceived brightness; where it is exactly in the middle, white reads better.
+  const double brightness = 0.299 * background.redF() + 0.587 * background.greenF() + 0.114 * background.blueF();
+  return brightness > 0.5 ? QColor(Qt::black) : QColor(Qt::white);
+}
+
+QImage statusImage(const QImage& image, QSizeF points, double pixelRatio, const StatusImageStyle& style) {
+  QImage canvas((points * pixelRatio).toSize(), QImage::Format_ARGB32_Premultiplied);
+  canvas.fill(Qt::transparent);
+  QPainter painter(&canvas);
+  painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+  if (!image.isNull()) {
+    const QSizeF size = image.width() > canvas.width() || image.height() > canvas.height()
+                            ? QSizeF(image.size()).scaled(canvas.size(), Qt::KeepAspectRatio)
+                            : QSizeF(image.size());
+    QRectF place(QPointF(), size);
+    place.moveCenter(QRectF(canvas.rect()).center());
+    // On whole pixels, or the picture gets blurred.
+    place.moveTo(place.topLeft().toPoint());
+    painter.drawImage(place, image);
+  }
+  if (style.tint) {
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(canvas.rect(), *style.tint);
+  }
+  if (style.isHighlighted) {
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationOver);
+    QColor colour = style.highlight;
+    colour.setAlphaF(highlightOpacity);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colour);
+    const double radius = highlightCornerRadius * pixelRatio;
+    painter.drawRoundedRect(QRectF(canvas.rect()), radius, radius);
+  }
+  painter.end();
+  canvas.setDevicePixelRatio(pixelRatio);
+  return canvas;
+}
+
+}  // namespace quillo

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QColor>
+#include <QImage>
+#include <QSizeF>
+
+#include <optional>
+
+namespace quillo {
+
+// The black or white that reads on a background of this colour.
+[[nodiscard]] QColor readableOn(const QColor& background);
+
+struct StatusImageStyle {
+  std::optional<QColor> tint;  // replaces every colour of the image, keeping its shape
+  bool isHighlighted{false};
+  QColor highlight;  // of the pressed look, put behind the image with little opacity
+};
+
+// `image` centred on a canvas of `points`, made smaller where it does not fit, at `pixelRatio`. The answer carries the
+// ratio. An empty image gives the canvas alone.
+[[nodiscard]] QImage statusImage(const QImage& image, QSizeF points, double pixelRatio, const StatusImageStyle& style);
+
+}  // namespace quillo

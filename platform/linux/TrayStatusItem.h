@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/StatusItem.h"
+#include "platform/linux/TrayWindow.h"
+
+#include <QObject>
+#include <QPointF>
+#include <QSystemTrayIcon>
+#include <QTimer>
+
+namespace quillo {
+
+// The status item as a tray icon, in trays that embed a window (XEmbed) and in those that draw the icon themselves
+// (StatusNotifierItem); Qt chooses when the icon is made. One per process. Needs a QApplication.
+class TrayStatusItem final : public QObject, public StatusItem {
+  Q_OBJECT
+
+ public:
+  TrayStatusItem();
+
+  void setImage(const QString& name, bool isTemplate) override;
+  void setHighlighted(bool highlighted) override;
+  void setToolTip(const QString& text) override;
+  void setMenu(QMenu* menu) override;
+  void setLength(double points) override;
+  [[nodiscard]] std::optional<QRectF> geometry() const override;
+  [[nodiscard]] QRectF anchor() const override;
+  void onPrimaryClick(std::function<void()> callback) override;
+  void onGeometryChanged(std::function<void()> callback) override;
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void activated(QSystemTrayIcon::ActivationReason reason);
+  void trayWindowChanged();
+  void checkForeground();
+  void updateIcon();
+
+  QSystemTrayIcon m_icon;
+  TrayWindow m_window;
+  QTimer m_settled;
+  QString m_imageName;
+  bool m_isTemplate{false};
+  bool m_isHighlighted{false};
+  double m_length{0};
+  QColor m_foreground;
+  std::optional<QPointF> m_lastClick;
+  std::function<void()> m_onPrimaryClick;
+  std::function<void()> m_onGeometryChanged;
+};
+
+}  // namespace quillo
