@@ -5,7 +5,7 @@
 add_library(quillo_options INTERFACE)
 target_compile_options(quillo_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2
-  -Wimplicit-fallthrough -Wnull-dereference -Wunused)
+  -Wimplicit-fallthrough -Wunused)
 if(QUILLO_WERROR)
   target_compile_options(quillo_options INTERFACE -Werror)
 endif()
