@@ -1,0 +1,112 @@
+#include "controls/Image.h"
+
+#include <QHash>
+
+#include <algorithm>
+#include <cmath>
+
+// Outside every namespace, as the macro inside declares a function of the global one.
+static void initializeResources() {
+  Q_INIT_RESOURCE(resources);
+}
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::vector<QImage> prepared(std::vector<QImage> bitmaps) {
+  std::erase_if(bitmaps, [](const QImage& bitmap) { return bitmap.isNull(); });
+  for (QImage& bitmap : bitmaps) {
+    // The one format that every drawing can take without converting.
+    if (bitmap.format() != QImage::Format_ARGB32_Premultiplied) {
+      bitmap = bitmap.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    }
+  }
+  std::ranges::sort(bitmaps, {}, &QImage::devicePixelRatio);
+  return bitmaps;
+}
+
+QImage load(const QString& path, double ratio) {
+  QImage bitmap(path);
+  bitmap.setDevicePixelRatio(ratio);
+  return bitmap;
+}
+
+}  // namespace
+
+Image::Image(std::vector<QImage> bitmaps) : m_bitmaps(prepared(std::move(bitmaps))) {
+  if (!m_bitmaps.empty()) m_size = m_bitmaps.front().deviceIndependentSize();
+}
+
+Image::Image(const QImage& bitmap) : Image(std::vector<QImage>{bitmap}) {}
+
+ImageRef Image::imageNamed(const QString& name) {
+  initializeResources();
+  // Bounded: only names of the program's own resources get in.
+  static QHash<QString, ImageRef> loaded;
+  if (const auto known = loaded.constFind(name); known != loaded.cend()) return *known;
+  const QString path = u":/quillo/images/"_s + name;
+  auto image = std::make_shared<Image>(std::vector<QImage>{load(path + u".png"_s, 1), load(path + u"@2x.png"_s, 2)});
+  if (image->bitmaps().empty()) return nullptr;
+  loaded.insert(name, image);
+  return image;
+}
+
+void Image::drawInRect(QPainter& painter, const QRectF& rect, const QRectF& fromRect, CompositingOperation operation,
+                       double fraction, bool /*respectFlipped*/, QPainter::RenderHints hints) const {
+  const QImage* bitmap = bitmapForRatio(m_bitmaps, deviceRatio(painter));
+  if (!bitmap || rect.isEmpty()) return;
+  QRectF part(QPointF(0, 0), QSizeF(bitmap->size()));
+  if (!fromRect.isEmpty()) {
+    const double ratio = bitmap->devicePixelRatio();
+    part = QRectF(fromRect.x() * ratio, (m_size.height() - fromRect.y() - fromRect.height()) * ratio,
+                  fromRect.width() * ratio, fromRect.height() * ratio);
+  }
+  painter.save();
+  painter.setRenderHints(hints);
+  painter.setCompositionMode(compositionMode(operation));
+  painter.setOpacity(painter.opacity() * std::clamp(fraction, 0.0, 1.0));
+  painter.drawImage(rect, *bitmap, part);
+  painter.restore();
+}
+
+ImageRef imageWithFraction(const Image& image, double fraction) {
+  std::vector<QImage> copies;
+  for (const QImage& bitmap : image.bitmaps()) {
+    QImage copy(bitmap.size(), bitmap.format());
+    copy.setDevicePixelRatio(bitmap.devicePixelRatio());
+    copy.fill(Qt::transparent);
+    QPainter painter(&copy);
+    painter.setOpacity(std::clamp(fraction, 0.0, 1.0));
+    painter.drawImage(QPointF(0, 0), bitmap);
+    painter.end();
+    copies.push_back(copy);
+  }
+  return std::make_shared<Image>(std::move(copies));
+}
+
+const QImage* bitmapForRatio(const std::vector<QImage>& bitmaps, double ratio) {
+  if (bitmaps.empty()) return nullptr;
+  const auto enough = std::ranges::find_if(
+      bitmaps, [ratio](const QImage& bitmap) { return bitmap.devicePixelRatio() >= ratio - 0.01; });
+  return enough == bitmaps.end() ? &bitmaps.back() : &*enough;
+}
+
+double deviceRatio(const QPainter& painter) {
+  const QTransform transform = painter.deviceTransform();
+  return std::max(std::hypot(transform.m11(), transform.m12()), std::hypot(transform.m21(), transform.m22()));
+}
+
+QPainter::CompositionMode compositionMode(CompositingOperation operation) {
+  switch (operation) {
+    case CompositingOperation::Copy:
+      return QPainter::CompositionMode_Source;
+    case CompositingOperation::SourceOver:
+      return QPainter::CompositionMode_SourceOver;
+  }
+  return QPainter::CompositionMode_SourceOver;
+}
+
+}  // namespace quillo

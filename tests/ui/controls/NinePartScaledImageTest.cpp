@@ -1,0 +1,234 @@
+#include "controls/NinePartScaledImage.h"
+#include "controls/NinePartScaledImageView.h"
+#include "tests/support/TestHome.h"
+
+#include <QImage>
+#include <QPainter>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace quillo {
+namespace {
+
+// Every pixel of its own colour, so that a picture moved or stretched by one pixel is another picture.
+QImage patternBitmap(int width, int height, int ratio) {
+  QImage bitmap(width * ratio, height * ratio, QImage::Format_ARGB32_Premultiplied);
+  for (int y = 0; y < bitmap.height(); ++y) {
+    for (int x = 0; x < bitmap.width(); ++x)
+      bitmap.setPixel(x, y, qRgb(x * 9 % 256, y * 9 % 256, (x * 7 + y * 13) % 256));
+  }
+  bitmap.setDevicePixelRatio(ratio);
+  return bitmap;
+}
+
+// 100 x 40 points at 1x and 2x.
+const Image& patternSource() {
+  static const Image source({patternBitmap(100, 40, 1), patternBitmap(100, 40, 2)});
+  return source;
+}
+
+const QPointF topLeft(10, 30);
+const QPointF bottomRight(90, 10);
+
+QImage draw(const Image& image, const QRectF& rect, double ratio, const QSize& canvas,
+            const QRectF& fromRect = QRectF(), QPainter::RenderHints hints = {}) {
+  QImage target((QSizeF(canvas) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
+  target.setDevicePixelRatio(ratio);
+  target.fill(Qt::transparent);
+  QPainter painter(&target);
+  painter.setRenderHints(hints);
+  image.drawInRect(painter, rect, fromRect);
+  painter.end();
+  return target;
+}
+
+TEST(NinePartScaledImageTest, CutsThePiecesByTheTwoPoints) {
+  const NinePartScaledImage image(patternSource(), topLeft, bottomRight);
+  EXPECT_EQ(image.size(), QSizeF(100, 40));
+  EXPECT_TRUE(image.bitmaps().empty()) << "no bitmap of its own";
+  struct Case {
+    NinePart part;
+    QSizeF size;
+    QPoint origin;  // in the source, from its upper left, in points
+  };
+  const Case cases[]{
+      {NinePart::TopLeft, {10, 10}, {0, 0}},       {NinePart::Top, {80, 10}, {10, 0}},
+      {NinePart::TopRight, {10, 10}, {90, 0}},     {NinePart::Left, {10, 20}, {0, 10}},
+      {NinePart::Center, {80, 20}, {10, 10}},      {NinePart::Right, {10, 20}, {90, 10}},
+      {NinePart::BottomLeft, {10, 10}, {0, 30}},   {NinePart::Bottom, {80, 10}, {10, 30}},
+      {NinePart::BottomRight, {10, 10}, {90, 30}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(static_cast<int>(c.part));
+    EXPECT_EQ(image.sizeOfPart(c.part), c.size);
+    const auto& bitmaps = image.bitmapsOfPart(c.part);
+    ASSERT_EQ(bitmaps.size(), 2U);
+    for (const QImage& bitmap : bitmaps) {
+      const int ratio = qRound(bitmap.devicePixelRatio());
+      const QImage& source = *bitmapForRatio(patternSource().bitmaps(), ratio);
+      EXPECT_EQ(bitmap, source.copy(QRect(c.origin * ratio, c.size.toSize() * ratio)));
+    }
+  }
+}
+
+TEST(NinePartScaledImageTest, KeepsCornersAndStretchesTheRest) {
+  const NinePartScaledImage image(patternSource(), topLeft, bottomRight);
+  for (const int ratio : {1, 2}) {
+    SCOPED_TRACE(ratio);
+    const QImage& source = *bitmapForRatio(patternSource().bitmaps(), ratio);
+    // At the source's own size it is the source, whatever part is asked for.
+    EXPECT_EQ(draw(image, {0, 0, 100, 40}, ratio, {100, 40}), source);
+    EXPECT_EQ(draw(image, {0, 0, 100, 40}, ratio, {100, 40}, QRectF(20, 20, 3, 3)), source);
+
+    const QImage large = draw(image, {5, 3, 250, 90}, ratio, {260, 100});
+    const int corner = 10 * ratio;
+    const auto part = [&](int x, int y) { return QRect(x * ratio, y * ratio, corner, corner); };
+    EXPECT_EQ(large.copy(part(5, 3)), source.copy(part(0, 0)));
+    EXPECT_EQ(large.copy(part(245, 3)), source.copy(part(90, 0)));
+    EXPECT_EQ(large.copy(part(5, 83)), source.copy(part(0, 30)));
+    EXPECT_EQ(large.copy(part(245, 83)), source.copy(part(90, 30)));
+    // The upper edge is stretched across only: every row keeps its own green, but for the rounding of the stretching.
+    for (int y = 0; y < corner; ++y) EXPECT_NEAR(qGreen(large.pixel(130 * ratio, 3 * ratio + y)), y * 9, 1);
+    // The left edge is stretched down only: every column keeps its own red.
+    for (int x = 0; x < corner; ++x) EXPECT_NEAR(qRed(large.pixel(5 * ratio + x, 45 * ratio)), x * 9, 1);
+    // Nothing beside the rectangle.
+    EXPECT_EQ(qAlpha(large.pixel(5 * ratio - 1, 45 * ratio)), 0);
+    EXPECT_EQ(qAlpha(large.pixel(255 * ratio, 45 * ratio)), 0);
+    EXPECT_EQ(qAlpha(large.pixel(130 * ratio, 93 * ratio)), 0);
+  }
+}
+
+TEST(NinePartScaledImageTest, PiecesMeetWithoutSeamsAtBrokenScales) {
+  const NinePartScaledImage image(patternSource(), topLeft, bottomRight);
+  for (const double ratio : {1.25, 1.5, 1.75}) {
+    const QImage drawn = draw(image, {3.3, 2.7, 151.1, 77.7}, ratio, {160, 90}, {}, QPainter::Antialiasing);
+    const QRect inside = QRectF(3.3 * ratio, 2.7 * ratio, 151.1 * ratio, 77.7 * ratio).toRect().adjusted(1, 1, -1, -1);
+    int holes = 0;
+    for (int y = inside.top(); y <= inside.bottom(); ++y) {
+      for (int x = inside.left(); x <= inside.right(); ++x) holes += qAlpha(drawn.pixel(x, y)) != 255;
+    }
+    EXPECT_EQ(holes, 0) << "at " << ratio;
+  }
+}
+
+TEST(NinePartScaledImageTest, FollowsOperationAndFraction) {
+  const NinePartScaledImage image(patternSource(), topLeft, bottomRight);
+  const auto drawnOnWhite = [&](CompositingOperation operation, double fraction) {
+    QImage target(100, 40, QImage::Format_ARGB32_Premultiplied);
+    target.fill(Qt::white);
+    QPainter painter(&target);
+    image.drawInRect(painter, {0, 0, 100, 40}, {}, operation, fraction);
+    painter.end();
+    return QColor::fromRgba(target.pixel(0, 0));  // black in the source
+  };
+  EXPECT_EQ(drawnOnWhite(CompositingOperation::SourceOver, 1.0), QColor(0, 0, 0));
+  EXPECT_NEAR(drawnOnWhite(CompositingOperation::SourceOver, 0.5).red(), 128, 2);
+  EXPECT_EQ(drawnOnWhite(CompositingOperation::SourceOver, 0.0), QColor(255, 255, 255));
+  EXPECT_EQ(drawnOnWhite(CompositingOperation::SourceOver, -3.0), QColor(255, 255, 255));
+}
+
+TEST(NinePartScaledImageTest, RectangleSmallerThanTheCornersCutsThem) {
+  const NinePartScaledImage image(patternSource(), topLeft, bottomRight);
+  const QImage drawn = draw(image, {4, 4, 100, 12}, 1, {110, 20});
+  // The lower corners lie above the upper ones; both keep their scale and stand at their own edges.
+  const QImage& source = patternSource().bitmaps().front();
+  EXPECT_EQ(drawn.copy(4, 4, 10, 2), source.copy(0, 0, 10, 2));
+  EXPECT_EQ(drawn.copy(4, 6, 10, 10), source.copy(0, 30, 10, 10));
+  // Nothing leaves the rectangle.
+  const QImage tiny = draw(image, {8, 8, 3, 3}, 2, {20, 20});
+  for (int y = 0; y < tiny.height(); ++y) {
+    for (int x = 0; x < tiny.width(); ++x) {
+      if (QRect(16, 16, 6, 6).contains(x, y)) continue;
+      ASSERT_EQ(qAlpha(tiny.pixel(x, y)), 0) << x << ' ' << y;
+    }
+  }
+  EXPECT_EQ(qAlpha(tiny.pixel(18, 18)), 255);
+}
+
+TEST(NinePartScaledImageTest, DegenerateInputDrawsWhatItCan) {
+  constexpr double inf = std::numeric_limits<double>::infinity();
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+  const Image empty{QImage()};
+  struct Case {
+    const char* name;
+    const Image& source;
+    QPointF topLeft, bottomRight;
+    bool drawsUpperLeft;
+  };
+  const Case cases[]{
+      {"points at the corners", patternSource(), {0, 40}, {100, 0}, true},
+      {"wrong order across", patternSource(), {90, 30}, {10, 10}, true},
+      {"wrong order down", patternSource(), {10, 10}, {90, 30}, true},
+      {"same point", patternSource(), {50, 20}, {50, 20}, true},
+      {"left of the source", patternSource(), {-20, 30}, {90, 10}, false},
+      {"above the source", patternSource(), {10, 60}, {90, 10}, true},
+      {"all beyond the source", patternSource(), {200, 300}, {400, -200}, false},
+      {"very far out", patternSource(), {1e300, 1e300}, {-1e300, -1e300}, false},
+      {"no numbers", patternSource(), {nan, inf}, {-inf, nan}, false},
+      {"empty source", empty, topLeft, bottomRight, false},
+  };
+  const QRectF rects[]{{0, 0, 120, 80},  {0, 0, 0, 0},      {10, 10, -30, -5},   {2, 2, 1, 1},
+                       {0, 0, 1e9, 1e9}, {nan, 0, inf, 10}, {-500, -500, 20, 20}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const NinePartScaledImage image(c.source, c.topLeft, c.bottomRight);
+    for (const QRectF& rect : rects) draw(image, rect, 2, {130, 90});
+    // A picture was left where a picture could be: its upper left corner, or nothing.
+    const QImage drawn = draw(image, rects[0], 1, {130, 90});
+    EXPECT_TRUE(!c.drawsUpperLeft || qAlpha(drawn.pixel(2, 60)) + qAlpha(drawn.pixel(2, 2)) > 0);
+    for (int y = 0; y < 90; ++y) ASSERT_EQ(qAlpha(drawn.pixel(125, y)), 0) << "drew outside its rectangle";
+  }
+  // A piece that reaches beyond the source is transparent there and holds no more than the source.
+  const NinePartScaledImage wide(patternSource(), {150, 30}, {160, 10});
+  EXPECT_EQ(wide.sizeOfPart(NinePart::Left), QSizeF(150, 20));
+  EXPECT_EQ(wide.bitmapsOfPart(NinePart::Left).front().size(), QSize(100, 20));
+  const QImage drawn = draw(wide, {0, 0, 200, 40}, 1, {200, 40});
+  EXPECT_EQ(drawn.pixel(99, 20), patternSource().bitmaps().front().pixel(99, 20));
+  EXPECT_EQ(qAlpha(drawn.pixel(100, 20)), 0);
+}
+
+TEST(NinePartScaledImageTest, OneShotDrawingIsTheSamePicture) {
+  QImage target(200, 80, QImage::Format_ARGB32_Premultiplied);
+  target.fill(Qt::transparent);
+  QPainter painter(&target);
+  drawNinePartScaledInRect(patternSource(), painter, {0, 0, 200, 80}, topLeft, bottomRight);
+  painter.end();
+  EXPECT_EQ(target, draw(NinePartScaledImage(patternSource(), topLeft, bottomRight), {0, 0, 200, 80}, 1, {200, 80}));
+}
+
+TEST(NinePartScaledImageViewTest, FillsItselfAndDrawsNothingWithoutAnImage) {
+  NinePartScaledImageView view;
+  view.resize(200, 80);
+  const auto shown = [&view] {
+    QImage target(200, 80, QImage::Format_ARGB32_Premultiplied);
+    target.fill(Qt::transparent);
+    view.render(&target, QPoint(), QRegion(), QWidget::RenderFlags());
+    return target;
+  };
+  const auto image = std::make_shared<NinePartScaledImage>(patternSource(), topLeft, bottomRight);
+  view.setNinePartScaledImage(image);
+  EXPECT_EQ(shown(), draw(*image, {0, 0, 200, 80}, 1, {200, 80}));
+  view.setNinePartScaledImage(nullptr);
+  EXPECT_EQ(qAlpha(shown().pixel(100, 40)), 0);
+}
+
+TEST(ImageTest, DrawsThePartAskedForFromTheBottomLeft) {
+  QImage bitmap(20, 10, QImage::Format_ARGB32_Premultiplied);
+  bitmap.fill(Qt::red);
+  QPainter(&bitmap).fillRect(0, 8, 4, 2, Qt::blue);  // the lower left corner
+  const Image image(bitmap);
+  const QImage drawn = draw(image, {0, 0, 8, 4}, 1, {8, 4}, QRectF(0, 0, 4, 2));
+  for (int x = 0; x < 8; ++x) EXPECT_EQ(drawn.pixel(x, 3), QColor(Qt::blue).rgba());
+}
+
+TEST(ImageTest, DimmedCopyKeepsSizeAndScales) {
+  const ImageRef dimmed = imageWithFraction(patternSource(), 0.5);
+  EXPECT_EQ(dimmed->size(), patternSource().size());
+  ASSERT_EQ(dimmed->bitmaps().size(), 2U);
+  for (const QImage& bitmap : dimmed->bitmaps()) EXPECT_NEAR(qAlpha(bitmap.pixel(3, 3)), 128, 1);
+}
+
+}  // namespace
+}  // namespace quillo

@@ -1,0 +1,152 @@
+#include "controls/ColorViews.h"
+#include "controls/CustomCursorButton.h"
+#include "controls/QLScroller.h"
+#include "tests/support/TestHome.h"
+
+#include <QTest>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace quillo {
+namespace {
+
+QImage rendered(QWidget& widget, const QColor& behind, int ratio = 1) {
+  QImage image(widget.size() * ratio, QImage::Format_ARGB32_Premultiplied);
+  image.setDevicePixelRatio(ratio);
+  image.fill(behind);
+  widget.render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
+  return image;
+}
+
+TEST(QLScrollerTest, DrawsThePillAndNothingElse) {
+  for (const int ratio : {1, 2}) {
+    QLScroller scroller(Qt::Vertical);
+    scroller.setRange(0, 100);
+    scroller.setPageStep(100);
+    scroller.resize(QLScroller::scrollerWidth, 200);
+    EXPECT_EQ(scroller.knobRect().left(), 4.0);
+    EXPECT_EQ(scroller.knobRect().right(), 11.0);
+    EXPECT_FALSE(scroller.isOpaque());
+    const QRectF knob = scroller.rectForKnob();
+    const QImage image = rendered(scroller, Qt::transparent, ratio);
+    for (int y = 0; y < image.height(); ++y) {
+      for (int x = 0; x < image.width(); ++x) {
+        if (scroller.knobRect().contains(QPointF(x + 0.5, y + 0.5) / ratio)) continue;
+        ASSERT_EQ(qAlpha(image.pixel(x, y)), 0) << x << ' ' << y;
+      }
+    }
+    const QColor middle = image.pixelColor(7 * ratio, qRound(knob.center().y() * ratio));
+    EXPECT_NEAR(middle.alphaF(), 0.5, 0.01);
+    EXPECT_NEAR(middle.red(), 128, 2);
+  }
+}
+
+TEST(QLScrollerTest, HorizontalKnobStandsNearTheLeftEndWhateverTheValue) {
+  QLScroller scroller(Qt::Horizontal);
+  scroller.setRange(0, 100);
+  scroller.resize(200, QLScroller::scrollerWidth);
+  for (const int value : {0, 50, 100}) {
+    scroller.setValue(value);
+    EXPECT_EQ(scroller.knobRect().left(), 4.0);
+    EXPECT_EQ(scroller.knobRect().width(), 7.0);
+    EXPECT_EQ(scroller.knobRect().height(), QLScroller::scrollerWidth);
+  }
+}
+
+TEST(QLScrollerTest, KnobIsTakenHoldOfWhereItIsDrawn) {
+  QLScroller scroller(Qt::Vertical);
+  scroller.setRange(0, 100);
+  scroller.setPageStep(100);
+  scroller.resize(QLScroller::scrollerWidth, 200);
+  scroller.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&scroller));
+  const QPoint start = scroller.rectForKnob().center().toPoint();
+  QTest::mousePress(scroller.windowHandle(), Qt::LeftButton, {}, start);
+  QTest::mouseMove(scroller.windowHandle(), start + QPoint(0, 49));
+  QTest::mouseRelease(scroller.windowHandle(), Qt::LeftButton, {}, start + QPoint(0, 49));
+  EXPECT_NEAR(scroller.value(), 50, 2);
+  // Without arrows the ends of the bar are track: a click there moves by a page.
+  scroller.setPageStep(10);
+  QTest::mouseClick(scroller.windowHandle(), Qt::LeftButton, {}, QPoint(7, 198));
+  EXPECT_NEAR(scroller.value(), 60, 2);
+}
+
+TEST(QLScrollerTest, ExtremeRangesKeepTheKnobInside) {
+  constexpr int most = std::numeric_limits<int>::max();
+  struct Case {
+    int minimum, maximum, page, height;
+  };
+  for (const Case& c :
+       {Case{0, 0, 0, 200}, {0, most, 1, 200}, {-most, most, most, 200}, {0, 100, 10, 3}, {0, 100, 10, 0}}) {
+    QLScroller scroller(Qt::Vertical);
+    scroller.setRange(c.minimum, c.maximum);
+    scroller.setPageStep(c.page);
+    scroller.resize(QLScroller::scrollerWidth, c.height);
+    scroller.setValue(c.maximum);
+    const QRectF knob = scroller.rectForKnob();
+    EXPECT_GE(knob.height(), 0);
+    EXPECT_LE(knob.bottom(), qMax(c.height, 4)) << c.minimum << ' ' << c.maximum;
+  }
+}
+
+TEST(PlainColorViewTest, FillsOverWhatLiesBehind) {
+  PlainColorView view;
+  view.resize(10, 10);
+  view.setColor(QColor(255, 0, 0, 128));
+  EXPECT_EQ(rendered(view, Qt::white).pixelColor(5, 5), QColor(255, 127, 127));
+  view.setColor(Qt::red);
+  EXPECT_EQ(rendered(view, Qt::white).pixelColor(5, 5), QColor(Qt::red));
+  EXPECT_FALSE(view.isOpaque()) << "not even in an opaque colour";
+  view.setColor(QColor());
+  EXPECT_EQ(rendered(view, Qt::white).pixelColor(5, 5), QColor(Qt::white));
+}
+
+// Counts how often it is asked to draw.
+class CountingColorView : public PlainColorView {
+ public:
+  int drawings{0};
+
+ protected:
+  void paintEvent(QPaintEvent* event) override {
+    ++drawings;
+    PlainColorView::paintEvent(event);
+  }
+};
+
+TEST(PlainColorViewTest, NewColorWaitsForTheNextDrawing) {
+  CountingColorView view;
+  view.resize(10, 10);
+  view.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+  QCoreApplication::processEvents();
+  const int before = view.drawings;
+  view.setColor(Qt::red);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(view.drawings, before);
+  view.update();
+  QCoreApplication::processEvents();
+  EXPECT_GT(view.drawings, before);
+}
+
+TEST(ClearColorViewTest, MakesAHole) {
+  ClearColorView view;
+  view.resize(10, 10);
+  EXPECT_EQ(qAlpha(rendered(view, Qt::red).pixel(5, 5)), 0);
+}
+
+TEST(CustomCursorButtonTest, CursorTakesEffectAtOnceAndGoes) {
+  QWidget window;
+  window.setCursor(Qt::IBeamCursor);
+  CustomCursorButton button(&window);
+  EXPECT_EQ(button.cursor().shape(), Qt::IBeamCursor);
+  button.setCustomCursor(QCursor(Qt::PointingHandCursor));
+  EXPECT_EQ(button.cursor().shape(), Qt::PointingHandCursor);
+  button.setCustomCursor(std::nullopt);
+  EXPECT_EQ(button.cursor().shape(), Qt::IBeamCursor);
+}
+
+}  // namespace
+}  // namespace quillo
