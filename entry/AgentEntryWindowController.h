@@ -1,0 +1,87 @@
+#pragma once
+
+#include "entry/EntryWindowMode.h"
+#include "foundation/Date.h"
+#include "foundation/Error.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QMenu;
+
+namespace quillo {
+
+class AgentEntryWindow;
+class Alerts;
+class QLJournalEntryFile;
+class QLJournalPackageFile;
+class QuilloConfig;
+
+// Runs the quick-entry window. The window holds work in progress: closing it, by any means, writes the text into the
+// journal but keeps the entry active and the text in the window; only the save button finishes the entry. Text is never
+// dropped: what cannot be saved stays in the window.
+//
+// Posts Notice::windowWillClose, with the window as object, whenever the window closes. An alert handles events, so the
+// controller can be replaced while one of its methods waits for the answer; it is held by shared pointers and keeps
+// itself until it is done. Main thread only.
+class AgentEntryWindowController : public QObject, public std::enable_shared_from_this<AgentEntryWindowController> {
+  Q_OBJECT
+
+ public:
+  // Both references must outlive the controller.
+  AgentEntryWindowController(QuilloConfig& config, Alerts& alerts);
+  ~AgentEntryWindowController() override;
+
+  [[nodiscard]] AgentEntryWindow& window() { return *m_window; }
+  [[nodiscard]] EntryWindowMode currentMode() const { return m_currentMode; }
+  [[nodiscard]] QLJournalEntryFile* activeEntry() const { return m_activeEntry.get(); }
+
+  // The status menu, not owned.
+  void setContextualMenu(QMenu* menu) { m_contextualMenu = menu; }
+
+  [[nodiscard]] bool haveAccessToJournalFile();
+  void showWindowInMode(EntryWindowMode mode);
+  // Saves and hides the window; nothing when it is not shown.
+  void close();
+
+  // Writes the text into the journal: makes the entry on first need, updates it later, deletes the file of one that was
+  // emptied. With `force`, an empty text makes an entry too. Failures are shown; false then, with the text kept.
+  bool saveActiveEntry(bool force);
+  // As saveActiveEntry(false), when the process is about to end: nobody is asked anything, a failure is logged.
+  bool saveForTermination();
+  // Moves text that could not be saved, and its entry, from the controller that this one replaces. What `other` has
+  // saved stays there; a text of one's own is not overwritten.
+  void takeOverUnsavedText(AgentEntryWindowController& other);
+
+  void saveButtonClicked();
+  void closeButtonClicked();
+  void textDidChange();
+
+ private:
+  void awakeFromNib();
+  void windowWillClose();
+  [[nodiscard]] std::shared_ptr<QLJournalPackageFile> journalFile() const;
+  bool writeActiveEntry(bool force, Error* error);
+  void removeActiveEntry();
+  void trackActiveEntry();
+  void forgetActiveEntry();
+  [[nodiscard]] bool shouldAddHashtags();
+
+  QuilloConfig& m_config;
+  Alerts& m_alerts;
+  std::unique_ptr<AgentEntryWindow> m_window;
+  QMenu* m_contextualMenu{nullptr};
+  std::shared_ptr<QLJournalEntryFile> m_activeEntry;
+  EntryWindowMode m_currentMode{EntryWindowModeStandard};
+  // Of the first edit since the entry was finished.
+  std::optional<Date> m_editBeginDate;
+  // The text, or that it was emptied, is not in the journal yet.
+  bool m_hasUnsavedText{false};
+  bool m_isShown{false};
+  bool m_isClosing{false};
+};
+
+}  // namespace quillo

@@ -1,0 +1,59 @@
+#include "entry/EntryBackgroundView.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+namespace quillo {
+
+static constexpr double radius = 8;
+static constexpr double arrowHalfWidth = 10;
+
+EntryBackgroundView::EntryBackgroundView(QWidget* parent) : QWidget(parent), m_arrowX(164) {}
+
+void EntryBackgroundView::setArrowX(double x) {
+  const double margin = radius + arrowHalfWidth + 2;
+  m_arrowX = std::clamp(x, margin, std::max(margin, width() - margin));
+  update();
+}
+
+void EntryBackgroundView::setAlpha(double alpha) {
+  m_alpha = alpha;
+  update();
+}
+
+QPainterPath EntryBackgroundView::outline() const {
+  QPainterPath body;
+  body.addRoundedRect(QRectF(0, arrowHeight, width(), height() - arrowHeight), radius, radius);
+  QPainterPath arrow;
+  arrow.moveTo(m_arrowX - arrowHalfWidth, arrowHeight + 1);
+  arrow.lineTo(m_arrowX - 1.5, 1.4);
+  // A tip that is a little round.
+  arrow.quadTo(m_arrowX, 0, m_arrowX + 1.5, 1.4);
+  arrow.lineTo(m_arrowX + arrowHalfWidth, arrowHeight + 1);
+  arrow.closeSubpath();
+  return body.united(arrow);
+}
+
+void EntryBackgroundView::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  const QPainterPath shape = outline();
+
+  QLinearGradient slate(0, 0, 0, height());
+  slate.setColorAt(0, QColor(0x3a, 0x3e, 0x45));
+  slate.setColorAt(1, QColor(0x2a, 0x2d, 0x33));
+  painter.setOpacity(m_alpha);
+  painter.fillPath(shape, slate);
+
+  // A hairline: lighter where light falls on the upper edge, dark around the rest.
+  painter.setOpacity(1);
+  QLinearGradient edge(0, 0, 0, height());
+  edge.setColorAt(0, QColor(255, 255, 255, 46));
+  edge.setColorAt(0.12, QColor(255, 255, 255, 20));
+  edge.setColorAt(1, QColor(0, 0, 0, 70));
+  painter.setClipPath(shape);
+  painter.strokePath(shape, QPen(QBrush(edge), 2));
+}
+
+}  // namespace quillo

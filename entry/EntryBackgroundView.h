@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QPainterPath>
+#include <QWidget>
+
+namespace quillo {
+
+// The entry window's body: slate, rounded, with an arrow at the top that meets the status item.
+class EntryBackgroundView : public QWidget {
+  Q_OBJECT
+
+ public:
+  // The arrow's share of the height, in points.
+  static constexpr double arrowHeight = 10;
+
+  explicit EntryBackgroundView(QWidget* parent = nullptr);
+
+  // Where the arrow's tip points, in points from the left edge; kept clear of the corners.
+  void setArrowX(double x);
+  // 0 to 1.
+  void setAlpha(double alpha);
+
+  // Body and arrow as one shape, in the view's own points.
+  [[nodiscard]] QPainterPath outline() const;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  double m_arrowX;
+  double m_alpha{1};
+};
+
+}  // namespace quillo

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "entry/EntryWindowMode.h"
+#include "foundation/NotificationCenter.h"
+
+#include <QObject>
+
+#include <memory>
+
+class QMenu;
+
+namespace quillo {
+
+class AgentEntryWindowController;
+class StatusItem;
+
+// The agent's presence in the panel: which icon the status item shows, what a click does, and the entry window under
+// it. Keeps its flags in step with the window and the menu: every way of closing the window ends in hideEntryWindow().
+// Main thread only.
+class QLXAStatusBarController : public QObject {
+  Q_OBJECT
+
+ public:
+  QLXAStatusBarController();
+  ~QLXAStatusBarController() override;
+
+  // Keeps a copy of the menu with the same items; whoever validates the items when the given menu is about to show is
+  // told when the copy is. The menu must outlive its use. It goes first, then the item: an item that is there already
+  // shows the menu given, not the copy, and its clicks are not sorted. That is wanted.
+  void setContextualMenu(QMenu* menu);
+  void setStatusItem(std::unique_ptr<StatusItem> item);
+  // Closes the window of the one before.
+  void setEntryWindowController(std::shared_ptr<AgentEntryWindowController> controller);
+
+  [[nodiscard]] StatusItem* statusItem() const { return m_statusItem.get(); }
+  // The copy; null before there is one.
+  [[nodiscard]] QMenu* contextualMenu() const { return m_contextualMenu.get(); }
+  [[nodiscard]] EntryWindowMode currentMode() const { return m_currentMode; }
+  [[nodiscard]] bool isHighlighted() const { return m_isHighlighted; }
+  [[nodiscard]] bool isShowingEntryWindow() const { return m_isShowingEntryWindow; }
+  [[nodiscard]] bool isShowingContextualMenu() const { return m_isShowingContextualMenu; }
+
+  // Nothing when the window is already shown: its mode stays, too.
+  void showEntryWindowInMode(EntryWindowMode mode);
+  void hideEntryWindow();
+  // Whether nothing hangs on the window that wants to be answered first.
+  [[nodiscard]] bool shouldHideEntryWindow() const;
+  // As a secondary click does; nothing while the menu is shown.
+  void showContextualMenu();
+  // Puts the window under the status item.
+  void positionEntryWindow();
+
+  // Each refreshes the icon.
+  void setCurrentMode(EntryWindowMode mode);
+  void setIsHighlighted(bool highlighted);
+  void setIsShowingEntryWindow(bool showing);
+  void setIsShowingContextualMenu(bool showing);
+
+  // What a left click does: shows the window or hides it. The panel tells clicks apart, so the menu opens on others
+  // only.
+  void doxLeftMouseDown();
+  void menuWillOpen();
+  void menuDidClose();
+
+ private:
+  void updateButtonWithCorrectImage();
+
+  // Goes after the item, which points at it.
+  std::unique_ptr<QMenu> m_contextualMenu;
+  std::unique_ptr<StatusItem> m_statusItem;
+  std::shared_ptr<AgentEntryWindowController> m_entryWindowController;
+  EntryWindowMode m_currentMode{EntryWindowModeStandard};
+  bool m_isHighlighted{false};
+  bool m_isShowingEntryWindow{false};
+  bool m_isShowingContextualMenu{false};
+};
+
+}  // namespace quillo
