@@ -1,0 +1,136 @@
+#include "app/LoggingSetup.h"
+
+#include "app/LogDistributor.h"
+#include "app/LogFileManager.h"
+#include "foundation/Log.h"
+#include "qlcore/QLLogFormatter.h"
+
+#include <QDir>
+
+#include <spdlog/async.h>
+#include <spdlog/async_logger.h>
+
+#include <pthread.h>
+#include <signal.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <string>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Before main(), and so before anything logs.
+[[maybe_unused]] const bool contextIsNamed = [] {
+  QLLogFormatter::registerName(u"App"_s, logContextApp);
+  return true;
+}();
+
+// The members end in an order that matters: the pool's thread is joined before what it writes to goes.
+struct LoggingSession {
+  QString directory;
+  LogProgress progress;
+  std::shared_ptr<LogDistributor> distributor;
+  std::shared_ptr<spdlog::async_logger> logger;
+  std::shared_ptr<spdlog::details::thread_pool> pool;
+};
+
+// A plain pointer, because the crash handler reads it; it stays reachable when the process ends without closeLog().
+std::atomic<LoggingSession*> currentSession{nullptr};
+
+// The logging thread takes no signal meant for the process, and a write to a closed pipe is an error for it, not the
+// end of the program. A crash of its own is still a crash.
+void blockSignals() {
+  sigset_t signals;
+  ::sigfillset(&signals);
+  for (const int crash : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGTRAP, SIGSYS}) ::sigdelset(&signals, crash);
+  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+void post(LoggingSession& session, const LogMessage& message) noexcept {
+  try {
+    const QByteArray text = message.text.toUtf8();
+    ++session.progress.posted;
+    session.logger->log(spdlog::source_loc{"", message.context, ""}, spdlogLevelOfFlag(message.flag),
+                        spdlog::string_view_t(text.constData(), static_cast<std::size_t>(text.size())));
+  } catch (...) {  // Out of memory: the line is lost, the program goes on.
+  }
+}
+
+std::unique_ptr<LoggingSession> makeSession(const QString& directory, std::shared_ptr<QLLogFormatter> formatter,
+                                            const LogFileManager& files, std::size_t queueLength) {
+  try {
+    auto session = std::make_unique<LoggingSession>();
+    session->directory = directory;
+    session->distributor = std::make_shared<LogDistributor>(std::move(formatter), files, session->progress);
+    LogProgress& progress = session->progress;
+    session->pool = std::make_shared<spdlog::details::thread_pool>(std::max<std::size_t>(queueLength, 1), 1, [&] {
+      blockSignals();
+      progress.loggingThread = ::gettid();
+    });
+    session->distributor->setQueue(session->pool.get());
+    session->logger = std::make_shared<spdlog::async_logger>("quillo-agent", session->distributor, session->pool,
+                                                             spdlog::async_overflow_policy::overrun_oldest);
+    session->logger->set_level(spdlog::level::trace);                        // the formatter filters
+    session->logger->set_error_handler([](const std::string& /*what*/) {});  // its own would write to the terminal
+    return session;
+  } catch (...) {  // No memory or no thread: the program runs without a log.
+    return nullptr;
+  }
+}
+
+}  // namespace
+
+void setUpLogging(const QUrl& directory, bool verbose, std::size_t queueLength) {
+  closeLog();
+  const std::shared_ptr<QLLogFormatter> formatter = QLLogFormatter::defaultFormatter();
+  if (verbose) formatter->setLogLevel(logLevelAll);
+  const QString path = directory.isEmpty() ? QString() : QDir::cleanPath(directory.toLocalFile());
+  const LogFileManager files(path);
+  files.createDirectory();
+  LoggingSession* const session = makeSession(path, formatter, files, queueLength).release();
+  if (session == nullptr) return;
+  currentSession = session;
+  setLogSink([session](const LogMessage& message) { post(*session, message); });
+
+  QLLogInfo(u"**** NEW SESSION ****"_s);
+  QLLogInfo(QLLogHeaderMessage());
+  // Without any log file the path is shown as the platform shows an absent object.
+  QLLogInfo(u"Log file: "_s + files.sortedLogFilePaths().value(0, u"(null)"_s));
+}
+
+QString logDirectory() {
+  const LoggingSession* const session = currentSession;
+  return session == nullptr ? QString() : session->directory;
+}
+
+bool flushLog(std::chrono::milliseconds limit) noexcept {
+  const LoggingSession* const session = currentSession;
+  if (session == nullptr) return true;
+  const LogProgress& progress = session->progress;
+  // The logging thread cannot wait for itself.
+  if (progress.loggingThread == ::gettid()) return false;
+  const quint64 wanted = progress.posted;
+  constexpr struct timespec pause { 0, 1'000'000 };
+  // Ends after as many pauses of a millisecond as the limit has.
+  for (auto left = limit;; left -= std::chrono::milliseconds(1)) {
+    if (progress.handled + progress.lost >= wanted) return true;
+    if (left.count() <= 0) return false;
+    ::nanosleep(&pause, nullptr);
+  }
+}
+
+void closeLog() {
+  if (currentSession == nullptr) return;
+  setLogSink({});
+  flushLog();
+  delete currentSession.exchange(nullptr);
+}
+
+}  // namespace quillo

@@ -1,0 +1,155 @@
+#include "app/LogFileManager.h"
+#include "app/LoggingSetup.h"
+#include "foundation/Log.h"
+#include "qlcore/QLLogFormatter.h"
+#include "tests/support/TestHome.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <thread>
+
+using namespace quillo;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class LoggingSetupTest : public testing::Test {
+ protected:
+  ~LoggingSetupTest() override { closeLog(); }
+
+  [[nodiscard]] QString directory() const { return m_home.path(u"Logs/Agent"_s); }
+  void setUp(bool verbose = false, std::size_t queueLength = 2048) const {
+    setUpLogging(QUrl::fromLocalFile(directory()), verbose, queueLength);
+  }
+  // The texts of all lines of the files, the oldest first; a line that is not in the layout fails the test.
+  [[nodiscard]] QStringList texts() const {
+    static const QRegularExpression layout(
+        u"^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} [+-]\\d{4} (\\w+) +App \\[\\d+\\] (.*)$"_s);
+    QStringList result;
+    const QStringList paths = LogFileManager(directory()).sortedLogFilePaths();
+    for (auto path = paths.rbegin(); path != paths.rend(); ++path) {
+      QFile file(*path);
+      EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+      QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
+      EXPECT_EQ(lines.takeLast(), QString()) << "every line is ended";
+      for (const QString& line : lines) {
+        const auto match = layout.match(line);
+        EXPECT_TRUE(match.hasMatch()) << line.toStdString();
+        result << match.captured(2);
+      }
+    }
+    return result;
+  }
+
+  TestHome m_home;
+};
+
+int modeOf(const QString& path) {
+  struct stat status {};
+  return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? static_cast<int>(status.st_mode & 0777) : -1;
+}
+
+TEST_F(LoggingSetupTest, SessionBeginsWithItsThreeLines) {
+  setUp();
+  EXPECT_TRUE(flushLog());
+  const QString path = LogFileManager(directory()).sortedLogFilePaths().value(0);
+  EXPECT_EQ(texts(), (QStringList{u"**** NEW SESSION ****"_s, QLLogHeaderMessage(), u"Log file: "_s + path}));
+  EXPECT_EQ(modeOf(path), 0600);
+  EXPECT_EQ(modeOf(directory()), 0700);
+  EXPECT_EQ(logDirectory(), directory());
+
+  // The next session goes on in the same file.
+  setUp();
+  closeLog();
+  EXPECT_EQ(texts().count(u"Log file: "_s + path), 2);
+  EXPECT_EQ(logDirectory(), QString());
+}
+
+TEST_F(LoggingSetupTest, VerboseShowsEveryLevel) {
+  const auto linesWritten = [this](bool verbose) {
+    setUp(verbose);
+    QLLogError(u"error"_s);
+    QLLogWarn(u"warning"_s);
+    QLLogInfo(u"100 %s %n {} \u00e9\ntwo"_s);
+    QLLogDebug(u"debug"_s);
+    QLLogVerbose(u"verbose"_s);
+    closeLog();
+    return texts();
+  };
+  const QStringList plain{u"error"_s, u"warning"_s, u"100 %s %n {} \u00e9\\ntwo"_s};
+  EXPECT_EQ(linesWritten(false).mid(3), plain);
+  EXPECT_EQ(linesWritten(true).mid(9), (plain + QStringList{u"debug"_s, u"verbose"_s}));
+}
+
+TEST_F(LoggingSetupTest, UnusableDirectoryLeavesTheTerminal) {
+  QFile inTheWay(m_home.path(u"Logs"_s));
+  ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+  for (const QUrl& url : {QUrl::fromLocalFile(directory()), QUrl()}) {
+    testing::internal::CaptureStderr();
+    setUpLogging(url, /*verbose=*/false);
+    closeLog();
+    const QStringList lines = QString::fromStdString(testing::internal::GetCapturedStderr()).split(u'\n');
+    ASSERT_EQ(lines.size(), 4);
+    EXPECT_TRUE(lines[0].endsWith(u"**** NEW SESSION ****"));
+    EXPECT_TRUE(lines[2].endsWith(u"Log file: (null)"));
+  }
+}
+
+TEST_F(LoggingSetupTest, ThreadsLoseNothing) {
+  constexpr int threadCount = 8;
+  constexpr int lineCount = 500;
+  setUp(/*verbose=*/false, threadCount * lineCount + 16);
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < threadCount; ++thread) {
+    threads.emplace_back([thread] {
+      for (int line = 0; line < lineCount; ++line) QLLogInfo(u"%1 %2"_s.arg(thread).arg(line));
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_TRUE(flushLog(std::chrono::seconds(60)));
+
+  std::vector<int> next(threadCount, 0);
+  for (const QString& text : texts().mid(3)) {
+    const QStringList words = text.split(u' ');
+    ASSERT_EQ(words.size(), 2) << text.toStdString();
+    EXPECT_EQ(words[1].toInt(), next[static_cast<std::size_t>(words[0].toInt())]++) << "a thread's lines keep order";
+  }
+  for (const int count : next) EXPECT_EQ(count, lineCount);
+}
+
+TEST_F(LoggingSetupTest, FullQueueLosesTheOldestAndSaysHowMany) {
+  setUp(/*verbose=*/false, /*queueLength=*/1);
+  constexpr int lineCount = 5000;
+  for (int line = 0; line < lineCount; ++line) QLLogInfo(u"line %1"_s.arg(line));
+  closeLog();
+  static const QRegularExpression note(u"^(\\d+) log lines were lost"_s);
+  int lost = 0;
+  QStringList written;
+  for (const QString& text : texts()) {
+    if (const auto match = note.match(text); match.hasMatch()) {
+      lost += match.captured(1).toInt();
+    } else {
+      written << text;
+    }
+  }
+  EXPECT_EQ(written.size() + lost, lineCount + 3);
+  EXPECT_GT(lost, 0);
+  EXPECT_TRUE(written.contains(u"line %1"_s.arg(lineCount - 1)));
+}
+
+TEST_F(LoggingSetupTest, RemovedLogFileIsMadeAgain) {
+  setUp();
+  ASSERT_TRUE(flushLog());
+  ASSERT_TRUE(QDir(directory()).removeRecursively());
+  QLLogInfo(u"afterwards"_s);
+  EXPECT_TRUE(flushLog());
+  EXPECT_EQ(texts(), QStringList{u"afterwards"_s});
+}
+
+}  // namespace
