@@ -1,0 +1,132 @@
+#include "app/AgentManager.h"
+
+#include "app/RemindersManager.h"
+#include "app/SharedInstance.h"
+#include "config/Keys.h"
+#include "config/PersistentPropertyList.h"
+#include "config/QuilloConfig.h"
+#include "foundation/Bundle.h"
+#include "foundation/DistributedNotificationCenter.h"
+#include "foundation/UserDefaults.h"
+
+#include <utility>
+
+namespace quillo {
+
+static SharedInstance<AgentManager>& sharedInstance() {
+  // Given to nobody: at the end of the process it must not go before what still notifies it.
+  static auto* const instance = std::make_unique<SharedInstance<AgentManager>>().release();
+  return *instance;
+}
+
+AgentManager& AgentManager::sharedManager() {
+  return sharedInstance().get(
+      [] {
+        initialize(Bundle::mainBundle().bundleIdentifier(), QuilloConfig::sharedConfig().groupProperties(),
+                   UserDefaults::standardUserDefaults(), DistributedNotificationCenter::sharedCenter(),
+                   &AgentManager::sharedManager);
+      },
+      [] {
+        return std::make_unique<AgentManager>(QuilloConfig::sharedConfig().groupProperties(),
+                                              DistributedNotificationCenter::sharedCenter(),
+                                              LoginItem::sharedServices(), &RemindersManager::sharedManager);
+      });
+}
+
+void AgentManager::resetSharedManager() {
+  sharedInstance().reset();
+}
+
+void AgentManager::initialize(const QString& bundleIdentifier, PersistentPropertyList* sharedPrefs,
+                              UserDefaults& defaults, NotificationCenter& distributedCenter,
+                              const AgentManagerProvider& sharedManager) {
+  // The agent itself never migrates or writes defaults here.
+  if (bundleIdentifier != Identifier::mainApplication || !sharedPrefs) return;
+  bool changed = false;
+  for (const QLatin1StringView key : {Key::agentEnabled, Key::startAgentAtLogin}) {
+    const auto older = defaults.objectForKey(key);
+    if (!older || sharedPrefs->objectForKey(key)) continue;
+    sharedPrefs->setObjectForKey(*older, key);
+    defaults.removeObjectForKey(key);
+    changed = true;
+  }
+  if (!sharedPrefs->objectForKey(Key::agentEnabled)) {
+    sharedPrefs->setBoolForKey(false, Key::agentEnabled);
+    changed = true;
+  }
+
+  AgentManager& manager = sharedManager();
+  if (sharedPrefs->objectForKey(Key::startAgentAtLogin)) {
+    manager.setShouldShowInMenuBar(sharedPrefs->boolForKey(Key::startAgentAtLogin));
+    sharedPrefs->removeObjectForKey(Key::startAgentAtLogin);
+    changed = true;
+  }
+  if (changed) notifyValuesDidChange(distributedCenter);
+}
+
+AgentManager::AgentManager(PersistentPropertyList* sharedPrefs, NotificationCenter& distributedCenter,
+                           LoginItemServices services, RemindersManagerProvider remindersManager)
+    : m_sharedPrefs(sharedPrefs),
+      m_distributedCenter(distributedCenter),
+      m_services(services),
+      m_remindersManager(std::move(remindersManager)) {
+  m_distributedCenter.addObserver(this, Notice::agentManagerValuesDidChange,
+                                  [this](const Notification&) { agentSettingsDidChange(); });
+}
+
+AgentManager::~AgentManager() {
+  m_distributedCenter.removeObserver(this);
+}
+
+bool AgentManager::shouldShowInMenuBar() const {
+  return m_sharedPrefs && m_sharedPrefs->boolForKey(Key::agentEnabled);
+}
+
+void AgentManager::setShouldShowInMenuBar(bool shouldShow) {
+  if (m_sharedPrefs) m_sharedPrefs->setBoolForKey(shouldShow, Key::agentEnabled);
+  notifyValuesDidChange();
+  refreshAgentStatus();
+  if (!shouldShow) disableReminders();
+}
+
+void AgentManager::disableReminders() {
+  m_remindersManager().setRemindersAreEnabled(false);
+}
+
+void AgentManager::notifyValuesDidChange() {
+  notifyValuesDidChange(m_distributedCenter);
+}
+
+void AgentManager::notifyValuesDidChange(NotificationCenter& distributedCenter) {
+  distributedCenter.postNotification(Notice::agentManagerValuesDidChange);
+}
+
+LoginItem AgentManager::loginItem() const {
+  return LoginItem(Identifier::agent, m_services);
+}
+
+void AgentManager::refreshAgentStatus() {
+  LoginItem item = loginItem();
+  const bool exists = item.existsAsLoginItem();
+  if (shouldShowInMenuBar()) {
+    if (!exists)
+      item.enableAsLoginItem();
+    else if (!item.isRunning())
+      item.restartLoginItem();
+  } else if (exists) {
+    item.disableAsLoginItem();
+  }
+}
+
+void AgentManager::restartAgentIfRunning() {
+  LoginItem item = loginItem();
+  if (item.isRunning()) item.restartLoginItem();
+}
+
+void AgentManager::agentSettingsDidChange() {
+  willChangeValueForKey(shouldShowInMenuBarKeyPath);
+  if (m_sharedPrefs) m_sharedPrefs->synchronize();
+  didChangeValueForKey(shouldShowInMenuBarKeyPath);
+}
+
+}  // namespace quillo

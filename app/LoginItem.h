@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QString>
+
+namespace quillo {
+
+class LoginItems;
+class RunningApplications;
+
+// The services of the session that login items stand on. Both may be missing: nothing is then a login item, nothing
+// runs, and no item can be set.
+struct LoginItemServices {
+  LoginItems* loginItems{nullptr};
+  RunningApplications* runningApplications{nullptr};
+};
+
+// A helper application that the session starts at login, named by its bundle identifier. Keeps no state of its own.
+class LoginItem {
+ public:
+  // Those of the process; set once by the composition root, before the managers are first used. They must outlive them.
+  static void setSharedServices(LoginItemServices services);
+  [[nodiscard]] static LoginItemServices sharedServices();
+
+  explicit LoginItem(QString bundleID, LoginItemServices services = sharedServices());
+
+  [[nodiscard]] const QString& bundleID() const { return m_bundleID; }
+  void setBundleID(const QString& bundleID) { m_bundleID = bundleID; }
+
+  // Answers the service's result; a failure is logged.
+  bool toggleAsLoginItem(bool enabled);
+  bool enableAsLoginItem() { return toggleAsLoginItem(true); }
+  bool disableAsLoginItem() { return toggleAsLoginItem(false); }
+  // Disabling stops the helper and enabling starts it. Does not enable when disabling failed.
+  bool restartLoginItem();
+
+  [[nodiscard]] bool existsAsLoginItem() const;
+  [[nodiscard]] bool isRunning() const;
+
+ private:
+  QString m_bundleID;
+  LoginItemServices m_services;
+};
+
+}  // namespace quillo

@@ -1,0 +1,79 @@
+#include "app/RemindersManager.h"
+
+#include "app/AgentManager.h"
+#include "app/SharedInstance.h"
+#include "config/Keys.h"
+#include "config/PersistentPropertyList.h"
+#include "config/QuilloConfig.h"
+#include "foundation/DistributedNotificationCenter.h"
+#include "foundation/UserDefaults.h"
+
+#include <utility>
+
+namespace quillo {
+
+static SharedInstance<RemindersManager>& sharedInstance() {
+  // Given to nobody: at the end of the process it must not go before what still notifies it.
+  static auto* const instance = std::make_unique<SharedInstance<RemindersManager>>().release();
+  return *instance;
+}
+
+RemindersManager& RemindersManager::sharedManager() {
+  return sharedInstance().get(
+      [] { initialize(QuilloConfig::sharedConfig().groupProperties(), UserDefaults::standardUserDefaults()); },
+      [] {
+        return std::make_unique<RemindersManager>(QuilloConfig::sharedConfig().groupProperties(),
+                                                  DistributedNotificationCenter::sharedCenter(),
+                                                  &AgentManager::sharedManager);
+      });
+}
+
+void RemindersManager::resetSharedManager() {
+  sharedInstance().reset();
+}
+
+void RemindersManager::initialize(PersistentPropertyList* sharedPrefs, UserDefaults& defaults) {
+  if (!sharedPrefs) return;
+  const auto older = defaults.objectForKey(Key::remindersEnabled);
+  if (older && !sharedPrefs->valueForKey(Key::remindersEnabled)) {
+    sharedPrefs->setValueForKey(older, Key::remindersEnabled);
+    defaults.removeObjectForKey(Key::remindersEnabled);
+  }
+  if (!sharedPrefs->valueForKey(Key::remindersEnabled)) sharedPrefs->setBoolForKey(true, Key::remindersEnabled);
+}
+
+RemindersManager::RemindersManager(PersistentPropertyList* sharedPrefs, NotificationCenter& distributedCenter,
+                                   AgentManagerProvider agentManager)
+    : m_sharedPrefs(sharedPrefs), m_distributedCenter(distributedCenter), m_agentManager(std::move(agentManager)) {
+  m_distributedCenter.addObserver(this, Notice::remindersManagerValuesDidChange,
+                                  [this, alive = std::weak_ptr(m_isAlive)](const Notification&) {
+                                    if (!alive.expired()) reminderSettingsDidChange();
+                                  });
+}
+
+RemindersManager::~RemindersManager() {
+  // Not the name observed above: the two differ, and are wanted so. The shared instance never comes here.
+  m_distributedCenter.removeObserver(this, Notice::agentReminderSettingsDidChange);
+}
+
+bool RemindersManager::remindersAreEnabled() const {
+  return m_sharedPrefs && m_sharedPrefs->boolForKey(Key::remindersEnabled);
+}
+
+void RemindersManager::setRemindersAreEnabled(bool enabled) {
+  if (m_sharedPrefs) m_sharedPrefs->setBoolForKey(enabled, Key::remindersEnabled);
+  if (enabled) enableAgent();
+  m_distributedCenter.postNotification(Notice::remindersManagerValuesDidChange);
+}
+
+void RemindersManager::enableAgent() {
+  m_agentManager().setShouldShowInMenuBar(true);
+}
+
+void RemindersManager::reminderSettingsDidChange() {
+  willChangeValueForKey(remindersAreEnabledKeyPath);
+  if (m_sharedPrefs) m_sharedPrefs->synchronize();
+  didChangeValueForKey(remindersAreEnabledKeyPath);
+}
+
+}  // namespace quillo

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "foundation/KeyValueObserving.h"
+
+#include <QLatin1StringView>
+
+#include <functional>
+#include <memory>
+
+namespace quillo {
+
+class AgentManager;
+class NotificationCenter;
+class PersistentPropertyList;
+class UserDefaults;
+
+// Whether the journal's reminders are on: one setting, kept in the list that both applications write. Nothing is
+// cached. A change made in either process is told to observers of "remindersAreEnabled" in each of them, in the
+// setter's own too, when its distributed notice arrives.
+//
+// Without a shared list reminders read as off and what is set is lost.
+class RemindersManager final : public KeyValueObservable {
+ public:
+  static constexpr QLatin1StringView remindersAreEnabledKeyPath{"remindersAreEnabled"};
+
+  // Initialised and made on first use, and never destroyed. May be asked for from any thread; used on the main one.
+  static RemindersManager& sharedManager();
+  // Forgets the shared instance and its initialisation; for tests.
+  static void resetSharedManager();
+
+  // Moves an older version's setting from the process's own defaults into the shared list, where that has none, and
+  // writes YES where it still has none. Posts no notice. Without a list the older setting waits for a better start.
+  static void initialize(PersistentPropertyList* sharedPrefs, UserDefaults& defaults);
+
+  using AgentManagerProvider = std::function<AgentManager&()>;
+  // The list and the centre must outlive the object. The agent's manager is asked for only when reminders go on.
+  RemindersManager(PersistentPropertyList* sharedPrefs, NotificationCenter& distributedCenter,
+                   AgentManagerProvider agentManager);
+  ~RemindersManager() override;
+
+  [[nodiscard]] bool remindersAreEnabled() const;
+  // Reminders need the agent: YES switches it on, too.
+  void setRemindersAreEnabled(bool enabled);
+  void enableAgent();
+
+ private:
+  void reminderSettingsDidChange();
+
+  PersistentPropertyList* m_sharedPrefs;
+  NotificationCenter& m_distributedCenter;
+  AgentManagerProvider m_agentManager;
+  // Lasts as long as this object: what stays registered in the centre does nothing afterwards.
+  std::shared_ptr<const bool> m_isAlive{std::make_shared<const bool>(true)};
+};
+
+}  // namespace quillo
