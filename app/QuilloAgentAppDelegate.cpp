@@ -1,0 +1,226 @@
+#include "app/QuilloAgentAppDelegate.h"
+
+#include "app/LoggingSetup.h"
+#include "app/RemindersManager.h"
+#include "config/Keys.h"
+#include "config/QuilloConfig.h"
+#include "config/URLAccess.h"
+#include "foundation/Bookmark.h"
+#include "foundation/DistributedNotificationCenter.h"
+#include "foundation/Log.h"
+#include "foundation/RelativeDateText.h"
+#include "qlcore/QLMixpanelTracker.h"
+
+#include <QAction>
+#include <QMenu>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+// What the crash reports are filed under, and whose they are.
+static constexpr QLatin1StringView crashReportIdentifier{"4f1c9e07a2b85d3e6c0f91a7b2d4e853"};
+static constexpr QLatin1StringView companyName{"Tallowmere, LLC"};
+
+void QuilloAgentAppDelegate::initialize() {
+  QuilloConfig& config = QuilloConfig::sharedConfig();
+  const QUrl directory = QUrl::fromLocalFile(config.groupLogsDirectoryURL().toLocalFile() + u"/Agent"_s);
+  setUpLogging(directory, config.verboseLogging());
+}
+
+// Its address tells the delegate's own observation of the reminders from any other.
+static constexpr char remindersContext = 0;
+
+QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatform platform)
+    : m_config(config),
+      m_platform(std::move(platform)),
+      m_reminderAlarm(m_config.groupProperties(), this, [this](ReminderAlarm&) { reminderAlarmFired(); },
+                      {m_platform.clock, m_platform.timers}) {
+  buildContextualMenu();
+}
+
+QuilloAgentAppDelegate::~QuilloAgentAppDelegate() {
+  DistributedNotificationCenter::sharedCenter().removeObserver(this);
+}
+
+void QuilloAgentAppDelegate::buildContextualMenu() {
+  m_contextualMenu = std::make_unique<QMenu>();
+  menuItemWithTitle(u"Show Quillo Application"_s, ShowApplication);
+  m_contextualMenu->addSeparator();
+  menuItemWithTitle(u"Reminders: Off"_s, ReminderLine);
+  menuItemWithTitle(u"Disable Reminders"_s, ToggleReminders);
+  m_contextualMenu->addSeparator();
+  menuItemWithTitle(u"Preferences..."_s, Preferences);
+  m_contextualMenu->addSeparator();
+  menuItemWithTitle(u"About Quillo"_s, About);
+  m_contextualMenu->addSeparator();
+  menuItemWithTitle(u"Quit Quillo"_s, Quit);
+  // Items are validated each time the menu opens, top to bottom.
+  connect(m_contextualMenu.get(), &QMenu::aboutToShow, this, [this] {
+    for (QAction* item : m_contextualMenu->actions())
+      if (!item->isSeparator()) item->setEnabled(validateMenuItem(*item));
+  });
+}
+
+void QuilloAgentAppDelegate::menuItemWithTitle(const QString& title, MenuTag tag) {
+  QAction* item = m_contextualMenu->addAction(title);
+  item->setData(static_cast<int>(tag));
+  connect(item, &QAction::triggered, this, [this, tag] { contextualMenuItemClicked(tag); });
+}
+
+bool QuilloAgentAppDelegate::validateMenuItem(QAction& item) {
+  const int tag = item.data().toInt();
+  // Once an opening, with the first item: the menu shows what the main application wrote last.
+  if (tag == ShowApplication)
+    if (PersistentPropertyList* list = m_config.groupProperties()) list->synchronize();
+  const bool remind = RemindersManager::sharedManager().remindersAreEnabled();
+  if (tag == ReminderLine) item.setText(remind ? u"Next Reminder: "_s + nextReminderText() : u"Reminders: Off"_s);
+  if (tag == ToggleReminders) item.setText(remind ? u"Disable Reminders"_s : u"Enable Reminders"_s);
+  return tag != ReminderLine && tag != About;
+}
+
+QString QuilloAgentAppDelegate::nextReminderText() const {
+  const auto date = m_reminderAlarm.nextAlarmDate();
+  // Reminders are on and none could be calculated: the line ends in the text of a missing object. It is wanted so.
+  return date ? relativeDateText(*date, Calendar::currentCalendar()) : u"(null)"_s;
+}
+
+void QuilloAgentAppDelegate::toggleReminders() {
+  RemindersManager& reminders = RemindersManager::sharedManager();
+  const bool wereOn = reminders.remindersAreEnabled();
+  reminders.setRemindersAreEnabled(!wereOn);
+  // The same change reaches the delegate's observation by way of the notification; a repetition is harmless.
+  if (wereOn) {
+    m_reminderAlarm.stop();
+  } else {
+    m_reminderAlarm.reset();
+    m_reminderAlarm.start();
+  }
+}
+
+void QuilloAgentAppDelegate::contextualMenuItemClicked(int tag) {
+  switch (tag) {
+    case ShowApplication:
+      if (m_entryWindowController) m_entryWindowController->close();
+      launchMainApp();
+      break;
+    case ToggleReminders:
+      toggleReminders();
+      break;
+    case Preferences:
+      m_platform.workspace.openURL(QUrl(u"quillo://preferences"_s));
+      break;
+    case Quit:
+      // The agent's quit command ends the whole product; the main application is asked politely, without waiting.
+      for (const RunningApplication& application : m_platform.runningApplications.running(Identifier::mainApplication))
+        m_platform.runningApplications.terminate(application);
+      m_platform.terminate();
+      break;
+    default:
+      break;
+  }
+}
+
+bool QuilloAgentAppDelegate::launchMainApp() {
+  return m_platform.workspace.openURL(QUrl(u"quillo://open"_s));
+}
+
+void QuilloAgentAppDelegate::resolveJournalFileAccess() {
+  m_config.startAccessingSecurityScopedResources();
+  const auto url = m_config.configuredJournalFileURL();
+  const bool reachable = url && URLAccess::isReadable(*url) && URLAccess::isWritable(*url);
+  PersistentPropertyList* list = m_config.groupProperties();
+  const auto shared = list && !reachable ? list->objectForKey(Key::journalFileSharedBookmarkData) : std::nullopt;
+  if (shared) {
+    Error error;
+    if (Bookmark::resolve(shared->data(), Bookmark::plain, &error)) {
+      m_config.stopAccessingSecurityScopedResources();
+      m_config.updateBookmarkDataForConfiguredJournalFile();
+      m_config.startAccessingSecurityScopedResources();
+    } else {
+      QLLogInfo(u"Unable to resolve shared bookmark - %1"_s.arg(error.description()));
+    }
+  }
+  // Access is open only while this runs; whoever needs it later opens it.
+  m_config.stopAccessingSecurityScopedResources();
+}
+
+void QuilloAgentAppDelegate::applicationWillFinishLaunching() {
+  resolveJournalFileAccess();
+  const qint64 own = m_platform.runningApplications.currentProcessIdentifier();
+  for (const RunningApplication& application : m_platform.runningApplications.running(Identifier::agent))
+    if (application.processIdentifier != own) m_platform.runningApplications.terminate(application);
+}
+
+void QuilloAgentAppDelegate::applicationDidFinishLaunching() {
+  CrashReportManager& manager = CrashReportManager::sharedManager();
+  manager.configureWithIdentifier(crashReportIdentifier, companyName, this);
+  manager.setExceptionInterceptionEnabled(true);
+  manager.startManager();
+}
+
+void QuilloAgentAppDelegate::showMainApplicationWindow() {
+  if (!m_entryWindowController) startApplication();
+}
+
+void QuilloAgentAppDelegate::startApplication() {
+  reloadEntryWindow();
+
+  m_statusController = std::make_unique<QLXAStatusBarController>();
+  // The menu goes first: the status item takes over the controller's copy of it, which sorts the clicks.
+  m_statusController->setContextualMenu(m_contextualMenu.get());
+  m_statusController->setStatusItem(m_platform.makeStatusItem());
+  m_statusController->setEntryWindowController(m_entryWindowController);
+
+  RemindersManager& reminders = RemindersManager::sharedManager();
+  m_remindersObservation =
+      reminders.addObserver(*this, RemindersManager::remindersAreEnabledKeyPath, &remindersContext);
+  DistributedNotificationCenter::sharedCenter().addObserver(
+      this, Notice::journalPackagePathDidChange, [this](const Notification&) { packagePathDidChangeNotification(); });
+
+  if (reminders.remindersAreEnabled()) m_reminderAlarm.start();
+
+  QLMixpanelTracker::setTrackingEnabled(m_config.sendUsageData());
+  static_cast<void>(QLMixpanelTracker::sharedInstance());
+}
+
+void QuilloAgentAppDelegate::observeValueForKeyPath(const QString&, KeyValueObservable&, const void* context) {
+  if (context != &remindersContext) return;
+  if (RemindersManager::sharedManager().remindersAreEnabled()) {
+    m_reminderAlarm.reset();
+    m_reminderAlarm.start();
+  } else {
+    m_reminderAlarm.stop();
+  }
+}
+
+void QuilloAgentAppDelegate::reminderAlarmFired() {
+  PersistentPropertyList* list = m_config.groupProperties();
+  const auto open = list ? list->valueForKey(Key::remindersOpenMenuBar) : std::nullopt;
+  if (m_statusController && open && open->boolValue())
+    m_statusController->showEntryWindowInMode(EntryWindowModeReminder);
+}
+
+void QuilloAgentAppDelegate::reloadEntryWindow() {
+  const auto before = m_entryWindowController;
+  if (before) before->close();
+  m_entryWindowController = std::make_shared<AgentEntryWindowController>(m_config, m_alerts);
+  m_entryWindowController->setContextualMenu(m_contextualMenu.get());
+  m_entryWindowController->window().setCompositorCheck(m_platform.compositorIsRunning);
+  // What the old journal would not take is not lost with the old window.
+  if (before) m_entryWindowController->takeOverUnsavedText(*before);
+}
+
+void QuilloAgentAppDelegate::packagePathDidChangeNotification() {
+  if (PersistentPropertyList* list = m_config.groupProperties()) list->synchronize();
+  resolveJournalFileAccess();
+  reloadEntryWindow();
+  m_statusController->setEntryWindowController(m_entryWindowController);
+}
+
+void QuilloAgentAppDelegate::applicationWillTerminate() {
+  // Not by closing the window: the end must not wait for somebody to answer an alert.
+  if (m_entryWindowController) m_entryWindowController->saveForTermination();
+}
+
+}  // namespace quillo

@@ -1,0 +1,112 @@
+#pragma once
+
+#include "app/CrashReportManager.h"
+#include "entry/AgentEntryWindow.h"
+#include "entry/AgentEntryWindowController.h"
+#include "entry/AlertSheet.h"
+#include "entry/QLXAStatusBarController.h"
+#include "foundation/KeyValueObserving.h"
+#include "platform/RunningApplications.h"
+#include "platform/StatusItem.h"
+#include "platform/Workspace.h"
+#include "reminders/ReminderAlarm.h"
+
+#include <QObject>
+#include <QSizeF>
+
+#include <functional>
+#include <memory>
+
+class QAction;
+class QMenu;
+
+namespace quillo {
+
+class QuilloConfig;
+
+// The services of the desktop that the delegate passes on or calls. All must outlive it.
+struct AgentPlatform {
+  RunningApplications& runningApplications;
+  Workspace& workspace;
+  std::function<std::unique_ptr<StatusItem>()> makeStatusItem;
+  std::function<bool()> compositorIsRunning;
+  const Clock& clock;
+  OneShotTimerFactory& timers;
+  // Ends the program from its event loop.
+  std::function<void()> terminate;
+};
+
+// Owns every object that lives as long as the process, creates and wires them in a fixed order, and carries out the
+// commands of the status menu. Main thread only.
+class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManagerDelegate, public KeyValueObserver {
+  Q_OBJECT
+
+ public:
+  // The tags of the menu's items. 2 is not used by any item, and a click with it does nothing; that is wanted.
+  enum MenuTag {
+    ShowApplication = 1,
+    ReminderLine = 3,
+    ToggleReminders = 4,
+    Preferences = 5,
+    About = 6,
+    Quit = 7,
+  };
+
+  // Sets logging up; once, before the first object of this class is made.
+  static void initialize();
+
+  QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatform platform);
+  ~QuilloAgentAppDelegate() override;
+
+  // Makes sure that the journal is reachable: renews the own bookmark from the shared one where the configured location
+  // is not readable and writable. Only logs what fails.
+  void resolveJournalFileAccess();
+
+  // Checks the journal's access and ends every other running copy of the agent: the newest one stays.
+  void applicationWillFinishLaunching();
+  // Starts crash reporting, which then calls showMainApplicationWindow().
+  void applicationDidFinishLaunching();
+  // Starts the user interface the first time it is called; later calls do nothing.
+  void showMainApplicationWindow() override;
+  // Before the process ends: closes the entry window, which saves its text.
+  void applicationWillTerminate();
+
+  // Opens the entry window in the reminder mode where the settings say so.
+  void reminderAlarmFired();
+  // Reminders were switched on or off, here or by the other application. Other contexts than the delegate's own are
+  // ignored.
+  void observeValueForKeyPath(const QString& keyPath, KeyValueObservable& object, const void* context) override;
+
+  bool launchMainApp();
+  void contextualMenuItemClicked(int tag);
+  // Retitles the item as needed; answers whether it is enabled.
+  bool validateMenuItem(QAction& item);
+
+  [[nodiscard]] QMenu& contextualMenu() { return *m_contextualMenu; }
+  [[nodiscard]] QLXAStatusBarController* statusController() { return m_statusController.get(); }
+  [[nodiscard]] AgentEntryWindowController* entryWindowController() { return m_entryWindowController.get(); }
+  [[nodiscard]] ReminderAlarm& reminderAlarm() { return m_reminderAlarm; }
+
+ private:
+  void buildContextualMenu();
+  void menuItemWithTitle(const QString& title, MenuTag tag);
+  void reloadEntryWindow();
+  void startApplication();
+  void packagePathDidChangeNotification();
+  void toggleReminders();
+  [[nodiscard]] QString nextReminderText() const;
+
+  // The window's size in points. Nothing reads it: it is kept as the declared default.
+  [[maybe_unused]] QSizeF m_entryWindowSize{328.0, 268.0};
+  QuilloConfig& m_config;
+  AgentPlatform m_platform;
+  AlertSheet m_alerts;
+  ReminderAlarm m_reminderAlarm;
+  std::unique_ptr<Registration> m_remindersObservation;
+  // Declared in the order of need: the window's controller goes before the menu that it shows.
+  std::unique_ptr<QMenu> m_contextualMenu;
+  std::shared_ptr<AgentEntryWindowController> m_entryWindowController;
+  std::unique_ptr<QLXAStatusBarController> m_statusController;
+};
+
+}  // namespace quillo

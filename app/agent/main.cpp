@@ -1,0 +1,128 @@
+// The composition root of the agent: the one place that names the real services of the desktop.
+
+#include "app/LoggingSetup.h"
+#include "app/LoginItem.h"
+#include "app/QuilloAgentAppDelegate.h"
+#include "config/Keys.h"
+#include "config/QuilloConfig.h"
+#include "foundation/Bundle.h"
+#include "foundation/DistributedNotificationCenter.h"
+#include "platform/linux/Display.h"
+#include "platform/linux/LinuxSystemEvents.h"
+#include "platform/linux/SessionBusApplications.h"
+#include "platform/linux/SessionBusNotifications.h"
+#include "platform/linux/SystemClock.h"
+#include "platform/linux/TerminationSignals.h"
+#include "platform/linux/TrayStatusItem.h"
+#include "platform/linux/WallClockTimer.h"
+#include "platform/linux/XdgLoginItems.h"
+#include "platform/linux/XdgWorkspace.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "reminders/SystemNotices.h"
+
+#include <QApplication>
+#include <QFileInfo>
+
+#include <CLI/CLI.hpp>
+
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <iostream>
+
+using namespace quillo;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The --home that this process was given, for a copy of it that is started at login.
+QStringList& homeArguments() {
+  static QStringList arguments;
+  return arguments;
+}
+
+// Answers an exit code where the program is to end at once.
+std::optional<int> readArguments(int argc, char** argv) {
+  CLI::App program("Quillo's menu-bar agent: a quill in the tray, a click away from writing into the journal.",
+                   "quillo-agent");
+  program.set_version_flag("--version", "quillo-agent " QUILLO_VERSION);
+  std::string home;
+  program.add_option("--home", home, "Use this directory in place of the user's home")->type_name("DIR");
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return program.exit(error) == 0 ? 0 : 2;
+  }
+  if (home.empty()) return std::nullopt;
+  const QString directory = QFile::decodeName(QByteArray::fromStdString(home));
+  if (!QFileInfo(directory).isDir()) {
+    std::cerr << "quillo-agent: " << home << ": no such directory\n";
+    return 1;
+  }
+  UserDirectories::moveTo(directory);
+  homeArguments() = {u"--home"_s, UserDirectories::current().home};
+  return std::nullopt;
+}
+
+Bundle agentBundle() {
+  return {u":/quillo"_s,
+          {{InfoKey::identifier, QString(Identifier::agent)},
+           {InfoKey::name, u"Quillo"_s},
+           {InfoKey::shortVersion, QStringLiteral(QUILLO_VERSION)},
+           {InfoKey::version, QStringLiteral(QUILLO_VERSION)}}};
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Entries, settings and logs are for the user alone.
+  ::umask(077);
+  if (const auto code = readArguments(argc, argv)) return *code;
+  if (!displayIsReachable()) {
+    std::cerr << "quillo-agent: there is no display to show the tray icon on (is DISPLAY set?)\n";
+    return 1;
+  }
+
+  QApplication application(argc, argv);
+  QApplication::setApplicationName(u"quillo-agent"_s);
+  QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
+  QApplication::setDesktopFileName(u"quillo-agent"_s);
+  // There is no main window whose closing would mean the end.
+  QApplication::setQuitOnLastWindowClosed(false);
+  Bundle::setMainBundle(agentBundle());
+
+  QuilloAgentAppDelegate::initialize();
+  const TerminationSignals signals([] { QApplication::exit(); });
+  SessionBusNotifications notifications;
+  DistributedNotificationCenter::sharedCenter().setTransport(&notifications);
+  SessionBusApplications runningApplications;
+  runningApplications.registerSelf(Identifier::agent, [] { QApplication::exit(); });
+  XdgWorkspace workspace;
+  QuilloConfig& config = QuilloConfig::sharedConfig();
+  config.setWorkspace(&workspace);
+  QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
+
+  XdgLoginItems loginItems(runningApplications, {Identifier::agent, u"Quillo Menu-Bar Agent"_s,
+                                                 LoginHelper::programBesideOwn(u"quillo-agent"_s), homeArguments()});
+  LoginItem::setSharedServices({&loginItems, &runningApplications});
+  const SystemClock clock;
+  WallClockTimerFactory timers(clock);
+
+  int code = 0;
+  {
+    QuilloAgentAppDelegate delegate(
+        config, {runningApplications, workspace, [] { return std::make_unique<TrayStatusItem>(); }, compositorIsRunning,
+                 clock, timers, [] { QApplication::exit(); }});
+    QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
+                     [&delegate] { delegate.applicationWillTerminate(); });
+    delegate.applicationWillFinishLaunching();
+    delegate.applicationDidFinishLaunching();
+    // After the icon: nothing of the system has to be listened to for showing it.
+    LinuxSystemEvents events;
+    postSystemNotices(events, NotificationCenter::localCenter(), NotificationCenter::workspaceCenter());
+    code = QApplication::exec();
+  }
+  DistributedNotificationCenter::sharedCenter().setTransport(nullptr);
+  closeLog();
+  return code;
+}
