@@ -1,0 +1,45 @@
+#pragma once
+
+#include "config/QuilloConfig.h"
+
+#include <QJsonValue>
+#include <QString>
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+
+namespace quillo::ctl {
+
+// How a command ends. What failed has been said, in one line on the error stream.
+enum ExitCode : int { Done = 0, Failed = 1, Usage = 2 };
+
+// What every command works with.
+struct Context {
+  QuilloConfig& config;
+  // Broadcasts the name to the other processes.
+  std::function<void(QLatin1StringView name)> post;
+  bool json{false};
+};
+
+// One line on the error stream; answers Failed.
+int failed(const QString& reason);
+
+// A line on the standard output, in UTF-8.
+void print(const QString& line);
+// One JSON document on the standard output, also for a bare value.
+void printJson(const QJsonValue& value);
+
+// The shared list; null, with the reason said, when it cannot be read.
+PersistentPropertyList* sharedList(Context& context);
+
+// Each adds its command with all sub-commands. The chosen one leaves its work in `action`, run after parsing is done,
+// so that a wrong word anywhere changes nothing.
+using Action = std::function<int(Context&)>;
+void addSettingsCommand(CLI::App& program, Action& action);
+void addJournalCommand(CLI::App& program, Action& action);
+void addEntryCommand(CLI::App& program, Action& action);
+void addReminderCommand(CLI::App& program, Action& action);
+void addPostCommand(CLI::App& program, Action& action);
+
+}  // namespace quillo::ctl

@@ -1,0 +1,164 @@
+#include "config/Keys.h"
+#include "foundation/FileManager.h"
+#include "foundation/PropertyListJson.h"
+#include "qlcore/Hashtags.h"
+#include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/QLJournalIndex.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "quilloctl/Command.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonObject>
+
+#include <memory>
+
+namespace quillo::ctl {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The one value of the setting that keeps hashtags out of an entry's tags.
+constexpr qint64 hashtagsAreNotTags = 2;
+constexpr qint64 largestInput = 64 * 1024 * 1024;
+
+// Null, with the reason said.
+std::shared_ptr<QLJournalPackageFile> journal(Context& context) {
+  if (!sharedList(context)) return nullptr;
+  Error error;
+  auto package = QLJournalPackageFile::openDefaultPackage(&error);
+  if (!package) failed(error.localizedDescription);
+  return package;
+}
+
+QJsonObject json(const QLJournalEntryFile& entry) {
+  QJsonObject object{{u"uuid"_s, entry.uuid()},
+                     {u"text"_s, entry.string()},
+                     {u"tags"_s, QJsonArray::fromStringList(entry.tags())},
+                     {u"creationDate"_s, entry.creationDate().toISO8601()},
+                     {u"modificationDate"_s, entry.modificationDate().toISO8601()},
+                     {u"timeZone"_s, entry.timeZone()}};
+  if (const auto location = entry.location()) object[u"location"_s] = jsonFromPropertyList(location->toPropertyList());
+  if (const auto weather = entry.weather()) object[u"weather"_s] = jsonFromPropertyList(weather->toPropertyList());
+  return object;
+}
+
+// One line: what it is found by, when it was written, how it begins.
+QString summary(const QLJournalEntryFile& entry) {
+  constexpr qsizetype shown = 60;
+  QString text = entry.string().left(4 * shown).simplified();
+  if (text.size() > shown) text = text.left(shown - 1) + u'…';
+  return entry.uuid() + u"  "_s + entry.creationDate().toISO8601() + u"  "_s + text;
+}
+
+int list(Context& context, int limit) {
+  const auto package = journal(context);
+  if (!package) return Failed;
+  const QLJournalIndex index(package);
+  const auto entries =
+      limit > 0 ? index.entries().first(std::min<qsizetype>(limit, index.entries().size())) : index.entries();
+  QJsonArray array;
+  for (const auto& entry : entries) {
+    if (context.json)
+      array << json(*entry);
+    else
+      print(summary(*entry));
+  }
+  if (context.json) printJson(array);
+  for (const auto& damaged : index.damagedEntries()) failed(damaged.reason);
+  return Done;
+}
+
+int show(Context& context, const QString& uuid) {
+  const auto package = journal(context);
+  if (!package) return Failed;
+  Error error;
+  const auto entry = QLJournalEntryFile::entryWithUUID(*package, uuid, &error);
+  if (!entry) return failed(error.localizedDescription);
+  if (context.json) {
+    printJson(json(*entry));
+    return Done;
+  }
+  print(u"uuid:     "_s + entry->uuid());
+  print(u"created:  "_s + entry->creationDate().toISO8601() + u' ' + entry->timeZone());
+  print(u"modified: "_s + entry->modificationDate().toISO8601());
+  if (!entry->tags().isEmpty()) print(u"tags:     "_s + entry->tags().join(u", "_s));
+  if (const auto location = entry->location(); location && !location->placeName.isEmpty())
+    print(u"place:    "_s + location->placeName);
+  print(QString());
+  print(entry->string());
+  return Done;
+}
+
+std::optional<QString> textToAdd(const std::string& word) {
+  if (word != "-" && !word.empty()) return QString::fromStdString(word);
+  QFile input;
+  if (!input.open(stdin, QIODevice::ReadOnly)) return std::nullopt;
+  const QByteArray bytes = input.read(largestInput);
+  QString text = QString::fromUtf8(bytes);
+  if (text.endsWith(u'\n')) text.chop(1);
+  return text;
+}
+
+int add(Context& context, const std::string& word) {
+  const auto package = journal(context);
+  if (!package) return Failed;
+  const auto text = textToAdd(word);
+  if (!text || text->isEmpty()) return failed(u"there is no text to add"_s);
+  const auto entry = QLJournalEntryFile::newEntry();
+  entry->setString(*text);
+  if (sharedList(context)->integerForKey(Key::shouldAddHashtags) != hashtagsAreNotTags) entry->setTags(hashtags(*text));
+  Error error;
+  if (!entry->saveToJournal(package.get(), &error)) return failed(error.localizedDescription);
+  if (context.json)
+    printJson(json(*entry));
+  else
+    print(entry->uuid());
+  return Done;
+}
+
+int remove(Context& context, const QString& uuid, bool permanently) {
+  const auto package = journal(context);
+  if (!package) return Failed;
+  Error error;
+  const auto url = QLJournalEntryFile::fileURL(*package, uuid, &error);
+  if (!url || !FileManager::removeItemAtURL(*url, !permanently, &error)) return failed(error.localizedDescription);
+  if (context.json) printJson(QJsonObject{{u"deleted"_s, uuid.toUpper()}});
+  return Done;
+}
+
+}  // namespace
+
+void addEntryCommand(CLI::App& program, Action& action) {
+  struct Words {
+    std::string uuid, text;
+    int limit{0};
+    bool permanently{false};
+  };
+  const auto words = std::make_shared<Words>();
+  const auto uuid = [words] { return QString::fromStdString(words->uuid); };
+  CLI::App* entry = program.add_subcommand("entry", "List, show, add and delete entries");
+  entry->require_subcommand(1);
+
+  CLI::App* lister = entry->add_subcommand("list", "Print the entries, newest first, one a line");
+  lister->add_option("--limit", words->limit, "How many at most")->check(CLI::PositiveNumber);
+  lister->callback([&action, words] { action = [words](Context& context) { return list(context, words->limit); }; });
+
+  CLI::App* shower = entry->add_subcommand("show", "Print an entry");
+  shower->add_option("UUID", words->uuid)->required();
+  shower->callback([&action, uuid] { action = [uuid](Context& context) { return show(context, uuid()); }; });
+
+  CLI::App* adder = entry->add_subcommand("add", "Add an entry and print its identifier");
+  adder->add_option("TEXT", words->text, "The text; - or nothing reads the standard input");
+  adder->callback([&action, words] { action = [words](Context& context) { return add(context, words->text); }; });
+
+  CLI::App* deleter = entry->add_subcommand("delete", "Move an entry to the Trash");
+  deleter->add_option("UUID", words->uuid)->required();
+  deleter->add_flag("--permanently", words->permanently, "Delete it for good");
+  deleter->callback([&action, uuid, words] {
+    action = [uuid, words](Context& context) { return remove(context, uuid(), words->permanently); };
+  });
+}
+
+}  // namespace quillo::ctl

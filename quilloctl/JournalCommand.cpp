@@ -1,0 +1,106 @@
+#include "config/Keys.h"
+#include "qlcore/QLJournalIndex.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "quilloctl/Command.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonObject>
+
+#include <memory>
+
+namespace quillo::ctl {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QUrl urlOfPath(const std::string& path) {
+  return QUrl::fromLocalFile(QDir::cleanPath(QDir::current().absoluteFilePath(QString::fromStdString(path))));
+}
+
+int create(Context& context, QUrl url) {
+  const QString suffix = u".quillojournal"_s;
+  if (!url.path().endsWith(suffix)) url.setPath(url.path() + suffix);
+  Error error;
+  const auto package = QLJournalPackageFile::openPackage(url, /*create=*/true, &error);
+  if (!package) return failed(error.localizedDescription);
+  if (context.json)
+    printJson(QJsonObject{{u"path"_s, url.toLocalFile()}, {u"identifier"_s, package->identifier()}});
+  else
+    print(url.toLocalFile());
+  return Done;
+}
+
+int set(Context& context, const QUrl& url) {
+  Error error;
+  if (!QLJournalPackageFile::openPackage(url, /*create=*/false, &error)) return failed(error.localizedDescription);
+  PersistentPropertyList* list = sharedList(context);
+  if (!list) return Failed;
+  context.config.setConfiguredJournalFileURL(url);
+  if (!list->dirtyProperties().isEmpty()) return failed(u"the journal's location was not saved"_s);
+  context.post(Notice::journalPackagePathDidChange);
+  return Done;
+}
+
+std::optional<QUrl> configured(Context& context) {
+  if (!sharedList(context)) return std::nullopt;
+  const auto url = context.config.configuredJournalFileURL();
+  if (!url) failed(u"no journal is set; see quilloctl journal create and journal set"_s);
+  return url;
+}
+
+int path(Context& context) {
+  const auto url = configured(context);
+  if (!url) return Failed;
+  if (context.json)
+    printJson(url->toLocalFile());
+  else
+    print(url->toLocalFile());
+  return Done;
+}
+
+int check(Context& context) {
+  const auto url = configured(context);
+  if (!url) return Failed;
+  Error error;
+  const auto package = QLJournalPackageFile::openPackage(*url, /*create=*/false, &error);
+  if (!package) return failed(error.localizedDescription);
+  const QLJournalIndex index(package);
+  QStringList damaged;
+  for (const auto& entry : index.damagedEntries()) damaged << entry.url.toLocalFile() + u" - "_s + entry.reason;
+  if (context.json)
+    printJson(QJsonObject{{u"path"_s, url->toLocalFile()},
+                          {u"identifier"_s, package->identifier()},
+                          {u"entries"_s, index.entries().size()},
+                          {u"damaged"_s, QJsonArray::fromStringList(damaged)}});
+  if (!damaged.isEmpty())
+    return failed(u"%1 damaged: %2"_s.arg(QString::number(damaged.size()), damaged.join(u"; "_s)));
+  if (!context.json) print(u"%1: %2 entries, all readable"_s.arg(url->toLocalFile()).arg(index.entries().size()));
+  return Done;
+}
+
+}  // namespace
+
+void addJournalCommand(CLI::App& program, Action& action) {
+  const auto words = std::make_shared<std::string>();
+  CLI::App* journal = program.add_subcommand("journal", "Create a journal, choose it, look after it");
+  journal->require_subcommand(1);
+
+  CLI::App* creator = journal->add_subcommand("create", "Make a new, empty journal and print its path");
+  creator->add_option("PATH", *words, "NAME.quillojournal; the ending is added where it lacks")->required();
+  creator->callback(
+      [&action, words] { action = [words](Context& context) { return create(context, urlOfPath(*words)); }; });
+
+  CLI::App* setter = journal->add_subcommand("set", "Make an existing journal the one that is written to");
+  setter->add_option("PATH", *words)->required();
+  setter->callback(
+      [&action, words] { action = [words](Context& context) { return set(context, urlOfPath(*words)); }; });
+
+  journal->add_subcommand("path", "Print the journal's path")->callback([&action] { action = path; });
+  journal->add_subcommand("check", "Read every entry and tell of those that are damaged")->callback([&action] {
+    action = check;
+  });
+}
+
+}  // namespace quillo::ctl

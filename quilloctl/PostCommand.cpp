@@ -1,0 +1,19 @@
+#include "quilloctl/Command.h"
+
+#include <memory>
+
+namespace quillo::ctl {
+
+void addPostCommand(CLI::App& program, Action& action) {
+  const auto name = std::make_shared<std::string>();
+  CLI::App* post = program.add_subcommand("post", "Broadcast a change notification to the user's processes");
+  post->add_option("NOTIFICATION-NAME", *name)->required();
+  post->callback([&action, name] {
+    action = [name](Context& context) {
+      context.post(QLatin1StringView(*name));
+      return Done;
+    };
+  });
+}
+
+}  // namespace quillo::ctl

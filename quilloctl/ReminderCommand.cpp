@@ -1,0 +1,276 @@
+#include "config/Keys.h"
+#include "foundation/Calendar.h"
+#include "foundation/PropertyListJson.h"
+#include "quilloctl/Command.h"
+#include "reminders/ReminderBatch.h"
+#include "reminders/ReminderCalculator.h"
+#include "reminders/ReminderInterval.h"
+
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QRegularExpression>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+namespace quillo::ctl {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Words {
+  std::string every, from, until, starting, zone, after;
+  int count{1};
+  bool batch{false};
+};
+
+Date now() {
+  return Date::fromDateTime(QDateTime::currentDateTimeUtc());
+}
+
+struct Step {
+  quint64 count;
+  CalendarUnit unit;
+};
+
+// "3 hours", "day", "1 week".
+std::optional<Step> parseStep(const QString& text) {
+  static const QRegularExpression form(u"^(?:(\\d+)\\s+)?(minute|hour|day|week|month|year)s?$"_s,
+                                       QRegularExpression::CaseInsensitiveOption);
+  const auto match = form.match(text.simplified());
+  if (!match.hasMatch()) return std::nullopt;
+  bool ok = true;
+  const quint64 count = match.captured(1).isEmpty() ? 1 : match.captured(1).toULongLong(&ok);
+  const QString word = match.captured(2).toLower();
+  const struct {
+    QString word;
+    CalendarUnit unit;
+  } units[] = {{u"minute"_s, CalendarUnit::Minute}, {u"hour"_s, CalendarUnit::Hour},   {u"day"_s, CalendarUnit::Day},
+               {u"week"_s, CalendarUnit::Week},     {u"month"_s, CalendarUnit::Month}, {u"year"_s, CalendarUnit::Year}};
+  for (const auto& known : units)
+    if (ok && count > 0 && known.word == word) return Step{count, known.unit};
+  return std::nullopt;
+}
+
+// Minutes since midnight.
+std::optional<int> parseTimeOfDay(const QString& text) {
+  const QTime time = QTime::fromString(text, text.size() == 4 ? u"H:mm"_s : u"HH:mm"_s);
+  if (!time.isValid()) return std::nullopt;
+  return time.hour() * 60 + time.minute();
+}
+
+// A date with a zone, or a wall-clock reading in the calendar's.
+std::optional<Date> parseMoment(const QString& text, const Calendar& calendar) {
+  if (const auto date = Date::fromISO8601(text)) return date;
+  const QDateTime reading = QDateTime::fromString(text.trimmed(), Qt::ISODate);
+  if (!reading.isValid()) return std::nullopt;
+  DateComponents components;
+  components.year = reading.date().year();
+  components.month = reading.date().month();
+  components.day = reading.date().day();
+  components.hour = reading.time().hour();
+  components.minute = reading.time().minute();
+  components.second = reading.time().second();
+  return calendar.dateFromComponents(components);
+}
+
+QString timeOfDay(Date date, const Calendar& calendar) {
+  const auto parts = calendar.componentsFromDate(CalendarUnit::Hour | CalendarUnit::Minute, date);
+  if (!parts) return date.toISO8601();
+  return u"%1:%2"_s.arg(parts->hour.value_or(0), 2, 10, QChar(u'0')).arg(parts->minute.value_or(0), 2, 10, QChar(u'0'));
+}
+
+// "today 12:00", "tomorrow 09:00", else with the date, in the current zone.
+QString moment(Date date) {
+  const QDateTime local = date.toDateTime().toLocalTime();
+  const qint64 days = QDate::currentDate().daysTo(local.date());
+  const QString day = days == 0 ? u"today"_s : days == 1 ? u"tomorrow"_s : local.date().toString(Qt::ISODate);
+  return day + u' ' + local.time().toString(u"HH:mm"_s);
+}
+
+QList<Date> nextReminders(const ReminderInterval& interval, Date after, int count) {
+  QList<Date> dates;
+  for (int i = 0; i < count; ++i) {
+    const auto next = ReminderCalculator::firstReminderForInterval(interval, after, std::nullopt);
+    if (!next) break;
+    dates << *next;
+    after = *next;
+  }
+  return dates;
+}
+
+QJsonArray json(const QList<Date>& dates) {
+  QJsonArray array;
+  for (const Date date : dates) array << date.toISO8601();
+  return array;
+}
+
+bool isClockStep(quint64 unit) {
+  return unit == static_cast<quint64>(CalendarUnit::Hour) || unit == static_cast<quint64>(CalendarUnit::Minute);
+}
+
+// "Every 3 hours between 09:00 and 17:00, next: today 12:00".
+QString inWords(const ReminderInterval& interval) {
+  QString rule = u"Every "_s + (interval.intervalValue() == 1 ? interval.stringValue().mid(2) : interval.stringValue());
+  const auto& base = interval.baseDate();
+  const auto& calendar = interval.baseCalendar();
+  if (base && calendar) {
+    if (!isClockStep(interval.calendarUnit()))
+      rule += u" at "_s + timeOfDay(*base, *calendar);
+    else if (interval.validReminderPeriod() != 0)
+      rule += u" between %1 and %2"_s.arg(
+          timeOfDay(*base, *calendar), timeOfDay(base->addingTimeInterval(interval.validReminderPeriod()), *calendar));
+  }
+  const auto next = nextReminders(interval, now(), 1);
+  return rule + u", next: "_s + (next.isEmpty() ? u"never"_s : moment(next[0]));
+}
+
+int show(Context& context) {
+  PersistentPropertyList* list = sharedList(context);
+  if (!list) return Failed;
+  const auto interval = ReminderInterval::reminderIntervalFromUserDefaults(*list);
+  if (context.json) {
+    QJsonObject object;
+    for (const auto key : {Key::remindersFrequency, Key::remindersInterval, Key::remindersBaseDate,
+                           Key::remindersBaseDateTimezone, Key::remindersValidPeriod})
+      if (const auto value = list->valueForKey(key)) object[key] = jsonFromPropertyList(*value);
+    object[Key::remindersEnabled] = list->boolForKey(Key::remindersEnabled);
+    object[u"next"_s] = json(nextReminders(interval, now(), 3));
+    printJson(object);
+    return Done;
+  }
+  if (interval.intervalValue() == 0 || !interval.baseDate()) return failed(u"no reminder is set"_s);
+  print(inWords(interval) + (list->boolForKey(Key::remindersEnabled) ? QString() : u" (reminders are off)"_s));
+  return Done;
+}
+
+// The rule that the words describe; nothing, with the reason said.
+std::optional<ReminderInterval> intervalFromWords(const Words& words) {
+  const auto wrong = [](const QString& reason) -> std::optional<ReminderInterval> {
+    failed(reason);
+    return std::nullopt;
+  };
+  const QString every = QString::fromStdString(words.every);
+  const auto step = parseStep(every);
+  if (!step) return wrong(u"\"%1\" is no step; one is \"3 hours\" or \"day\""_s.arg(every));
+  const QString zone = QString::fromStdString(words.zone);
+  const auto calendar = zone.isEmpty() ? std::optional(Calendar::currentCalendar()) : Calendar::withTimeZoneName(zone);
+  if (!calendar) return wrong(u"there is no time zone \"%1\""_s.arg(zone));
+
+  const QString starting = QString::fromStdString(words.starting);
+  auto base = starting.isEmpty() ? std::optional(now()) : parseMoment(starting, *calendar);
+  if (!base) return wrong(u"\"%1\" is no date; one is 2014-03-10T21:00"_s.arg(starting));
+
+  ReminderInterval interval;
+  interval.setIntervalValue(step->count);
+  interval.setCalendarUnit(step->unit);
+  if (!words.from.empty()) {
+    if (!isClockStep(interval.calendarUnit())) return wrong(u"--from and --until are for steps of hours and minutes"_s);
+    const auto from = parseTimeOfDay(QString::fromStdString(words.from));
+    const auto until = parseTimeOfDay(QString::fromStdString(words.until));
+    if (!from || !until || *until <= *from)
+      return wrong(u"--from and --until take times such as 09:00 and 17:00, the earlier first"_s);
+    constexpr quint64 dayMask = CalendarUnit::Year | CalendarUnit::Month | CalendarUnit::Day;
+    auto day = calendar->componentsFromDate(dayMask, *base);
+    if (!day) return wrong(u"\"%1\" is out of the calendar's range"_s.arg(starting));
+    day->hour = *from / 60;
+    day->minute = *from % 60;
+    base = calendar->dateFromComponents(*day);
+    interval.setValidReminderPeriod((*until - *from) * 60.0);
+  }
+  // To the minute, so that the reminder comes on the dot.
+  interval.setBaseDate(Date::since1970(std::floor(base->timeIntervalSince1970() / 60) * 60));
+  interval.setBaseCalendar(calendar);
+  return interval;
+}
+
+int set(Context& context, const Words& words) {
+  const auto interval = intervalFromWords(words);
+  PersistentPropertyList* list = interval ? sharedList(context) : nullptr;
+  if (!list) return Failed;
+  interval->writeToUserDefaults(*list);
+  if (!list->dirtyProperties().isEmpty()) return failed(u"the reminder was not saved"_s);
+  context.post(Notice::reminderSettingsDidChange);
+  return show(context);
+}
+
+int turn(Context& context, bool on) {
+  PersistentPropertyList* list = sharedList(context);
+  if (!list) return Failed;
+  list->setBoolForKey(on, Key::remindersEnabled);
+  if (!list->dirtyProperties().isEmpty()) return failed(u"the setting was not saved"_s);
+  context.post(Notice::remindersManagerValuesDidChange);
+  if (context.json) printJson(QJsonObject{{Key::remindersEnabled, on}});
+  return Done;
+}
+
+// A line in, a line out, until the input ends.
+int batch() {
+  char* line = nullptr;
+  size_t capacity = 0;
+  for (ssize_t length = 0; (length = ::getline(&line, &capacity, stdin)) >= 0;) {
+    if (length > 0 && line[length - 1] == '\n') --length;
+    const QByteArray answer = answerBatchLine(QByteArray::fromRawData(line, length)) + '\n';
+    std::fwrite(answer.constData(), 1, static_cast<size_t>(answer.size()), stdout);
+  }
+  std::free(line);
+  return Done;
+}
+
+int next(Context& context, const Words& words) {
+  if (words.batch) return batch();
+  PersistentPropertyList* list = sharedList(context);
+  if (!list) return Failed;
+  const QString text = QString::fromStdString(words.after);
+  const auto after = text.isEmpty() ? std::optional(now()) : parseMoment(text, Calendar::currentCalendar());
+  if (!after) return failed(u"\"%1\" is no date; one is 2014-03-10T21:00"_s.arg(text));
+  const auto interval = ReminderInterval::reminderIntervalFromUserDefaults(*list);
+  const auto dates = nextReminders(interval, *after, words.count);
+  if (context.json) {
+    printJson(json(dates));
+    return Done;
+  }
+  if (dates.isEmpty()) return failed(u"there is no next reminder"_s);
+  for (const Date date : dates) print(date.toISO8601());
+  return Done;
+}
+
+}  // namespace
+
+void addReminderCommand(CLI::App& program, Action& action) {
+  const auto words = std::make_shared<Words>();
+  CLI::App* reminder = program.add_subcommand("reminder", "Show and change when the journal reminds");
+  reminder->require_subcommand(1);
+  reminder->add_subcommand("show", "Print the rule in words and the next reminder")->callback([&action] {
+    action = show;
+  });
+
+  CLI::App* setter = reminder->add_subcommand("set", "Save a rule and tell the running agent");
+  setter->add_option("--every", words->every, "The step: \"3 hours\", \"day\", \"2 weeks\"")->required();
+  CLI::Option* from = setter->add_option("--from", words->from, "When the daily window begins, for hours and minutes");
+  CLI::Option* until = setter->add_option("--until", words->until, "When it ends")->needs(from);
+  from->needs(until);
+  setter->add_option("--starting", words->starting, "The first reminder, 2014-03-10T21:00 in the zone; else now");
+  setter->add_option("--zone", words->zone, "The time zone of these times; else the system's");
+  setter->callback([&action, words] { action = [words](Context& context) { return set(context, *words); }; });
+
+  reminder->add_subcommand("on", "Switch reminders on")->callback([&action] {
+    action = [](Context& context) { return turn(context, true); };
+  });
+  reminder->add_subcommand("off", "Switch reminders off")->callback([&action] {
+    action = [](Context& context) { return turn(context, false); };
+  });
+
+  CLI::App* nexter = reminder->add_subcommand("next", "Print the next reminders, in UTC");
+  nexter->add_option("-n", words->count, "How many")->check(CLI::Range(1, 1000));
+  nexter->add_option("--after", words->after, "The first after this time; else now");
+  nexter->add_flag("--batch", words->batch, "Answer one JSON object a line from the standard input");
+  nexter->callback([&action, words] { action = [words](Context& context) { return next(context, *words); }; });
+}
+
+}  // namespace quillo::ctl

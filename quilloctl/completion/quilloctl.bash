@@ -1,0 +1,48 @@
+# Completion of quilloctl for bash: source this file, or put it where bash-completion looks.
+
+_quilloctl() {
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}
+  local commands="settings journal entry reminder post"
+  local word command= sub= i
+  COMPREPLY=()
+
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    word=${COMP_WORDS[i]}
+    case $word in
+      --home) ((i++)) ;;
+      -*) ;;
+      *) if [ -z "$command" ]; then command=$word; elif [ -z "$sub" ]; then sub=$word; fi ;;
+    esac
+  done
+
+  case $previous in
+    --home) mapfile -t COMPREPLY < <(compgen -d -- "$current"); return ;;
+    --type) mapfile -t COMPREPLY < <(compgen -W "bool int real string date data json" -- "$current"); return ;;
+    --limit) return ;;
+  esac
+
+  local words=
+  case $command:$sub in
+    :) words="$commands --home --json --help --version" ;;
+    settings:) words="list get set remove --help" ;;
+    settings:get|settings:remove|settings:set) words=$(quilloctl settings list 2>/dev/null | sed 's/ = .*//')
+      [ "$sub" = set ] && words+=" --type" ;;
+    journal:) words="create set path check --help" ;;
+    journal:create|journal:set) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -d -- "$current"); return ;;
+    entry:) words="list show add delete --help" ;;
+    entry:list) words="--limit" ;;
+    entry:show|entry:delete) words=$(quilloctl entry list 2>/dev/null | grep -oE '[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}')
+      [ "$sub" = delete ] && words+=" --permanently" ;;
+    reminder:) words="show set on off next --help" ;;
+    reminder:set) words="--every --from --until --starting --zone" ;;
+    reminder:next) words="-n --after --batch" ;;
+    post:) words="com.quilloapp.QuilloJournalPackagePathDidChangeNotification
+      com.quilloapp.QuilloMenuBarEntryShortcutDidChangeNotification
+      com.quilloapp.QuilloReminderSettingsDidChangeNotification
+      com.quilloapp.QuilloRemindersManagerValuesDidChangeNotification
+      com.quilloapp.QuilloAgentManagerValuesDidChangeNotification" ;;
+  esac
+  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+}
+
+complete -F _quilloctl quilloctl

@@ -1,0 +1,69 @@
+// The composition root of quilloctl: the main application's side of the shared settings, from a terminal.
+
+#include "config/Keys.h"
+#include "foundation/Bundle.h"
+#include "foundation/DistributedNotificationCenter.h"
+#include "platform/linux/SessionBusNotifications.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "quilloctl/Command.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+#include <sys/stat.h>
+
+#include <iostream>
+
+using namespace quillo;
+using namespace Qt::StringLiterals;
+
+int main(int argc, char** argv) {
+  // What we make is for the user alone.
+  ::umask(077);
+
+  CLI::App program("Read and change what Quillo's applications share: settings, journal and entries.", "quilloctl");
+  program.set_version_flag("--version", "quilloctl " QUILLO_VERSION);
+  program.require_subcommand(1);
+  program.footer("Exit status: 0 done, 1 failed (one line says why), 2 wrong usage.");
+  std::string home;
+  bool json = false;
+  program.add_option("--home", home, "Use this directory in place of the user's home")->type_name("DIR");
+  program.add_flag("--json", json, "Print one JSON document");
+
+  ctl::Action action;
+  ctl::addSettingsCommand(program, action);
+  ctl::addJournalCommand(program, action);
+  ctl::addEntryCommand(program, action);
+  ctl::addReminderCommand(program, action);
+  ctl::addPostCommand(program, action);
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return program.exit(error) == 0 ? ctl::Done : ctl::Usage;
+  }
+
+  QCoreApplication application(argc, argv);
+  Bundle::setMainBundle({u":/quillo"_s, {{InfoKey::identifier, QString(Identifier::mainApplication)}}});
+  if (!home.empty()) {
+    const QString directory = QFile::decodeName(QByteArray::fromStdString(home));
+    if (!QFileInfo(directory).isDir()) return ctl::failed(directory + u": no such directory"_s);
+    UserDirectories::moveTo(directory);
+  }
+
+  QuilloConfig& config = QuilloConfig::sharedConfig();
+  QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
+  std::unique_ptr<SessionBusNotifications> bus;
+  ctl::Context context{config,
+                       [&bus](QLatin1StringView name) {
+                         // Connected only when there is something to say.
+                         if (!bus) {
+                           bus = std::make_unique<SessionBusNotifications>();
+                           DistributedNotificationCenter::sharedCenter().setTransport(bus.get());
+                         }
+                         DistributedNotificationCenter::sharedCenter().postNotification(name);
+                       },
+                       json};
+  const int code = action(context);
+  DistributedNotificationCenter::sharedCenter().setTransport(nullptr);
+  return code;
+}

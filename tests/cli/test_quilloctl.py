@@ -1,0 +1,254 @@
+"""quilloctl as a user and a script meet it: real processes, a home of its own, no display and no bus."""
+
+import datetime
+import json
+import os
+import plistlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+QUILLOCTL = Path(os.environ["QUILLO_BIN"]) / "quilloctl"
+LIST = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Preferences/quillo.plist"
+
+
+class QuilloctlTest(unittest.TestCase):
+    def setUp(self):
+        # A home that a person could have: a space, and letters beyond ASCII.
+        self.home = Path(tempfile.mkdtemp(prefix="quillo ü "))
+        self.addCleanup(shutil.rmtree, self.home)
+        self.list = self.home / LIST
+
+    def run_ctl(self, *words, stdin=None):
+        environment = {k: v for k, v in os.environ.items() if k not in ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS")}
+        environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nonexistent"
+        return subprocess.run([QUILLOCTL, "--home", self.home, *words], input=stdin, env=environment,
+                              capture_output=True, text=True, timeout=30)
+
+    def ctl(self, *words, stdin=None):
+        result = self.run_ctl(*words, stdin=stdin)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return result.stdout.rstrip("\n")
+
+    def assert_fails(self, code, *words, says=""):
+        result = self.run_ctl(*words)
+        self.assertEqual(result.returncode, code, (words, result.stderr))
+        self.assertEqual(result.stdout, "")
+        if code == 1:
+            self.assertEqual(result.stderr.count("\n"), 1, result.stderr)
+        self.assertIn(says, result.stderr)
+
+    def read_list(self):
+        return plistlib.loads(self.list.read_bytes())
+
+    def write_list(self, content, fmt):
+        self.list.parent.mkdir(parents=True, exist_ok=True)
+        self.list.write_bytes(plistlib.dumps(content, fmt=fmt))
+
+    def journal(self, name="J"):
+        path = self.ctl("journal", "create", str(self.home / name))
+        self.ctl("journal", "set", path)
+        return Path(path)
+
+    def test_help_and_version(self):
+        for words in (["--help"], ["settings", "--help"], ["entry", "add", "--help"], ["--version"]):
+            self.assertTrue(self.ctl(*words))
+        for words in ([], ["settings"], ["nonsense"], ["settings", "set", "K"], ["settings", "set", "K", "1", "--type", "odd"],
+                      ["entry", "list", "--limit", "x"]):
+            self.assertEqual(self.run_ctl(*words).returncode, 2, words)
+        self.assertFalse(self.list.exists())
+
+    def test_settings_take_the_keys_own_kind(self):
+        cases = [
+            # key, words, what plistlib reads, what `get` prints
+            ("RemindersEnabled", ["yes"], True, "true"),
+            ("RemindersInterval", ["18446744073709551615"], 2**64 - 1, "18446744073709551615"),
+            ("RemindersValidPeriod", ["28800"], 28800.0, "28800"),
+            ("RemindersBaseDate", ["2014-03-10T21:00:00+01:00"], datetime.datetime(2014, 3, 10, 20), "2014-03-10T20:00:00Z"),
+            ("JournalFileSharedBookmarkData", ["AAEC"], b"\0\1\2", "AAEC"),
+            ("MenuEntryGlobalShortcut", ['{"keyCode": 38, "modifierFlags": 768}'], {"keyCode": 38, "modifierFlags": 768},
+             '{"keyCode":38,"modifierFlags":768}'),
+            ("QLServerURL", ["https://x.example/ü"], "https://x.example/ü", "https://x.example/ü"),
+            ("Unknown", ["text"], "text", "text"),
+            ("Unknown2", ["-5", "--type", "int"], -5, "-5"),
+            ("Unknown3", ["[1, 2.5, true, \"x\"]", "--type", "json"], [1, 2.5, True, "x"], '[1,2.5,true,"x"]'),
+            ("Lines", ["a\nb"], "a\nb", "a\\nb"),
+        ]
+        for key, words, stored, printed in cases:
+            with self.subTest(key):
+                self.ctl("settings", "set", key, *words)
+                self.assertEqual(self.read_list()[key], stored)
+                self.assertIs(type(self.read_list()[key]), type(stored))
+                self.assertEqual(self.ctl("settings", "get", key), printed)
+        listed = json.loads(self.ctl("--json", "settings", "list"))
+        self.assertEqual(listed["RemindersEnabled"], True)
+        self.assertEqual(listed["RemindersBaseDate"], "2014-03-10T20:00:00Z")
+        self.ctl("settings", "remove", "Unknown")
+        self.assert_fails(1, "settings", "get", "Unknown", says="Unknown is not set")
+
+    def test_bad_settings_change_nothing(self):
+        self.ctl("settings", "set", "K", "1")
+        before = self.list.read_bytes()
+        for words, says in [
+            (["RemindersEnabled", "perhaps"], "true or false"),
+            (["RemindersInterval", "1.5"], "whole number"),
+            (["RemindersInterval", "18446744073709551616"], "whole number"),
+            (["RemindersBaseDate", "2014-03-10T21:00:00"], "date"),
+            (["MenuEntryGlobalShortcut", "[1]"], "JSON object"),
+            (["K", "{", "--type", "json"], "JSON"),
+            (["K", "null", "--type", "json"], "JSON"),
+            (["JournalFileBookmarkData", "AAEC"], "not a shared setting"),
+            (["", "x"], "empty"),
+        ]:
+            self.assert_fails(1, "settings", "set", *words, says=says)
+        self.assertEqual(self.list.read_bytes(), before)
+
+    def test_other_writers_values_survive_a_set(self):
+        content = {f"key {i} ü": value for i, value in enumerate([
+            True, False, 0, 1, -1, 127, 128, 255, 256, 65535, 65536, 2**31, 2**32, 2**63 - 1, 2**63, 2**64 - 1, -2**31, -2**63,
+            0.0, 1.0, -0.5, 1e-300, 1e300, 3.141592653589793, float("inf"), "", "plain", "ümlaut 😀", " lead and trail ",
+            "<&>\"'", "tab\tline\nend", "x" * 5000, b"", b"\0\xff" * 40, bytes(range(256)), datetime.datetime(2001, 1, 1),
+            datetime.datetime(1970, 1, 1), datetime.datetime(2038, 1, 19, 3, 14, 8), datetime.datetime(1582, 10, 15),
+            datetime.datetime(9999, 12, 31, 23, 59, 59), [], {}, [[]], [{}], {"a": []}, [1, "1", 1.0, True], {"ü": {"n": [1, [2, [3]]]}},
+            list(range(1000)), {str(i): i for i in range(300)}, ["same"] * 300, [b"x"] * 3, "123", "true", "0x10", "a" * 15,
+            "a" * 14, "é" * 15, [True] * 20, {"": "empty key"}, "\u2028", "\ufeffbom"])}
+        self.assertGreaterEqual(len(content), 60)
+        for fmt in (plistlib.FMT_XML, plistlib.FMT_BINARY):
+            with self.subTest(fmt):
+                self.write_list(content, fmt)
+                self.ctl("settings", "set", "mine", "1", "--type", "int")
+                raw = self.list.read_bytes()
+                self.assertEqual(raw.startswith(b"bplist00"), fmt == plistlib.FMT_BINARY)
+                after = plistlib.loads(raw)
+                self.assertEqual(after.pop("mine"), 1)
+                self.assertEqual(after, content)
+                for key, value in content.items():
+                    self.assertIs(type(after[key]), type(value), key)
+
+    def test_a_bad_list_is_one_line_and_stays(self):
+        self.list.parent.mkdir(parents=True)
+        for bad in (b"", b"<plist><dict><key>torn", b"bplist00", b"{ unfinished"):
+            self.list.write_bytes(bad)
+            self.assert_fails(1, "settings", "set", "K", "V", says="cannot be read")
+            self.assert_fails(1, "settings", "list", says="cannot be read")
+            self.assertEqual(self.list.read_bytes(), bad)
+        self.list.write_bytes(b"{ Name = old; }")
+        self.assertEqual(self.ctl("settings", "get", "Name"), "old")
+        self.assert_fails(1, "settings", "set", "Name", "new", says="not saved")
+        self.assertEqual(self.list.read_bytes(), b"{ Name = old; }")
+
+    def test_journal_and_entries(self):
+        self.assert_fails(1, "journal", "path", says="no journal")
+        self.assert_fails(1, "entry", "add", "x", says="")
+        journal = self.journal()
+        self.assertEqual(journal.suffix, ".quillojournal")
+        self.assertEqual(self.ctl("journal", "path"), str(journal))
+        self.assertEqual(self.list.stat().st_mode & 0o077, 0)
+
+        first = self.ctl("entry", "add", "Walked home #evening #Evening #ümlaut")
+        second = self.ctl("entry", "add", "-", stdin="from\nstandard input #x\n")
+        shown = json.loads(self.ctl("--json", "entry", "show", first))
+        self.assertEqual(shown["text"], "Walked home #evening #Evening #ümlaut")
+        self.assertEqual(shown["tags"], ["evening", "ümlaut"])
+        self.assertIn("standard input", self.ctl("entry", "show", second))
+        stored = plistlib.loads((journal / "Entries" / f"{first}.plist").read_bytes())
+        self.assertEqual(stored["uuid"], first)
+        stored["creationDate"] = datetime.datetime(2014, 3, 10)
+        (journal / "Entries" / f"{first}.plist").write_bytes(plistlib.dumps(stored))
+        listed = json.loads(self.ctl("--json", "entry", "list"))
+        self.assertEqual([e["uuid"] for e in listed], [second, first])
+        self.assertEqual(len(self.ctl("entry", "list", "--limit", "1").splitlines()), 1)
+        self.assertIn("2 entries", self.ctl("journal", "check"))
+
+        self.ctl("entry", "delete", first)
+        trashed = list((self.home / ".local/share/Trash/files").iterdir())
+        self.assertEqual([p.name for p in trashed], [f"{first}.plist"])
+        self.ctl("entry", "delete", second, "--permanently")
+        self.assertEqual(len(list((self.home / ".local/share/Trash/files").iterdir())), 1)
+        self.assertEqual(json.loads(self.ctl("--json", "entry", "list")), [])
+        self.assert_fails(1, "entry", "show", first, says=first)
+        self.assert_fails(1, "entry", "delete", "../../etc/passwd", says="passwd")
+        self.assert_fails(1, "entry", "show", "../Journal", says="Journal")
+
+    def test_bad_journals_name_the_path_and_the_reason(self):
+        journal = self.journal()
+        plain = self.home / "plain"
+        plain.mkdir()
+        newer = self.home / "newer.quillojournal"
+        shutil.copytree(journal, newer)
+        content = plistlib.loads((newer / "Journal.plist").read_bytes())
+        version_key = next(k for k in content if "ersion" in k)
+        content[version_key] = 99
+        (newer / "Journal.plist").write_bytes(plistlib.dumps(content))
+        for path, reason in [(self.home / "gone", ""), (plain, ""), (newer, "newer")]:
+            with self.subTest(path):
+                self.assert_fails(1, "journal", "set", str(path), says=str(path))
+                self.assert_fails(1, "journal", "set", str(path), says=reason)
+        self.assertEqual(self.ctl("journal", "path"), str(journal))
+        self.assert_fails(1, "journal", "create", str(journal), says=str(journal))
+        (journal / "Entries" / "00000000-0000-4000-8000-000000000000.plist").write_bytes(b"torn")
+        self.assert_fails(1, "journal", "check", says="00000000-0000-4000-8000-000000000000")
+
+    def test_the_text_options_of_hashtags(self):
+        self.journal()
+        self.ctl("settings", "set", "ShouldAddHashtags", "2")
+        entry = self.ctl("entry", "add", "no #tags")
+        self.assertEqual(json.loads(self.ctl("--json", "entry", "show", entry))["tags"], [])
+
+    def test_reminders(self):
+        self.assert_fails(1, "reminder", "show", says="no reminder is set")
+        self.assertIn("Every 3 hours between 09:00 and 17:00, next: ",
+                      self.ctl("reminder", "set", "--every", "3 hours", "--from", "09:00", "--until", "17:00",
+                               "--starting", "2014-03-10T21:00", "--zone", "Europe/Berlin"))
+        stored = self.read_list()
+        self.assertEqual((stored["RemindersFrequency"], stored["RemindersInterval"], stored["RemindersValidPeriod"]), (32, 3, 28800))
+        self.assertEqual(stored["RemindersBaseDate"], datetime.datetime(2014, 3, 10, 8))
+        self.assertEqual(stored["RemindersBaseDateTimezone"], "Europe/Berlin")
+        self.assertIn("Every day at 21:00", self.ctl("reminder", "set", "--every", "day", "--starting", "2014-03-10T21:00",
+                                                     "--zone", "UTC"))
+        shown = json.loads(self.ctl("--json", "reminder", "show"))
+        self.assertEqual((shown["RemindersFrequency"], shown["RemindersInterval"], len(shown["next"])), (16, 1, 3))
+        self.assertEqual(len(self.ctl("reminder", "next", "-n", "5", "--after", "2014-03-20T22:30:00Z").splitlines()), 5)
+        before = self.list.read_bytes()
+        for words in (["--every", "fortnight"], ["--every", "0 days"], ["--every", "day", "--zone", "Nowhere/Land"],
+                      ["--every", "day", "--starting", "soon"], ["--every", "day", "--from", "09:00", "--until", "10:00"],
+                      ["--every", "hour", "--from", "17:00", "--until", "09:00"]):
+            self.assert_fails(1, "reminder", "set", *words)
+        self.assertEqual(self.list.read_bytes(), before)
+        self.ctl("reminder", "off")
+        self.assertIn("reminders are off", self.ctl("reminder", "show"))
+        self.ctl("reminder", "on")
+        self.assertEqual(self.read_list()["RemindersEnabled"], True)
+
+    def test_a_batch_answers_a_line_for_each_line(self):
+        question = {"unit": 16, "count": 1, "base": "2014-03-10T20:00:00Z", "base_zone": "Europe/Berlin", "period": 0,
+                    "after": "2014-03-20T21:30:00Z", "zone": "Europe/Berlin", "n": 3}
+        absurd = [{**question, "count": count, "unit": unit, "base": base, "period": period}
+                  for count in (0, 1, 2**32, 2**63, 2**64 - 1) for unit in (0, 2, 3, 32, 64, 512, 1024, 2048)
+                  for base in ("0001-01-01T00:00:00Z", "1582-10-10T00:00:00Z", "9999-12-31T23:59:59Z") for period in (-1, 0, 1e12)]
+        lines = [json.dumps(question), "not json", ""] + [json.dumps(line) for line in absurd]
+        answers = [json.loads(line) for line in self.ctl("reminder", "next", "--batch", stdin="\n".join(lines) + "\n").splitlines()]
+        self.assertEqual(len(answers), len(lines))
+        self.assertEqual(answers[0], {"next": ["2014-03-21T20:00:00Z", "2014-03-22T20:00:00Z", "2014-03-23T20:00:00Z"]})
+        self.assertIn("error", answers[1])
+        for answer in answers[3:]:
+            self.assertTrue("next" in answer or "error" in answer)
+
+    def test_taking_turns_loses_no_key(self):
+        """The other writer here is Python; each writes its own keys between the other's read and write."""
+        self.write_list({"both": 0}, plistlib.FMT_BINARY)
+        for turn in range(40):
+            self.ctl("settings", "set", f"ctl{turn}", str(turn), "--type", "int")
+            content = self.read_list()
+            content[f"python{turn}"] = turn
+            content["both"] = turn
+            self.list.write_bytes(plistlib.dumps(content, fmt=plistlib.FMT_BINARY))
+        content = self.read_list()
+        for turn in range(40):
+            self.assertEqual((content[f"ctl{turn}"], content[f"python{turn}"]), (turn, turn))
+
+
+if __name__ == "__main__":
+    unittest.main()
