@@ -1,0 +1,158 @@
+// A program of platform services and nothing else, for the desktop tests: it does what its standard input says, a
+// command a line, and prints what happens to it, an event a line.
+#include "foundation/Log.h"
+#include "platform/linux/SessionBusApplications.h"
+#include "platform/linux/SessionBusNotifications.h"
+#include "platform/linux/TrayStatusItem.h"
+#include "platform/linux/XdgWorkspace.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QSocketNotifier>
+#include <QTextStream>
+
+#include <unistd.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string_view>
+
+using namespace Qt::StringLiterals;
+using namespace quillo;
+
+namespace {
+
+void say(const QString& line) {
+  QTextStream(stdout) << line << Qt::endl;
+}
+
+QString textOf(const QRectF& rect) {
+  return u"%1 %2 %3 %4"_s.arg(rect.x()).arg(rect.y()).arg(rect.width()).arg(rect.height());
+}
+
+QString yesOrNo(bool value) {
+  return value ? u"yes"_s : u"no"_s;
+}
+
+// The part with an icon. Only made when asked for, as it needs an X server.
+class Tray {
+ public:
+  Tray() {
+    QObject::connect(m_menu.addAction(u"Choose"_s), &QAction::triggered, [] { say(u"chosen"_s); });
+    QObject::connect(&m_menu, &QMenu::aboutToShow, [] { say(u"menu"_s); });
+    m_item.onPrimaryClick([] { say(u"click"_s); });
+    m_item.onGeometryChanged([this] { sayGeometry(u"moved"_s); });
+    m_item.setMenu(&m_menu);
+    m_item.setToolTip(u"Probe"_s);
+    m_item.setLength(22);
+    m_item.setImage(u"probe"_s, true);
+  }
+
+  void sayGeometry(const QString& word) {
+    const auto geometry = m_item.geometry();
+    say(word + u' ' + (geometry ? textOf(*geometry) : u"nowhere"_s));
+  }
+  void sayAnchor() { say(u"anchor "_s + textOf(m_item.anchor())); }
+  void setHighlighted(bool highlighted) { m_item.setHighlighted(highlighted); }
+  void setTemplate(bool isTemplate) { m_item.setImage(u"probe"_s, isTemplate); }
+
+ private:
+  QMenu m_menu;
+  TrayStatusItem m_item;
+};
+
+class Probe {
+ public:
+  Probe() {
+    m_notifications.setReceiver([](const QString& name) { say(u"received "_s + name); });
+    m_commands = {
+        {u"tray"_s, [this](const QString&) { m_tray = std::make_unique<Tray>(); }},
+        {u"geometry"_s, [this](const QString&) { m_tray->sayGeometry(u"geometry"_s); }},
+        {u"anchor"_s, [this](const QString&) { m_tray->sayAnchor(); }},
+        {u"highlight"_s, [this](const QString& value) { m_tray->setHighlighted(value == u"on"); }},
+        {u"template"_s, [this](const QString& value) { m_tray->setTemplate(value == u"on"); }},
+        {u"post"_s, [this](const QString& name) { say(u"posted "_s + yesOrNo(m_notifications.post(name))); }},
+        {u"register"_s, [this](const QString& bundle) { registerSelf(bundle); }},
+        {u"running"_s, [this](const QString& bundle) { sayRunning(bundle); }},
+        {u"terminate"_s, [this](const QString& bundle) { terminate(bundle); }},
+        {u"open"_s, [](const QString& url) { say(u"opened "_s + yesOrNo(XdgWorkspace().openURL(QUrl(url)))); }},
+        {u"launch"_s, [](const QString& b) { say(u"launched "_s + yesOrNo(XdgWorkspace().launchApplication(b))); }},
+        {u"quit"_s, [](const QString&) { QCoreApplication::quit(); }},
+    };
+  }
+
+  void run(const QString& line) {
+    const auto space = line.indexOf(u' ');
+    const QString word = space < 0 ? line : line.left(space);
+    const auto command = m_commands.find(word);
+    if (command == m_commands.end()) return say(u"unknown "_s + word);
+    command->second(space < 0 ? QString() : line.mid(space + 1));
+  }
+
+  bool postAndLeave(const QString& name) { return m_notifications.post(name); }
+
+ private:
+  void registerSelf(const QString& bundle) {
+    const bool registered = m_applications.registerSelf(bundle, [] {
+      say(u"terminate"_s);
+      QCoreApplication::quit();
+    });
+    say(u"registered "_s + yesOrNo(registered));
+  }
+
+  void sayRunning(const QString& bundle) {
+    QStringList identifiers;
+    for (const auto& application : m_applications.running(bundle))
+      identifiers << QString::number(application.processIdentifier);
+    say(u"running "_s + identifiers.join(u' '));
+  }
+
+  void terminate(const QString& bundle) {
+    int sent = 0;
+    for (const auto& application : m_applications.running(bundle)) sent += m_applications.terminate(application);
+    say(u"terminated %1"_s.arg(sent));
+  }
+
+  std::map<QString, std::function<void(const QString&)>> m_commands;
+  SessionBusNotifications m_notifications;
+  SessionBusApplications m_applications;
+  std::unique_ptr<Tray> m_tray;
+};
+
+int serve() {
+  Probe probe;
+  QByteArray unread;
+  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+  QObject::connect(&input, &QSocketNotifier::activated, [&] {
+    char buffer[4096];
+    const auto length = read(STDIN_FILENO, buffer, sizeof buffer);
+    if (length <= 0) return QCoreApplication::quit();
+    unread.append(buffer, length);
+    for (auto end = unread.indexOf('\n'); end >= 0; end = unread.indexOf('\n')) {
+      probe.run(QString::fromUtf8(unread.left(end)));
+      unread.remove(0, end + 1);
+    }
+  });
+  say(u"ready"_s);
+  return QCoreApplication::exec();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  setLogSink([](const LogMessage& message) { say(u"log "_s + message.text); });
+  const std::string_view mode = argc > 1 ? argv[1] : "";
+  if (mode == "--post") {
+    QCoreApplication application(argc, argv);
+    return Probe().postAndLeave(QCoreApplication::arguments().value(2)) ? 0 : 1;
+  }
+  if (mode == "--no-window") {
+    QCoreApplication application(argc, argv);
+    return serve();
+  }
+  QApplication application(argc, argv);
+  QApplication::setQuitOnLastWindowClosed(false);
+  return serve();
+}

@@ -1,0 +1,129 @@
+"""Notifications and requests to end, between processes on a real session bus that may go away."""
+
+import os
+import stat
+import subprocess
+import unittest
+
+from desktop import DesktopTestCase, program, run, start_part, stop_part, wait_until
+
+BUNDLE = "com.quilloapp.probe"
+
+
+class SessionBus(DesktopTestCase):
+    def start_probe(self, **environment):
+        probe = self.start(program("desktop_probe"), "--no-window", **environment)
+        probe.expect("ready")
+        return probe
+
+    def test_everybody_hears_a_notification_once_the_sender_too(self):
+        first, second = self.start_probe(), self.start_probe()
+        first.ask("post com.example.One", "posted yes")
+        for probe in (first, second):
+            probe.expect("received com.example.One")
+        second.ask("post com.example.Two", "posted yes")
+        for probe in (first, second):
+            probe.expect("received com.example.Two")
+            self.assertEqual(probe.unread, [])
+
+    def test_a_sender_that_exits_at_once_is_heard(self):
+        listener = self.start_probe()
+        for number in range(50):
+            self.assertEqual(subprocess.call([program("desktop_probe"), "--post", f"Name{number}"]), 0)
+        for number in range(50):
+            listener.expect(f"received Name{number}")
+
+    def test_names_that_no_notification_has_are_dropped(self):
+        listener = self.start_probe()
+        listener.ask("post " + "x" * 256, "posted no")
+        emit = ["gdbus", "emit", "--session", "--object-path", "/com/quilloapp/DistributedNotifications", "--signal",
+                "com.quilloapp.DistributedNotifications.Posted"]
+        for arguments in (["'line\\nbreak'"], ["''"], ["'" + "x" * 100000 + "'"], ["7"], ["'a'", "'b'"], ["'good'"]):
+            run(*emit, *arguments)
+        self.assertEqual(listener.expect("received.*")[0], "received good")
+        self.assertEqual(listener.unread, [])
+
+    def test_ends_another_program_politely(self):
+        asker, other, unrelated = self.start_probe(), self.start_probe(), self.start_probe()
+        other.ask("register " + BUNDLE, "registered yes")
+        unrelated.ask(f"register {BUNDLE}-agent", "registered yes")
+        asker.ask("running " + BUNDLE, f"running {other.pid}")
+        asker.ask("terminate " + BUNDLE, "terminated 1")
+        other.expect("terminate")
+        self.assertEqual(other.wait(), 0)
+        asker.ask("running " + BUNDLE, "running ")
+        asker.ask("terminate " + BUNDLE, "terminated 0")
+        self.assertTrue(unrelated.is_running)
+
+    def test_the_request_is_answered_before_the_program_ends(self):
+        other = self.start_probe()
+        other.ask("register " + BUNDLE, "registered yes")
+        run("gdbus", "call", "--session", "--dest", f"{BUNDLE}.p{other.pid}", "--object-path",
+            "/com/quilloapp/Application", "--method", "com.quilloapp.Application.Terminate")
+        self.assertEqual(other.wait(), 0)
+
+    def test_works_on_when_the_bus_goes_and_with_it_when_it_returns(self):
+        first, second = self.start_probe(), self.start_probe()
+        first.ask("register " + BUNDLE, "registered yes")
+        stop_part("bus")
+        wait_until(lambda: first.ask("post One", "posted (yes|no)")[1] == "no", "the bus missed")
+        first.ask("running " + BUNDLE, "running ")
+        start_part("bus")
+        for probe in (first, second):
+            wait_until(lambda: probe.ask("post Two", "posted (yes|no)")[1] == "yes", "the bus found again")
+        second.ask("post Three", "posted yes")
+        for probe in (first, second):
+            probe.expect("received Three")
+        wait_until(lambda: first.ask("running " + BUNDLE, "running ?(.*)")[1] == str(first.pid), "its name again")
+        self.assertEqual(second.ask("terminate " + BUNDLE, "terminated .*")[0], "terminated 1")
+        self.assertEqual(first.wait(), 0)
+
+    def test_nothing_breaks_without_a_bus(self):
+        probe = self.start_probe(DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent/bus")
+        probe.ask("post One", "posted no")
+        probe.send("register " + BUNDLE)
+        probe.expect("log .*no session bus.*")
+        probe.expect("registered no")
+        probe.ask("running " + BUNDLE, "running ")
+        probe.ask("terminate " + BUNDLE, "terminated 0")
+        probe.send("quit")
+        self.assertEqual(probe.wait(), 0)
+
+
+class Workspace(DesktopTestCase):
+    def install(self, name, mime_type=""):
+        """A program that writes its arguments to a file; answers the file's path."""
+        home = os.environ["HOME"]
+        written = os.path.join(home, name + ".arguments")
+        script = os.path.join(home, name + ".sh")
+        with open(script, "w") as file:
+            file.write(f'#!/bin/sh\nprintf "%s\\n" "$#" "$@" >"{written}.new"\nmv "{written}.new" "{written}"\n')
+        os.chmod(script, stat.S_IRWXU)
+        applications = os.path.join(home, ".local/share/applications")
+        os.makedirs(applications, exist_ok=True)
+        launcher = os.path.join(applications, name + ".desktop")
+        with open(launcher, "w") as file:
+            file.write(f"[Desktop Entry]\nType=Application\nName={name}\nExec={script} %u\nMimeType={mime_type}\n")
+        self.addCleanup(os.remove, launcher)
+        return written
+
+    def test_opens_a_url_only_where_a_program_takes_it(self):
+        probe = self.start(program("desktop_probe"), "--no-window")
+        url = "quillo://edit?entryId=A-1&x='; touch ~/no;%20"
+        probe.ask("open " + url, "opened no")
+        written = self.install("com.example.main", "x-scheme-handler/quillo;")
+        probe.ask("open " + url, "opened yes")
+        wait_until(lambda: os.path.exists(written), "the program started")
+        with open(written) as file:
+            self.assertEqual(file.read().splitlines(), ["1", "quillo://edit?entryId=A-1&x=';%20touch%20~/no;%20"])
+
+    def test_starts_a_program_by_its_identifier(self):
+        probe = self.start(program("desktop_probe"), "--no-window")
+        probe.ask("launch com.example.other", "launched no")
+        written = self.install("com.example.other")
+        probe.ask("launch com.example.other", "launched yes")
+        wait_until(lambda: os.path.exists(written), "the program started")
+
+
+if __name__ == "__main__":
+    unittest.main()
