@@ -239,14 +239,14 @@ class QuilloctlTest(unittest.TestCase):
     def test_taking_turns_loses_no_key(self):
         """The other writer here is Python; each writes its own keys between the other's read and write."""
         self.write_list({"both": 0}, plistlib.FMT_BINARY)
-        for turn in range(40):
+        for turn in range(100):
             self.ctl("settings", "set", f"ctl{turn}", str(turn), "--type", "int")
             content = self.read_list()
             content[f"python{turn}"] = turn
             content["both"] = turn
             self.list.write_bytes(plistlib.dumps(content, fmt=plistlib.FMT_BINARY))
         content = self.read_list()
-        for turn in range(40):
+        for turn in range(100):
             self.assertEqual((content[f"ctl{turn}"], content[f"python{turn}"]), (turn, turn))
 
 

@@ -1,0 +1,193 @@
+// The status controller with a fake panel, and the entry window under it.
+
+#include "controls/Coordinates.h"
+#include "entry/EntryWindowPlacement.h"
+#include "entry/QLXAStatusBarController.h"
+#include "platform/StatusItem.h"
+#include "tests/ui/entry/EntryWindowFixture.h"
+
+#include <QMenu>
+#include <QScreen>
+#include <QTimer>
+
+namespace quillo {
+namespace {
+
+class FakeStatusItem : public StatusItem {
+ public:
+  struct State {
+    QString image;
+    bool isTemplate{false};
+    bool highlighted{false};
+    double length{0};
+    QMenu* menu{nullptr};
+    QRectF rectangle{700, 2, 22, 22};
+    std::function<void()> click, moved;
+  };
+  explicit FakeStatusItem(State& state) : m_state(state) {}
+  void setImage(const QString& name, bool isTemplate) override {
+    m_state.image = name;
+    m_state.isTemplate = isTemplate;
+  }
+  void setHighlighted(bool highlighted) override { m_state.highlighted = highlighted; }
+  void setToolTip(const QString&) override {}
+  void setMenu(QMenu* menu) override { m_state.menu = menu; }
+  void setLength(double points) override { m_state.length = points; }
+  [[nodiscard]] std::optional<QRectF> geometry() const override { return m_state.rectangle; }
+  [[nodiscard]] QRectF anchor() const override { return m_state.rectangle; }
+  void onPrimaryClick(std::function<void()> callback) override { m_state.click = std::move(callback); }
+  void onGeometryChanged(std::function<void()> callback) override { m_state.moved = std::move(callback); }
+
+ private:
+  State& m_state;
+};
+
+class StatusBarControllerTest : public EntryWindowTest {
+ protected:
+  StatusBarControllerTest() {
+    menu.addAction(u"x"_s);
+    status.setContextualMenu(&menu);
+    status.setStatusItem(std::make_unique<FakeStatusItem>(item));
+    status.setEntryWindowController(controller);
+  }
+  void connectValidation() {
+    QObject::connect(&menu, &QMenu::aboutToShow, &menu, [this] { menu.actions().value(0)->setText(u"validated"_s); });
+  }
+  FakeStatusItem::State item;
+  QMenu menu;
+  QLXAStatusBarController status;
+};
+
+TEST_F(StatusBarControllerTest, TheItemIsSetUp) {
+  EXPECT_EQ(item.menu, status.contextualMenu());
+  EXPECT_EQ(item.length, 22);
+  EXPECT_EQ(item.image, u"menubar-black"_s);
+  EXPECT_TRUE(item.isTemplate);
+}
+
+TEST_F(StatusBarControllerTest, ClicksToggleAndEveryWayOfClosingResets) {
+  const std::function<void()> waysToClose[] = {
+      [this] { item.click(); },        [this] { click("closeButton"); },     [this] { click("saveButton"); },
+      [this] { controller->close(); }, [this] { status.hideEntryWindow(); }, [this] { controller->window().close(); }};
+  for (const auto& close : waysToClose) {
+    item.click();
+    EXPECT_TRUE(controller->window().isVisible());
+    EXPECT_TRUE(status.isShowingEntryWindow() && item.highlighted);
+    close();
+    EXPECT_FALSE(controller->window().isVisible());
+    EXPECT_FALSE(status.isShowingEntryWindow() || item.highlighted);
+    EXPECT_EQ(status.currentMode(), EntryWindowModeStandard);
+  }
+}
+
+TEST_F(StatusBarControllerTest, AReminderTurnsTheIconRedUnlessTheWindowIsShown) {
+  status.showEntryWindowInMode(EntryWindowModeReminder);
+  EXPECT_EQ(item.image, u"menubar-red"_s);
+  EXPECT_FALSE(item.isTemplate);
+  EXPECT_EQ(controller->currentMode(), EntryWindowModeReminder);
+  status.showEntryWindowInMode(EntryWindowModeStandard);
+  EXPECT_EQ(status.currentMode(), EntryWindowModeReminder);
+  controller->close();
+  EXPECT_EQ(item.image, u"menubar-black"_s);
+  item.click();
+  status.showEntryWindowInMode(EntryWindowModeReminder);
+  EXPECT_EQ(item.image, u"menubar-black"_s);
+}
+
+TEST_F(StatusBarControllerTest, TheMenuClosesTheWindowAndHighlights) {
+  item.click();
+  item.menu->popup(QPoint(10, 10));
+  EXPECT_FALSE(controller->window().isVisible());
+  EXPECT_TRUE(status.isShowingContextualMenu() && item.highlighted);
+  item.menu->close();
+  EXPECT_FALSE(status.isShowingContextualMenu() || item.highlighted);
+}
+
+TEST_F(StatusBarControllerTest, TheHighlightIsAppliedAgainATurnLater) {
+  item.click();
+  item.highlighted = false;
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(item.highlighted);
+}
+
+TEST_F(StatusBarControllerTest, TheWindowHangsUnderTheItemAndFollowsIt) {
+  item.click();
+  const double height = QGuiApplication::primaryScreen()->geometry().height();
+  EXPECT_EQ(controller->window().frame(), QRectF(711 - 164, height - 24 - 263, 328, 268));
+  item.rectangle.moveLeft(600);
+  item.moved();
+  EXPECT_EQ(controller->window().frame().x(), 611 - 164);
+}
+
+TEST_F(StatusBarControllerTest, AReplacedControllerClosesTheWindowBefore) {
+  item.click();
+  type("half a thought");
+  const auto before = controller;
+  newController();
+  status.setEntryWindowController(controller);
+  EXPECT_FALSE(before->window().isVisible());
+  EXPECT_FALSE(status.isShowingEntryWindow());
+  EXPECT_EQ(entries().size(), 1);
+  item.click();
+  EXPECT_TRUE(controller->window().isVisible());
+}
+
+TEST_F(StatusBarControllerTest, WhatHappensWhileAnAlertIsUpLeavesEverythingInStep) {
+  // The icon clicked twice: the window was to be hidden, then shown again. It is closing, and stays closed.
+  item.click();
+  type("kept");
+  breakJournal();
+  alerts.expected = 1;
+  alerts.whileShown = [this] {
+    item.click();
+    item.click();
+  };
+  click("closeButton");
+  EXPECT_FALSE(controller->window().isVisible());
+  EXPECT_FALSE(status.isShowingEntryWindow() || item.highlighted);
+
+  // The window replaced, by the last who hold it.
+  item.click();
+  alerts.expected = 2;
+  alerts.whileShown = [this] {
+    const auto before = controller;
+    newController();
+    controller->takeOverUnsavedText(*before);
+    status.setEntryWindowController(controller);
+  };
+  const std::weak_ptr<AgentEntryWindowController> before = controller;
+  click("closeButton");
+  EXPECT_FALSE(status.isShowingEntryWindow() || item.highlighted);
+  EXPECT_EQ(textView()->toPlainText(), u"kept"_s);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return before.expired(); }, 2000));
+  controller->saveForTermination();
+}
+
+TEST_F(StatusBarControllerTest, TheMenuShownIsACopyThatIsValidatedLikeTheOriginal) {
+  connectValidation();
+  item.menu->popup(QPoint(10, 10));
+  EXPECT_EQ(item.menu->actions().value(0)->text(), u"validated"_s);
+  item.menu->close();
+  // What is added to the original later is not in the copy.
+  menu.addAction(u"later"_s);
+  EXPECT_EQ(item.menu->actions().size(), 1);
+  status.setContextualMenu(&menu);
+  EXPECT_EQ(item.menu, &menu);
+}
+
+TEST(EntryWindowPlacement, CentresUnderTheButtonWithoutClamping) {
+  const struct {
+    QRectF button;
+    QPointF origin;
+  } cases[] = {
+      {{500, 778, 22, 22}, {347, 515}},
+      {{0, 0, 0, 0}, {-164, -263}},
+      {{1270, 778, 22, 22}, {1117, 515}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(entryWindowOrigin(c.button, QSizeF(328, 268)), c.origin);
+  EXPECT_EQ(flipped(QRectF(13, 66, 302, 146), 268), QRectF(13, 56, 302, 146));
+  EXPECT_EQ(flipped(flipped(QRectF(1, 2, 3, 4), 100), 100), QRectF(1, 2, 3, 4));
+}
+
+}  // namespace
+}  // namespace quillo
