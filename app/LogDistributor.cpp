@@ -1,6 +1,5 @@
 #include "app/LogDistributor.h"
 
-#include <spdlog/async.h>
 #include <spdlog/details/log_msg.h>
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/sinks/syslog_sink.h>
@@ -102,9 +101,7 @@ void LogDistributor::distribute(const LogRecord& record, const spdlog::details::
 }
 
 void LogDistributor::noteLostLines(const spdlog::details::log_msg& message) {
-  spdlog::details::thread_pool* const queue = m_queue;
-  const quint64 lost = queue == nullptr ? 0 : queue->overrun_counter();
-  m_progress.lost = lost;
+  const quint64 lost = m_progress.lost;
   if (lost == m_lostAndNoted) return;
   LogRecord record = recordOfMessage(message);
   record.flag = LogFlag::Warning;

@@ -9,10 +9,6 @@
 #include <memory>
 #include <string>
 
-namespace spdlog::details {
-class thread_pool;
-}
-
 namespace quillo {
 
 // How far the lines have come. Read from signal handlers: atomics only.
@@ -30,9 +26,6 @@ class LogDistributor final : public spdlog::sinks::sink {
  public:
   LogDistributor(std::shared_ptr<QLLogFormatter> formatter, const LogFileManager& files, LogProgress& progress);
 
-  // The queue that the lines come from, not owned: asked after every line how many it has lost. Set before the first.
-  void setQueue(spdlog::details::thread_pool* queue) { m_queue = queue; }
-
   void log(const spdlog::details::log_msg& message) override;
   void flush() override {}
   void set_pattern(const std::string& /*pattern*/) override {}
@@ -47,7 +40,6 @@ class LogDistributor final : public spdlog::sinks::sink {
   std::shared_ptr<spdlog::sinks::sink> m_terminal;
   RollingLogFile m_file;
   LogProgress& m_progress;
-  std::atomic<spdlog::details::thread_pool*> m_queue{nullptr};
   quint64 m_lostAndNoted{0};
 };
 

@@ -2,13 +2,11 @@
 
 #include "app/LogDistributor.h"
 #include "app/LogFileManager.h"
+#include "app/LogQueue.h"
 #include "foundation/Log.h"
 #include "qlcore/QLLogFormatter.h"
 
 #include <QDir>
-
-#include <spdlog/async.h>
-#include <spdlog/async_logger.h>
 
 #include <pthread.h>
 #include <signal.h>
@@ -32,13 +30,12 @@ namespace {
   return true;
 }();
 
-// The members end in an order that matters: the pool's thread is joined before what it writes to goes.
+// The members end in an order that matters: the queue's thread is joined before what it writes to goes.
 struct LoggingSession {
   QString directory;
   LogProgress progress;
-  std::shared_ptr<LogDistributor> distributor;
-  std::shared_ptr<spdlog::async_logger> logger;
-  std::shared_ptr<spdlog::details::thread_pool> pool;
+  std::unique_ptr<LogDistributor> distributor;
+  std::unique_ptr<LogQueue> queue;
 };
 
 // A plain pointer, because the crash handler reads it; it stays reachable when the process ends without closeLog().
@@ -57,8 +54,8 @@ void post(LoggingSession& session, const LogMessage& message) noexcept {
   try {
     const QByteArray text = message.text.toUtf8();
     ++session.progress.posted;
-    session.logger->log(spdlog::source_loc{"", message.context, ""}, spdlogLevelOfFlag(message.flag),
-                        spdlog::string_view_t(text.constData(), static_cast<std::size_t>(text.size())));
+    session.queue->post({spdlog::source_loc{"", message.context, ""}, "quillo-agent", spdlogLevelOfFlag(message.flag),
+                         spdlog::string_view_t(text.constData(), static_cast<std::size_t>(text.size()))});
   } catch (...) {  // Out of memory: the line is lost, the program goes on.
   }
 }
@@ -68,17 +65,12 @@ std::unique_ptr<LoggingSession> makeSession(const QString& directory, std::share
   try {
     auto session = std::make_unique<LoggingSession>();
     session->directory = directory;
-    session->distributor = std::make_shared<LogDistributor>(std::move(formatter), files, session->progress);
     LogProgress& progress = session->progress;
-    session->pool = std::make_shared<spdlog::details::thread_pool>(std::max<std::size_t>(queueLength, 1), 1, [&] {
+    session->distributor = std::make_unique<LogDistributor>(std::move(formatter), files, progress);
+    session->queue = std::make_unique<LogQueue>(queueLength, *session->distributor, progress, [&progress] {
       blockSignals();
       progress.loggingThread = ::gettid();
     });
-    session->distributor->setQueue(session->pool.get());
-    session->logger = std::make_shared<spdlog::async_logger>("quillo-agent", session->distributor, session->pool,
-                                                             spdlog::async_overflow_policy::overrun_oldest);
-    session->logger->set_level(spdlog::level::trace);                        // the formatter filters
-    session->logger->set_error_handler([](const std::string& /*what*/) {});  // its own would write to the terminal
     return session;
   } catch (...) {  // No memory or no thread: the program runs without a log.
     return nullptr;

@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
               {u"Cause: uncaught exception std::runtime_error: the text of the exception"_s, u"crashByException"_s,
                u"End of report"_s}},
         Crash{"overflow", SIGSEGV, {u"Cause: SIGSEGV"_s, u"crashByOverflow"_s, u"End of report"_s}},
-        Crash{"logger", SIGSEGV, {u"Cause: SIGSEGV"_s, u"thread_pool"_s, u"End of report"_s}},
+        Crash{"logger", SIGSEGV, {u"Cause: SIGSEGV"_s, u"LogQueue"_s, u"End of report"_s}},
         Crash{"twice", SIGABRT, {u"Cause: SIGABRT"_s, u"Raw stack:"_s}, false},
         Crash{"hang", SIGABRT, {u"Cause: SIGABRT"_s, u"Raw stack:"_s}, false}),
     [](const auto& parameter) { return std::string(parameter.param.manner); });

@@ -84,6 +84,8 @@ void crash(const QString& manner) {
   if (manner == u"arithmetic") crashByArithmetic();
   if (manner == u"overflow") crashByOverflow(0);
   if (manner == u"logger") crashLoggingThread();
+  // Else the logging thread could be the one that the allocator strikes first.
+  if (manner == u"twice" || manner == u"hang") quillo::flushLog();
   if (manner == u"twice") allocatorState = AllocatorState::Crashes;
   if (manner == u"hang") allocatorState = AllocatorState::Hangs;
   if (manner == u"twice" || manner == u"hang") crashByAbort();
