@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QLatin1StringView>
+#include <QtGlobal>
 
 #include <array>
 
@@ -73,6 +74,8 @@ inline constexpr QLatin1StringView menuEntryGlobalShortcut{"MenuEntryGlobalShort
 inline constexpr QLatin1StringView addLocationAutomatically{"AddLocationAutomatically"};
 inline constexpr QLatin1StringView useFahrenheitTempScale{"UseFahrenheitTempScale"};
 inline constexpr QLatin1StringView shouldAddHashtags{"ShouldAddHashtags"};
+// The one value of it that keeps the hashtags of a text out of the entry's tags.
+inline constexpr qint64 hashtagsAreNotTags = 2;
 inline constexpr QLatin1StringView editorSpellCheckEnabled{"EditorSpellCheckEnabled"};
 inline constexpr QLatin1StringView editorGrammarCheckEnabled{"EditorGrammarCheckEnabled"};
 inline constexpr QLatin1StringView editorCorrectSpellingEnabled{"EditorCorrectSpellingEnabled"};

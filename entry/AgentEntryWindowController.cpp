@@ -35,8 +35,6 @@ static constexpr QPointF inputBoxScaleTopLeft{5, 141};
 static constexpr QPointF inputBoxScaleBottomRight{295, 5};
 // How strong the close button's picture is at rest.
 static constexpr double closeButtonFraction = 0.6;
-// The one value of the setting that keeps hashtags out of an entry's tags.
-static constexpr qint64 hashtagsAreNotTags = 2;
 
 static Error journalFileNotFound() {
   return {JournalError::domain,
@@ -183,7 +181,7 @@ bool AgentEntryWindowController::shouldAddHashtags() {
   if (!list) return true;
   // The main application may have changed it.
   list->synchronize();
-  return list->integerForKey(Key::shouldAddHashtags) != hashtagsAreNotTags;
+  return list->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags;
 }
 
 void AgentEntryWindowController::removeActiveEntry() {

@@ -19,8 +19,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The one value of the setting that keeps hashtags out of an entry's tags.
-constexpr qint64 hashtagsAreNotTags = 2;
 constexpr qint64 largestInput = 64 * 1024 * 1024;
 
 // Null, with the reason said.
@@ -108,7 +106,8 @@ int add(Context& context, const std::string& word) {
   if (!text || text->isEmpty()) return failed(u"there is no text to add"_s);
   const auto entry = QLJournalEntryFile::newEntry();
   entry->setString(*text);
-  if (sharedList(context)->integerForKey(Key::shouldAddHashtags) != hashtagsAreNotTags) entry->setTags(hashtags(*text));
+  if (sharedList(context)->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags)
+    entry->setTags(hashtags(*text));
   Error error;
   if (!entry->saveToJournal(package.get(), &error)) return failed(error.localizedDescription);
   if (context.json)
