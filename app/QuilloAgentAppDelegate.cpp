@@ -204,7 +204,10 @@ void QuilloAgentAppDelegate::reminderAlarmFired() {
 void QuilloAgentAppDelegate::reloadEntryWindow() {
   const auto before = m_entryWindowController;
   if (before) before->close();
-  m_entryWindowController = std::make_shared<AgentEntryWindowController>(m_config, m_alerts);
+  m_entryWindowController = std::make_shared<AgentEntryWindowController>(
+      AgentEntryWindowServices{m_config, m_alerts, m_openPanel, m_draft, &m_platform.workspace,
+                               &m_platform.outsideClicks},
+      &m_reminderAlarm);
   m_entryWindowController->setContextualMenu(m_contextualMenu.get());
   m_entryWindowController->window().setCompositorCheck(m_platform.compositorIsRunning);
   // What the old journal would not take is not lost with the old window.

@@ -4,8 +4,11 @@
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
 #include "entry/AlertSheet.h"
+#include "entry/EntryDraft.h"
+#include "entry/OpenPanelSheet.h"
 #include "entry/QLXAStatusBarController.h"
 #include "foundation/KeyValueObserving.h"
+#include "platform/OutsideClicks.h"
 #include "platform/RunningApplications.h"
 #include "platform/StatusItem.h"
 #include "platform/Workspace.h"
@@ -30,6 +33,7 @@ struct AgentPlatform {
   Workspace& workspace;
   std::function<std::unique_ptr<StatusItem>()> makeStatusItem;
   std::function<bool()> compositorIsRunning;
+  OutsideClicks& outsideClicks;
   const Clock& clock;
   OneShotTimerFactory& timers;
   // Ends the program from its event loop.
@@ -101,6 +105,8 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   QuilloConfig& m_config;
   AgentPlatform m_platform;
   AlertSheet m_alerts;
+  OpenPanelSheet m_openPanel;
+  EntryDraft m_draft{EntryDraft::defaultPath()};
   ReminderAlarm m_reminderAlarm;
   std::unique_ptr<Registration> m_remindersObservation;
   // Declared in the order of need: the window's controller goes before the menu that it shows.

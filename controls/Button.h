@@ -27,6 +27,10 @@ class Button : public QAbstractButton {
   // The same; takes the place of the base's, which would leave the cell out.
   void setText(const QString& title) { setTitle(title); }
 
+  // A number for whoever is told of the click.
+  [[nodiscard]] int tag() const { return m_tag; }
+  void setTag(int tag) { m_tag = tag; }
+
   [[nodiscard]] QString imageName() const { return m_imageName; }
   virtual void setImageName(const QString& name);
 
@@ -48,6 +52,7 @@ class Button : public QAbstractButton {
 
   std::unique_ptr<ButtonCell> m_cell;
   QString m_imageName;
+  int m_tag{0};
   bool m_showsFocusRing{false};
 };
 

@@ -25,6 +25,10 @@ static constexpr int shadowMargin = 18;
 
 static const QColor titleColor(0xf2, 0xf3, 0xf5);
 static const QColor quietColor(0xb9, 0xbe, 0xc6);
+static const QColor metadataColor(0x6b, 0x6a, 0x64);
+
+// What stays free around the text inside its area, in points.
+static constexpr double textMargin = 3.0;
 
 static void setLabelLook(QLabel& label, const QFont& font, const QColor& color) {
   label.setFont(font);
@@ -57,16 +61,108 @@ AgentEntryWindow::AgentEntryWindow()
   setWindowTitle(m_content->windowTitle());
   setAccessibleName(u"Quillo entry"_s);
 
+  awakeFromNib();
+  layOut();
+}
+
+AgentEntryWindow::~AgentEntryWindow() = default;
+
+void AgentEntryWindow::awakeFromNib() {
   m_ui->newEntryIcon->setNinePartScaledImage(Image::imageNamed(u"menubar-new-entry"_s));
   m_ui->reminderIcon->setNinePartScaledImage(Image::imageNamed(u"menubar-reminder"_s));
   setLabelLook(*m_ui->headerTitle, textFont(13, QFont::DemiBold), titleColor);
   setLabelLook(*m_ui->reconnectTitle, textFont(14, QFont::DemiBold), titleColor);
   setLabelLook(*m_ui->reconnectReason, textFont(12), quietColor);
   setLabelLook(*m_ui->reconnectPath, textFont(12, QFont::Medium), titleColor);
-  layOut();
+  setLabelLook(*m_ui->snoozeTitle, textFont(12), quietColor);
+  setLabelLook(*m_ui->locationField, textFont(11), metadataColor);
+  m_ui->locationIcon->setNinePartScaledImage(Image::imageNamed(u"menubar-location"_s));
+  m_ui->locationIndicatorView->setNinePartScaledImage(Image::imageNamed(u"menubar-location-pin"_s));
+  for (QWidget* decoration : {static_cast<QWidget*>(m_ui->locationIcon),
+                              static_cast<QWidget*>(m_ui->locationToggleImage), m_ui->contextualMenuFrame})
+    decoration->setAttribute(Qt::WA_TransparentForMouseEvents);
+
+  m_textAreaHeight = m_ui->scrollBorderView->height();
+  m_textContentFrame = flipped(m_ui->textView->geometry(), m_textAreaHeight);
+  m_ui->scrollBorderView->installEventFilter(this);
+  m_ui->locationField->clear();
+  // Ends with the switch; there is nothing to unregister.
+  connect(m_ui->locationToggleButton, &QAbstractButton::toggled, this, [this](bool on) {
+    updateLocationIconState();
+    setShowsMetadata(on);
+  });
+  updateLocationIconState();
 }
 
-AgentEntryWindow::~AgentEntryWindow() = default;
+void AgentEntryWindow::setScrollBorderFrame(const QRectF& frame) {
+  m_ui->scrollBorderView->setGeometry(flipped(frame, frameSize.height()).toRect());
+}
+
+bool AgentEntryWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == m_ui->scrollBorderView && event->type() == QEvent::Resize) layOutTextArea();
+  return QWidget::eventFilter(watched, event);
+}
+
+void AgentEntryWindow::layOutTextArea() {
+  // The margins stay; the height is the text's. Compared with the last layout, as the first event after the window was
+  // made knows no size before.
+  const int height = m_ui->scrollBorderView->height();
+  m_textContentFrame.setHeight(m_textContentFrame.height() + height - m_textAreaHeight);
+  m_textAreaHeight = height;
+  m_ui->textView->setGeometry(flipped(m_textContentFrame, height).toRect());
+  QWidget& band = *m_ui->metadataBackgroundBox;
+  band.move(band.x(), height - band.height());
+}
+
+void AgentEntryWindow::setEntryMetadataText(const QString& text) {
+  m_entryMetadataText = text;
+  QLabel& field = *m_ui->locationField;
+  const QString shown = field.fontMetrics().elidedText(text, Qt::ElideRight, field.width());
+  field.setText(shown);
+  field.setToolTip(shown == text ? QString() : text);
+  updateLocationIconState();
+}
+
+void AgentEntryWindow::updateLocationIconState() {
+  const bool on = m_ui->locationToggleButton->isChecked();
+  m_ui->locationIndicatorView->setVisible(!m_entryMetadataText.isEmpty() || m_showsLocationSpinner);
+  setShowsMetadata(on);
+  m_ui->locationToggleImage->setNinePartScaledImage(
+      Image::imageNamed(on ? u"menubar-location-toggle-on"_s : u"menubar-location-toggle-off"_s));
+}
+
+void AgentEntryWindow::setShowsLocationSpinner(bool shows) {
+  m_showsLocationSpinner = shows;
+  if (shows)
+    m_ui->locationSpinner->startAnimation();
+  else
+    m_ui->locationSpinner->stopAnimation();
+  updateLocationIconState();
+}
+
+void AgentEntryWindow::setShowsMetadata(bool shows) {
+  if (shows == m_showsMetadata) return;
+  m_showsMetadata = shows;
+  QWidget& band = *m_ui->metadataBackgroundBox;
+  QRectF& text = m_textContentFrame;
+  if (shows) {
+    const double bandTop = flipped(band.geometry(), m_ui->scrollBorderView->height()).bottom();
+    const double distance = bandTop + textMargin - text.y();
+    text = QRectF(text.x(), text.y() + distance, text.width(), text.height() - distance);
+  } else {
+    // Not the way back: the lower edge does not come down to the margin, it is mirrored about where it was, and the
+    // text area loses as much again as the band had taken. It is wanted so.
+    const double distance = textMargin - text.y();
+    text = QRectF(text.x(), text.y() - distance, text.width(), text.height() + distance);
+  }
+  layOutTextArea();
+  band.setVisible(shows);
+}
+
+void AgentEntryWindow::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange && onActivationChange) onActivationChange();
+}
 
 void AgentEntryWindow::layOut() {
   const bool composited = !m_isComposited || m_isComposited();

@@ -11,8 +11,8 @@ class AgentEntryWindow;
 
 namespace quillo {
 
-// The borderless window that hangs under the status item: its look, its frame, and taking the keyboard. What it does is
-// the controller's.
+// The borderless window that hangs under the status item: its look, its frame, taking the keyboard, and the line of
+// place and weather below the text with its switch. What it does is the controller's.
 //
 // The frame is the window as the layout knows it, 328 x 268 points. Where a compositor draws translucent windows, the
 // widget is larger by a margin in which it paints its own shadow; elsewhere it is cut to its outline.
@@ -36,6 +36,23 @@ class AgentEntryWindow : public QWidget {
   // Whether the desktop draws translucent windows; asked each time the window is shown.
   void setCompositorCheck(std::function<bool()> isComposited) { m_isComposited = std::move(isComposited); }
 
+  // The frame of the text area, from the bottom left of the window's frame.
+  void setScrollBorderFrame(const QRectF& frame);
+  // The text inside that area, from its bottom left.
+  [[nodiscard]] QRectF textContentFrame() const { return m_textContentFrame; }
+
+  // The line of place and weather.
+  void setEntryMetadataText(const QString& text);
+  [[nodiscard]] QString entryMetadataText() const { return m_entryMetadataText; }
+  // Turns while a place is sought.
+  void setShowsLocationSpinner(bool shows);
+  [[nodiscard]] bool showsLocationSpinner() const { return m_showsLocationSpinner; }
+  // Makes pin, band and the picture of the switch follow text, spinner and switch.
+  void updateLocationIconState();
+  // Shows or hides the band of the line, and makes room for it above.
+  void setShowsMetadata(bool shows);
+  [[nodiscard]] bool showsMetadata() const { return m_showsMetadata; }
+
   // Whether an alert hangs on the window.
   [[nodiscard]] bool hasAttachedSheet() const;
 
@@ -44,19 +61,30 @@ class AgentEntryWindow : public QWidget {
 
   // Told instead of closing, when the desktop asks the window to close.
   std::function<void()> onCloseRequest;
+  // The window took or lost the keyboard.
+  std::function<void()> onActivationChange;
 
  protected:
+  void changeEvent(QEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
 
  private:
   void layOut();
+  void awakeFromNib();
+  void layOutTextArea();
 
   std::unique_ptr<Ui::AgentEntryWindow> m_ui;
   QWidget* m_content;
   std::function<bool()> m_isComposited;
   int m_shadowMargin{0};
   QPointF m_origin;  // of the frame, bottom left
+  QRectF m_textContentFrame;
+  int m_textAreaHeight{0};  // of the area around the text, when it was last laid out
+  QString m_entryMetadataText;
+  bool m_showsLocationSpinner{false};
+  bool m_showsMetadata{false};
 };
 
 }  // namespace quillo

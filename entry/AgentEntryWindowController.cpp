@@ -6,145 +6,198 @@
 #include "controls/Fonts.h"
 #include "controls/NinePartScaledImage.h"
 #include "entry/AgentEntryWindow.h"
-#include "entry/Alerts.h"
 #include "entry/JournalAccess.h"
-#include "foundation/FileManager.h"
-#include "foundation/Log.h"
+#include "entry/KeepAlive.h"
+#include "entry/PullDownMenu.h"
+#include "entry/SnoozeOptions.h"
 #include "foundation/NotificationCenter.h"
-#include "qlcore/Hashtags.h"
-#include "qlcore/JournalError.h"
+#include "platform/OutsideClicks.h"
 #include "qlcore/QLJournalEntryFile.h"
-#include "qlcore/QLJournalPackageFile.h"
-#include "qlcore/QLMixpanelTracker.h"
+#include "reminders/ReminderAlarm.h"
+#include "reminders/ReminderInterval.h"
 #include "ui_AgentEntryWindow.h"
 
 #include <QApplication>
+#include <QGraphicsOpacityEffect>
+#include <QParallelAnimationGroup>
+#include <QPropertyAnimation>
+#include <QScreen>
 #include <QShortcut>
 #include <QTimer>
-
-#include <algorithm>
 
 namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-// Where the text area stands, from the bottom left.
+// Where the text area stands, from the bottom left: at its full height, and lower by the snooze row.
 static constexpr QRectF expandedScrollFrame{13, 66, 302, 146};
+static constexpr QRectF condensedScrollFrame{13, 66, 302, 104};
 // The part of the text area's picture that stretches, from the picture's bottom left.
 static constexpr QPointF inputBoxScaleTopLeft{5, 141};
 static constexpr QPointF inputBoxScaleBottomRight{295, 5};
-// How strong the close button's picture is at rest.
+// How strong the buttons' pictures are at rest.
+static constexpr double settingsButtonFraction = 0.5;
 static constexpr double closeButtonFraction = 0.6;
-
-static Error journalFileNotFound() {
-  return {JournalError::domain,
-          JournalError::JournalFileNotFound,
-          u"Quillo Journal file not found"_s,
-          u"Configure the location in the application preferences."_s,
-          {u"Show Preferences"_s, u"Cancel"_s}};
-}
-
-// A copy of the picture at that opacity.
-static ImageRef dimmed(const ImageRef& image, double fraction) {
-  if (!image) return nullptr;
-  std::vector<QImage> bitmaps;
-  for (const QImage& bitmap : image->bitmaps()) {
-    QImage copy(bitmap.size(), QImage::Format_ARGB32_Premultiplied);
-    copy.setDevicePixelRatio(bitmap.devicePixelRatio());
-    copy.fill(Qt::transparent);
-    QPainter painter(&copy);
-    painter.setOpacity(fraction);
-    painter.drawImage(QPointF(), bitmap);
-    painter.end();
-    bitmaps.push_back(copy);
-  }
-  return std::make_shared<Image>(std::move(bitmaps));
-}
+static constexpr int fadeMilliseconds = 200;
 
 static void dimAtRest(HoverButtonCell& cell, double fraction) {
-  cell.setHoverImage(cell.image());
-  cell.setStandardImage(dimmed(cell.image(), fraction));
+  const ImageRef image = cell.image();
+  cell.setHoverImage(image);
+  if (image) cell.setStandardImage(imageWithFraction(*image, fraction));
 }
 
-namespace {
+static void setSnoozeOption(HoverButton& button, const std::optional<SnoozeOptions::Option>& option) {
+  button.setVisible(option.has_value());
+  if (!option) return;
+  button.setText(option->title);
+  button.setTag(option->tag);
+  button.setAccessibleName(u"Remind me again in %1"_s.arg(option->title));
+  button.setToolTip(u"Save, close, and remind me again in %1"_s.arg(option->title));
+}
 
-// Holds the controller while one of its methods runs. Where it turns out to be the last to do so, the controller goes a
-// turn of the event loop later: its window may be in the middle of an event.
-class KeepAlive {
- public:
-  explicit KeepAlive(AgentEntryWindowController& controller) : m_controller(controller.weak_from_this().lock()) {}
-  ~KeepAlive() {
-    if (m_controller.use_count() == 1) QTimer::singleShot(0, qApp, [last = std::move(m_controller)] {});
-  }
-  KeepAlive(const KeepAlive&) = delete;
-  KeepAlive& operator=(const KeepAlive&) = delete;
+// The pointer in screen points, from the bottom left.
+static QPointF mouseLocation() {
+  const QScreen* screen = QGuiApplication::primaryScreen();
+  const QPoint position = QCursor::pos();
+  return {static_cast<double>(position.x()),
+          static_cast<double>(screen ? screen->geometry().height() : 0) - position.y()};
+}
 
- private:
-  std::shared_ptr<AgentEntryWindowController> m_controller;
-};
-
-}  // namespace
-
-AgentEntryWindowController::AgentEntryWindowController(QuilloConfig& config, Alerts& alerts)
-    : m_config(config), m_alerts(alerts), m_window(std::make_unique<AgentEntryWindow>()) {
+AgentEntryWindowController::AgentEntryWindowController(const AgentEntryWindowServices& services,
+                                                       ReminderAlarm* reminderAlarm)
+    : m_services(services), m_reminderAlarm(reminderAlarm), m_window(std::make_unique<AgentEntryWindow>()) {
   awakeFromNib();
 }
 
 AgentEntryWindowController::~AgentEntryWindowController() {
+  endFade();
   // The window must not reach a half-destroyed controller.
   m_window->onCloseRequest = {};
+  m_window->onActivationChange = {};
 }
 
 void AgentEntryWindowController::awakeFromNib() {
   Ui::AgentEntryWindow& ui = m_window->ui();
   ui.backgroundView->setAlpha(0.96);
-  ui.scrollBorderView->setGeometry(flipped(expandedScrollFrame, AgentEntryWindow::frameSize.height()).toRect());
+  m_window->setScrollBorderFrame(expandedScrollFrame);
   if (const ImageRef inputBox = Image::imageNamed(u"menubar-inputbox"_s))
     ui.scrollBorderView->setNinePartScaledImage(
         std::make_shared<NinePartScaledImage>(*inputBox, inputBoxScaleTopLeft, inputBoxScaleBottomRight));
+  dressTextView();
+  dimAtRest(ui.settingsButton->cell(), settingsButtonFraction);
+  dimAtRest(ui.closeButton->cell(), closeButtonFraction);
+  connectControls();
+}
 
-  ui.textView->setFont(textFont(15));
+void AgentEntryWindowController::dressTextView() {
+  EntryViewTextView& textView = *m_window->ui().textView;
+  textView.setFont(textFont(15));
   const QColor textColor = QColor::fromRgbF(0.2F, 0.2F, 0.2F);
-  QPalette palette = ui.textView->palette();
+  QPalette palette = textView.palette();
   palette.setColor(QPalette::Text, textColor);
   palette.setColor(QPalette::Highlight, QColor(0xb4, 0xd5, 0xfb));
   palette.setColor(QPalette::HighlightedText, textColor);
-  ui.textView->setPalette(palette);
-  ui.textView->setTextContainerInset(QSizeF(4, 0));
-  dimAtRest(ui.closeButton->cell(), closeButtonFraction);
+  textView.setPalette(palette);
+  textView.setTextContainerInset(QSizeF(4, 0));
+}
 
-  connect(ui.textView, &EntryViewTextView::textDidChange, this, &AgentEntryWindowController::textDidChange);
-  connect(ui.saveButton, &QAbstractButton::clicked, this, &AgentEntryWindowController::saveButtonClicked);
-  connect(ui.closeButton, &QAbstractButton::clicked, this, &AgentEntryWindowController::closeButtonClicked);
+void AgentEntryWindowController::connectControls() {
+  using Self = AgentEntryWindowController;
+  Ui::AgentEntryWindow& ui = m_window->ui();
+  connect(ui.textView, &EntryViewTextView::textDidChange, this, &Self::textDidChange);
+  connect(ui.saveButton, &QAbstractButton::clicked, this, &Self::saveButtonClicked);
+  connect(ui.openJournalButton, &QAbstractButton::clicked, this, &Self::openJournalButtonClicked);
+  connect(ui.settingsButton, &QAbstractButton::clicked, this, &Self::settingsButtonClicked);
+  connect(ui.closeButton, &QAbstractButton::clicked, this, &Self::closeButtonClicked);
+  connect(ui.reconnectButton, &QAbstractButton::clicked, this, &Self::reconnectButtonClicked);
+  for (HoverButton* option : {ui.snoozeOption1Button, ui.snoozeOption2Button})
+    connect(option, &QAbstractButton::clicked, this, [this, option] { snoozeOptionButtonClicked(*option); });
   // The number pad's Enter is another key. Like the button's own, this one is dead while the button is hidden.
-  connect(new QShortcut(Qt::CTRL | Qt::Key_Enter, ui.saveButton), &QShortcut::activated, ui.saveButton,
+  connect(new QShortcut(QKeyCombination(Qt::CTRL, Qt::Key_Enter), ui.saveButton), &QShortcut::activated, ui.saveButton,
           &QAbstractButton::animateClick);
   m_window->onCloseRequest = [this] { close(); };
+  m_window->onActivationChange = [this] { activationChanged(); };
 }
 
 bool AgentEntryWindowController::haveAccessToJournalFile() {
-  return haveAccessToJournal(m_config.configuredJournalFileURL());
+  return haveAccessToJournal(m_services.config.configuredJournalFileURL());
 }
 
 void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
-  m_config.startAccessingSecurityScopedResources();
+  m_services.config.startAccessingSecurityScopedResources();
+  addWindowDismissalMonitors();
   m_currentMode = mode;
+  const bool reminder = mode == EntryWindowModeReminder;
+  restoreDraft();
+  endFade();
   Ui::AgentEntryWindow& ui = m_window->ui();
   const bool accessible = haveAccessToJournalFile();
   ui.entryContainerView->setVisible(accessible);
   ui.reconnectView->setVisible(!accessible);
-  if (!accessible) {
-    const auto location = m_config.configuredJournalFileURL();
-    ui.reconnectReason->setText(journalAccessProblem(location));
-    ui.reconnectPath->setText(journalLocationForDisplay(location));
-  }
-
-  const bool reminder = mode == EntryWindowModeReminder;
   ui.headerTitle->setText(reminder ? u"Time to write"_s : u"New Entry"_s);
   ui.newEntryIcon->setVisible(!reminder);
   ui.reminderIcon->setVisible(reminder);
+  if (accessible)
+    showEditor(reminder);
+  else
+    showReconnectPanel();
   m_isShown = true;
   m_window->orderFront(/*activate=*/!reminder);
+}
+
+void AgentEntryWindowController::showReconnectPanel() {
+  const auto location = m_services.config.configuredJournalFileURL();
+  m_window->ui().reconnectReason->setText(journalAccessProblem(location));
+  m_window->ui().reconnectPath->setText(journalLocationForDisplay(location));
+}
+
+void AgentEntryWindowController::showEditor(bool reminder) {
+  m_window->ui().snoozeButtonContainer->setVisible(reminder);
+  if (reminder) layoutSnoozeButtonsAccordingToUserDefaults();
+  m_window->setScrollBorderFrame(reminder ? condensedScrollFrame : expandedScrollFrame);
+}
+
+void AgentEntryWindowController::layoutSnoozeButtonsAccordingToUserDefaults() {
+  PersistentPropertyList* list = m_services.config.groupProperties();
+  const auto interval =
+      ReminderInterval::reminderIntervalFromUserDefaults(list ? list->allProperties() : PropertyListDictionary());
+  const SnoozeOptions options = snoozeOptions(interval.calendarUnit());
+  Ui::AgentEntryWindow& ui = m_window->ui();
+  const QRectF title(options.titleOrigin, QSizeF(ui.snoozeTitle->size()));
+  ui.snoozeTitle->setGeometry(flipped(title, ui.snoozeButtonContainer->height()).toRect());
+  setSnoozeOption(*ui.snoozeOption1Button, options.option1);
+  setSnoozeOption(*ui.snoozeOption2Button, options.option2);
+}
+
+void AgentEntryWindowController::snoozeOptionButtonClicked(const Button& sender) {
+  const int seconds = sender.tag();
+  if (m_reminderAlarm) m_reminderAlarm->snoozeForTimeInterval(seconds);
+  close();
+}
+
+void AgentEntryWindowController::addWindowDismissalMonitors() {
+  if (m_globalEventMonitor || !m_services.outsideClicks) return;
+  m_globalEventMonitor = m_services.outsideClicks->addGlobalMonitor([this] { clickedElsewhere(); });
+}
+
+void AgentEntryWindowController::removeWindowDismissalMonitors() {
+  m_globalEventMonitor.reset();
+}
+
+void AgentEntryWindowController::clickedElsewhere() {
+  // A reminder stays until the user acts on it, and an alert until it is answered.
+  if (m_currentMode == EntryWindowModeReminder || m_window->hasAttachedSheet()) return;
+  if (!m_window->frame().contains(mouseLocation())) close();
+}
+
+void AgentEntryWindowController::activationChanged() {
+  // Stands in for the monitor where there is none. Looked at a turn later: the keyboard may be on its way to an alert
+  // or a menu of this program.
+  if (m_globalEventMonitor || !m_isShown || m_window->isActiveWindow()) return;
+  QTimer::singleShot(0, this, [this] {
+    const bool left = !QApplication::activeWindow() && !QApplication::activePopupWidget();
+    if (m_isShown && left) clickedElsewhere();
+  });
 }
 
 void AgentEntryWindowController::close() {
@@ -161,100 +214,10 @@ void AgentEntryWindowController::close() {
 }
 
 void AgentEntryWindowController::windowWillClose() {
+  removeWindowDismissalMonitors();
   saveActiveEntry(/*force=*/false);
   m_currentMode = EntryWindowModeStandard;
-  m_config.stopAccessingSecurityScopedResources();
-}
-
-std::shared_ptr<QLJournalPackageFile> AgentEntryWindowController::journalFile() const {
-  return QLJournalPackageFile::defaultPackage();
-}
-
-void AgentEntryWindowController::forgetActiveEntry() {
-  m_activeEntry.reset();
-  m_editBeginDate.reset();
-  m_hasUnsavedText = false;
-}
-
-bool AgentEntryWindowController::shouldAddHashtags() {
-  PersistentPropertyList* list = m_config.groupProperties();
-  if (!list) return true;
-  // The main application may have changed it.
-  list->synchronize();
-  return list->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags;
-}
-
-void AgentEntryWindowController::removeActiveEntry() {
-  // An entry that the user emptied is gone, whether or not its file can be removed.
-  if (const auto url = m_activeEntry->fileURLForEntryProperties()) FileManager::removeItemAtURL(*url, false);
-  forgetActiveEntry();
-}
-
-bool AgentEntryWindowController::writeActiveEntry(bool force, Error* error) {
-  const QString written = m_window->ui().textView->string();
-  if (!force && written.isEmpty()) {
-    m_hasUnsavedText = false;
-    if (m_activeEntry) removeActiveEntry();
-    return true;
-  }
-  if (!m_activeEntry) m_activeEntry = QLJournalEntryFile::emptyJournalEntry();
-  if (!m_activeEntry) return fail(error, journalFileNotFound());
-  m_activeEntry->setString(written);
-  if (shouldAddHashtags()) m_activeEntry->setTags(hashtags(written));
-  // When this fails the entry stays active: the next save tries again.
-  if (!m_activeEntry->saveToJournal(journalFile().get(), error)) return false;
-  m_hasUnsavedText = false;
-  return true;
-}
-
-bool AgentEntryWindowController::saveActiveEntry(bool force) {
-  const KeepAlive self(*this);
-  Error error;
-  if (writeActiveEntry(force, &error)) return true;
-  m_alerts.presentError(error, m_window.get());
-  return false;
-}
-
-bool AgentEntryWindowController::saveForTermination() {
-  Error error;
-  if (writeActiveEntry(/*force=*/false, &error)) return true;
-  QLLogError(u"The entry could not be saved before the end - %1"_s.arg(error.description()));
-  return false;
-}
-
-void AgentEntryWindowController::takeOverUnsavedText(AgentEntryWindowController& other) {
-  EntryViewTextView& own = *m_window->ui().textView;
-  EntryViewTextView& others = *other.m_window->ui().textView;
-  if (!other.m_hasUnsavedText || !own.string().isEmpty()) return;
-  own.setString(others.string());
-  own.moveCursor(QTextCursor::End);
-  m_activeEntry = std::move(other.m_activeEntry);
-  m_editBeginDate = other.m_editBeginDate;
-  m_hasUnsavedText = true;
-  others.setString({});
-  other.forgetActiveEntry();
-}
-
-void AgentEntryWindowController::trackActiveEntry() {
-  const Date now = Date::fromDateTime(QDateTime::currentDateTimeUtc());
-  // The clock may have been set back meanwhile.
-  const double seconds = m_editBeginDate ? std::max(0.0, now.timeIntervalSince(*m_editBeginDate)) : 0;
-  QLMixpanelTracker::sharedInstance().trackEntryCreate(
-      *m_activeEntry, {{QLMixpanelTrackerEntryContextFromAgentKey, true},
-                       {QLMixpanelTrackerEntryContextEditTimeKey, static_cast<quint64>(seconds)},
-                       {QLMixpanelTrackerEntryContextFromReminderKey, m_currentMode == EntryWindowModeReminder}});
-}
-
-void AgentEntryWindowController::saveButtonClicked() {
-  const KeepAlive self(*this);
-  if (saveActiveEntry(/*force=*/false)) {
-    if (m_activeEntry) trackActiveEntry();
-    forgetActiveEntry();
-    m_window->ui().textView->setString({});
-  }
-  // After a failed save as well: the close saves once more, so that a failure is reported a second time. It is wanted
-  // so; the text stays in the window.
-  close();
+  m_services.config.stopAccessingSecurityScopedResources();
 }
 
 void AgentEntryWindowController::closeButtonClicked() {
@@ -263,7 +226,41 @@ void AgentEntryWindowController::closeButtonClicked() {
 
 void AgentEntryWindowController::textDidChange() {
   m_hasUnsavedText = true;
+  keepDraftSoon();
   if (!m_editBeginDate) m_editBeginDate = Date::fromDateTime(QDateTime::currentDateTimeUtc());
+  fadeSnoozeRow();
+}
+
+void AgentEntryWindowController::fadeSnoozeRow() {
+  Ui::AgentEntryWindow& ui = m_window->ui();
+  if (m_snoozeFade || !ui.snoozeButtonContainer->isVisible()) return;
+  auto* effect = new QGraphicsOpacityEffect(ui.snoozeButtonContainer);
+  ui.snoozeButtonContainer->setGraphicsEffect(effect);
+  auto* both = new QParallelAnimationGroup(this);
+  auto* fade = new QPropertyAnimation(effect, "opacity", both);
+  fade->setStartValue(1.0);
+  fade->setEndValue(0.0);
+  auto* grow = new QPropertyAnimation(ui.scrollBorderView, "geometry", both);
+  grow->setEndValue(flipped(expandedScrollFrame, AgentEntryWindow::frameSize.height()).toRect());
+  for (QPropertyAnimation* animation : {fade, grow}) {
+    animation->setDuration(fadeMilliseconds);
+    animation->setEasingCurve(QEasingCurve::InOutQuad);
+    both->addAnimation(animation);
+  }
+  m_snoozeFade = both;
+  connect(both, &QAbstractAnimation::finished, this, &AgentEntryWindowController::endFade);
+  both->start();
+}
+
+void AgentEntryWindowController::endFade() {
+  if (!m_snoozeFade) return;
+  m_snoozeFade->deleteLater();
+  m_snoozeFade->stop();
+  m_snoozeFade = nullptr;
+  QWidget& row = *m_window->ui().snoozeButtonContainer;
+  row.hide();
+  row.setGraphicsEffect(nullptr);
+  m_window->setScrollBorderFrame(expandedScrollFrame);
 }
 
 }  // namespace quillo

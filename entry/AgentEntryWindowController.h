@@ -1,12 +1,15 @@
 #pragma once
 
+#include "entry/AgentEntryWindowServices.h"
+#include "entry/EntryDraft.h"
 #include "entry/EntryWindowMode.h"
 #include "foundation/Date.h"
 #include "foundation/Error.h"
 
+#include <QAbstractAnimation>
 #include <QObject>
+#include <QPointer>
 
-#include <functional>
 #include <memory>
 #include <optional>
 
@@ -15,14 +18,16 @@ class QMenu;
 namespace quillo {
 
 class AgentEntryWindow;
-class Alerts;
+class Button;
+class PullDownMenu;
 class QLJournalEntryFile;
 class QLJournalPackageFile;
-class QuilloConfig;
+class Registration;
+class ReminderAlarm;
 
 // Runs the quick-entry window. The window holds work in progress: closing it, by any means, writes the text into the
-// journal but keeps the entry active and the text in the window; only the save button finishes the entry. Text is never
-// dropped: what cannot be saved stays in the window.
+// journal but keeps the entry active and the text in the window; only the save button and the open button finish the
+// entry. Text is never dropped: what cannot be saved stays in the window, and in a draft on disk for the next start.
 //
 // Posts Notice::windowWillClose, with the window as object, whenever the window closes. An alert handles events, so the
 // controller can be replaced while one of its methods waits for the answer; it is held by shared pointers and keeps
@@ -31,21 +36,28 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   Q_OBJECT
 
  public:
-  // Both references must outlive the controller.
-  AgentEntryWindowController(QuilloConfig& config, Alerts& alerts);
+  // The alarm, which the snooze buttons act on, must outlive the controller; null offers snoozing that does nothing.
+  AgentEntryWindowController(const AgentEntryWindowServices& services, ReminderAlarm* reminderAlarm);
   ~AgentEntryWindowController() override;
 
   [[nodiscard]] AgentEntryWindow& window() { return *m_window; }
   [[nodiscard]] EntryWindowMode currentMode() const { return m_currentMode; }
   [[nodiscard]] QLJournalEntryFile* activeEntry() const { return m_activeEntry.get(); }
 
-  // The status menu, not owned.
+  // The status menu, not owned; the settings button shows it.
   void setContextualMenu(QMenu* menu) { m_contextualMenu = menu; }
 
   [[nodiscard]] bool haveAccessToJournalFile();
   void showWindowInMode(EntryWindowMode mode);
   // Saves and hides the window; nothing when it is not shown.
   void close();
+
+  // Watch for clicks that dismiss the window; a second call of either does nothing.
+  void addWindowDismissalMonitors();
+  void removeWindowDismissalMonitors();
+
+  // The snooze row by the unit in which reminders recur.
+  void layoutSnoozeButtonsAccordingToUserDefaults();
 
   // Writes the text into the journal: makes the entry on first need, updates it later, deletes the file of one that was
   // emptied. With `force`, an empty text makes an entry too. Failures are shown; false then, with the text kept.
@@ -57,27 +69,46 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   void takeOverUnsavedText(AgentEntryWindowController& other);
 
   void saveButtonClicked();
+  void openJournalButtonClicked();
+  void settingsButtonClicked();
   void closeButtonClicked();
+  void snoozeOptionButtonClicked(const Button& sender);
+  void reconnectButtonClicked();
   void textDidChange();
 
  private:
   void awakeFromNib();
+  void dressTextView();
+  void connectControls();
+  void showEditor(bool reminder);
+  void showReconnectPanel();
   void windowWillClose();
+  void clickedElsewhere();
+  void activationChanged();
+  void fadeSnoozeRow();
+  void endFade();
+
   [[nodiscard]] std::shared_ptr<QLJournalPackageFile> journalFile() const;
   bool writeActiveEntry(bool force, Error* error);
   void removeActiveEntry();
   void trackActiveEntry();
   void forgetActiveEntry();
   [[nodiscard]] bool shouldAddHashtags();
+  [[nodiscard]] EntryDraft::Content draftContent() const;
+  void keepDraftSoon();
+  void restoreDraft();
 
-  QuilloConfig& m_config;
-  Alerts& m_alerts;
+  AgentEntryWindowServices m_services;
+  ReminderAlarm* m_reminderAlarm;
   std::unique_ptr<AgentEntryWindow> m_window;
   QMenu* m_contextualMenu{nullptr};
+  std::unique_ptr<PullDownMenu> m_popUpMenu;
   std::shared_ptr<QLJournalEntryFile> m_activeEntry;
   EntryWindowMode m_currentMode{EntryWindowModeStandard};
   // Of the first edit since the entry was finished.
   std::optional<Date> m_editBeginDate;
+  std::unique_ptr<Registration> m_globalEventMonitor;
+  QPointer<QAbstractAnimation> m_snoozeFade;
   // The text, or that it was emptied, is not in the journal yet.
   bool m_hasUnsavedText{false};
   bool m_isShown{false};

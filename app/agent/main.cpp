@@ -9,6 +9,7 @@
 #include "foundation/DistributedNotificationCenter.h"
 #include "platform/linux/Display.h"
 #include "platform/linux/LinuxSystemEvents.h"
+#include "platform/linux/RawButtonPresses.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/SystemClock.h"
@@ -108,11 +109,13 @@ int main(int argc, char** argv) {
   const SystemClock clock;
   WallClockTimerFactory timers(clock);
 
+  RawButtonPresses outsideClicks;
+
   int code = 0;
   {
     QuilloAgentAppDelegate delegate(
         config, {runningApplications, workspace, [] { return std::make_unique<TrayStatusItem>(); }, compositorIsRunning,
-                 clock, timers, [] { QApplication::exit(); }});
+                 outsideClicks, clock, timers, [] { QApplication::exit(); }});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      [&delegate] { delegate.applicationWillTerminate(); });
     delegate.applicationWillFinishLaunching();

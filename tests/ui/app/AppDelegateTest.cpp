@@ -25,7 +25,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory {
+struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory, OutsideClicks {
   bool registerSelf(const QString&, std::function<void()>) override { return true; }
   QList<RunningApplication> running(const QString& identifier) const override {
     QList<RunningApplication> found;
@@ -49,6 +49,8 @@ struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory 
     fire = std::move(action);
     return std::make_unique<OneShotTimer>();
   }
+
+  std::unique_ptr<Registration> addGlobalMonitor(std::function<void()>) override { return nullptr; }
 
   QList<RunningApplication> applications;
   QList<qint64> terminated;
@@ -88,7 +90,7 @@ class AppDelegateTest : public testing::Test {
                                   ++desktop.statusItems;
                                   return std::make_unique<SilentStatusItem>();
                                 },
-                                [] { return true; }, desktop, desktop, [this] { desktop.ended = true; }});
+                                [] { return true; }, desktop, desktop, desktop, [this] { desktop.ended = true; }});
   }
   ~AppDelegateTest() override {
     delegate.reset();

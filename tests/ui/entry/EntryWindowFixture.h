@@ -5,7 +5,11 @@
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
 #include "entry/Alerts.h"
+#include "entry/EntryDraft.h"
+#include "entry/OpenPanel.h"
 #include "foundation/Error.h"
+#include "platform/OutsideClicks.h"
+#include "platform/Workspace.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalIndex.h"
 #include "qlcore/QLJournalPackageFile.h"
@@ -36,6 +40,38 @@ class ScriptedAlerts : public Alerts {
   std::function<void()> whileShown;  // once: what the user does before answering
 };
 
+// Keeps what to do once the user has chosen.
+struct FakeOpenPanel : OpenPanel {
+  void beginSheet(const QString& panelTitle, const QString& startsAt, QWidget*, std::function<void()> then) override {
+    title = panelTitle;
+    directory = startsAt;
+    choose = std::move(then);
+  }
+  QString title, directory;
+  std::function<void()> choose;
+};
+
+struct FakeWorkspace : Workspace {
+  bool openURL(const QUrl& url) override {
+    opened << url.toString();
+    return accepts;
+  }
+  std::optional<QUrl> urlForApplication(const QString&) const override { return std::nullopt; }
+  bool launchApplication(const QString&) override { return false; }
+  QStringList opened;
+  bool accepts{true};
+};
+
+struct FakeOutsideClicks : OutsideClicks {
+  std::unique_ptr<Registration> addGlobalMonitor(std::function<void()> handler) override {
+    if (!isThere) return nullptr;
+    click = std::move(handler);
+    return std::make_unique<Registration>([this] { click = {}; });
+  }
+  std::function<void()> click;
+  bool isThere{true};
+};
+
 class EntryWindowTest : public testing::Test {
  protected:
   EntryWindowTest() {
@@ -48,7 +84,10 @@ class EntryWindowTest : public testing::Test {
   }
   ~EntryWindowTest() override { QLJournalPackageFile::setDefaultPackageURLProvider({}); }
 
-  void newController() { controller = std::make_shared<AgentEntryWindowController>(config, alerts); }
+  void newController() {
+    controller = std::make_shared<AgentEntryWindowController>(
+        AgentEntryWindowServices{config, alerts, openPanel, draft, &workspace, &outsideClicks}, alarm);
+  }
   template <typename Widget>
   Widget* named(const char* name) {
     auto* widget = controller->window().findChild<Widget*>(QLatin1StringView(name));
@@ -73,6 +112,11 @@ class EntryWindowTest : public testing::Test {
   QuilloConfig config{UserDirectories::current(), defaults, [](const char*) { return QString(); }};
   QUrl journalURL;
   ScriptedAlerts alerts;
+  FakeOpenPanel openPanel;
+  EntryDraft draft{home.path(u"cache/UnsavedEntry.plist"_s)};
+  FakeWorkspace workspace;
+  FakeOutsideClicks outsideClicks;
+  ReminderAlarm* alarm{nullptr};
   std::shared_ptr<AgentEntryWindowController> controller;
 };
 

@@ -1,0 +1,199 @@
+// What the controller does with the text: into the journal, out of it, on to the main application, and into a draft
+// while it is nowhere else.
+
+#include "config/Keys.h"
+#include "config/QuilloConfig.h"
+#include "entry/AgentEntryWindow.h"
+#include "entry/AgentEntryWindowController.h"
+#include "entry/Alerts.h"
+#include "entry/KeepAlive.h"
+#include "entry/OpenPanel.h"
+#include "entry/PullDownMenu.h"
+#include "foundation/FileManager.h"
+#include "foundation/Log.h"
+#include "platform/OutsideClicks.h"
+#include "platform/Workspace.h"
+#include "qlcore/Hashtags.h"
+#include "qlcore/JournalError.h"
+#include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/QLMixpanelTracker.h"
+#include "ui_AgentEntryWindow.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+static Error journalFileNotFound() {
+  return {JournalError::domain,
+          JournalError::JournalFileNotFound,
+          u"Quillo Journal file not found"_s,
+          u"Configure the location in the application preferences."_s,
+          {u"Show Preferences"_s, u"Cancel"_s}};
+}
+
+std::shared_ptr<QLJournalPackageFile> AgentEntryWindowController::journalFile() const {
+  return QLJournalPackageFile::defaultPackage();
+}
+
+void AgentEntryWindowController::forgetActiveEntry() {
+  m_activeEntry.reset();
+  m_editBeginDate.reset();
+  m_hasUnsavedText = false;
+}
+
+bool AgentEntryWindowController::shouldAddHashtags() {
+  PersistentPropertyList* list = m_services.config.groupProperties();
+  if (!list) return true;
+  // The main application may have changed it.
+  list->synchronize();
+  return list->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags;
+}
+
+void AgentEntryWindowController::removeActiveEntry() {
+  // An entry that the user emptied is gone, whether or not its file can be removed.
+  if (const auto url = m_activeEntry->fileURLForEntryProperties()) FileManager::removeItemAtURL(*url, false);
+  forgetActiveEntry();
+}
+
+bool AgentEntryWindowController::writeActiveEntry(bool force, Error* error) {
+  const QString written = m_window->ui().textView->string();
+  if (!force && written.isEmpty()) {
+    m_hasUnsavedText = false;
+    m_services.draft.remove();
+    if (m_activeEntry) removeActiveEntry();
+    return true;
+  }
+  if (!m_activeEntry) m_activeEntry = QLJournalEntryFile::emptyJournalEntry();
+  if (!m_activeEntry) return fail(error, journalFileNotFound());
+  m_activeEntry->setString(written);
+  if (shouldAddHashtags()) m_activeEntry->setTags(hashtags(written));
+  // When this fails the entry stays active: the next save tries again.
+  if (!m_activeEntry->saveToJournal(journalFile().get(), error)) return false;
+  m_hasUnsavedText = false;
+  m_services.draft.remove();
+  return true;
+}
+
+bool AgentEntryWindowController::saveActiveEntry(bool force) {
+  const KeepAlive self(*this);
+  Error error;
+  if (writeActiveEntry(force, &error)) return true;
+  // Before the alert, which may stay for long.
+  m_services.draft.write(draftContent());
+  m_services.alerts.presentError(error, m_window.get());
+  return false;
+}
+
+bool AgentEntryWindowController::saveForTermination() {
+  Error error;
+  if (writeActiveEntry(/*force=*/false, &error)) return true;
+  m_services.draft.write(draftContent());
+  QLLogError(u"The entry could not be saved before the end - %1"_s.arg(error.description()));
+  return false;
+}
+
+void AgentEntryWindowController::takeOverUnsavedText(AgentEntryWindowController& other) {
+  EntryViewTextView& own = *m_window->ui().textView;
+  EntryViewTextView& others = *other.m_window->ui().textView;
+  if (!other.m_hasUnsavedText || !own.string().isEmpty()) return;
+  own.setString(others.string());
+  own.moveCursor(QTextCursor::End);
+  m_activeEntry = std::move(other.m_activeEntry);
+  m_editBeginDate = other.m_editBeginDate;
+  m_hasUnsavedText = true;
+  others.setString({});
+  other.forgetActiveEntry();
+  keepDraftSoon();
+}
+
+void AgentEntryWindowController::trackActiveEntry() {
+  const Date now = Date::fromDateTime(QDateTime::currentDateTimeUtc());
+  // The clock may have been set back meanwhile.
+  const double seconds = m_editBeginDate ? std::max(0.0, now.timeIntervalSince(*m_editBeginDate)) : 0;
+  QLMixpanelTracker::sharedInstance().trackEntryCreate(
+      *m_activeEntry, {{QLMixpanelTrackerEntryContextFromAgentKey, true},
+                       {QLMixpanelTrackerEntryContextEditTimeKey, static_cast<quint64>(seconds)},
+                       {QLMixpanelTrackerEntryContextFromReminderKey, m_currentMode == EntryWindowModeReminder}});
+}
+
+void AgentEntryWindowController::saveButtonClicked() {
+  const KeepAlive self(*this);
+  if (saveActiveEntry(/*force=*/false)) {
+    if (m_activeEntry) trackActiveEntry();
+    forgetActiveEntry();
+    m_window->ui().textView->setString({});
+  }
+  // After a failed save as well: the close saves once more, so that a failure is reported a second time. It is wanted
+  // so; the text stays in the window.
+  close();
+}
+
+void AgentEntryWindowController::openJournalButtonClicked() {
+  const KeepAlive self(*this);
+  // An empty text makes an entry too: the main application always has something to open.
+  if (!saveActiveEntry(/*force=*/true)) return;
+  EntryViewTextView& textView = *m_window->ui().textView;
+  const QString written = textView.string();
+  textView.setString({});
+  const auto entry = std::exchange(m_activeEntry, nullptr);
+  m_editBeginDate.reset();
+  const QUrl url(u"quillo://edit?entryId=%1"_s.arg(entry->uuid()));
+  if (m_services.workspace && m_services.workspace->openURL(url)) {
+    close();
+    return;
+  }
+  m_activeEntry = entry;
+  textView.setString(written);
+  textView.moveCursor(QTextCursor::End);
+}
+
+void AgentEntryWindowController::settingsButtonClicked() {
+  if (!m_contextualMenu) return;
+  if (!m_popUpMenu) m_popUpMenu = std::make_unique<PullDownMenu>(*m_contextualMenu);
+  m_popUpMenu->performClick(*m_window->ui().contextualMenuFrame);
+}
+
+void AgentEntryWindowController::reconnectButtonClicked() {
+  const auto location = m_services.config.configuredJournalFileURL();
+  const QString directory = location && location->isLocalFile() ? location->toLocalFile() : QString();
+  m_services.openPanel.beginSheet(u"Choose Quillo Journal Location"_s, directory, m_window.get(), [this] {
+    // What was chosen is not stored: it is the configured location that is tried again.
+    m_services.config.stopAccessingSecurityScopedResources();
+    m_services.config.updateBookmarkDataForConfiguredJournalFile();
+    showWindowInMode(m_currentMode);
+  });
+}
+
+EntryDraft::Content AgentEntryWindowController::draftContent() const {
+  const bool isInJournal = m_activeEntry && m_activeEntry->fileURLForEntryProperties();
+  return {m_window->ui().textView->string(), isInJournal ? m_activeEntry->uuid() : QString(), m_editBeginDate};
+}
+
+void AgentEntryWindowController::keepDraftSoon() {
+  // The draft outlives its windows.
+  m_services.draft.writeSoon([self = weak_from_this()]() -> std::optional<EntryDraft::Content> {
+    const auto controller = self.lock();
+    return controller ? std::optional(controller->draftContent()) : std::nullopt;
+  });
+}
+
+void AgentEntryWindowController::restoreDraft() {
+  EntryViewTextView& textView = *m_window->ui().textView;
+  if (m_activeEntry || !textView.string().isEmpty()) return;
+  const auto left = m_services.draft.takeLeftBehind();
+  if (!left || left->text.isEmpty()) return;
+  textView.setString(left->text);
+  textView.moveCursor(QTextCursor::End);
+  m_editBeginDate = left->editBeginDate;
+  m_hasUnsavedText = true;
+  if (left->entryIdentifier.isEmpty()) return;
+  // A later state of an entry goes on with that entry; where it is gone, the text becomes a new one.
+  const auto package = journalFile();
+  if (package) m_activeEntry = QLJournalEntryFile::entryWithUUID(*package, left->entryIdentifier, nullptr);
+}
+
+}  // namespace quillo

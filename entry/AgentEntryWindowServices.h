@@ -1,0 +1,24 @@
+#pragma once
+
+namespace quillo {
+
+class Alerts;
+class EntryDraft;
+class OpenPanel;
+class OutsideClicks;
+class QuilloConfig;
+class Workspace;
+
+// What the entry window's controller works with. All of it must outlive the controller; a null pointer is a desktop
+// that lacks the service.
+struct AgentEntryWindowServices {
+  QuilloConfig& config;
+  Alerts& alerts;
+  OpenPanel& openPanel;
+  // One for all controllers of the process: a window that takes over another's text takes over its draft.
+  EntryDraft& draft;
+  Workspace* workspace{nullptr};
+  OutsideClicks* outsideClicks{nullptr};
+};
+
+}  // namespace quillo

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "foundation/Date.h"
+
+#include <QString>
+#include <QTimer>
+
+#include <functional>
+#include <optional>
+
+namespace quillo {
+
+// Text of the entry window that is not in the journal yet, kept in a file so that a crash does not lose it. Mode 0600.
+class EntryDraft {
+ public:
+  struct Content {
+    QString text;
+    QString entryIdentifier;  // of the entry that the text is a later state of; empty for one not yet saved
+    std::optional<Date> editBeginDate;
+
+    bool operator==(const Content&) const = default;
+  };
+
+  // `path` of the file; its folder is made on the first write.
+  explicit EntryDraft(QString path);
+
+  // The draft in the user's caches.
+  [[nodiscard]] static QString defaultPath();
+
+  // What an earlier process left behind; answered once, by the first call that comes before a write. A file that cannot
+  // be read is kept beside, under a name that ends in ".damaged".
+  [[nodiscard]] std::optional<Content> takeLeftBehind();
+
+  // Writes what `content` answers then, if anything, a little later; within two seconds however fast the user types on.
+  void writeSoon(std::function<std::optional<Content>()> content);
+  void write(const Content& content);
+  // Forgets a write that is still to come, too. A file that was neither read nor written by this object stays.
+  void remove();
+
+ private:
+  QString m_path;
+  QTimer m_timer;
+  std::function<std::optional<Content>()> m_content;
+  bool m_isTaken{false};
+  bool m_hasFile{false};  // as far as this object knows
+  bool m_failureIsLogged{false};
+};
+
+}  // namespace quillo

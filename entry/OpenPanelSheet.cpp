@@ -1,0 +1,44 @@
+#include "entry/OpenPanelSheet.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+
+#include <utility>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class FileOrFolderDialog final : public QFileDialog {
+ public:
+  using QFileDialog::QFileDialog;
+
+ protected:
+  // The base accepts one kind only and opens the folder that is chosen.
+  void accept() override {
+    const QStringList selected = selectedFiles();
+    if (!selected.isEmpty() && QFileInfo::exists(selected.first())) QDialog::accept();
+  }
+};
+
+}  // namespace
+
+void OpenPanelSheet::beginSheet(const QString& title, const QString& directory, QWidget* window,
+                                std::function<void()> chosen) {
+  if (window->findChild<QFileDialog*>()) return;
+  auto* panel = new FileOrFolderDialog(window, title, directory);
+  panel->setObjectName(u"openPanel"_s);
+  panel->setAttribute(Qt::WA_DeleteOnClose);
+  panel->setFileMode(QFileDialog::Directory);
+  // Read-only: no folder is made here.
+  panel->setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::ReadOnly);
+  panel->setWindowModality(Qt::WindowModal);
+  // Above the entry window, which itself stays on top.
+  panel->setWindowFlag(Qt::WindowStaysOnTopHint);
+  QObject::connect(panel, &QDialog::accepted, window, [chosen = std::move(chosen)] { chosen(); });
+  panel->open();
+}
+
+}  // namespace quillo

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "entry/OpenPanel.h"
+
+namespace quillo {
+
+// The toolkit's own panel, which unlike some desktops' offers files and folders alike.
+class OpenPanelSheet final : public OpenPanel {
+ public:
+  void beginSheet(const QString& title, const QString& directory, QWidget* window,
+                  std::function<void()> chosen) override;
+};
+
+}  // namespace quillo

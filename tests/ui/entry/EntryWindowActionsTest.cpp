@@ -1,0 +1,166 @@
+// The open, settings and reconnect buttons, and the draft of what is not saved yet.
+
+#include "tests/ui/entry/EntryWindowFixture.h"
+
+#include <QFileDialog>
+#include <QMenu>
+#include <QScreen>
+
+namespace quillo {
+namespace {
+
+using EntryWindowActionsTest = EntryWindowTest;
+
+TEST_F(EntryWindowActionsTest, OpenHandsTheEntryOverOrLeavesEverythingAsItWas) {
+  show();
+  type("to be continued");
+  workspace.accepts = false;
+  click("openJournalButton");
+  ASSERT_EQ(entries().size(), 1);
+  const QString uuid = entries()[0]->uuid();
+  EXPECT_EQ(workspace.opened, QStringList{u"quillo://edit?entryId="_s + uuid});
+  EXPECT_TRUE(controller->window().isVisible());
+  EXPECT_EQ(textView()->toPlainText(), u"to be continued"_s);
+  EXPECT_EQ(controller->activeEntry()->uuid(), uuid);
+
+  workspace.accepts = true;
+  click("openJournalButton");
+  EXPECT_EQ(workspace.opened.value(1), workspace.opened.value(0));
+  EXPECT_FALSE(controller->window().isVisible());
+  EXPECT_EQ(textView()->toPlainText(), QString());
+  EXPECT_EQ(controller->activeEntry(), nullptr);
+  EXPECT_EQ(entries().size(), 1);
+
+  // An empty window makes an empty entry to open.
+  show();
+  click("openJournalButton");
+  EXPECT_EQ(entries().size(), 2);
+  EXPECT_NE(workspace.opened.value(2), workspace.opened.value(1));
+
+  // What cannot be saved is not handed over.
+  show();
+  type("stays");
+  breakJournal();
+  alerts.expected = 1;
+  click("openJournalButton");
+  EXPECT_TRUE(controller->window().isVisible());
+  EXPECT_EQ(textView()->toPlainText(), u"stays"_s);
+  EXPECT_EQ(workspace.opened.size(), 3);
+  alerts.expected = 1;
+  controller->close();
+}
+
+TEST_F(EntryWindowActionsTest, TheSettingsButtonSpendsTheFirstItemOnItsTitle) {
+  QMenu menu;
+  menu.addAction(u"first"_s);
+  controller->setContextualMenu(&menu);
+  for (int round = 0; round < 2; ++round) {
+    show();
+    click("settingsButton");
+    ASSERT_TRUE(menu.isVisible());
+    // One blank item for this controller, however often the menu opens, and it is not shown.
+    ASSERT_EQ(menu.actions().size(), 2);
+    EXPECT_TRUE(menu.actions()[0]->text().isEmpty());
+    EXPECT_FALSE(menu.actions()[0]->isVisible());
+    const auto* frame = named<QWidget>("contextualMenuFrame");
+    EXPECT_EQ(menu.pos(), frame->mapToGlobal(frame->rect().bottomLeft()));
+    menu.close();
+    controller->close();
+  }
+  // The next controller's blank item comes on top; the one before stays, as a blank line.
+  newController();
+  controller->setContextualMenu(&menu);
+  show();
+  click("settingsButton");
+  ASSERT_EQ(menu.actions().size(), 3);
+  EXPECT_FALSE(menu.actions()[0]->isVisible());
+  EXPECT_TRUE(menu.actions()[1]->isVisible() && menu.actions()[1]->text().isEmpty());
+  menu.close();
+}
+
+TEST_F(EntryWindowActionsTest, ReconnectingShowsTheEditorAgain) {
+  const QString path = journalURL.toLocalFile();
+  ASSERT_TRUE(QDir().rename(path, path + u".away"_s));
+  show();
+  EXPECT_FALSE(textView()->isVisible());
+  click("reconnectButton");
+  EXPECT_EQ(openPanel.title, u"Choose Quillo Journal Location"_s);
+  EXPECT_EQ(openPanel.directory, path);
+  // Chosen too early: the panel stays.
+  openPanel.choose();
+  EXPECT_FALSE(textView()->isVisible());
+  ASSERT_TRUE(QDir().rename(path + u".away"_s, path));
+  openPanel.choose();
+  EXPECT_TRUE(textView()->isVisible());
+  EXPECT_FALSE(named<QWidget>("reconnectView")->isVisible());
+  EXPECT_EQ(config.configuredJournalFileURL(), journalURL);
+  type("back");
+  controller->close();
+  EXPECT_EQ(entries().value(0)->string(), u"back"_s);
+}
+
+TEST_F(EntryWindowActionsTest, UnsavedTextIsInADraftUntilItIsSaved) {
+  const QString path = home.path(u"cache/UnsavedEntry.plist"_s);
+  show();
+  type("not saved yet");
+  // Typing on does not put it off.
+  for (int i = 0; i < 4; ++i) {
+    QTest::qWait(450);
+    type(".");
+  }
+  EXPECT_TRUE(QTest::qWaitFor([&] { return QFile::exists(path); }, 300));
+  EXPECT_EQ(QFile::permissions(path) & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther),
+            QFile::Permissions());
+
+  // The process dies; the next one offers the text, as an entry of its own.
+  controller.reset();
+  EntryDraft next(path);
+  const AgentEntryWindowServices services{config, alerts, openPanel, next, &workspace, &outsideClicks};
+  controller = std::make_shared<AgentEntryWindowController>(services, alarm);
+  show();
+  EXPECT_TRUE(textView()->toPlainText().startsWith(u"not saved yet"_s));
+  controller->close();
+  EXPECT_FALSE(QFile::exists(path));
+  ASSERT_EQ(entries().size(), 1);
+
+  // The same with later text of an entry that is in the journal already: it goes on with that entry.
+  show();
+  QTest::keyClick(textView(), Qt::Key_End, Qt::ControlModifier);
+  type(" and more");
+  EXPECT_TRUE(QTest::qWaitFor([&] { return QFile::exists(path); }, 2000));
+  controller.reset();
+  EntryDraft third(path);
+  controller = std::make_shared<AgentEntryWindowController>(
+      AgentEntryWindowServices{config, alerts, openPanel, third, &workspace, &outsideClicks}, alarm);
+  show();
+  EXPECT_TRUE(textView()->toPlainText().endsWith(u" and more"_s));
+  click("saveButton");
+  ASSERT_EQ(entries().size(), 1);
+  EXPECT_TRUE(entries()[0]->string().endsWith(u" and more"_s));
+  controller.reset();
+}
+
+TEST_F(EntryWindowActionsTest, ADraftSurvivesWhatItCannotBeSavedInAndWhatCannotBeReadIsKept) {
+  const QString path = home.path(u"cache/UnsavedEntry.plist"_s);
+  show();
+  type("homeless");
+  breakJournal();
+  alerts.expected = 1;
+  alerts.whileShown = [&] { EXPECT_TRUE(QFile::exists(path)); };
+  controller->close();
+  EXPECT_EQ(EntryDraft(path).takeLeftBehind().value_or(EntryDraft::Content()).text, u"homeless"_s);
+
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write("garbage {");
+  file.close();
+  EXPECT_FALSE(EntryDraft(path).takeLeftBehind());
+  EXPECT_TRUE(QFile::exists(path + u".damaged"_s));
+  // What another object wrote is not this one's to remove.
+  EntryDraft(path).write({u"x"_s, {}, {}});
+  EntryDraft(path).remove();
+  EXPECT_TRUE(QFile::exists(path));
+}
+
+}  // namespace
+}  // namespace quillo
