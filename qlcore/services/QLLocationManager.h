@@ -2,11 +2,12 @@
 
 #include "qlcore/services/LocationService.h"
 
+#include <QDeadlineTimer>
 #include <QGeoPositionInfoSource>
 #include <QObject>
 #include <QTimer>
 
-#include <functional>
+#include <cstdint>
 #include <limits>
 #include <memory>
 
@@ -44,14 +45,16 @@ class QLLocationManager final : public QObject, public LocationService {
  private:
   void positionUpdated(const QGeoPositionInfo& info);
   void errorOccurred(QGeoPositionInfoSource::Error error);
-  void finish();
+  void handOver(bool isFinal);
 
   std::unique_ptr<PositionProvider> m_provider;
-  std::unique_ptr<QGeoPositionInfoSource> m_source;
+  std::unique_ptr<QGeoPositionInfoSource> m_source;  // while a search is on
+  uint64_t m_search{0};                              // counts searches, to know a late word of an earlier one
   QTimer m_timeout;
   Handler m_handler;
   std::shared_ptr<const QLLocation> m_location;
   double m_accuracy{std::numeric_limits<double>::infinity()};
+  QDeadlineTimer m_refused{0};
 };
 
 }  // namespace quillo

@@ -2,7 +2,6 @@
 
 #include "qlcore/services/WeatherService.h"
 
-#include <QObject>
 #include <QString>
 #include <QUrl>
 
