@@ -3,7 +3,6 @@
 #include "app/RemindersManager.h"
 #include "app/SharedInstance.h"
 #include "config/Keys.h"
-#include "config/PersistentPropertyList.h"
 #include "config/QuilloConfig.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
@@ -27,7 +26,7 @@ AgentManager& AgentManager::sharedManager() {
                    &AgentManager::sharedManager);
       },
       [] {
-        return std::make_unique<AgentManager>(QuilloConfig::sharedConfig().groupProperties(),
+        return std::make_unique<AgentManager>([] { return QuilloConfig::sharedConfig().groupProperties(); },
                                               DistributedNotificationCenter::sharedCenter(),
                                               LoginItem::sharedServices(), &RemindersManager::sharedManager);
       });
@@ -64,9 +63,9 @@ void AgentManager::initialize(const QString& bundleIdentifier, PersistentPropert
   if (changed) notifyValuesDidChange(distributedCenter);
 }
 
-AgentManager::AgentManager(PersistentPropertyList* sharedPrefs, NotificationCenter& distributedCenter,
+AgentManager::AgentManager(PersistentPropertyListSource sharedPrefs, NotificationCenter& distributedCenter,
                            LoginItemServices services, RemindersManagerProvider remindersManager)
-    : m_sharedPrefs(sharedPrefs),
+    : m_sharedPrefs(std::move(sharedPrefs)),
       m_distributedCenter(distributedCenter),
       m_services(services),
       m_remindersManager(std::move(remindersManager)) {
@@ -79,11 +78,12 @@ AgentManager::~AgentManager() {
 }
 
 bool AgentManager::shouldShowInMenuBar() const {
-  return m_sharedPrefs && m_sharedPrefs->boolForKey(Key::agentEnabled);
+  const PersistentPropertyList* list = m_sharedPrefs();
+  return list && list->boolForKey(Key::agentEnabled);
 }
 
 void AgentManager::setShouldShowInMenuBar(bool shouldShow) {
-  if (m_sharedPrefs) m_sharedPrefs->setBoolForKey(shouldShow, Key::agentEnabled);
+  if (PersistentPropertyList* list = m_sharedPrefs()) list->setBoolForKey(shouldShow, Key::agentEnabled);
   notifyValuesDidChange();
   refreshAgentStatus();
   if (!shouldShow) disableReminders();
@@ -125,7 +125,7 @@ void AgentManager::restartAgentIfRunning() {
 
 void AgentManager::agentSettingsDidChange() {
   willChangeValueForKey(shouldShowInMenuBarKeyPath);
-  if (m_sharedPrefs) m_sharedPrefs->synchronize();
+  if (PersistentPropertyList* list = m_sharedPrefs()) list->synchronize();
   didChangeValueForKey(shouldShowInMenuBarKeyPath);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/LoginItem.h"
+#include "config/PersistentPropertyList.h"
 #include "foundation/KeyValueObserving.h"
 
 #include <QLatin1StringView>
@@ -11,7 +12,6 @@
 namespace quillo {
 
 class NotificationCenter;
-class PersistentPropertyList;
 class RemindersManager;
 class UserDefaults;
 
@@ -19,7 +19,7 @@ class UserDefaults;
 // applications write; nothing is cached. A change made in either process is told to observers of "shouldShowInMenuBar"
 // in each of them, in the setter's own too, when its distributed notice arrives.
 //
-// Without a shared list the agent reads as disabled and what is set is lost.
+// Without a shared list, and for as long as there is none, the agent reads as disabled and what is set is lost.
 class AgentManager final : public KeyValueObservable {
  public:
   static constexpr QLatin1StringView shouldShowInMenuBarKeyPath{"shouldShowInMenuBar"};
@@ -39,8 +39,8 @@ class AgentManager final : public KeyValueObservable {
                          NotificationCenter& distributedCenter, const AgentManagerProvider& sharedManager);
 
   // What is given must outlive the object. The reminders' manager is asked for only when the agent goes off.
-  AgentManager(PersistentPropertyList* sharedPrefs, NotificationCenter& distributedCenter, LoginItemServices services,
-               RemindersManagerProvider remindersManager);
+  AgentManager(PersistentPropertyListSource sharedPrefs, NotificationCenter& distributedCenter,
+               LoginItemServices services, RemindersManagerProvider remindersManager);
   ~AgentManager() override;
 
   [[nodiscard]] bool shouldShowInMenuBar() const;
@@ -59,7 +59,7 @@ class AgentManager final : public KeyValueObservable {
   void agentSettingsDidChange();
   [[nodiscard]] LoginItem loginItem() const;
 
-  PersistentPropertyList* m_sharedPrefs;
+  PersistentPropertyListSource m_sharedPrefs;
   NotificationCenter& m_distributedCenter;
   LoginItemServices m_services;
   RemindersManagerProvider m_remindersManager;

@@ -34,8 +34,8 @@ static constexpr char remindersContext = 0;
 QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatform platform)
     : m_config(config),
       m_platform(std::move(platform)),
-      m_reminderAlarm(m_config.groupProperties(), this, [this](ReminderAlarm&) { reminderAlarmFired(); },
-                      {m_platform.clock, m_platform.timers}) {
+      m_reminderAlarm([this] { return m_config.groupProperties(); }, this,
+                      [this](ReminderAlarm&) { reminderAlarmFired(); }, {m_platform.clock, m_platform.timers}) {
   buildContextualMenu();
 }
 
@@ -178,10 +178,22 @@ void QuilloAgentAppDelegate::startApplication() {
   DistributedNotificationCenter::sharedCenter().addObserver(
       this, Notice::journalPackagePathDidChange, [this](const Notification&) { packagePathDidChangeNotification(); });
 
-  if (reminders.remindersAreEnabled()) m_reminderAlarm.start();
+  if (reminders.remindersAreEnabled())
+    m_reminderAlarm.start();
+  else if (!m_config.groupProperties())
+    startAlarmOnceSettingsAreReadable();
 
   QLMixpanelTracker::setTrackingEnabled(m_config.sendUsageData());
   static_cast<void>(QLMixpanelTracker::sharedInstance());
+}
+
+void QuilloAgentAppDelegate::startAlarmOnceSettingsAreReadable() {
+  NotificationCenter& center = DistributedNotificationCenter::sharedCenter();
+  center.addObserver(this, Notice::reminderSettingsDidChange, [this, &center](const Notification&) {
+    if (!m_config.groupProperties()) return;
+    center.removeObserver(this, Notice::reminderSettingsDidChange);
+    if (RemindersManager::sharedManager().remindersAreEnabled()) m_reminderAlarm.start();
+  });
 }
 
 void QuilloAgentAppDelegate::observeValueForKeyPath(const QString&, KeyValueObservable&, const void* context) {

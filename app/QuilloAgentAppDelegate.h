@@ -98,6 +98,8 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   void startApplication();
   void packagePathDidChangeNotification();
   void toggleReminders();
+  // For a start with settings that could not be read: reminders count as off until a notice of the other application.
+  void startAlarmOnceSettingsAreReadable();
   [[nodiscard]] QString nextReminderText() const;
 
   // The window's size in points. Nothing reads it: it is kept as the declared default.

@@ -3,7 +3,6 @@
 #include "app/AgentManager.h"
 #include "app/SharedInstance.h"
 #include "config/Keys.h"
-#include "config/PersistentPropertyList.h"
 #include "config/QuilloConfig.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/UserDefaults.h"
@@ -22,7 +21,7 @@ RemindersManager& RemindersManager::sharedManager() {
   return sharedInstance().get(
       [] { initialize(QuilloConfig::sharedConfig().groupProperties(), UserDefaults::standardUserDefaults()); },
       [] {
-        return std::make_unique<RemindersManager>(QuilloConfig::sharedConfig().groupProperties(),
+        return std::make_unique<RemindersManager>([] { return QuilloConfig::sharedConfig().groupProperties(); },
                                                   DistributedNotificationCenter::sharedCenter(),
                                                   &AgentManager::sharedManager);
       });
@@ -42,9 +41,11 @@ void RemindersManager::initialize(PersistentPropertyList* sharedPrefs, UserDefau
   if (!sharedPrefs->valueForKey(Key::remindersEnabled)) sharedPrefs->setBoolForKey(true, Key::remindersEnabled);
 }
 
-RemindersManager::RemindersManager(PersistentPropertyList* sharedPrefs, NotificationCenter& distributedCenter,
+RemindersManager::RemindersManager(PersistentPropertyListSource sharedPrefs, NotificationCenter& distributedCenter,
                                    AgentManagerProvider agentManager)
-    : m_sharedPrefs(sharedPrefs), m_distributedCenter(distributedCenter), m_agentManager(std::move(agentManager)) {
+    : m_sharedPrefs(std::move(sharedPrefs)),
+      m_distributedCenter(distributedCenter),
+      m_agentManager(std::move(agentManager)) {
   m_distributedCenter.addObserver(this, Notice::remindersManagerValuesDidChange,
                                   [this, alive = std::weak_ptr(m_isAlive)](const Notification&) {
                                     if (!alive.expired()) reminderSettingsDidChange();
@@ -57,11 +58,12 @@ RemindersManager::~RemindersManager() {
 }
 
 bool RemindersManager::remindersAreEnabled() const {
-  return m_sharedPrefs && m_sharedPrefs->boolForKey(Key::remindersEnabled);
+  const PersistentPropertyList* list = m_sharedPrefs();
+  return list && list->boolForKey(Key::remindersEnabled);
 }
 
 void RemindersManager::setRemindersAreEnabled(bool enabled) {
-  if (m_sharedPrefs) m_sharedPrefs->setBoolForKey(enabled, Key::remindersEnabled);
+  if (PersistentPropertyList* list = m_sharedPrefs()) list->setBoolForKey(enabled, Key::remindersEnabled);
   if (enabled) enableAgent();
   m_distributedCenter.postNotification(Notice::remindersManagerValuesDidChange);
 }
@@ -72,7 +74,7 @@ void RemindersManager::enableAgent() {
 
 void RemindersManager::reminderSettingsDidChange() {
   willChangeValueForKey(remindersAreEnabledKeyPath);
-  if (m_sharedPrefs) m_sharedPrefs->synchronize();
+  if (PersistentPropertyList* list = m_sharedPrefs()) list->synchronize();
   didChangeValueForKey(remindersAreEnabledKeyPath);
 }
 

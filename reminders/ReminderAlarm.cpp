@@ -1,7 +1,6 @@
 #include "reminders/ReminderAlarm.h"
 
 #include "config/Keys.h"
-#include "config/PersistentPropertyList.h"
 #include "foundation/Log.h"
 #include "reminders/ReminderCalculator.h"
 #include "reminders/ReminderInterval.h"
@@ -15,9 +14,9 @@ using namespace Qt::StringLiterals;
 
 static constexpr auto resetMethod = "-[ReminderAlarm resetFromDate:]"_L1;
 
-ReminderAlarm::ReminderAlarm(PersistentPropertyList* propertyList, QObject* target, Action action,
+ReminderAlarm::ReminderAlarm(PersistentPropertyListSource propertyList, QObject* target, Action action,
                              const ReminderAlarmServices& services)
-    : m_propertyList(propertyList), m_target(target), m_action(std::move(action)), m_services(services) {}
+    : m_propertyList(std::move(propertyList)), m_target(target), m_action(std::move(action)), m_services(services) {}
 
 ReminderAlarm::~ReminderAlarm() {
   stop();
@@ -58,12 +57,13 @@ void ReminderAlarm::resetFromDate(std::optional<Date> date) {
   m_timers.clear();
   m_isSnoozing = false;
   if (!m_isStarted) return;
-  if (!m_propertyList) {
+  PersistentPropertyList* const list = m_propertyList();
+  if (!list) {
     QLLogInfo(resetMethod, u"Unable to get reminder interval from user defaults"_s);
     return;
   }
-  m_propertyList->synchronize();
-  const ReminderInterval interval = ReminderInterval::reminderIntervalFromUserDefaults(*m_propertyList);
+  list->synchronize();
+  const ReminderInterval interval = ReminderInterval::reminderIntervalFromUserDefaults(*list);
   const auto next = ReminderCalculator::firstReminderForInterval(interval, date ? *date : now(), std::nullopt);
   if (!next) {
     QLLogInfo(resetMethod, u"Unable to calculate a reminder date for interval %1"_s.arg(interval.description()));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "config/PersistentPropertyList.h"
 #include "foundation/Date.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/NotificationCenter.h"
@@ -15,8 +16,6 @@
 #include <vector>
 
 namespace quillo {
-
-class PersistentPropertyList;
 
 // What the alarm hears and moves by. All of it must outlive the alarm.
 struct ReminderAlarmServices {
@@ -37,9 +36,9 @@ class ReminderAlarm {
  public:
   using Action = std::function<void(ReminderAlarm&)>;
 
-  // The settings are read from `propertyList` at each reset; it must outlive the alarm. Null gives no reminders.
+  // The settings are read from `propertyList` at each reset; where it answers null there is no reminder.
   // `action` is called when the alarm fires, while `target` lives; it may do anything to the alarm, even destroy it.
-  ReminderAlarm(PersistentPropertyList* propertyList, QObject* target, Action action,
+  ReminderAlarm(PersistentPropertyListSource propertyList, QObject* target, Action action,
                 const ReminderAlarmServices& services);
   ~ReminderAlarm();
   ReminderAlarm(const ReminderAlarm&) = delete;
@@ -73,7 +72,7 @@ class ReminderAlarm {
   void reminderSettingsChanged();
   [[nodiscard]] Date now() const;
 
-  PersistentPropertyList* m_propertyList;
+  PersistentPropertyListSource m_propertyList;
   QPointer<QObject> m_target;
   Action m_action;
   ReminderAlarmServices m_services;

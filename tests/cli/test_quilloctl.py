@@ -222,20 +222,6 @@ class QuilloctlTest(unittest.TestCase):
         self.ctl("reminder", "on")
         self.assertEqual(self.read_list()["RemindersEnabled"], True)
 
-    def test_a_batch_answers_a_line_for_each_line(self):
-        question = {"unit": 16, "count": 1, "base": "2014-03-10T20:00:00Z", "base_zone": "Europe/Berlin", "period": 0,
-                    "after": "2014-03-20T21:30:00Z", "zone": "Europe/Berlin", "n": 3}
-        absurd = [{**question, "count": count, "unit": unit, "base": base, "period": period}
-                  for count in (0, 1, 2**32, 2**63, 2**64 - 1) for unit in (0, 2, 3, 32, 64, 512, 1024, 2048)
-                  for base in ("0001-01-01T00:00:00Z", "1582-10-10T00:00:00Z", "9999-12-31T23:59:59Z") for period in (-1, 0, 1e12)]
-        lines = [json.dumps(question), "not json", ""] + [json.dumps(line) for line in absurd]
-        answers = [json.loads(line) for line in self.ctl("reminder", "next", "--batch", stdin="\n".join(lines) + "\n").splitlines()]
-        self.assertEqual(len(answers), len(lines))
-        self.assertEqual(answers[0], {"next": ["2014-03-21T20:00:00Z", "2014-03-22T20:00:00Z", "2014-03-23T20:00:00Z"]})
-        self.assertIn("error", answers[1])
-        for answer in answers[3:]:
-            self.assertTrue("next" in answer or "error" in answer)
-
     def test_taking_turns_loses_no_key(self):
         """The other writer here is Python; each writes its own keys between the other's read and write."""
         self.write_list({"both": 0}, plistlib.FMT_BINARY)

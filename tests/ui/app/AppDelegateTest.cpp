@@ -9,6 +9,7 @@
 #include "entry/AgentEntryWindow.h"
 #include "foundation/Bookmark.h"
 #include "foundation/DistributedNotificationCenter.h"
+#include "foundation/FileContents.h"
 #include "platform/Clock.h"
 #include "platform/OneShotTimer.h"
 #include "qlcore/QLJournalPackageFile.h"
@@ -84,6 +85,9 @@ class AppDelegateTest : public testing::Test {
     list().setObjectForKey(1, Key::remindersInterval);
     list().setObjectForKey(Date::since1970(1394485200), Key::remindersBaseDate);  // 2014-03-10T21:00:00Z
     list().setObjectForKey(u"UTC"_s, Key::remindersBaseDateTimezone);
+    makeDelegate();
+  }
+  void makeDelegate() {
     delegate = std::make_unique<QuilloAgentAppDelegate>(
         config(), AgentPlatform{desktop, desktop,
                                 [this] {
@@ -141,6 +145,29 @@ TEST_F(AppDelegateTest, TheSwitchOfRemindersStopsAndStartsTheAlarm) {
   list().setBoolForKey(true, Key::remindersEnabled);
   delegate->observeValueForKeyPath(u"remindersAreEnabled"_s, RemindersManager::sharedManager(), &another);
   EXPECT_FALSE(delegate->reminderAlarm().isStarted());
+}
+
+TEST_F(AppDelegateTest, SettingsThatWereUnreadableAtTheStartAreReadAtTheNextNotice) {
+  for (const auto notice : {Notice::reminderSettingsDidChange, Notice::remindersManagerValuesDidChange}) {
+    const QString path = list().propertyListURL().toLocalFile();
+    list().setBoolForKey(true, Key::remindersEnabled);
+    const QByteArray settings = *contentsOfFile(path);
+    delegate.reset();
+    RemindersManager::resetSharedManager();
+    QuilloConfig::resetSharedConfig();
+    ASSERT_TRUE(writeFileInPlace(path, "torn {"));
+    makeDelegate();
+    delegate->showMainApplicationWindow();
+    EXPECT_FALSE(delegate->reminderAlarm().isStarted());
+    NotificationCenter& center = DistributedNotificationCenter::sharedCenter();
+    center.postNotification(notice);
+    EXPECT_FALSE(delegate->reminderAlarm().isStarted());
+
+    ASSERT_TRUE(writeFileInPlace(path, settings));
+    center.postNotification(notice);
+    EXPECT_EQ(delegate->reminderAlarm().nextAlarmDate(), Date::since1970(1395349200)) << notice.data();
+    EXPECT_EQ(openedMenu()[3], u"Disable Reminders"_s);
+  }
 }
 
 TEST_F(AppDelegateTest, AReminderOpensTheWindowOnlyWhereThatIsWanted) {

@@ -46,7 +46,12 @@ class HoverButtonTest : public testing::Test {
 
   HoverButtonCell& cell() { return button->cell(); }
   void draw() { button->grab(); }
-  QColor background() { return button->grab().toImage().pixelColor(3, 3); }
+  // Of the button, in points.
+  QColor colorAt(int x, int y) {
+    const QImage image = button->grab().toImage();
+    return image.pixelColor((QPointF(x, y) * image.devicePixelRatio()).toPoint());
+  }
+  QColor background() { return colorAt(3, 3); }
   QColor titleColor() { return cell().attributedTitle().attributes.foregroundColor; }
   void movePointer(const QPoint& point) {
     window.winId();
@@ -86,7 +91,7 @@ TEST_F(HoverButtonTest, PressingSwapsOnlyTheBackground) {
   press(inside);
   EXPECT_EQ(background(), QColor(40, 50, 60));
   EXPECT_EQ(cell().image(), hover);
-  EXPECT_EQ(button->grab().toImage().pixelColor(50, 20), QColor(Qt::green)) << "the hover picture stays";
+  EXPECT_EQ(colorAt(50, 20), QColor(Qt::green)) << "the hover picture stays";
   release(inside);
   EXPECT_EQ(background(), QColor(10, 20, 30));
   EXPECT_EQ(clicks, 1);
@@ -105,7 +110,7 @@ TEST_F(HoverButtonTest, OnStateShowsAlternatesAndKeepsTheLookOfTheLastEvent) {
   press(inside);
   release(inside);
   EXPECT_EQ(cell().state(), CellState::On);
-  EXPECT_EQ(button->grab().toImage().pixelColor(50, 4), QColor(Qt::blue)) << "above the title";
+  EXPECT_EQ(colorAt(50, 4), QColor(Qt::blue)) << "above the title";
   EXPECT_EQ(background(), QColor(40, 50, 60));
   EXPECT_EQ(titleColor(), activeLook.foregroundColor);
   movePointer(outside);
@@ -230,7 +235,7 @@ TEST(ButtonCellStylesTest, StretchThePictureAndNotItsCorners) {
       {u"dark"_s, u"menubar-button-dark"_s, u"menubar-button-dark-active"_s, QColor(226, 227, 230)},
   };
   for (const Case& c : cases) {
-    for (const int ratio : {1, 2}) {
+    for (const double ratio : {1.0, 1.5, 2.0}) {
       SCOPED_TRACE(testing::Message() << c.style.toStdString() << " at " << ratio);
       HoverButton button;
       button.setCellStyle(c.style);
@@ -240,26 +245,27 @@ TEST(ButtonCellStylesTest, StretchThePictureAndNotItsCorners) {
       EXPECT_EQ(title.attributes.font.pixelSize(), 12);
       EXPECT_EQ(title.attributes.font.weight(), QFont::Medium);
       EXPECT_EQ(button.cell().standardBackground(), nullptr);
-      button.resize(240, 33);
-      const auto shown = [&] {
-        QImage image(QSize(240, 33) * ratio, QImage::Format_ARGB32_Premultiplied);
+      const auto shown = [&](const QSize& size) {
+        button.resize(size);
+        QImage image((QSizeF(size) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
         image.setDevicePixelRatio(ratio);
         image.fill(Qt::transparent);
         button.render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
         return image;
       };
       const auto cornersOf = [&](const QImage& image) {
-        const QSize corner = QSize(14, 14) * ratio;
+        const QSize corner = (QSizeF(14, 14) * ratio).toSize();
         return std::pair(
             image.copy(QRect(QPoint(0, 0), corner)),
             image.copy(QRect(QPoint(image.width() - corner.width(), image.height() - corner.height()), corner)));
       };
-      const auto picture = [ratio](const QString& name) {
-        return *bitmapForRatio(Image::imageNamed(name)->bitmaps(), ratio);
+      // At a scale that the picture does not have, its corners as they are at about the picture's own size.
+      const auto picture = [&](const QString& name) {
+        return ratio == 1.5 ? shown({92, 34}) : *bitmapForRatio(Image::imageNamed(name)->bitmaps(), ratio);
       };
-      EXPECT_EQ(cornersOf(shown()), cornersOf(picture(c.picture)));
+      EXPECT_EQ(cornersOf(shown({240, 34})), cornersOf(picture(c.picture)));
       button.cell().mouseEntered();
-      EXPECT_EQ(cornersOf(shown()), cornersOf(picture(c.hoverPicture)));
+      EXPECT_EQ(cornersOf(shown({240, 34})), cornersOf(picture(c.hoverPicture)));
     }
   }
 }

@@ -100,6 +100,37 @@ TEST(NinePartScaledImageTest, KeepsCornersAndStretchesTheRest) {
   }
 }
 
+TEST(NinePartScaledImageTest, CornersKeepTheirPixelsAtABrokenScale) {
+  const NinePartScaledImage image(patternSource(), topLeft, bottomRight);
+  // Fifteen pixels a corner, made of the twenty of the finer source.
+  constexpr double ratio = 1.5;
+  constexpr int corner = 15;
+  const QImage own = draw(image, {0, 0, 100, 40}, ratio, {100, 40});
+  const QImage large = draw(image, {4, 2, 250, 90}, ratio, {260, 100});
+  const QRect inLarge(6, 3, 375, 135);
+  const auto corners = [](const QImage& drawn, const QRect& rect) {
+    return QList<QImage>{drawn.copy(rect.x(), rect.y(), corner, corner),
+                         drawn.copy(rect.right() + 1 - corner, rect.y(), corner, corner),
+                         drawn.copy(rect.x(), rect.bottom() + 1 - corner, corner, corner),
+                         drawn.copy(rect.right() + 1 - corner, rect.bottom() + 1 - corner, corner, corner)};
+  };
+  EXPECT_EQ(corners(large, inLarge), corners(own, own.rect()));
+  // Each is the source's corner, smaller by a quarter.
+  const QImage& source = patternSource().bitmaps().back();
+  const QImage expected =
+      source.copy(0, 0, 20, 20).scaled(corner, corner, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+  for (const QPoint point : {QPoint(1, 1), QPoint(7, 7), QPoint(13, 2), QPoint(2, 13)}) {
+    EXPECT_NEAR(qRed(own.pixel(point)), qRed(expected.pixel(point)), 9) << point.x() << ' ' << point.y();
+    EXPECT_NEAR(qGreen(own.pixel(point)), qGreen(expected.pixel(point)), 9) << point.x() << ' ' << point.y();
+  }
+  // The upper edge is stretched across only, the left one down only.
+  for (const int x : {50, 150, 300}) EXPECT_EQ(qGreen(large.pixel(x, 8)), qGreen(large.pixel(190, 8)));
+  for (const int y : {30, 60, 110}) EXPECT_EQ(qRed(large.pixel(11, y)), qRed(large.pixel(11, 70)));
+  // Nothing beside the rectangle.
+  for (const QPoint point : {QPoint(5, 70), QPoint(381, 70), QPoint(190, 2), QPoint(190, 138)})
+    EXPECT_EQ(qAlpha(large.pixel(point)), 0) << point.x() << ' ' << point.y();
+}
+
 TEST(NinePartScaledImageTest, PiecesMeetWithoutSeamsAtBrokenScales) {
   const NinePartScaledImage image(patternSource(), topLeft, bottomRight);
   for (const double ratio : {1.25, 1.5, 1.75}) {

@@ -13,8 +13,8 @@
 namespace quillo {
 namespace {
 
-QImage rendered(QWidget& widget, const QColor& behind, int ratio = 1) {
-  QImage image(widget.size() * ratio, QImage::Format_ARGB32_Premultiplied);
+QImage rendered(QWidget& widget, const QColor& behind, double ratio = 1) {
+  QImage image((QSizeF(widget.size()) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
   image.setDevicePixelRatio(ratio);
   image.fill(behind);
   widget.render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
@@ -22,7 +22,8 @@ QImage rendered(QWidget& widget, const QColor& behind, int ratio = 1) {
 }
 
 TEST(QLScrollerTest, DrawsThePillAndNothingElse) {
-  for (const int ratio : {1, 2}) {
+  for (const double ratio : {1.0, 1.5, 2.0}) {
+    SCOPED_TRACE(ratio);
     QLScroller scroller(Qt::Vertical);
     scroller.setRange(0, 100);
     scroller.setPageStep(100);
@@ -38,7 +39,7 @@ TEST(QLScrollerTest, DrawsThePillAndNothingElse) {
         ASSERT_EQ(qAlpha(image.pixel(x, y)), 0) << x << ' ' << y;
       }
     }
-    const QColor middle = image.pixelColor(7 * ratio, qRound(knob.center().y() * ratio));
+    const QColor middle = image.pixelColor(qRound(7 * ratio), qRound(knob.center().y() * ratio));
     EXPECT_NEAR(middle.alphaF(), 0.5, 0.01);
     EXPECT_NEAR(middle.red(), 128, 2);
   }

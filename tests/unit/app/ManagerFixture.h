@@ -94,9 +94,10 @@ class FakeProcess : public KeyValueObserver {
   FakeProcess(const QString& name, const QUrl& list, FakeBus& bus, LoginItemServices services, QStringList& events)
       : m_line(bus), prefs(PersistentPropertyList::withPropertyListURL(list)), m_name(name), m_events(events) {
     center.setTransport(&m_line);
-    reminders = std::make_unique<RemindersManager>(prefs.get(), center, [this]() -> AgentManager& { return *agent; });
-    agent = std::make_unique<AgentManager>(prefs.get(), center, services,
-                                           [this]() -> RemindersManager& { return *reminders; });
+    const auto source = [this] { return prefs.get(); };
+    reminders = std::make_unique<RemindersManager>(source, center, [this]() -> AgentManager& { return *agent; });
+    agent =
+        std::make_unique<AgentManager>(source, center, services, [this]() -> RemindersManager& { return *reminders; });
     m_registrations.push_back(reminders->addObserver(*this, RemindersManager::remindersAreEnabledKeyPath));
     m_registrations.push_back(agent->addObserver(*this, AgentManager::shouldShowInMenuBarKeyPath));
   }

@@ -78,8 +78,8 @@ TEST_F(ManagersTest, EachSettingIsStoredToldAndCarriedOutInOrderInBothProcesses)
 
 TEST_F(ManagersTest, ADestroyedRemindersManagerHearsNothingThoughItStaysRegistered) {
   NotificationCenter center;
-  auto manager =
-      std::make_unique<RemindersManager>(a.prefs.get(), center, [this]() -> AgentManager& { return *a.agent; });
+  auto manager = std::make_unique<RemindersManager>([this] { return a.prefs.get(); }, center,
+                                                    [this]() -> AgentManager& { return *a.agent; });
   bool heardTheOtherName = false;
   center.addObserver(manager.get(), Notice::agentReminderSettingsDidChange,
                      [&heardTheOtherName](const Notification&) { heardTheOtherName = true; });
@@ -105,6 +105,13 @@ TEST_F(ManagersTest, WithoutASharedListReadsNoAndLosesWrites) {
   lost.reminders->setRemindersAreEnabled(true);
   EXPECT_FALSE(lost.reminders->remindersAreEnabled());
   EXPECT_FALSE(lost.agent->shouldShowInMenuBar());
+
+  // Once the list can be read, the next notice shows what it holds.
+  a.prefs->setBoolForKey(true, Key::remindersEnabled);
+  lost.prefs = PersistentPropertyList::withPropertyListURL(listURL());
+  take();
+  lost.center.postNotification(Notice::remindersManagerValuesDidChange);
+  EXPECT_TRUE(take().contains(u"L did reminders on"_s));
 }
 
 TEST_F(ManagersTest, RemindersMigrateOnceWithoutANotice) {

@@ -167,6 +167,18 @@ TEST(PropertyListBinary, RefusesATrailerThatDoesNotFit) {
   }
 }
 
+TEST(PropertyListBinary, RefusesToTakeManyTimesItsSize) {
+  // References of one byte each, for each of which an array holds a value of sixteen.
+  const auto references = [](quint64 count) {
+    Binary list;
+    list.offsetWidth = 4;
+    list.objects << "\xaf\x12" + bigEndian(count, 4) + QByteArray(static_cast<qsizetype>(count), 1) << hex("09");
+    return list.data();
+  };
+  EXPECT_TRUE(parsed(references(1'000'000)));
+  EXPECT_THAT(whyRefused(references(8'000'000)), HasSubstr("too much memory"));
+}
+
 TEST(PropertyListBinary, RefusesToBeBlownUp) {
   // Thirty levels, each holding the next twice: a billion values.
   Binary doubling;

@@ -93,5 +93,12 @@ TEST(PropertyListOpenStep, RefusesWhatIsNoListWithTheLine) {
     EXPECT_THAT(whyRefused(QByteArray("// one\n\n") + c.text), AllOf(HasSubstr(c.why), HasSubstr("line 3"))) << c.text;
 }
 
+TEST(PropertyListOpenStep, RefusesToTakeManyTimesItsSize) {
+  // Each of four characters, and each a collection of its own.
+  const auto arrays = [](qsizetype count) { return '(' + QByteArray("(a),").repeated(count) + ')'; };
+  EXPECT_TRUE(PropertyListSerialization::propertyListWithData(arrays(100'000)));
+  EXPECT_THAT(whyRefused(arrays(1'000'000)), HasSubstr("too much memory"));
+}
+
 }  // namespace
 }  // namespace quillo

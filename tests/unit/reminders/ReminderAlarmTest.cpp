@@ -42,15 +42,14 @@ class ReminderAlarmTest : public testing::Test {
     timers.setTime(seconds("2014-03-20T13:30:00Z"));
     postSystemNotices(events, local, workspace);
     target = std::make_unique<QObject>();
-    alarm = std::make_unique<ReminderAlarm>(
-        list.get(), target.get(),
-        [this](ReminderAlarm& fired) {
-          EXPECT_EQ(&fired, alarm.get());
-          EXPECT_FALSE(fired.isSnoozing());
-          ++actions;
-          if (onAction) onAction();
-        },
-        ReminderAlarmServices{timers, timers, local, workspace, distributed});
+    alarm = std::make_unique<ReminderAlarm>([this] { return listIsReadable ? list.get() : nullptr; }, target.get(),
+                                            [this](ReminderAlarm& fired) {
+                                              EXPECT_EQ(&fired, alarm.get());
+                                              EXPECT_FALSE(fired.isSnoozing());
+                                              ++actions;
+                                              if (onAction) onAction();
+                                            },
+                                            ReminderAlarmServices{timers, timers, local, workspace, distributed});
   }
   ~ReminderAlarmTest() override { qunsetenv("TZ"); }
 
@@ -76,6 +75,7 @@ class ReminderAlarmTest : public testing::Test {
 
   TestHome home;
   std::unique_ptr<PersistentPropertyList> list;
+  bool listIsReadable{true};
   ReminderInterval interval;
   FakeTimers timers;
   FakeSystemEvents events;
@@ -126,7 +126,7 @@ TEST_F(ReminderAlarmTest, StartWithNothingDue) {
 
 TEST_F(ReminderAlarmTest, WithoutAListThereIsNoReminder) {
   LogCapture log;
-  ReminderAlarm without(nullptr, target.get(), {},
+  ReminderAlarm without([] { return nullptr; }, target.get(), {},
                         ReminderAlarmServices{timers, timers, local, workspace, distributed});
   without.start();
   EXPECT_EQ(log.lines(),
@@ -253,6 +253,15 @@ TEST_F(ReminderAlarmTest, ActionMayDoAnythingToTheAlarm) {
   timers.runUntil(dayAfter.timeIntervalSince1970() + 86400);
   EXPECT_EQ(actions, 2);
   EXPECT_TRUE(timers.due().empty());
+}
+
+TEST_F(ReminderAlarmTest, AListThatCouldNotBeReadIsReadAtTheNextNotice) {
+  listIsReadable = false;
+  alarm->start();
+  expectState(State::NothingDue, std::nullopt);
+  listIsReadable = true;
+  changeSettings(1);
+  expectState(State::Armed, today);
 }
 
 TEST_F(ReminderAlarmTest, ADeadTargetHearsNothing) {
