@@ -218,7 +218,7 @@ void QuilloAgentAppDelegate::reloadEntryWindow() {
   if (before) before->close();
   m_entryWindowController = std::make_shared<AgentEntryWindowController>(
       AgentEntryWindowServices{m_config, m_alerts, m_openPanel, m_draft, &m_platform.workspace,
-                               &m_platform.outsideClicks},
+                               &m_platform.outsideClicks, m_platform.makeLocationManager, &m_platform.weather},
       &m_reminderAlarm);
   m_entryWindowController->setContextualMenu(m_contextualMenu.get());
   m_entryWindowController->window().setCompositorCheck(m_platform.compositorIsRunning);

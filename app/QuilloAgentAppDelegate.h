@@ -12,6 +12,8 @@
 #include "platform/RunningApplications.h"
 #include "platform/StatusItem.h"
 #include "platform/Workspace.h"
+#include "qlcore/services/LocationService.h"
+#include "qlcore/services/WeatherService.h"
 #include "reminders/ReminderAlarm.h"
 
 #include <QObject>
@@ -34,6 +36,8 @@ struct AgentPlatform {
   std::function<std::unique_ptr<StatusItem>()> makeStatusItem;
   std::function<bool()> compositorIsRunning;
   OutsideClicks& outsideClicks;
+  std::function<std::unique_ptr<LocationService>()> makeLocationManager;
+  WeatherService& weather;
   const Clock& clock;
   OneShotTimerFactory& timers;
   // Ends the program from its event loop.

@@ -13,6 +13,7 @@
 #include "foundation/NotificationCenter.h"
 #include "platform/OutsideClicks.h"
 #include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/services/LocationService.h"
 #include "reminders/ReminderAlarm.h"
 #include "reminders/ReminderInterval.h"
 #include "ui_AgentEntryWindow.h"
@@ -110,6 +111,8 @@ void AgentEntryWindowController::connectControls() {
   connect(ui.settingsButton, &QAbstractButton::clicked, this, &Self::settingsButtonClicked);
   connect(ui.closeButton, &QAbstractButton::clicked, this, &Self::closeButtonClicked);
   connect(ui.reconnectButton, &QAbstractButton::clicked, this, &Self::reconnectButtonClicked);
+  connect(ui.locationToggleButton, &QAbstractButton::clicked, this,
+          [this, &ui] { locationButtonToggled(*ui.locationToggleButton); });
   for (HoverButton* option : {ui.snoozeOption1Button, ui.snoozeOption2Button})
     connect(option, &QAbstractButton::clicked, this, [this, option] { snoozeOptionButtonClicked(*option); });
   // The number pad's Enter is another key. Like the button's own, this one is dead while the button is hidden.
@@ -155,6 +158,11 @@ void AgentEntryWindowController::showEditor(bool reminder) {
   m_window->ui().snoozeButtonContainer->setVisible(reminder);
   if (reminder) layoutSnoozeButtonsAccordingToUserDefaults();
   m_window->setScrollBorderFrame(reminder ? condensedScrollFrame : expandedScrollFrame);
+  PersistentPropertyList* list = m_services.config.groupProperties();
+  const auto automatic = list ? list->valueForKey(Key::addLocationAutomatically) : std::nullopt;
+  const bool locate = !automatic || automatic->boolValue();
+  m_window->ui().locationToggleButton->setChecked(locate);
+  if (locate) fetchLocationAndWeatherIfNeeded();
 }
 
 void AgentEntryWindowController::layoutSnoozeButtonsAccordingToUserDefaults() {
@@ -215,6 +223,7 @@ void AgentEntryWindowController::close() {
 
 void AgentEntryWindowController::windowWillClose() {
   removeWindowDismissalMonitors();
+  stopLocating();
   saveActiveEntry(/*force=*/false);
   m_currentMode = EntryWindowModeStandard;
   m_services.config.stopAccessingSecurityScopedResources();

@@ -5,6 +5,7 @@
 #include "entry/EntryWindowMode.h"
 #include "foundation/Date.h"
 #include "foundation/Error.h"
+#include "qlcore/QLWeather.h"
 
 #include <QAbstractAnimation>
 #include <QObject>
@@ -19,9 +20,11 @@ namespace quillo {
 
 class AgentEntryWindow;
 class Button;
+class LocationService;
 class PullDownMenu;
 class QLJournalEntryFile;
 class QLJournalPackageFile;
+struct QLLocation;
 class Registration;
 class ReminderAlarm;
 
@@ -68,7 +71,16 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   // saved stays there; a text of one's own is not overwritten.
   void takeOverUnsavedText(AgentEntryWindowController& other);
 
+  // Starts a search for the place, and then its weather, unless one is on or the desktop does not allow it.
+  void fetchLocationAndWeatherIfNeeded();
+  void updateWeatherFromLocation();
+  // The very place that is there already changes nothing; the same weather is shown anew.
+  void setLocation(std::shared_ptr<const QLLocation> location);
+  void setWeather(const std::optional<QLWeather>& weather);
+  void updateMetadataLabel();
+
   void saveButtonClicked();
+  void locationButtonToggled(const Button& button);
   void openJournalButtonClicked();
   void settingsButtonClicked();
   void closeButtonClicked();
@@ -87,6 +99,11 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   void activationChanged();
   void fadeSnoozeRow();
   void endFade();
+
+  // Made on first use; null where there is none to make.
+  [[nodiscard]] LocationService* locationManager();
+  void locationFound(const std::shared_ptr<const QLLocation>& location, bool isFinal, bool& weatherIsRequested);
+  void stopLocating();
 
   [[nodiscard]] std::shared_ptr<QLJournalPackageFile> journalFile() const;
   bool writeActiveEntry(bool force, Error* error);
@@ -107,6 +124,9 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   EntryWindowMode m_currentMode{EntryWindowModeStandard};
   // Of the first edit since the entry was finished.
   std::optional<Date> m_editBeginDate;
+  std::unique_ptr<LocationService> m_locationManager;
+  std::shared_ptr<const QLLocation> m_location;
+  std::optional<QLWeather> m_weather;
   std::unique_ptr<Registration> m_globalEventMonitor;
   QPointer<QAbstractAnimation> m_snoozeFade;
   // The text, or that it was emptied, is not in the journal yet.

@@ -18,6 +18,7 @@
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
+#include "qlcore/services/LocationService.h"
 #include "ui_AgentEntryWindow.h"
 
 #include <algorithm>
@@ -71,6 +72,8 @@ bool AgentEntryWindowController::writeActiveEntry(bool force, Error* error) {
   if (!m_activeEntry) return fail(error, journalFileNotFound());
   m_activeEntry->setString(written);
   if (shouldAddHashtags()) m_activeEntry->setTags(hashtags(written));
+  m_activeEntry->setLocation(m_location ? std::optional(*m_location) : std::nullopt);
+  m_activeEntry->setWeather(m_weather);
   // When this fails the entry stays active: the next save tries again.
   if (!m_activeEntry->saveToJournal(journalFile().get(), error)) return false;
   m_hasUnsavedText = false;

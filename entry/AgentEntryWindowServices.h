@@ -1,12 +1,17 @@
 #pragma once
 
+#include <functional>
+#include <memory>
+
 namespace quillo {
 
 class Alerts;
 class EntryDraft;
+class LocationService;
 class OpenPanel;
 class OutsideClicks;
 class QuilloConfig;
+class WeatherService;
 class Workspace;
 
 // What the entry window's controller works with. All of it must outlive the controller; a null pointer is a desktop
@@ -19,6 +24,9 @@ struct AgentEntryWindowServices {
   EntryDraft& draft;
   Workspace* workspace{nullptr};
   OutsideClicks* outsideClicks{nullptr};
+  // Called once, when a place is first wanted.
+  std::function<std::unique_ptr<LocationService>()> makeLocationManager{};
+  WeatherService* weather{nullptr};
 };
 
 }  // namespace quillo

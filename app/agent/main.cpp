@@ -19,6 +19,8 @@
 #include "platform/linux/XdgLoginItems.h"
 #include "platform/linux/XdgWorkspace.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/services/QLLocationManager.h"
+#include "qlcore/services/QLWeatherManager.h"
 #include "reminders/SystemNotices.h"
 
 #include <QApplication>
@@ -110,12 +112,14 @@ int main(int argc, char** argv) {
   WallClockTimerFactory timers(clock);
 
   RawButtonPresses outsideClicks;
+  QLWeatherManager weather(clock);
 
   int code = 0;
   {
     QuilloAgentAppDelegate delegate(
         config, {runningApplications, workspace, [] { return std::make_unique<TrayStatusItem>(); }, compositorIsRunning,
-                 outsideClicks, clock, timers, [] { QApplication::exit(); }});
+                 outsideClicks, [] { return std::make_unique<QLLocationManager>(); }, weather, clock, timers,
+                 [] { QApplication::exit(); }});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      [&delegate] { delegate.applicationWillTerminate(); });
     delegate.applicationWillFinishLaunching();

@@ -26,7 +26,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory, OutsideClicks {
+struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory, OutsideClicks, WeatherService {
   bool registerSelf(const QString&, std::function<void()>) override { return true; }
   QList<RunningApplication> running(const QString& identifier) const override {
     QList<RunningApplication> found;
@@ -51,6 +51,7 @@ struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory,
     return std::make_unique<OneShotTimer>();
   }
 
+  void weatherAtLatitude(double, double, Date, Success, Failure) override {}
   std::unique_ptr<Registration> addGlobalMonitor(std::function<void()>) override { return nullptr; }
 
   QList<RunningApplication> applications;
@@ -88,13 +89,20 @@ class AppDelegateTest : public testing::Test {
     makeDelegate();
   }
   void makeDelegate() {
-    delegate = std::make_unique<QuilloAgentAppDelegate>(
-        config(), AgentPlatform{desktop, desktop,
-                                [this] {
-                                  ++desktop.statusItems;
-                                  return std::make_unique<SilentStatusItem>();
-                                },
-                                [] { return true; }, desktop, desktop, desktop, [this] { desktop.ended = true; }});
+    delegate =
+        std::make_unique<QuilloAgentAppDelegate>(config(), AgentPlatform{desktop,
+                                                                         desktop,
+                                                                         [this] {
+                                                                           ++desktop.statusItems;
+                                                                           return std::make_unique<SilentStatusItem>();
+                                                                         },
+                                                                         [] { return true; },
+                                                                         desktop,
+                                                                         {},
+                                                                         desktop,
+                                                                         desktop,
+                                                                         desktop,
+                                                                         [this] { desktop.ended = true; }});
   }
   ~AppDelegateTest() override {
     delegate.reset();

@@ -115,8 +115,7 @@ TEST_F(EntryWindowActionsTest, UnsavedTextIsInADraftUntilItIsSaved) {
   // The process dies; the next one offers the text, as an entry of its own.
   controller.reset();
   EntryDraft next(path);
-  const AgentEntryWindowServices services{config, alerts, openPanel, next, &workspace, &outsideClicks};
-  controller = std::make_shared<AgentEntryWindowController>(services, alarm);
+  newController(next);
   show();
   EXPECT_TRUE(textView()->toPlainText().startsWith(u"not saved yet"_s));
   controller->close();
@@ -130,8 +129,7 @@ TEST_F(EntryWindowActionsTest, UnsavedTextIsInADraftUntilItIsSaved) {
   EXPECT_TRUE(QTest::qWaitFor([&] { return QFile::exists(path); }, 2000));
   controller.reset();
   EntryDraft third(path);
-  controller = std::make_shared<AgentEntryWindowController>(
-      AgentEntryWindowServices{config, alerts, openPanel, third, &workspace, &outsideClicks}, alarm);
+  newController(third);
   show();
   EXPECT_TRUE(textView()->toPlainText().endsWith(u" and more"_s));
   click("saveButton");

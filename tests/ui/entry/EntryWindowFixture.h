@@ -13,6 +13,8 @@
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalIndex.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/services/LocationService.h"
+#include "qlcore/services/WeatherService.h"
 #include "tests/support/TestHome.h"
 
 #include <QDir>
@@ -72,6 +74,41 @@ struct FakeOutsideClicks : OutsideClicks {
   bool isThere{true};
 };
 
+// Says nothing of a place until a test does.
+struct FakeLocationService : LocationService {
+  [[nodiscard]] bool locationServicesEnabled() const override { return enabled; }
+  [[nodiscard]] bool isAuthorized() const override { return authorized; }
+  [[nodiscard]] bool isSearching() const override { return handler != nullptr; }
+  void startWithTimeout(double seconds, Handler newHandler) override {
+    timeout = seconds;
+    handler = std::move(newHandler);
+    ++searches;
+  }
+  void stop() override { handler = {}; }
+  [[nodiscard]] double horzAccuracy() const override { return accuracy; }
+  void find(const std::shared_ptr<const QLLocation>& found, double metres, bool isFinal) {
+    accuracy = metres;
+    const auto current = isFinal ? std::exchange(handler, {}) : handler;
+    current(found, isFinal);
+  }
+
+  static inline bool enabled{true}, authorized{true};
+  Handler handler;
+  double timeout{0}, accuracy{0};
+  int searches{0};
+};
+
+struct FakeWeatherService : WeatherService {
+  void weatherAtLatitude(double latitude, double longitude, Date, Success success, Failure failure) override {
+    asked.push_back({latitude, longitude});
+    succeed = std::move(success);
+    fail = std::move(failure);
+  }
+  std::vector<std::pair<double, double>> asked;
+  Success succeed;
+  Failure fail;
+};
+
 class EntryWindowTest : public testing::Test {
  protected:
   EntryWindowTest() {
@@ -84,9 +121,23 @@ class EntryWindowTest : public testing::Test {
   }
   ~EntryWindowTest() override { QLJournalPackageFile::setDefaultPackageURLProvider({}); }
 
-  void newController() {
-    controller = std::make_shared<AgentEntryWindowController>(
-        AgentEntryWindowServices{config, alerts, openPanel, draft, &workspace, &outsideClicks}, alarm);
+  AgentEntryWindowServices services(EntryDraft& keptDraft) {
+    return {config,
+            alerts,
+            openPanel,
+            keptDraft,
+            &workspace,
+            &outsideClicks,
+            [this] {
+              auto made = std::make_unique<FakeLocationService>();
+              location = made.get();
+              return made;
+            },
+            &weather};
+  }
+  void newController() { newController(draft); }
+  void newController(EntryDraft& keptDraft) {
+    controller = std::make_shared<AgentEntryWindowController>(services(keptDraft), alarm);
   }
   template <typename Widget>
   Widget* named(const char* name) {
@@ -116,6 +167,8 @@ class EntryWindowTest : public testing::Test {
   EntryDraft draft{home.path(u"cache/UnsavedEntry.plist"_s)};
   FakeWorkspace workspace;
   FakeOutsideClicks outsideClicks;
+  FakeWeatherService weather;
+  FakeLocationService* location{nullptr};  // the latest controller's, once it was asked for
   ReminderAlarm* alarm{nullptr};
   std::shared_ptr<AgentEntryWindowController> controller;
 };

@@ -52,7 +52,7 @@ class EntryWindowModesTest : public EntryWindowTest {
 
   StandingTime time;
   QObject target;
-  ReminderAlarm realAlarm{config.groupProperties(), &target, [](ReminderAlarm&) {}, {time, time}};
+  ReminderAlarm realAlarm{[this] { return config.groupProperties(); }, &target, [](ReminderAlarm&) {}, {time, time}};
 };
 
 TEST_F(EntryWindowModesTest, TheModesShowWhatTheyAreFor) {
