@@ -3,8 +3,8 @@
 #include "foundation/Log.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
-#include "platform/linux/TrayStatusItem.h"
 #include "platform/linux/XdgWorkspace.h"
+#include "platform/linux/desktop/TrayStatusItem.h"
 
 #include <QAction>
 #include <QApplication>

@@ -1,4 +1,4 @@
-#include "platform/linux/Display.h"
+#include "platform/linux/desktop/Display.h"
 
 #include <QGuiApplication>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/StatusItem.h"
-#include "platform/linux/TrayWindow.h"
+#include "platform/linux/desktop/TrayWindow.h"
 
 #include <QObject>
 #include <QPointF>

@@ -1,8 +1,8 @@
-#include "platform/linux/TrayStatusItem.h"
+#include "platform/linux/desktop/TrayStatusItem.h"
 
 #include "foundation/Log.h"
-#include "platform/linux/StatusImage.h"
-#include "platform/linux/StatusItemAnchor.h"
+#include "platform/linux/desktop/StatusImage.h"
+#include "platform/linux/desktop/StatusItemAnchor.h"
 
 #include <QApplication>
 #include <QCursor>

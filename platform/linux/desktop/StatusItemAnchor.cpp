@@ -1,4 +1,4 @@
-#include "platform/linux/StatusItemAnchor.h"
+#include "platform/linux/desktop/StatusItemAnchor.h"
 
 #include <algorithm>
 

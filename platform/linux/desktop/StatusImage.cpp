@@ -1,4 +1,4 @@
-#include "platform/linux/StatusImage.h"
+#include "platform/linux/desktop/StatusImage.h"
 
 #include <QPainter>
 

@@ -1,6 +1,6 @@
-#include "platform/linux/TrayWindow.h"
+#include "platform/linux/desktop/TrayWindow.h"
 
-#include "platform/linux/StatusImage.h"
+#include "platform/linux/desktop/StatusImage.h"
 
 #include <QApplication>
 #include <QWidget>
