@@ -7,6 +7,7 @@
 #include "config/QuilloConfig.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
+#include "foundation/Log.h"
 #include "platform/linux/LinuxSystemEvents.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
@@ -83,7 +84,9 @@ int main(int argc, char** argv) {
     return 1;
   }
 
+  const DisplayChoice display = chooseDisplay();
   QApplication application(argc, argv);
+  restoreEnvironment(display);
   QApplication::setApplicationName(u"quillo-agent"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(u"quillo-agent"_s);
@@ -92,6 +95,7 @@ int main(int argc, char** argv) {
   Bundle::setMainBundle(agentBundle());
 
   QuilloAgentAppDelegate::initialize();
+  QLLogInfo(description(display));
   const TerminationSignals signals([] { QApplication::exit(); });
   SessionBusNotifications notifications;
   DistributedNotificationCenter::sharedCenter().setTransport(&notifications);

@@ -11,27 +11,51 @@ bool isOnAScreen(const QRectF& rect, const QList<ScreenArea>& screens) {
                      [&](const auto& screen) { return screen.geometry.intersects(rect); });
 }
 
+struct Panel {
+  Qt::Edge edge{Qt::TopEdge};
+  double width{0};  // 0 for none
+};
+
+Panel widestPanel(const ScreenArea& screen) {
+  const auto& all = screen.geometry;
+  const QRectF work = screen.workArea.intersected(all);
+  if (work.isEmpty()) return {};
+  Panel widest;
+  for (const Panel& panel :
+       {Panel{Qt::TopEdge, work.top() - all.top()}, Panel{Qt::BottomEdge, all.bottom() - work.bottom()},
+        Panel{Qt::RightEdge, all.right() - work.right()}, Panel{Qt::LeftEdge, work.left() - all.left()}})
+    if (panel.width > widest.width) widest = panel;
+  return widest;
+}
+
+// The first screen with a panel, else the first of all; null where there is no screen.
+const ScreenArea* screenWithPanel(const QList<ScreenArea>& screens) {
+  const auto found =
+      std::find_if(screens.cbegin(), screens.cend(), [](const auto& screen) { return widestPanel(screen).width > 0; });
+  if (found != screens.cend()) return &*found;
+  return screens.isEmpty() ? nullptr : &screens.constFirst();
+}
+
 QRectF trayCorner(const ScreenArea& screen) {
   const auto& all = screen.geometry;
-  QRectF work = screen.workArea.intersected(all);
-  if (work.isEmpty()) work = all;
-  const double top = work.top() - all.top();
-  const double bottom = all.bottom() - work.bottom();
-  const double left = work.left() - all.left();
-  const double right = all.right() - work.right();
-  const double widest = std::max({top, bottom, left, right, 0.0});
-
+  const Panel panel = widestPanel(screen);
   // The strip of the panel, of the icon's height where there is no panel.
-  const double inset = (std::max(widest, unknownIconSize) - unknownIconSize) / 2;
+  const double inset = (std::max(panel.width, unknownIconSize) - unknownIconSize) / 2;
   QRectF icon(0, 0, unknownIconSize, unknownIconSize);
-  icon.moveTopRight(all.topRight() + QPointF(0, inset));
-  if (widest == 0 || widest == top) return icon;
-  if (widest == bottom)
-    icon.moveBottomRight(all.bottomRight() - QPointF(0, inset));
-  else if (widest == right)
-    icon.moveBottomRight(all.bottomRight() - QPointF(inset, 0));
-  else
-    icon.moveBottomLeft(all.bottomLeft() + QPointF(inset, 0));
+  switch (panel.edge) {
+    case Qt::TopEdge:
+      icon.moveTopRight(all.topRight() + QPointF(0, inset));
+      break;
+    case Qt::BottomEdge:
+      icon.moveBottomRight(all.bottomRight() - QPointF(0, inset));
+      break;
+    case Qt::RightEdge:
+      icon.moveBottomRight(all.bottomRight() - QPointF(inset, 0));
+      break;
+    case Qt::LeftEdge:
+      icon.moveBottomLeft(all.bottomLeft() + QPointF(inset, 0));
+      break;
+  }
   return icon;
 }
 
@@ -46,7 +70,52 @@ QRectF statusItemAnchor(const std::optional<QRectF>& icon, const std::optional<Q
     for (const auto& screen : screens)
       if (screen.geometry.contains(*click)) return around;
   }
-  return screens.isEmpty() ? QRectF() : trayCorner(screens.constFirst());
+  const ScreenArea* screen = screenWithPanel(screens);
+  return screen ? trayCorner(*screen) : QRectF();
+}
+
+QRectF panelStrip(const QList<ScreenArea>& screens) {
+  const ScreenArea* screen = screenWithPanel(screens);
+  if (!screen) return {};
+  const QRectF& all = screen->geometry;
+  const auto [edge, width] = widestPanel(*screen);
+  switch (edge) {
+    case Qt::TopEdge:
+      return {all.left(), all.top(), all.width(), width};
+    case Qt::BottomEdge:
+      return {all.left(), all.bottom() - width, all.width(), width};
+    case Qt::LeftEdge:
+      return {all.left(), all.top(), width, all.height()};
+    case Qt::RightEdge:
+      return {all.right() - width, all.top(), width, all.height()};
+  }
+  return {};
+}
+
+QList<ScreenArea> withoutPanels(QList<ScreenArea> screens, const QList<QRect>& panels) {
+  const QList<ScreenArea> before = screens;
+  for (const QRect& pixels : panels) {
+    const QRectF panel = globalRectOfPixels(pixels, before);
+    for (ScreenArea& screen : screens) {
+      const QRectF& all = screen.geometry;
+      const QRectF part = panel & all;
+      if (part.isEmpty()) continue;
+      // A bar is longer than wide, and the long side is the one that lies along the edge.
+      QRectF& work = screen.workArea;
+      if (part.width() >= part.height()) {
+        if (part.top() <= all.top())
+          work.setTop(std::max(work.top(), part.bottom()));
+        else if (part.bottom() >= all.bottom())
+          work.setBottom(std::min(work.bottom(), part.top()));
+      } else {
+        if (part.left() <= all.left())
+          work.setLeft(std::max(work.left(), part.right()));
+        else if (part.right() >= all.right())
+          work.setRight(std::min(work.right(), part.left()));
+      }
+    }
+  }
+  return screens;
 }
 
 QRectF globalRectOfPixels(const QRectF& pixels, const QList<ScreenArea>& screens) {
@@ -57,6 +126,15 @@ QRectF globalRectOfPixels(const QRectF& pixels, const QList<ScreenArea>& screens
       return {origin + (pixels.topLeft() - origin) / screen.pixelRatio, pixels.size() / screen.pixelRatio};
   }
   return pixels;
+}
+
+QRectF pixelsOfGlobalRect(const QRectF& rect, const QList<ScreenArea>& screens) {
+  for (const auto& screen : screens) {
+    const QPointF origin = screen.geometry.topLeft();
+    if (screen.geometry.contains(rect.center()))
+      return {origin + (rect.topLeft() - origin) * screen.pixelRatio, rect.size() * screen.pixelRatio};
+  }
+  return rect;
 }
 
 }  // namespace quillo
