@@ -20,7 +20,7 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-// Room for the shadow on the left, the right and below; the arrow has to reach the status item above.
+// Room for the shadow on the left, the right and the side without the arrow, which has to reach the status item.
 static constexpr int shadowMargin = 18;
 
 static const QColor titleColor(0xf2, 0xf3, 0xf5);
@@ -168,13 +168,21 @@ void AgentEntryWindow::layOut() {
   const bool composited = !m_isComposited || m_isComposited();
   m_shadowMargin = composited ? shadowMargin : 0;
   const QSize size = frameSize.toSize();
-  m_content->setGeometry(m_shadowMargin, 0, size.width(), size.height());
+  // With the arrow below, all but the background moves up into the room of an arrow above.
+  const int lift =
+      m_ui->backgroundView->arrowEdge() == Qt::TopEdge ? 0 : static_cast<int>(EntryBackgroundView::arrowHeight);
+  m_content->setGeometry(QRect(frameOffset() - QPoint(0, lift), size + QSize(0, lift)));
+  m_ui->backgroundView->setGeometry(QRect(QPoint(0, lift), size));
   setFixedSize(size.width() + 2 * m_shadowMargin, size.height() + m_shadowMargin);
   if (composited)
     clearMask();
   else
     setMask(outlineMask(*m_ui->backgroundView));
   setFrameOrigin(m_origin);
+}
+
+QPoint AgentEntryWindow::frameOffset() const {
+  return {m_shadowMargin, m_ui->backgroundView->arrowEdge() == Qt::TopEdge ? 0 : m_shadowMargin};
 }
 
 QRectF AgentEntryWindow::frame() const {
@@ -184,11 +192,18 @@ QRectF AgentEntryWindow::frame() const {
 void AgentEntryWindow::setFrameOrigin(QPointF origin) {
   m_origin = origin;
   const QRectF onScreen = flipped(frame(), mainScreenHeight());
-  move(static_cast<int>(std::lround(onScreen.x())) - m_shadowMargin, static_cast<int>(std::lround(onScreen.y())));
+  move(QPoint(static_cast<int>(std::lround(onScreen.x())), static_cast<int>(std::lround(onScreen.y()))) -
+       frameOffset());
 }
 
 void AgentEntryWindow::setArrowScreenX(double x) {
   m_ui->backgroundView->setArrowX(x - m_origin.x());
+}
+
+void AgentEntryWindow::setArrowEdge(Qt::Edge edge) {
+  if (edge == m_ui->backgroundView->arrowEdge()) return;
+  m_ui->backgroundView->setArrowEdge(edge);
+  layOut();
 }
 
 bool AgentEntryWindow::hasAttachedSheet() const {
@@ -216,15 +231,19 @@ void AgentEntryWindow::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
   // A soft shadow as rings of little alpha; it is painted once a showing, so nothing is cached.
-  const QRectF body = QRectF(m_content->geometry()).adjusted(0, EntryBackgroundView::arrowHeight, 0, 0);
+  const bool isBelow = m_ui->backgroundView->arrowEdge() == Qt::TopEdge;
+  const double arrow = EntryBackgroundView::arrowHeight;
+  const QRectF frame(frameOffset(), frameSize);
+  const QRectF body = frame.adjusted(0, isBelow ? arrow : 0, 0, isBelow ? 0 : -arrow);
+  const double roomBelow = isBelow ? m_shadowMargin : arrow;
   // Around the body only, which lets a little of what is behind the window through.
   QPainterPath around;
   around.addRect(rect());
-  painter.setClipPath(around - m_ui->backgroundView->outline().translated(m_content->pos()));
+  painter.setClipPath(around - m_ui->backgroundView->outline().translated(frame.topLeft()));
   for (int i = m_shadowMargin; i > 0; --i) {
     const double fade = 1.0 - static_cast<double>(i) / m_shadowMargin;
     painter.setBrush(QColor(0, 0, 0, static_cast<int>(1 + 10 * fade * fade)));
-    painter.drawRoundedRect(body.adjusted(-i, -i + 8, i, std::min(i, m_shadowMargin)), 8 + i, 8 + i);
+    painter.drawRoundedRect(body.adjusted(-i, -i + 8, i, std::min<double>(i, roomBelow)), 8 + i, 8 + i);
   }
 }
 

@@ -32,6 +32,9 @@ class AgentEntryWindow : public QWidget {
   void setFrameOrigin(QPointF origin);
   // Where the arrow points, in screen points from the left.
   void setArrowScreenX(double x);
+  // Where the status item is: Qt::TopEdge, or Qt::BottomEdge with a panel at the bottom of the screen. The content then
+  // stands higher by the height of the arrow.
+  void setArrowEdge(Qt::Edge edge);
 
   // Whether the desktop draws translucent windows; asked each time the window is shown.
   void setCompositorCheck(std::function<bool()> isComposited) { m_isComposited = std::move(isComposited); }
@@ -74,6 +77,8 @@ class AgentEntryWindow : public QWidget {
   void layOut();
   void awakeFromNib();
   void layOutTextArea();
+  // Of the frame within the widget.
+  [[nodiscard]] QPoint frameOffset() const;
 
   std::unique_ptr<Ui::AgentEntryWindow> m_ui;
   QWidget* m_content;

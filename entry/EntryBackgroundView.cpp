@@ -17,6 +17,11 @@ void EntryBackgroundView::setArrowX(double x) {
   update();
 }
 
+void EntryBackgroundView::setArrowEdge(Qt::Edge edge) {
+  m_arrowEdge = edge;
+  update();
+}
+
 void EntryBackgroundView::setAlpha(double alpha) {
   m_alpha = alpha;
   update();
@@ -32,7 +37,9 @@ QPainterPath EntryBackgroundView::outline() const {
   arrow.quadTo(m_arrowX, 0, m_arrowX + 1.5, 1.4);
   arrow.lineTo(m_arrowX + arrowHalfWidth, arrowHeight + 1);
   arrow.closeSubpath();
-  return body.united(arrow);
+  const QPainterPath shape = body.united(arrow);
+  // The same upside down; the light still comes from above.
+  return m_arrowEdge == Qt::TopEdge ? shape : QTransform(1, 0, 0, -1, 0, height()).map(shape);
 }
 
 void EntryBackgroundView::paintEvent(QPaintEvent*) {

@@ -5,7 +5,7 @@
 
 namespace quillo {
 
-// The entry window's body: slate, rounded, with an arrow at the top that meets the status item.
+// The entry window's body: slate, rounded, with an arrow at the top, or the bottom, that meets the status item.
 class EntryBackgroundView : public QWidget {
   Q_OBJECT
 
@@ -17,6 +17,9 @@ class EntryBackgroundView : public QWidget {
 
   // Where the arrow's tip points, in points from the left edge; kept clear of the corners.
   void setArrowX(double x);
+  // Qt::TopEdge or Qt::BottomEdge: where the status item is.
+  void setArrowEdge(Qt::Edge edge);
+  [[nodiscard]] Qt::Edge arrowEdge() const { return m_arrowEdge; }
   // 0 to 1.
   void setAlpha(double alpha);
 
@@ -28,6 +31,7 @@ class EntryBackgroundView : public QWidget {
 
  private:
   double m_arrowX;
+  Qt::Edge m_arrowEdge{Qt::TopEdge};
   double m_alpha{1};
 };
 

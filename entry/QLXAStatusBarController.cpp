@@ -5,6 +5,8 @@
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
 #include "entry/EntryWindowPlacement.h"
+#include "entry/WindowConvertPoint.h"
+#include "foundation/NotificationCenter.h"
 #include "platform/StatusItem.h"
 
 #include <QGuiApplication>
@@ -19,12 +21,36 @@ using namespace Qt::StringLiterals;
 // Fixed; the item is made with a width of the panel's choice.
 static constexpr double statusItemLength = 22;
 
-QLXAStatusBarController::QLXAStatusBarController() {
+// The screen that holds the rectangle's middle, else the main one; both from the bottom left.
+static QRectF screenAround(const QRectF& rect) {
+  const QScreen* main = QGuiApplication::primaryScreen();
+  if (!main) return {};
+  const double height = main->geometry().height();
+  const QScreen* holding = QGuiApplication::screenAt(flipped(rect, height).center().toPoint());
+  return flipped((holding ? holding : main)->geometry(), height);
+}
+
+QLXAStatusBarController::QLXAStatusBarController()
+    : m_image(u"menubar-black"_s),
+      m_alternateImage(u"menubar-white"_s),
+      m_reminderImage(u"menubar-red"_s),
+      m_toolTip([] { return u"Quillo"_s; }) {
   setCurrentMode(EntryWindowModeStandard);
 }
 
 QLXAStatusBarController::~QLXAStatusBarController() {
   NotificationCenter::localCenter().removeObserver(this);
+}
+
+std::optional<QRectF> QLXAStatusBarController::window() const {
+  const QScreen* screen = QGuiApplication::primaryScreen();
+  if (!m_statusItem || !screen) return std::nullopt;
+  return flipped(m_statusItem->anchor(), screen->geometry().height());
+}
+
+QRectF QLXAStatusBarController::button() const {
+  const auto frame = window();
+  return frame ? QRectF(QPointF(), frame->size()) : QRectF();
 }
 
 void QLXAStatusBarController::setContextualMenu(QMenu* menu) {
@@ -35,6 +61,10 @@ void QLXAStatusBarController::setContextualMenu(QMenu* menu) {
     connect(copy.get(), &QMenu::aboutToShow, menu, [menu] { Q_EMIT menu->aboutToShow(); });
     connect(copy.get(), &QMenu::aboutToShow, this, &QLXAStatusBarController::menuWillOpen);
     connect(copy.get(), &QMenu::aboutToHide, this, &QLXAStatusBarController::menuDidClose);
+    // A panel that draws the menu itself may not tell that it closed it.
+    connect(copy.get(), &QMenu::triggered, this, [this] {
+      if (m_isShowingContextualMenu) menuDidClose();
+    });
   }
   if (m_statusItem) m_statusItem->setMenu(menu);
   m_contextualMenu = std::move(copy);
@@ -45,11 +75,10 @@ void QLXAStatusBarController::setStatusItem(std::unique_ptr<StatusItem> item) {
   if (!m_statusItem) return;
   m_statusItem->setMenu(m_contextualMenu.get());
   m_statusItem->setLength(statusItemLength);
-  m_statusItem->setToolTip(u"Quillo"_s);
+  m_statusItem->setToolTip(m_toolTip);
   m_statusItem->onPrimaryClick([this] { doxLeftMouseDown(); });
-  m_statusItem->onGeometryChanged([this] {
-    if (m_isShowingEntryWindow) positionEntryWindow();
-  });
+  m_statusItem->onGeometryChanged(
+      [this] { NotificationCenter::localCenter().postNotification(Notice::windowDidMove, m_statusItem.get()); });
   updateButtonWithCorrectImage();
 }
 
@@ -57,12 +86,25 @@ void QLXAStatusBarController::setEntryWindowController(std::shared_ptr<AgentEntr
   if (m_entryWindowController) m_entryWindowController->close();
   // Where that window is still waiting for an alert, its closing will no longer be heard.
   hideEntryWindow();
-  NotificationCenter::localCenter().removeObserver(this, Notice::windowWillClose);
+  m_opaqueWindowCloseObserver.reset();
   m_entryWindowController = std::move(controller);
   if (!m_entryWindowController) return;
   NotificationCenter::localCenter().addObserver(
       this, Notice::windowWillClose, [this](const Notification&) { hideEntryWindow(); },
       &m_entryWindowController->window());
+  m_opaqueWindowCloseObserver = std::make_unique<Registration>(
+      [this] { NotificationCenter::localCenter().removeObserver(this, Notice::windowWillClose); });
+}
+
+void QLXAStatusBarController::setToolTip(std::function<QString()> text) {
+  m_toolTip = std::move(text);
+  if (m_statusItem) m_statusItem->setToolTip(m_toolTip);
+}
+
+void QLXAStatusBarController::updateToolTip() {
+  QTimer::singleShot(0, this, [this] {
+    if (m_statusItem) m_statusItem->setToolTip(m_toolTip);
+  });
 }
 
 void QLXAStatusBarController::setCurrentMode(EntryWindowMode mode) {
@@ -94,19 +136,23 @@ void QLXAStatusBarController::updateButtonWithCorrectImage() {
   if (!m_statusItem) return;
   m_statusItem->setHighlighted(m_isHighlighted);
   if (m_currentMode == EntryWindowModeReminder)
-    m_statusItem->setImage(u"menubar-red"_s, /*isTemplate=*/false);
+    m_statusItem->setImage(m_reminderImage, /*isTemplate=*/false);
   else
-    m_statusItem->setImage(u"menubar-black"_s, /*isTemplate=*/true);
+    m_statusItem->setImage(m_image, /*isTemplate=*/true);
 }
 
 void QLXAStatusBarController::positionEntryWindow() {
   if (!m_entryWindowController) return;
-  const QScreen* screen = QGuiApplication::primaryScreen();
-  const QRectF anchor = m_statusItem ? m_statusItem->anchor() : QRectF();
-  const QRectF button = m_statusItem && screen ? flipped(anchor, screen->geometry().height()) : QRectF();
-  AgentEntryWindow& window = m_entryWindowController->window();
-  window.setFrameOrigin(entryWindowOrigin(button, window.frame().size()));
-  window.setArrowScreenX(button.center().x());
+  // Without an item, all of these are zero.
+  const QPointF corner = WindowConvertPoint::convertPointToScreen(window(), button().topLeft());
+  const QRectF onScreen(corner, button().size());
+  AgentEntryWindow& entryWindow = m_entryWindowController->window();
+  const QSizeF size = entryWindow.frame().size();
+
+  const bool above = entryWindowBelongsAbove(onScreen, size, screenAround(onScreen));
+  entryWindow.setArrowEdge(above ? Qt::BottomEdge : Qt::TopEdge);
+  entryWindow.setFrameOrigin(above ? entryWindowOriginAbove(onScreen, size) : entryWindowOrigin(onScreen, size));
+  entryWindow.setArrowScreenX(onScreen.center().x());
 }
 
 void QLXAStatusBarController::showEntryWindowInMode(EntryWindowMode mode) {
@@ -117,6 +163,10 @@ void QLXAStatusBarController::showEntryWindowInMode(EntryWindowMode mode) {
   positionEntryWindow();
   // A standard window takes the keyboard as it is shown; a reminder's leaves it where it is.
   m_entryWindowController->showWindowInMode(mode);
+  if (!m_statusItem || !m_isShowingEntryWindow) return;
+  // Panels rearrange their icons: the window follows while it is shown.
+  NotificationCenter::localCenter().addObserver(
+      this, Notice::windowDidMove, [this](const Notification&) { positionEntryWindow(); }, m_statusItem.get());
 }
 
 void QLXAStatusBarController::hideEntryWindow() {
@@ -126,6 +176,7 @@ void QLXAStatusBarController::hideEntryWindow() {
   setCurrentMode(EntryWindowModeStandard);
   // A no-op when it is the closing window that called.
   m_entryWindowController->close();
+  NotificationCenter::localCenter().removeObserver(this, Notice::windowDidMove);
 }
 
 bool QLXAStatusBarController::shouldHideEntryWindow() const {
@@ -139,6 +190,8 @@ void QLXAStatusBarController::showContextualMenu() {
 }
 
 void QLXAStatusBarController::doxLeftMouseDown() {
+  // Only a menu of the panel's own can still count as shown when the icon is clicked, and it is gone by now.
+  if (m_isShowingContextualMenu) menuDidClose();
   if (m_isShowingEntryWindow)
     hideEntryWindow();
   else

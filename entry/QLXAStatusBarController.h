@@ -1,11 +1,15 @@
 #pragma once
 
 #include "entry/EntryWindowMode.h"
-#include "foundation/NotificationCenter.h"
+#include "platform/Registration.h"
 
 #include <QObject>
+#include <QRectF>
+#include <QString>
 
+#include <functional>
 #include <memory>
+#include <optional>
 
 class QMenu;
 
@@ -31,10 +35,19 @@ class QLXAStatusBarController : public QObject {
   void setStatusItem(std::unique_ptr<StatusItem> item);
   // Closes the window of the one before.
   void setEntryWindowController(std::shared_ptr<AgentEntryWindowController> controller);
+  // Asked when it is about to be shown, and by updateToolTip(); the program's name without it.
+  void setToolTip(std::function<QString()> text);
+  // Once this turn of the event loop is over: for panels that ask nobody when they show a tip.
+  void updateToolTip();
 
   [[nodiscard]] StatusItem* statusItem() const { return m_statusItem.get(); }
   // The copy; null before there is one.
   [[nodiscard]] QMenu* contextualMenu() const { return m_contextualMenu.get(); }
+  // The bounds of the item's button within window(); empty where there is none. The panel's window is another
+  // process's: what is known of it here is the part that shows the item, so the button fills it.
+  [[nodiscard]] QRectF button() const;
+  // The frame of the panel's window that holds the button, in screen points from the bottom left.
+  [[nodiscard]] std::optional<QRectF> window() const;
   [[nodiscard]] EntryWindowMode currentMode() const { return m_currentMode; }
   [[nodiscard]] bool isHighlighted() const { return m_isHighlighted; }
   [[nodiscard]] bool isShowingEntryWindow() const { return m_isShowingEntryWindow; }
@@ -47,7 +60,7 @@ class QLXAStatusBarController : public QObject {
   [[nodiscard]] bool shouldHideEntryWindow() const;
   // As a secondary click does; nothing while the menu is shown.
   void showContextualMenu();
-  // Puts the window under the status item.
+  // Puts the window under the status item, or above it where it stands at the bottom of the screen.
   void positionEntryWindow();
 
   // Each refreshes the icon.
@@ -65,10 +78,17 @@ class QLXAStatusBarController : public QObject {
  private:
   void updateButtonWithCorrectImage();
 
+  // The pictures of the item. The black one is a template and takes the colour that reads on the panel, so no state
+  // shows the white one; it is declared with the others all the same.
+  QString m_image;
+  [[maybe_unused]] QString m_alternateImage;
+  QString m_reminderImage;
+  std::function<QString()> m_toolTip;
   // Goes after the item, which points at it.
   std::unique_ptr<QMenu> m_contextualMenu;
   std::unique_ptr<StatusItem> m_statusItem;
   std::shared_ptr<AgentEntryWindowController> m_entryWindowController;
+  std::unique_ptr<Registration> m_opaqueWindowCloseObserver;
   EntryWindowMode m_currentMode{EntryWindowModeStandard};
   bool m_isHighlighted{false};
   bool m_isShowingEntryWindow{false};

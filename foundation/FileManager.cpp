@@ -19,14 +19,21 @@ static Error statusError(qint64 status, const QString& text) {
   return {ErrorDomain::osStatus, status, text, {}, {}};
 }
 
+static bool isThere(const QString& path) {
+  const QFileInfo info(path);
+  return info.isSymLink() || info.exists();
+}
+
 static bool trash(const QString& path, Error* error) {
-  if (!QFileInfo(path).isSymLink() && !QFileInfo::exists(path))
-    return fail(error, statusError(ErrorCode::fileNotFound, path + u": there is no such file"_s));
+  const Error notFound = statusError(ErrorCode::fileNotFound, path + u": there is no such file"_s);
+  if (!isThere(path)) return fail(error, notFound);
   // Without this folder the library reports success and moves the file below the current directory.
   if (!QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)))
     return fail(error, statusError(statusInputOutput, path + u": there is no place for a Trash"_s));
   QFile file(path);
   if (file.moveToTrash()) return true;
+  // Somebody else was faster.
+  if (!isThere(path)) return fail(error, notFound);
   const qint64 status = file.error() == QFileDevice::PermissionsError ? statusPermission : statusInputOutput;
   return fail(error, statusError(status, path + u": "_s + file.errorString()));
 }

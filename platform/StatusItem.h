@@ -23,9 +23,10 @@ class StatusItem {
   virtual void setImage(const QString& name, bool isTemplate) = 0;
   // Draws the item as pressed.
   virtual void setHighlighted(bool highlighted) = 0;
-  virtual void setToolTip(const QString& text) = 0;
-  // What a secondary click shows; null for nothing. Not owned, and must outlive its use. A primary click never shows
-  // it.
+  // `text` is asked when the tip is about to be shown. A tray that draws icons itself does not tell when; for such a
+  // one it is asked here and at each change of the item, so set it again when the text has changed.
+  virtual void setToolTip(std::function<QString()> text) = 0;
+  // What any click but a primary one shows; null for nothing. Not owned, and must outlive its use.
   virtual void setMenu(QMenu* menu) = 0;
   // The width that the item asks for, in points. Trays have cells of a fixed size and may not grant it; geometry()
   // tells what the item has.

@@ -1,9 +1,8 @@
 #include "config/Keys.h"
-#include "foundation/FileManager.h"
 #include "foundation/PropertyListJson.h"
 #include "qlcore/Hashtags.h"
 #include "qlcore/QLJournalEntryFile.h"
-#include "qlcore/QLJournalIndex.h"
+#include "qlcore/QLJournalIndexDeletion.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 
@@ -121,8 +120,13 @@ int remove(Context& context, const QString& uuid, bool permanently) {
   const auto package = journal(context);
   if (!package) return Failed;
   Error error;
-  const auto url = QLJournalEntryFile::fileURL(*package, uuid, &error);
-  if (!url || !FileManager::removeItemAtURL(*url, !permanently, &error)) return failed(error.localizedDescription);
+  if (!QLJournalEntryFile::fileURL(*package, uuid, &error)) return failed(error.localizedDescription);
+  QLJournalIndex index(package);
+  const auto entry = index.entryWithUUID(uuid);
+  // Deleted by another program just now.
+  if (!entry) return failed(uuid + u": there is no such entry"_s);
+  if (!QLJournalIndexOSXAdditions::deleteEntry(index, *entry, !permanently, &error))
+    return failed(error.localizedDescription);
   if (context.json) printJson(QJsonObject{{u"deleted"_s, uuid.toUpper()}});
   return Done;
 }

@@ -7,17 +7,18 @@
 #include "config/QuilloConfig.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
-#include "platform/linux/Display.h"
+#include "foundation/Log.h"
 #include "platform/linux/LinuxSystemEvents.h"
-#include "platform/linux/RawButtonPresses.h"
+#include "platform/linux/desktop/RawButtonPresses.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/TerminationSignals.h"
-#include "platform/linux/TrayStatusItem.h"
 #include "platform/linux/WallClockTimer.h"
 #include "platform/linux/XdgLoginItems.h"
 #include "platform/linux/XdgWorkspace.h"
+#include "platform/linux/desktop/Display.h"
+#include "platform/linux/desktop/TrayStatusItem.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/services/QLLocationManager.h"
 #include "qlcore/services/QLWeatherManager.h"
@@ -86,7 +87,9 @@ int main(int argc, char** argv) {
     return 1;
   }
 
+  const DisplayChoice display = chooseDisplay();
   QApplication application(argc, argv);
+  restoreEnvironment(display);
   QApplication::setApplicationName(u"quillo-agent"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(u"quillo-agent"_s);
@@ -95,6 +98,7 @@ int main(int argc, char** argv) {
   Bundle::setMainBundle(agentBundle());
 
   QuilloAgentAppDelegate::initialize();
+  QLLogInfo(description(display));
   const TerminationSignals signals([] { QApplication::exit(); });
   SessionBusNotifications notifications;
   DistributedNotificationCenter::sharedCenter().setTransport(&notifications);

@@ -3,8 +3,8 @@
 #include "foundation/Log.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
-#include "platform/linux/TrayStatusItem.h"
 #include "platform/linux/XdgWorkspace.h"
+#include "platform/linux/desktop/TrayStatusItem.h"
 
 #include <QAction>
 #include <QApplication>
@@ -45,7 +45,7 @@ class Tray {
     m_item.onPrimaryClick([] { say(u"click"_s); });
     m_item.onGeometryChanged([this] { sayGeometry(u"moved"_s); });
     m_item.setMenu(&m_menu);
-    m_item.setToolTip(u"Probe"_s);
+    m_item.setToolTip([] { return u"Probe"_s; });
     m_item.setLength(22);
     m_item.setImage(u"probe"_s, true);
   }

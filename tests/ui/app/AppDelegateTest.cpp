@@ -65,7 +65,7 @@ struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory,
 struct SilentStatusItem : StatusItem {
   void setImage(const QString&, bool) override {}
   void setHighlighted(bool) override {}
-  void setToolTip(const QString&) override {}
+  void setToolTip(std::function<QString()>) override {}
   void setMenu(QMenu*) override {}
   void setLength(double) override {}
   std::optional<QRectF> geometry() const override { return QRectF(700, 2, 22, 22); }

@@ -16,7 +16,7 @@ namespace {
 class FakeStatusItem : public StatusItem {
  public:
   struct State {
-    QString image;
+    QString image, toolTip;
     bool isTemplate{false};
     bool highlighted{false};
     double length{0};
@@ -30,7 +30,7 @@ class FakeStatusItem : public StatusItem {
     m_state.isTemplate = isTemplate;
   }
   void setHighlighted(bool highlighted) override { m_state.highlighted = highlighted; }
-  void setToolTip(const QString&) override {}
+  void setToolTip(std::function<QString()> text) override { m_state.toolTip = text(); }
   void setMenu(QMenu* menu) override { m_state.menu = menu; }
   void setLength(double points) override { m_state.length = points; }
   [[nodiscard]] std::optional<QRectF> geometry() const override { return m_state.rectangle; }

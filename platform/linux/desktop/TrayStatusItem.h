@@ -1,17 +1,23 @@
 #pragma once
 
 #include "platform/StatusItem.h"
-#include "platform/linux/TrayWindow.h"
+#include "platform/linux/desktop/TrayWatcher.h"
+#include "platform/linux/desktop/TrayWindow.h"
 
+#include <QMenu>
 #include <QObject>
 #include <QPointF>
+#include <QPointer>
 #include <QSystemTrayIcon>
 #include <QTimer>
+
+#include <memory>
 
 namespace quillo {
 
 // The status item as a tray icon, in trays that embed a window (XEmbed) and in those that draw the icon themselves
-// (StatusNotifierItem); Qt chooses when the icon is made. One per process. Needs a QApplication.
+// (StatusNotifierItem); Qt chooses when the icon is made, which is when there is a tray. One per process. Needs a
+// QApplication.
 class TrayStatusItem final : public QObject, public StatusItem {
   Q_OBJECT
 
@@ -20,7 +26,7 @@ class TrayStatusItem final : public QObject, public StatusItem {
 
   void setImage(const QString& name, bool isTemplate) override;
   void setHighlighted(bool highlighted) override;
-  void setToolTip(const QString& text) override;
+  void setToolTip(std::function<QString()> text) override;
   void setMenu(QMenu* menu) override;
   void setLength(double points) override;
   [[nodiscard]] std::optional<QRectF> geometry() const override;
@@ -32,14 +38,19 @@ class TrayStatusItem final : public QObject, public StatusItem {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  void makeIcon();
   void activated(QSystemTrayIcon::ActivationReason reason);
   void trayWindowChanged();
   void checkForeground();
+  [[nodiscard]] QColor foreground() const;
   void updateIcon();
+  void updateToolTip();
 
-  QSystemTrayIcon m_icon;
+  std::unique_ptr<QSystemTrayIcon> m_icon;  // null until there is a tray
   TrayWindow m_window;
   QTimer m_settled;
+  QPointer<QMenu> m_menu;
+  std::function<QString()> m_toolTip;
   QString m_imageName;
   bool m_isTemplate{false};
   bool m_isHighlighted{false};
@@ -48,6 +59,8 @@ class TrayStatusItem final : public QObject, public StatusItem {
   std::optional<QPointF> m_lastClick;
   std::function<void()> m_onPrimaryClick;
   std::function<void()> m_onGeometryChanged;
+  // Last: it calls back when it is made where there is a tray.
+  TrayWatcher m_watcher;
 };
 
 }  // namespace quillo

@@ -5,11 +5,15 @@
 #include <QSizeF>
 
 #include <optional>
+#include <vector>
 
 namespace quillo {
 
 // The black or white that reads on a background of this colour.
 [[nodiscard]] QColor readableOn(const QColor& background);
+// The same for a background that was seen here and there. The middle one counts, so that a neighbour's picture or some
+// text does not; nothing when nothing was seen.
+[[nodiscard]] std::optional<QColor> readableOnMost(std::vector<QColor> seen);
 
 struct StatusImageStyle {
   std::optional<QColor> tint;  // replaces every colour of the image, keeping its shape

@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QPointF>
+#include <QRect>
 #include <QRectF>
 
 #include <optional>
@@ -19,13 +20,22 @@ struct ScreenArea {
 inline constexpr double unknownIconSize = 22;
 
 // The place for a window of the status item: its icon where that is known and on a screen, else a square around the
-// click if that was on a screen, else the tray's likely corner of the first screen: the end of the widest panel, or the
-// top right where there is none. An empty rectangle when there is no screen at all.
+// click if that was on a screen, else the tray's likely corner: the end of the widest panel of the first screen that
+// has one, or the top right of the first screen where none has. An empty rectangle when there is no screen at all.
 [[nodiscard]] QRectF statusItemAnchor(const std::optional<QRectF>& icon, const std::optional<QPointF>& click,
                                       const QList<ScreenArea>& screens);
+
+// The widest panel of the first screen that has one; empty where none has.
+[[nodiscard]] QRectF panelStrip(const QList<ScreenArea>& screens);
+
+// The screens with work areas that leave out these panels, given in pixels. One that lies along no edge of its screen
+// is passed over.
+[[nodiscard]] QList<ScreenArea> withoutPanels(QList<ScreenArea> screens, const QList<QRect>& panels);
 
 // `pixels`, as the X server counts them, in global coordinates: a screen keeps its top-left corner, and what lies on it
 // is divided by its ratio. Rectangles on no screen are returned as they are.
 [[nodiscard]] QRectF globalRectOfPixels(const QRectF& pixels, const QList<ScreenArea>& screens);
+// The other way round.
+[[nodiscard]] QRectF pixelsOfGlobalRect(const QRectF& rect, const QList<ScreenArea>& screens);
 
 }  // namespace quillo

@@ -1,4 +1,4 @@
-#include "platform/linux/RawButtonPresses.h"
+#include "platform/linux/desktop/RawButtonPresses.h"
 
 #include "foundation/Log.h"
 

@@ -1,6 +1,8 @@
-#include "platform/linux/StatusImage.h"
+#include "platform/linux/desktop/StatusImage.h"
 
 #include <QPainter>
+
+#include <algorithm>
 
 namespace quillo {
 
@@ -15,6 +17,14 @@ QColor readableOn(const QColor& background) {
   // Perceived brightness; where it is exactly in the middle, white reads better.
   const double brightness = 0.299 * background.redF() + 0.587 * background.greenF() + 0.114 * background.blueF();
   return brightness > 0.5 ? QColor(Qt::black) : QColor(Qt::white);
+}
+
+std::optional<QColor> readableOnMost(std::vector<QColor> seen) {
+  if (seen.empty()) return {};
+  const auto middle = seen.begin() + static_cast<std::ptrdiff_t>(seen.size() / 2);
+  std::nth_element(seen.begin(), middle, seen.end(),
+                   [](const auto& a, const auto& b) { return qGray(a.rgb()) < qGray(b.rgb()); });
+  return readableOn(*middle);
 }
 
 QImage statusImage(const QImage& image, QSizeF points, double pixelRatio, const StatusImageStyle& style) {

@@ -1,8 +1,10 @@
-#include "platform/linux/TrayStatusItem.h"
+#include "platform/linux/desktop/TrayStatusItem.h"
 
 #include "foundation/Log.h"
-#include "platform/linux/StatusImage.h"
-#include "platform/linux/StatusItemAnchor.h"
+#include "platform/linux/desktop/Display.h"
+#include "platform/linux/desktop/StatusImage.h"
+#include "platform/linux/desktop/StatusItemAnchor.h"
+#include "platform/linux/desktop/X11.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -36,17 +38,27 @@ QList<ScreenArea> screenAreas() {
     else
       areas.append(area);
   }
-  return areas;
+  // With several screens the toolkit leaves panels in.
+  return areas.size() > 1 ? withoutPanels(areas, X11::panels()) : areas;
 }
 
 }  // namespace
 
-TrayStatusItem::TrayStatusItem() : m_window([this] { trayWindowChanged(); }) {
+TrayStatusItem::TrayStatusItem() : m_window([this] { trayWindowChanged(); }), m_watcher([this] { makeIcon(); }) {
   m_settled.setSingleShot(true);
   m_settled.setInterval(settleTime);
   connect(&m_settled, &QTimer::timeout, this, &TrayStatusItem::checkForeground);
-  connect(&m_icon, &QSystemTrayIcon::activated, this, &TrayStatusItem::activated);
+  for (const auto* screen : QGuiApplication::screens())
+    connect(screen, &QScreen::availableGeometryChanged, &m_settled, qOverload<>(&QTimer::start));
   qApp->installEventFilter(this);
+}
+
+void TrayStatusItem::makeIcon() {
+  m_icon = std::make_unique<QSystemTrayIcon>();
+  connect(m_icon.get(), &QSystemTrayIcon::activated, this, &TrayStatusItem::activated);
+  m_icon->setContextMenu(m_menu);
+  updateIcon();
+  m_settled.start();
 }
 
 void TrayStatusItem::setImage(const QString& name, bool isTemplate) {
@@ -60,12 +72,20 @@ void TrayStatusItem::setHighlighted(bool highlighted) {
   if (std::exchange(m_isHighlighted, highlighted) != highlighted) updateIcon();
 }
 
-void TrayStatusItem::setToolTip(const QString& text) {
-  m_icon.setToolTip(text);
+void TrayStatusItem::setToolTip(std::function<QString()> text) {
+  m_toolTip = std::move(text);
+  updateToolTip();
+}
+
+void TrayStatusItem::updateToolTip() {
+  if (!m_icon || !m_toolTip) return;
+  // The trays that draw icons are told of each setting.
+  if (const QString text = m_toolTip(); text != m_icon->toolTip()) m_icon->setToolTip(text);
 }
 
 void TrayStatusItem::setMenu(QMenu* menu) {
-  m_icon.setContextMenu(menu);
+  m_menu = menu;
+  if (m_icon) m_icon->setContextMenu(menu);
 }
 
 void TrayStatusItem::setLength(double points) {
@@ -93,11 +113,24 @@ void TrayStatusItem::onGeometryChanged(std::function<void()> callback) {
 }
 
 void TrayStatusItem::activated(QSystemTrayIcon::ActivationReason reason) {
-  m_lastClick = QCursor::pos();
-  // The second of two fast clicks comes as a double click and not as a click.
-  if (reason != QSystemTrayIcon::Trigger && reason != QSystemTrayIcon::DoubleClick) return;
-  // A copy, as the callback may set another.
-  if (const auto callback = m_onPrimaryClick) callback();
+  // Over a Wayland panel, an X client does not see the pointer.
+  if (!isWaylandSession()) m_lastClick = QCursor::pos();
+  // Another program's window may have covered the panel when its colour was looked at.
+  m_settled.start();
+  switch (reason) {
+    case QSystemTrayIcon::Trigger:
+    // The second of two fast clicks comes as a double click and not as a click.
+    case QSystemTrayIcon::DoubleClick:
+      // A copy, as the callback may set another.
+      if (const auto callback = m_onPrimaryClick) callback();
+      break;
+    case QSystemTrayIcon::MiddleClick:
+      // The toolkit shows the menu on the secondary click only.
+      if (m_menu) m_menu->popup(anchor().bottomLeft().toPoint());
+      break;
+    default:
+      break;
+  }
 }
 
 void TrayStatusItem::trayWindowChanged() {
@@ -108,18 +141,32 @@ void TrayStatusItem::trayWindowChanged() {
 
 bool TrayStatusItem::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::ApplicationPaletteChange && watched == qApp) m_settled.start();
+  // The toolkit's window in a tray that embeds one is about to show the tip.
+  if (event->type() == QEvent::ToolTip && watched->inherits("QSystemTrayIconSys")) updateToolTip();
   return QObject::eventFilter(watched, event);
 }
 
 void TrayStatusItem::checkForeground() {
   const QColor before = m_foreground;
-  m_foreground = m_window.foreground().value_or(QApplication::palette().color(QPalette::WindowText));
+  m_foreground = foreground();
   if (m_foreground != before) updateIcon();
 }
 
+QColor TrayStatusItem::foreground() const {
+  if (const auto colour = m_window.foreground()) return *colour;
+  // A tray that draws icons itself tells nothing of its colours. Where the screen can be looked at, its panel shows.
+  if (!isWaylandSession()) {
+    std::vector<QColor> seen;
+    X11::appendPixels(pixelsOfGlobalRect(panelStrip(screenAreas()), screenAreas()).toRect(), seen);
+    if (const auto colour = readableOnMost(std::move(seen))) return *colour;
+  }
+  return QApplication::palette().color(QPalette::WindowText);
+}
+
 void TrayStatusItem::updateIcon() {
-  if (m_imageName.isEmpty()) return;
-  if (!m_foreground.isValid()) m_foreground = QApplication::palette().color(QPalette::WindowText);
+  if (!m_icon || m_imageName.isEmpty()) return;
+  if (!m_foreground.isValid()) m_foreground = foreground();
+  updateToolTip();
   StatusImageStyle style;
   if (m_isTemplate) style.tint = m_foreground;
   style.isHighlighted = m_isHighlighted;
@@ -135,9 +182,9 @@ void TrayStatusItem::updateIcon() {
     icon.addPixmap(QPixmap::fromImage(statusImage(image, points, ratio, style)));
   }
   if (icon.isNull()) QLLogError(u"The image %1 of the status item is missing"_s.arg(m_imageName));
-  m_icon.setIcon(icon);
+  m_icon->setIcon(icon);
   // Only now, as an icon without an image would stand in the tray as a gap.
-  if (!m_icon.isVisible()) m_icon.show();
+  if (!m_icon->isVisible()) m_icon->show();
 }
 
 }  // namespace quillo

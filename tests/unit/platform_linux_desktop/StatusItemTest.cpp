@@ -1,5 +1,5 @@
-#include "platform/linux/StatusImage.h"
-#include "platform/linux/StatusItemAnchor.h"
+#include "platform/linux/desktop/StatusImage.h"
+#include "platform/linux/desktop/StatusItemAnchor.h"
 
 #include <gtest/gtest.h>
 

@@ -38,14 +38,11 @@ class TrayWindow final : public QObject, public QAbstractNativeEventFilter {
   void refreshLater();
   void refresh();
   [[nodiscard]] std::vector<Window> ancestorsOf(Window window) const;
-  [[nodiscard]] std::optional<QRectF> rectOf(Window window) const;
   [[nodiscard]] std::optional<QColor> colourWantedByTray() const;
   [[nodiscard]] std::optional<QColor> backgroundAround(const QRect& icon, const QRect& panel) const;
-  void appendPixels(const QRect& rect, std::vector<QColor>& colours) const;
 
   std::function<void()> m_onChange;
   xcb_connection_t* m_connection{nullptr};  // Qt's; null without an X server
-  Window m_root{0};
   Window m_icon{0};
   std::vector<Window> m_ancestors;  // the wrapper first, the panel last
   std::optional<QRectF> m_pixels;

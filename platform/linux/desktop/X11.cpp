@@ -1,0 +1,100 @@
+#include "platform/linux/desktop/X11.h"
+
+#include <QGuiApplication>
+
+#include <xcb/xcb.h>
+
+namespace quillo::X11 {
+
+static constexpr char traySelection[] = "_NET_SYSTEM_TRAY_S0";
+
+xcb_connection_t* connection() {
+  const auto* x11 = qApp ? qApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
+  return x11 ? x11->connection() : nullptr;
+}
+
+Window rootWindow() {
+  xcb_connection_t* c = connection();
+  return c ? xcb_setup_roots_iterator(xcb_get_setup(c)).data->root : 0;
+}
+
+unsigned int atom(const QByteArray& name) {
+  xcb_connection_t* c = connection();
+  if (!c) return 0;
+  const auto cookie = xcb_intern_atom(c, 0, static_cast<uint16_t>(name.size()), name.constData());
+  const auto reply = owned(xcb_intern_atom_reply(c, cookie, nullptr));
+  return reply ? reply->atom : 0;
+}
+
+Window trayOwner() {
+  xcb_connection_t* c = connection();
+  if (!c) return 0;
+  const auto reply = owned(xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, atom(traySelection)), nullptr));
+  return reply ? reply->owner : 0;
+}
+
+bool announcesTray(const void* event) {
+  const auto* message = static_cast<const xcb_client_message_event_t*>(event);
+  return (message->response_type & 0x7f) == XCB_CLIENT_MESSAGE && message->format == 32 &&
+         message->type == atom("MANAGER") && message->data.data32[1] == atom(traySelection);
+}
+
+std::optional<QRect> rectOf(Window window) {
+  xcb_connection_t* c = connection();
+  if (!c || !window) return {};
+  const auto size = xcb_get_geometry(c, window);
+  const auto corner = xcb_translate_coordinates(c, window, rootWindow(), 0, 0);
+  const auto sizeReply = owned(xcb_get_geometry_reply(c, size, nullptr));
+  const auto cornerReply = owned(xcb_translate_coordinates_reply(c, corner, nullptr));
+  if (!sizeReply || !cornerReply) return {};
+  return QRect(cornerReply->dst_x, cornerReply->dst_y, sizeReply->width, sizeReply->height);
+}
+
+// The 32-bit numbers of a window's property, `most` at most.
+static QList<uint32_t> numbersOf(Window window, const QByteArray& name, uint32_t most) {
+  xcb_connection_t* c = connection();
+  if (!c) return {};
+  const auto cookie = xcb_get_property(c, 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, most);
+  const auto reply = owned(xcb_get_property_reply(c, cookie, nullptr));
+  if (!reply || reply->format != 32) return {};
+  const auto* first = static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
+  return {first, first + xcb_get_property_value_length(reply.get()) / 4};
+}
+
+QList<QRect> panels() {
+  constexpr uint32_t mostWindows = 1024;
+  constexpr uint32_t mostTypes = 16;
+  const uint32_t dock = atom("_NET_WM_WINDOW_TYPE_DOCK");
+  QList<QRect> found;
+  for (const Window window : numbersOf(rootWindow(), "_NET_CLIENT_LIST", mostWindows)) {
+    if (!numbersOf(window, "_NET_WM_WINDOW_TYPE", mostTypes).contains(dock)) continue;
+    if (const auto rect = rectOf(window)) found << *rect;
+  }
+  return found;
+}
+
+void appendPixels(const QRect& rect, std::vector<QColor>& colours) {
+  xcb_connection_t* c = connection();
+  const auto screen = rectOf(rootWindow());
+  if (!c || !screen) return;
+  // Outside the screen there are none, and asking for them is an error.
+  const QRect part = rect & *screen;
+  if (part.isEmpty()) return;
+  const auto cookie = xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, rootWindow(), static_cast<int16_t>(part.x()),
+                                    static_cast<int16_t>(part.y()), static_cast<uint16_t>(part.width()),
+                                    static_cast<uint16_t>(part.height()), ~0U);
+  const auto image = owned(xcb_get_image_reply(c, cookie, nullptr));
+  // Other depths are long out of use, and their pixels would need a colour map.
+  if (!image || (image->depth != 24 && image->depth != 32)) return;
+  const auto* bytes = xcb_get_image_data(image.get());
+  const int length = xcb_get_image_data_length(image.get());
+  const bool isLittleEndian = xcb_get_setup(c)->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
+  for (int i = 0; i + 4 <= length; i += 4) {
+    const auto channel = [&](int significance) {
+      return bytes[i + (isLittleEndian ? significance : 3 - significance)];
+    };
+    colours.emplace_back(channel(2), channel(1), channel(0));
+  }
+}
+
+}  // namespace quillo::X11
