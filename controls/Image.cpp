@@ -16,13 +16,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// The one format that every drawing can take without converting.
+constexpr QImage::Format drawnFormat = QImage::Format_ARGB32_Premultiplied;
+
 std::vector<QImage> prepared(std::vector<QImage> bitmaps) {
   std::erase_if(bitmaps, [](const QImage& bitmap) { return bitmap.isNull(); });
   for (QImage& bitmap : bitmaps) {
-    // The one format that every drawing can take without converting.
-    if (bitmap.format() != QImage::Format_ARGB32_Premultiplied) {
-      bitmap = bitmap.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    }
+    if (bitmap.format() != drawnFormat) bitmap = bitmap.convertToFormat(drawnFormat);
   }
   std::ranges::sort(bitmaps, {}, &QImage::devicePixelRatio);
   return bitmaps;
@@ -31,6 +31,15 @@ std::vector<QImage> prepared(std::vector<QImage> bitmaps) {
 QImage load(const QString& path, double ratio) {
   QImage bitmap(path);
   bitmap.setDevicePixelRatio(ratio);
+  // By hand: the toolkit's conversion starts a thread for each processor where a picture is large, and those wake up
+  // once more half a minute later.
+  if (bitmap.format() == QImage::Format_ARGB32) {
+    for (int y = 0; y < bitmap.height(); ++y) {
+      auto* const line = reinterpret_cast<QRgb*>(bitmap.scanLine(y));
+      std::transform(line, line + bitmap.width(), line, [](QRgb pixel) { return qPremultiply(pixel); });
+    }
+    bitmap.reinterpretAsFormat(drawnFormat);
+  }
   return bitmap;
 }
 

@@ -26,6 +26,7 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QPixmapCache>
 
 #include <CLI/CLI.hpp>
 
@@ -96,6 +97,9 @@ int main(int argc, char** argv) {
   // There is no main window whose closing would mean the end.
   QApplication::setQuitOnLastWindowClosed(false);
   Bundle::setMainBundle(agentBundle());
+  // The toolkit's cache would wake the idle agent half a minute after each drawing of the icon, to look for pixmaps
+  // that nobody uses. What the agent draws is small and seldom.
+  QPixmapCache::setCacheLimit(0);
 
   QuilloAgentAppDelegate::initialize();
   QLLogInfo(description(display));

@@ -1,5 +1,7 @@
 #include "EventLoop.h"
 #include "platform/linux/LinuxSystemEvents.h"
+#include "platform/linux/SystemClock.h"
+#include "platform/linux/WallClockTimer.h"
 #include "tests/support/TestHome.h"
 
 #include <QDBusMessage>
@@ -9,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/timex.h>
 #include <unistd.h>
 
 namespace quillo {
@@ -47,6 +50,15 @@ struct Recorder {
   std::vector<SystemEvent> list;
 };
 
+// Sets the clock by so many nanoseconds; false where this process may not.
+bool moveClock(long nanoseconds) {
+  timex change{};
+  change.modes = ADJ_SETOFFSET | ADJ_NANO;
+  change.time.tv_sec = nanoseconds < 0 ? -1 : 0;
+  change.time.tv_usec = nanoseconds < 0 ? 1'000'000'000 + nanoseconds : nanoseconds;
+  return ::clock_adjtime(CLOCK_REALTIME, &change) >= 0;
+}
+
 QDBusConnection noBus() {
   return QDBusConnection(u"a bus that was never opened"_s);
 }
@@ -70,6 +82,26 @@ TEST(LinuxSystemEvents, TellsWhenTheTimeZoneBecomesAnother) {
   folder.write(u"timezone"_s, "Asia/Kolkata\n");
   EXPECT_TRUE(runUntil([&seen] { return seen.list.size() > 1; }));
   EXPECT_EQ(seen.list, std::vector<SystemEvent>(2, SystemEvent::TimeZoneDidChange));
+}
+
+TEST(LinuxSystemEvents, TellsWhenTheClockIsSet) {
+  const ZoneFolder folder;
+  LinuxSystemEvents events(noBus(), folder.path());
+  Recorder seen(events);
+  const SystemClock clock;
+  WallClockTimerFactory timers(clock);
+  bool fired = false;
+  const auto timer = timers.schedule(clock.secondsSince1970() + 3600, [&fired] { fired = true; });
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(seen.list.empty());
+
+  // There and back: the second time shows that it listens again.
+  if (!moveClock(1)) GTEST_SKIP() << "this process may not set the clock";
+  EXPECT_TRUE(runUntil([&seen] { return !seen.list.empty(); }));
+  ASSERT_TRUE(moveClock(-1));
+  EXPECT_TRUE(runUntil([&seen] { return seen.list.size() > 1; }));
+  EXPECT_EQ(seen.list, std::vector<SystemEvent>(2, SystemEvent::ClockDidChange));
+  EXPECT_FALSE(fired);
 }
 
 TEST(LinuxSystemEvents, SaysOnceWhatIsMissing) {
