@@ -1,6 +1,7 @@
 """Quillo's own programs on the private desktop: the agent's icon and window, quilloctl."""
 
 import os
+import plistlib
 from pathlib import Path
 
 from desktop import center, click, program, run, tray_icon, wait_until, window_rect
@@ -18,6 +19,14 @@ def make_journal(home, name="Journal"):
     path = quilloctl(home, "journal", "create", str(Path(home) / name))
     quilloctl(home, "journal", "set", path)
     return Path(path)
+
+
+def set_own_defaults(home, **values):
+    """Settings of the agent's own; it reads them when it starts."""
+    path = Path(home) / ".config/quillo/com.quilloapp.quillo-agent.plist"
+    path.parent.mkdir(parents=True, exist_ok=True)
+    known = plistlib.loads(path.read_bytes()) if path.exists() else {}
+    path.write_bytes(plistlib.dumps({**known, **values}))
 
 
 class Agent:

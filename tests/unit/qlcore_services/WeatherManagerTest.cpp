@@ -1,0 +1,312 @@
+#include "EventLoop.h"
+#include "WeatherServer.h"
+#include "config/Keys.h"
+#include "foundation/UserDefaults.h"
+#include "platform/Clock.h"
+#include "qlcore/services/QLWeatherManager.h"
+#include "qlcore/services/WeatherError.h"
+#include "tests/support/TestHome.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <optional>
+
+using namespace quillo;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const Date noon = *Date::fromISO8601(u"2026-11-25T12:00:00Z"_s);
+const QByteArray partlyCloudy = forecast("2026-11-25T12:00:00Z", "18.4", "partlycloudy_day");
+
+struct FakeClock final : Clock {
+  [[nodiscard]] double secondsSince1970() const override { return now; }
+  double now{noon.timeIntervalSince1970()};
+};
+
+struct Outcome {
+  std::optional<QLWeather> weather;
+  std::optional<Error> error;
+};
+
+class WeatherManagerTest : public testing::Test {
+ protected:
+  WeatherManagerTest() { restart(); }
+
+  void restart(int timeoutMilliseconds = 5000) {
+    manager = std::make_unique<QLWeatherManager>(
+        clock, QLWeatherManager::Settings{.baseURL = server.url(), .timeoutMilliseconds = timeoutMilliseconds});
+  }
+  void request(double latitude = 59.9139, double longitude = 10.7522, Date date = noon) {
+    manager->weatherAtLatitude(
+        latitude, longitude, date,
+        [this](const QLWeather& weather) {
+          outcomes.push_back({weather, {}});
+        },
+        [this](const Error& error) {
+          outcomes.push_back({{}, error});
+        });
+  }
+  // Asks and waits for the outcome.
+  Outcome ask(double latitude = 59.9139, double longitude = 10.7522, Date date = noon) {
+    outcomes.clear();
+    request(latitude, longitude, date);
+    EXPECT_TRUE(outcomes.empty()) << "called back from inside the call";
+    EXPECT_TRUE(handleEventsUntil([this] { return !outcomes.empty(); }));
+    handlePendingEvents();
+    EXPECT_EQ(outcomes.size(), 1U);
+    return outcomes.empty() ? Outcome() : outcomes.front();
+  }
+  // The code of the failure, or 0 for a weather.
+  qint64 failureOf(const Outcome& outcome) {
+    EXPECT_NE(outcome.weather.has_value(), outcome.error.has_value());
+    if (!outcome.error) return 0;
+    EXPECT_EQ(outcome.error->domain, WeatherError::domain);
+    return outcome.error->code;
+  }
+
+  FakeClock clock;
+  WeatherServer server;
+  std::unique_ptr<QLWeatherManager> manager;
+  std::vector<Outcome> outcomes;
+};
+
+TEST_F(WeatherManagerTest, AsksAsTheServiceWants) {
+  server.answer = response("200 OK", "Set-Cookie: id=1\r\n", partlyCloudy);
+  const Outcome outcome = ask();
+  EXPECT_EQ(outcome.weather, (QLWeather{18.4, u"partlycloudy_day"_s, u"Partly cloudy"_s, noon, u"MET Norway"_s}));
+  ask();
+  ASSERT_EQ(server.requests.size(), 2);
+  const QByteArray& head = server.requests[1];
+  EXPECT_TRUE(head.startsWith("get /weatherapi/locationforecast/2.0/compact?lat=59.9139&lon=10.7522 http/1.1\r\n"))
+      << head.toStdString();
+  EXPECT_TRUE(head.contains("\r\nuser-agent: quilloagent/1.0 (https://quilloapp.example)\r\n")) << head.toStdString();
+  EXPECT_TRUE(head.contains("\r\naccept-encoding: ") && head.contains("gzip")) << head.toStdString();
+  EXPECT_FALSE(head.contains("cookie"));
+  EXPECT_FALSE(head.contains("if-modified-since"));
+}
+
+TEST_F(WeatherManagerTest, CutsCoordinatesToFourDecimals) {
+  const struct {
+    double latitude, longitude;
+    QByteArray query;
+  } rows[] = {
+      {59.91399, 10.75229, "lat=59.9139&lon=10.7522"},
+      {-33.86789, -70.66669, "lat=-33.8678&lon=-70.6666"},
+      {0.00009, -0.00009, "lat=0.0000&lon=0.0000"},
+      {90, -180, "lat=90.0000&lon=-180.0000"},
+      {0.3, 1.1, "lat=0.3000&lon=1.1000"},
+      {8.29, 0.0007, "lat=8.2900&lon=0.0007"},
+  };
+  server.answer = response("200 OK", "", partlyCloudy);
+  for (const auto& row : rows) {
+    ask(row.latitude, row.longitude);
+    EXPECT_TRUE(server.requests.takeLast().contains(row.query + " http")) << row.query.toStdString();
+  }
+}
+
+TEST_F(WeatherManagerTest, FailsWithoutAskingForAPlaceThatIsNone) {
+  const double notANumber = std::numeric_limits<double>::quiet_NaN();
+  for (const auto& [latitude, longitude] : {std::pair{91.0, 0.0}, {0.0, -181.0}, {notANumber, 0.0}, {0.0, notANumber}})
+    EXPECT_EQ(failureOf(ask(latitude, longitude)), WeatherError::InvalidPlace);
+  EXPECT_TRUE(server.requests.isEmpty());
+}
+
+TEST_F(WeatherManagerTest, TakesAForecastAndNothingElse) {
+  const QByteArray large(1024 * 1024 + 1, ' ');
+  const QByteArray zeros(9 * 1024 * 1024, '\0');
+  const struct {
+    const char* name;
+    QByteArray answer;
+    qint64 failure;
+  } rows[] = {
+      {"deprecated", response("203 Non-Authoritative Information", "", partlyCloudy), 0},
+      {"not found", response("404 Not Found", "", "{}"), WeatherError::Refused},
+      {"unauthorized", response("401 Unauthorized", "WWW-Authenticate: Basic realm=\"x\"\r\n", ""),
+       WeatherError::Refused},
+      {"forbidden", response("403 Forbidden", "", partlyCloudy), WeatherError::Refused},
+      {"server error", response("500 Internal Server Error", "", partlyCloudy), WeatherError::Refused},
+      {"unavailable", response("503 Service Unavailable", "", ""), WeatherError::Refused},
+      {"redirected", response("302 Found", "Location: " + server.url().toEncoded() + "/other\r\n", partlyCloudy),
+       WeatherError::Refused},
+      {"no content", response("204 No Content", "", ""), WeatherError::Refused},
+      {"nothing to confirm", response("304 Not Modified", "", ""), WeatherError::BadAnswer},
+      {"empty", response("200 OK", "", ""), WeatherError::BadAnswer},
+      {"other text", response("200 OK", "", "<html>"), WeatherError::BadAnswer},
+      {"half", response("200 OK", "", partlyCloudy.first(100)), WeatherError::BadAnswer},
+      {"too large", response("200 OK", "", partlyCloudy + large), WeatherError::BadAnswer},
+      {"deflated", response("200 OK", "Content-Encoding: deflate\r\n", qCompress(partlyCloudy).sliced(4)), 0},
+      {"too large when inflated", response("200 OK", "Content-Encoding: deflate\r\n", qCompress(zeros).sliced(4)),
+       WeatherError::BadAnswer},
+      {"not the web's", "SSH-2.0-OpenSSH_9.2\r\n", WeatherError::NotReachable},
+      {"of another time", response("200 OK", "", forecast("2026-11-25T18:00:01Z", "1", "fog")),
+       WeatherError::NoForecast},
+  };
+  for (const auto& row : rows) {
+    restart();
+    server.answer = row.answer;
+    server.closesAfterAnswer = row.failure == WeatherError::NotReachable;
+    server.requests.clear();
+    EXPECT_EQ(failureOf(ask()), row.failure) << row.name;
+    EXPECT_FALSE(server.requests.isEmpty()) << row.name;
+    EXPECT_FALSE(server.requests.last().contains("/other")) << row.name;
+  }
+}
+
+TEST_F(WeatherManagerTest, FailsWhenTheConnectionDoes) {
+  server.answer = response("200 OK", "", partlyCloudy).chopped(20);
+  server.closesAfterAnswer = true;
+  EXPECT_EQ(failureOf(ask()), WeatherError::NotReachable);
+  server.stop();
+  EXPECT_EQ(failureOf(ask()), WeatherError::NotReachable);
+}
+
+TEST_F(WeatherManagerTest, GivesUpOnAnAnswerThatHangs) {
+  for (const QByteArray& part : {QByteArray(), response("200 OK", "", partlyCloudy).chopped(20)}) {
+    restart(/*timeoutMilliseconds=*/100);
+    server.answer = part;
+    EXPECT_EQ(failureOf(ask()), WeatherError::NotReachable);
+    // The next question is a new one.
+    server.answer = response("200 OK", "", partlyCloudy);
+    EXPECT_EQ(failureOf(ask()), 0);
+  }
+}
+
+TEST_F(WeatherManagerTest, UsesAnAnswerUntilItExpires) {
+  server.answer = response("200 OK", "Expires: Wed, 25 Nov 2026 12:30:00 GMT\r\n", partlyCloudy);
+  ask();
+  clock.now += 29 * 60;
+  EXPECT_EQ(ask(59.91393, 10.75221).weather->temperature, 18.4);
+  EXPECT_EQ(server.requests.size(), 1);
+  ask(60, 10);
+  EXPECT_EQ(server.requests.size(), 2);
+  clock.now += 60;
+  ask();
+  EXPECT_EQ(server.requests.size(), 3);
+  // Set back behind the time of the answer.
+  clock.now -= 7200;
+  ask();
+  EXPECT_EQ(server.requests.size(), 4);
+}
+
+TEST_F(WeatherManagerTest, BelievesNoExpiryBeyondADay) {
+  server.answer =
+      response("200 OK", "Expires: Tue, 25 Nov 2036 12:30:00 GMT\r\n", forecast("2026-11-26T12:00:00Z", "1", "fog"));
+  const Date tomorrow = noon.addingTimeInterval(86400);
+  ask(59.9139, 10.7522, tomorrow);
+  clock.now += 86399;
+  ask(59.9139, 10.7522, tomorrow);
+  EXPECT_EQ(server.requests.size(), 1);
+  clock.now += 1;
+  ask(59.9139, 10.7522, tomorrow);
+  EXPECT_EQ(server.requests.size(), 2);
+}
+
+TEST_F(WeatherManagerTest, AsksForChangesOnly) {
+  server.answer = response("200 OK", "Last-Modified: Wed, 25 Nov 2026 11:45:07 GMT\r\n", partlyCloudy);
+  ask();
+  server.answer = "HTTP/1.1 304 Not Modified\r\nExpires: Wed, 25 Nov 2026 12:30:00 GMT\r\n\r\n";
+  EXPECT_EQ(ask().weather->temperature, 18.4);
+  ASSERT_EQ(server.requests.size(), 2);
+  EXPECT_TRUE(server.requests[1].contains("\r\nif-modified-since: wed, 25 nov 2026 11:45:07 gmt\r\n"));
+  ask();  // the confirmation moved the expiry
+  EXPECT_EQ(server.requests.size(), 2);
+  clock.now += 1800;
+  server.answer = response("200 OK", "", forecast("2026-11-25T12:00:00Z", "7", "fog"));
+  EXPECT_EQ(ask().weather->temperature, 7);
+}
+
+TEST_F(WeatherManagerTest, KeepsOnlySomeAnswers) {
+  server.answer = response("200 OK", "Expires: Wed, 25 Nov 2026 14:00:00 GMT\r\n", partlyCloudy);
+  for (int i = 0; i <= 16; ++i) {
+    ask(i, i);
+    clock.now += 1;
+  }
+  ask(16, 16);
+  ask(1, 1);
+  EXPECT_EQ(server.requests.size(), 17);
+  ask(0, 0);  // the oldest made room
+  EXPECT_EQ(server.requests.size(), 18);
+}
+
+TEST_F(WeatherManagerTest, IsSilentForAsLongAsTheServiceAsks) {
+  const struct {
+    QByteArray header;
+    double seconds;
+  } rows[] = {
+      {"Retry-After: 120\r\n", 120},
+      {"Retry-After: Wed, 25 Nov 2026 12:05:00 GMT\r\n", 300},
+      {"", 600},
+      {"Retry-After: soon\r\n", 600},
+      {"Retry-After: 0\r\n", 60},
+      {"Retry-After: 4000000000\r\n", 86400},
+  };
+  for (const auto& row : rows) {
+    restart();
+    clock.now = noon.timeIntervalSince1970();
+    server.requests.clear();
+    server.answer = response("429 Too Many Requests", row.header, "");
+    EXPECT_EQ(failureOf(ask()), WeatherError::TooMany);
+    server.answer = response("200 OK", "", partlyCloudy);
+    clock.now += row.seconds - 1;
+    EXPECT_EQ(failureOf(ask(60, 10)), WeatherError::TooMany) << row.header.toStdString();
+    EXPECT_EQ(server.requests.size(), 1);
+    clock.now += 1;
+    EXPECT_EQ(failureOf(ask()), 0) << row.header.toStdString();
+    EXPECT_EQ(server.requests.size(), 2);
+  }
+}
+
+TEST_F(WeatherManagerTest, AsksOnceForAllThatWaitForAPlace) {
+  server.answer = response("200 OK", "", partlyCloudy);
+  for (int i = 0; i < 3; ++i) request();
+  request(60, 10);
+  ASSERT_TRUE(handleEventsUntil([this] { return outcomes.size() == 4; }));
+  EXPECT_EQ(server.requests.size(), 2);
+}
+
+TEST_F(WeatherManagerTest, SaysNothingOnceItIsGone) {
+  // While it waits for the service.
+  server.onRequest = [this] { manager.reset(); };
+  server.answer = response("200 OK", "", partlyCloudy);
+  request();
+  ASSERT_TRUE(handleEventsUntil([this] { return !manager; }));
+  handlePendingEvents();
+  // From inside the answer for another that waits, and with an answer on its way.
+  server.onRequest = nullptr;
+  restart();
+  bool heard = false;
+  manager->weatherAtLatitude(59.9139, 10.7522, noon,
+                             [&](const QLWeather&) {
+                               heard = true;
+                               manager.reset();
+                             },
+                             {});
+  request();
+  ASSERT_TRUE(handleEventsUntil([&] { return heard; }));
+  handlePendingEvents();
+  EXPECT_TRUE(outcomes.empty());
+}
+
+TEST_F(WeatherManagerTest, NeedsNoOneToHear) {
+  server.answer = response("200 OK", "", partlyCloudy);
+  manager->weatherAtLatitude(1, 2, noon, {}, {});
+  manager->weatherAtLatitude(91, 2, noon, {}, {});
+  ASSERT_TRUE(handleEventsUntil([this] { return server.requests.size() == 1; }));
+  ask();
+}
+
+TEST_F(WeatherManagerTest, AsksWhereTheOwnDefaultsSay) {
+  const TestHome home;
+  UserDefaults::resetStandardUserDefaults();
+  UserDefaults::standardUserDefaults().setObjectForKey(PropertyListValue(server.url().toString()),
+                                                       Key::weatherServiceURL);
+  server.answer = response("200 OK", "", partlyCloudy);
+  manager = std::make_unique<QLWeatherManager>(clock);
+  EXPECT_EQ(failureOf(ask()), 0);
+  EXPECT_EQ(server.requests.size(), 1);
+  UserDefaults::resetStandardUserDefaults();
+}
+
+}  // namespace
