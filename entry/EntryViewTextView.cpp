@@ -1,16 +1,37 @@
 #include "entry/EntryViewTextView.h"
 
+#include "config/Keys.h"
 #include "controls/QLScroller.h"
+#include "entry/AutomaticCorrection.h"
+#include "entry/GrammarReviewer.h"
+#include "entry/HashtagCompleter.h"
+#include "entry/SpellChecker.h"
+#include "entry/SpellingHighlighter.h"
+#include "foundation/NotificationCenter.h"
+#include "foundation/UserDefaults.h"
 
+#include <QInputMethodEvent>
+#include <QKeyEvent>
 #include <QMimeData>
 #include <QTextDocument>
 #include <QTextDocumentFragment>
 
+#include <algorithm>
+
 namespace quillo {
 
-EntryViewTextView::EntryViewTextView(QWidget* parent) : QPlainTextEdit(parent) {
-  setAcceptDrops(false);
-  viewport()->setAcceptDrops(false);
+using namespace Qt::StringLiterals;
+
+void EntryViewTextView::initialize() {
+  UserDefaults::standardUserDefaults().registerDefaults({{Key::editorSpellCheckEnabled, true},
+                                                         {Key::editorGrammarCheckEnabled, false},
+                                                         {Key::editorCorrectSpellingEnabled, true}});
+}
+
+EntryViewTextView::EntryViewTextView(QWidget* parent)
+    : QPlainTextEdit(parent), m_completer(std::make_unique<HashtagCompleter>(*this)) {
+  initialize();
+  acceptableDragTypes();
   setFrameShape(NoFrame);
   // Tab leads on to the buttons.
   setTabChangesFocus(true);
@@ -23,6 +44,117 @@ EntryViewTextView::EntryViewTextView(QWidget* parent) : QPlainTextEdit(parent) {
   setPalette(clear);
   viewport()->setAutoFillBackground(false);
   connect(this, &QPlainTextEdit::textChanged, this, &EntryViewTextView::contentsChanged);
+  connect(this, &QPlainTextEdit::cursorPositionChanged, this, &EntryViewTextView::caretDidMove);
+  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
+    m_completer->textDidScroll();
+    if (m_grammar) m_grammar->somethingToReview();
+  });
+}
+
+EntryViewTextView::~EntryViewTextView() {
+  stopObservingPrefChanges();
+}
+
+void EntryViewTextView::awakeFromNib() {
+  if (m_isAwake) return;
+  m_isAwake = true;
+  // Through the setters, which write what they read back: wanted so.
+  UserDefaults& defaults = UserDefaults::standardUserDefaults();
+  if (defaults.objectForKey(Key::editorSpellCheckEnabled))
+    setContinuousSpellCheckingEnabled(defaults.boolForKey(Key::editorSpellCheckEnabled));
+  if (defaults.objectForKey(Key::editorGrammarCheckEnabled))
+    setGrammarCheckingEnabled(defaults.boolForKey(Key::editorGrammarCheckEnabled));
+  if (defaults.objectForKey(Key::editorCorrectSpellingEnabled))
+    setAutomaticSpellingCorrectionEnabled(defaults.boolForKey(Key::editorCorrectSpellingEnabled));
+  startObservingPrefChanges();
+}
+
+void EntryViewTextView::startObservingPrefChanges() {
+  NotificationCenter::localCenter().addObserver(this, Notice::spellingAndGrammarSettingsDidChange,
+                                                [this](const Notification&) { prefsChanged(); });
+}
+
+void EntryViewTextView::stopObservingPrefChanges() {
+  NotificationCenter::localCenter().removeObserver(this, Notice::spellingAndGrammarSettingsDidChange);
+}
+
+void EntryViewTextView::prefsChanged() {
+  const UserDefaults& defaults = UserDefaults::standardUserDefaults();
+  m_checksSpelling = defaults.boolForKey(Key::editorSpellCheckEnabled);
+  m_checksGrammar = defaults.boolForKey(Key::editorGrammarCheckEnabled);
+  m_correctsSpelling = defaults.boolForKey(Key::editorCorrectSpellingEnabled);
+  applySwitches();
+}
+
+void EntryViewTextView::setContinuousSpellCheckingEnabled(bool enabled) {
+  m_checksSpelling = enabled;
+  applySwitches();
+  UserDefaults::standardUserDefaults().setBoolForKey(enabled, Key::editorSpellCheckEnabled);
+}
+
+void EntryViewTextView::setGrammarCheckingEnabled(bool enabled) {
+  m_checksGrammar = enabled;
+  applySwitches();
+  UserDefaults::standardUserDefaults().setBoolForKey(enabled, Key::editorGrammarCheckEnabled);
+}
+
+void EntryViewTextView::setAutomaticSpellingCorrectionEnabled(bool enabled) {
+  m_correctsSpelling = enabled;
+  UserDefaults::standardUserDefaults().setBoolForKey(enabled, Key::editorCorrectSpellingEnabled);
+}
+
+void EntryViewTextView::applySwitches() {
+  if (m_highlighter) m_highlighter->setSpellingEnabled(m_checksSpelling);
+  if (m_grammar) m_grammar->setEnabled(m_checksGrammar);
+}
+
+void EntryViewTextView::setSpellChecker(SpellChecker& checker) {
+  m_checker = &checker;
+}
+
+SpellingHighlighter& EntryViewTextView::ensureHighlighter() {
+  if (!m_highlighter) {
+    if (!m_checker) m_checker = &SpellChecker::sharedChecker();
+    m_highlighter = new SpellingHighlighter(
+        *document(), *m_checker, {[this] { return visibleBlocks(); }, [this] { return textCursor().position(); }});
+    m_correction = std::make_unique<AutomaticCorrection>(*this, *m_checker);
+    applySwitches();
+  }
+  return *m_highlighter;
+}
+
+GrammarReviewer& EntryViewTextView::grammarReviewer() {
+  if (!m_grammar) {
+    m_grammar = std::make_unique<GrammarReviewer>(
+        ensureHighlighter(), [this] { return visibleBlocks(); }, nullptr);
+    applySwitches();
+  }
+  return *m_grammar;
+}
+
+// At a key press, and not before: showing the window is not to wait for a dictionary.
+void EntryViewTextView::beginChecking() {
+  if (m_checksSpelling || m_correctsSpelling) {
+    ensureHighlighter();
+    m_checker->load();
+  }
+  if (m_checksGrammar) grammarReviewer();
+}
+
+QList<QTextBlock> EntryViewTextView::visibleBlocks() const {
+  QList<QTextBlock> blocks;
+  // A paragraph is at least one line high, so that the height of the view bounds their number.
+  for (QTextBlock block = firstVisibleBlock(); block.isValid(); block = block.next()) {
+    if (blockBoundingGeometry(block).translated(contentOffset()).top() > viewport()->height()) break;
+    blocks << block;
+  }
+  return blocks;
+}
+
+QStringList EntryViewTextView::acceptableDragTypes() {
+  setAcceptDrops(false);
+  viewport()->setAcceptDrops(false);
+  return {u"text/plain"_s, u"text/html"_s};
 }
 
 QString EntryViewTextView::string() const {
@@ -49,11 +181,18 @@ void EntryViewTextView::setTextContainerInset(QSizeF inset) {
 
 void EntryViewTextView::contentsChanged() {
   if (m_isSettingString) return;
-  // The toolkit also tells of underlines, and of text that an input method has not committed yet.
+  // The toolkit also tells of text that an input method has not committed yet.
   QString now = string();
   if (now == m_lastString) return;
   m_lastString = std::move(now);
+  if (m_correction) m_correction->textDidChange();
+  if (m_grammar) m_grammar->somethingToReview();
   Q_EMIT textDidChange();
+}
+
+void EntryViewTextView::caretDidMove() {
+  if (m_highlighter && m_highlighter->typingPosition() != textCursor().position()) m_highlighter->endTyping();
+  m_completer->caretDidMove();
 }
 
 bool EntryViewTextView::canInsertFromMimeData(const QMimeData* source) const {
@@ -64,6 +203,57 @@ void EntryViewTextView::insertFromMimeData(const QMimeData* source) {
   // Some programs offer formatted text only.
   insertPlainText(source->hasText() ? source->text() : QTextDocumentFragment::fromHtml(source->html()).toPlainText());
   ensureCursorVisible();
+}
+
+// Replaced as one undo step that nothing typed before or after joins.
+void EntryViewTextView::replaceCharacters(TextRange range, const QString& text) {
+  QTextCursor caret = textCursor();
+  QTextCursor cursor(document());
+  cursor.setPosition(static_cast<int>(range.location));
+  cursor.setPosition(static_cast<int>(range.end()), QTextCursor::KeepAnchor);
+  caret.beginEditBlock();
+  cursor.insertText(text);
+  caret.endEditBlock();
+  document()->setModified(false);
+}
+
+void EntryViewTextView::surroundSelectionWithString(const QString& marker) {
+  if (isReadOnly()) return;
+  const QTextCursor selection = textCursor();
+  replaceCharacters(TextRange::between(selection.selectionStart(), selection.selectionEnd()),
+                    marker + selection.selectedText() + marker);
+}
+
+bool EntryViewTextView::canFormatSelection() const {
+  return UserDefaults::standardUserDefaults().boolForKey(Key::markdownEnabled) && textCursor().hasSelection();
+}
+
+void EntryViewTextView::setCompletionSource(std::function<QStringList()> source) {
+  m_completer->setSource(std::move(source));
+}
+
+TextRange EntryViewTextView::currentWordRangeForCursorLocation(qsizetype location) const {
+  // Words do not reach over the ends of a paragraph, so that the rest of a long text need not be looked at.
+  const auto within = static_cast<int>(std::clamp(location, qsizetype{0}, qsizetype{document()->characterCount()} - 1));
+  const QTextBlock block = document()->findBlock(within);
+  TextRange range = rangeBetweenSpaces(block.text(), within - block.position());
+  range.location += block.position();
+  return range;
+}
+
+TextRange EntryViewTextView::rangeForUserCompletion() const {
+  const QTextCursor caret = textCursor();
+  // The base class completes nothing.
+  if (caret.hasSelection() || document()->isEmpty()) return TextRange::nowhere();
+  const TextRange word = currentWordRangeForCursorLocation(caret.position());
+  if (word.length == 0 || document()->characterAt(static_cast<int>(word.location)) != u'#') return TextRange::nowhere();
+  return word.end() == caret.position() ? word : TextRange::nowhere();
+}
+
+void EntryViewTextView::insertCompletion(const QString& completion, TextRange range, TextMovement /*movement*/,
+                                         bool isFinal) {
+  if (!isFinal || range.isNowhere() || isReadOnly()) return;
+  replaceCharacters(range, completion);
 }
 
 }  // namespace quillo

@@ -1,0 +1,158 @@
+// The view's context menu.
+
+#include "entry/EntryViewTextView.h"
+#include "entry/GrammarReviewer.h"
+#include "entry/SpellChecker.h"
+#include "entry/SpellingHighlighter.h"
+#include "foundation/Bundle.h"
+
+#include <QAction>
+#include <QContextMenuEvent>
+#include <QMenu>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype mostGuesses = 5;
+constexpr auto boldCommand = "makeSelectionBold"_L1;
+constexpr auto italicCommand = "makeSelectionItalic"_L1;
+
+QString localized(const QString& text) {
+  return Bundle::mainBundle().localizedStringForKey(text);
+}
+
+// A text of the user's or a server's, for which "&" is no mnemonic.
+QString asTitle(QString text) {
+  return text.replace(u'&', u"&&"_s);
+}
+
+QAction* insertItem(QMenu& menu, QAction* before, const QString& title) {
+  auto* item = new QAction(title, &menu);
+  menu.insertAction(before, item);
+  return item;
+}
+
+void insertNote(QMenu& menu, QAction* before, const QString& title) {
+  insertItem(menu, before, title)->setEnabled(false);
+}
+
+QFont boldFont(const QMenu& menu) {
+  QFont font = menu.font();
+  font.setBold(true);
+  return font;
+}
+
+}  // namespace
+
+std::unique_ptr<QMenu> EntryViewTextView::menuForEvent(const QContextMenuEvent& event) {
+  std::unique_ptr<QMenu> menu(createStandardContextMenu(event.pos()));
+  const bool atCaret = event.reason() == QContextMenuEvent::Keyboard;
+  addGuessesToMenu(*menu, atCaret ? textCursor().position() : cursorForPosition(event.pos()).position());
+  addSpellingSubmenuToMenu(*menu);
+  addFormatSubmenuToMenu(*menu);
+  removeLayoutFromMenu(*menu);
+  return menu;
+}
+
+void EntryViewTextView::addGuessesToMenu(QMenu& menu, int position) {
+  if (!m_highlighter) return;
+  QAction* before = menu.actions().value(0);
+  if (const auto word = m_highlighter->misspellingAt(position)) {
+    addMisspellingToMenu(menu, before, *word);
+    menu.insertSeparator(before);
+  }
+  const auto issue = m_highlighter->issueAt(position);
+  if (!issue) return;
+  insertNote(menu, before, asTitle(fontMetrics().elidedText(issue->message, Qt::ElideRight, 420)));
+  for (const QString& replacement : issue->replacements) {
+    QAction* item = insertItem(menu, before, asTitle(replacement));
+    item->setFont(boldFont(menu));
+    connect(item, &QAction::triggered, this,
+            [this, range = issue->range, replacement] { replaceCharacters(range, replacement); });
+  }
+  menu.insertSeparator(before);
+}
+
+void EntryViewTextView::addMisspellingToMenu(QMenu& menu, QAction* before, TextRange range) {
+  QTextCursor cursor(document());
+  cursor.setPosition(static_cast<int>(range.location));
+  cursor.setPosition(static_cast<int>(range.end()), QTextCursor::KeepAnchor);
+  const QString word = cursor.selectedText();
+  const QStringList guesses = m_checker->suggestions(word, mostGuesses);
+  if (guesses.isEmpty()) insertNote(menu, before, localized(u"No Guesses Found"_s));
+  for (const QString& guess : guesses) {
+    QAction* item = insertItem(menu, before, asTitle(guess));
+    item->setFont(boldFont(menu));
+    connect(item, &QAction::triggered, this, [this, range, guess] { replaceCharacters(range, guess); });
+  }
+  menu.insertSeparator(before);
+  connect(insertItem(menu, before, localized(u"Ignore Spelling"_s)), &QAction::triggered, this,
+          [this, word] { m_checker->ignoreSpelling(word); });
+  connect(insertItem(menu, before, localized(u"Learn Spelling"_s)), &QAction::triggered, this,
+          [this, word] { m_checker->learnSpelling(word); });
+}
+
+void EntryViewTextView::addSpellingSubmenuToMenu(QMenu& menu) {
+  menu.addSeparator();
+  QMenu* submenu = menu.addMenu(localized(u"Spelling and Grammar"_s));
+  const auto addSwitch = [&](const QString& title, bool on, void (EntryViewTextView::*set)(bool)) {
+    QAction* item = submenu->addAction(localized(title));
+    item->setCheckable(true);
+    item->setChecked(on);
+    connect(item, &QAction::toggled, this, [this, set](bool checked) {
+      (this->*set)(checked);
+      beginChecking();
+    });
+    return item;
+  };
+  const bool hasDictionary = !m_checker || m_checker->state() != SpellChecker::State::NoDictionary;
+  addSwitch(u"Check Spelling While Typing"_s, m_checksSpelling, &EntryViewTextView::setContinuousSpellCheckingEnabled)
+      ->setEnabled(hasDictionary);
+  QAction* grammar =
+      addSwitch(u"Check Grammar With Spelling"_s, m_checksGrammar, &EntryViewTextView::setGrammarCheckingEnabled);
+  addSwitch(u"Correct Spelling Automatically"_s, m_correctsSpelling,
+            &EntryViewTextView::setAutomaticSpellingCorrectionEnabled)
+      ->setEnabled(hasDictionary);
+
+  // Whether there is a server is asked now; the answer may well come while the menu is open.
+  GrammarClient& client = grammarReviewer().client();
+  const auto follow = [grammar, &client] {
+    grammar->setEnabled(client.availability() == GrammarClient::Availability::Available);
+  };
+  connect(&client, &GrammarClient::availabilityDidChange, grammar, follow);
+  follow();
+  client.probe();
+}
+
+void EntryViewTextView::addFormatSubmenuToMenu(QMenu& menu) {
+  QMenu* submenu = menu.addMenu(localized(u"Format"_s));
+  const auto addCommand = [&](QLatin1StringView name, const QString& title, const QKeySequence& key) {
+    QAction* item = submenu->addAction(localized(title));
+    item->setObjectName(name);
+    // Shown only; the view deals with the key itself, since the menu is not always there.
+    item->setShortcut(key);
+    item->setShortcutContext(Qt::WidgetShortcut);
+    item->setEnabled(validateMenuItem(*item));
+    return item;
+  };
+  connect(addCommand(boldCommand, u"Bold"_s, Qt::CTRL | Qt::Key_B), &QAction::triggered, this,
+          &EntryViewTextView::makeSelectionBold);
+  connect(addCommand(italicCommand, u"Italic"_s, Qt::CTRL | Qt::Key_I), &QAction::triggered, this,
+          &EntryViewTextView::makeSelectionItalic);
+}
+
+void EntryViewTextView::removeLayoutFromMenu(QMenu& menu) {
+  const QString title = localized(u"Layout Orientation"_s);
+  for (QAction* item : menu.actions())
+    if (item->text() == title) menu.removeAction(item);
+}
+
+bool EntryViewTextView::validateMenuItem(const QAction& item) const {
+  if (item.objectName() == boldCommand || item.objectName() == italicCommand) return canFormatSelection();
+  return item.isEnabled();
+}
+
+}  // namespace quillo

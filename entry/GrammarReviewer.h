@@ -1,0 +1,43 @@
+#pragma once
+
+#include "entry/GrammarClient.h"
+
+#include <QObject>
+#include <QTextBlock>
+#include <QTimer>
+
+#include <functional>
+
+namespace quillo {
+
+class SpellingHighlighter;
+
+// Has the grammar of the paragraphs on the screen looked at, one after the other, when the user pauses. Without a
+// server it tries once and then rests until the user comes back to the text or asks for the menu.
+class GrammarReviewer : public QObject {
+  Q_OBJECT
+
+ public:
+  // The highlighter shows the issues; it must outlive the reviewer.
+  GrammarReviewer(SpellingHighlighter& highlighter, std::function<QList<QTextBlock>()> visibleBlocks, QObject* parent);
+
+  [[nodiscard]] GrammarClient& client() { return m_client; }
+
+  void setEnabled(bool enabled);
+  // The text changed, or other paragraphs came onto the screen.
+  void somethingToReview();
+  // The server may have been started meanwhile.
+  void tryAgain();
+
+ private:
+  void reviewNext();
+
+  SpellingHighlighter& m_highlighter;
+  std::function<QList<QTextBlock>()> m_visibleBlocks;
+  GrammarClient m_client;
+  QTimer m_pause;
+  bool m_isEnabled{false};
+  bool m_mayTry{true};
+};
+
+}  // namespace quillo
