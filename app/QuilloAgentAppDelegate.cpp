@@ -12,6 +12,7 @@
 #include "qlcore/QLMixpanelTracker.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QMenu>
 
 namespace quillo {
@@ -35,7 +36,13 @@ QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatfo
     : m_config(config),
       m_platform(std::move(platform)),
       m_reminderAlarm(m_config.groupProperties(), this, [this](ReminderAlarm&) { reminderAlarmFired(); },
-                      {m_platform.clock, m_platform.timers}) {
+                      {m_platform.clock, m_platform.timers}),
+      m_globalShortcut(
+          PTHotKeyCenter::sharedCenter(), *this, [this](PTHotKey& hotKey) { hitHotKey(&hotKey); },
+          [this](const QString& problem) {
+            StatusItem* item = m_statusController ? m_statusController->statusItem() : nullptr;
+            if (item) item->setToolTip(problem.isEmpty() ? u"Quillo"_s : u"Quillo\n"_s + problem);
+          }) {
   buildContextualMenu();
 }
 
@@ -177,8 +184,12 @@ void QuilloAgentAppDelegate::startApplication() {
       reminders.addObserver(*this, RemindersManager::remindersAreEnabledKeyPath, &remindersContext);
   DistributedNotificationCenter::sharedCenter().addObserver(
       this, Notice::journalPackagePathDidChange, [this](const Notification&) { packagePathDidChangeNotification(); });
+  DistributedNotificationCenter::sharedCenter().addObserver(
+      this, Notice::menuBarEntryShortcutDidChange,
+      [this](const Notification&) { entryShortcutDidChangeNotification(); });
 
   if (reminders.remindersAreEnabled()) m_reminderAlarm.start();
+  resetGlobalShortcut();
 
   QLMixpanelTracker::setTrackingEnabled(m_config.sendUsageData());
   static_cast<void>(QLMixpanelTracker::sharedInstance());
@@ -216,6 +227,27 @@ void QuilloAgentAppDelegate::packagePathDidChangeNotification() {
   resolveJournalFileAccess();
   reloadEntryWindow();
   m_statusController->setEntryWindowController(m_entryWindowController);
+}
+
+void QuilloAgentAppDelegate::hitHotKey(PTHotKey*) {
+  if (!m_statusController) return;
+  // An open menu of this program would lie over the window, and have its keyboard. A menu in a menu is the most there
+  // is; the bound is for one that does not close.
+  for (int depth = 0; depth < 8 && QApplication::activePopupWidget(); ++depth)
+    QApplication::activePopupWidget()->close();
+  if (m_statusController->isShowingEntryWindow())
+    m_statusController->hideEntryWindow();
+  else
+    m_statusController->showEntryWindowInMode(EntryWindowModeStandard);
+}
+
+void QuilloAgentAppDelegate::resetGlobalShortcut() {
+  m_globalShortcut.reset(m_config.groupProperties());
+}
+
+void QuilloAgentAppDelegate::entryShortcutDidChangeNotification() {
+  if (PersistentPropertyList* list = m_config.groupProperties()) list->synchronize();
+  resetGlobalShortcut();
 }
 
 void QuilloAgentAppDelegate::applicationWillTerminate() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/CrashReportManager.h"
+#include "app/GlobalShortcut.h"
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
 #include "entry/AlertSheet.h"
@@ -77,6 +78,11 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   // ignored.
   void observeValueForKeyPath(const QString& keyPath, KeyValueObservable& object, const void* context) override;
 
+  // What the hot key does: shows the entry window, or hides it. The hot key itself does not matter, and may be null.
+  void hitHotKey(PTHotKey* hotKey);
+  // Registers the hot key that the settings have now, in place of the one before.
+  void resetGlobalShortcut();
+
   bool launchMainApp();
   void contextualMenuItemClicked(int tag);
   // Retitles the item as needed; answers whether it is enabled.
@@ -85,6 +91,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   [[nodiscard]] QMenu& contextualMenu() { return *m_contextualMenu; }
   [[nodiscard]] QLXAStatusBarController* statusController() { return m_statusController.get(); }
   [[nodiscard]] AgentEntryWindowController* entryWindowController() { return m_entryWindowController.get(); }
+  [[nodiscard]] const PTHotKey* globalHotKey() const { return m_globalShortcut.hotKey().get(); }
   [[nodiscard]] ReminderAlarm& reminderAlarm() { return m_reminderAlarm; }
 
  private:
@@ -93,6 +100,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   void reloadEntryWindow();
   void startApplication();
   void packagePathDidChangeNotification();
+  void entryShortcutDidChangeNotification();
   void toggleReminders();
   [[nodiscard]] QString nextReminderText() const;
 
@@ -107,6 +115,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   std::unique_ptr<QMenu> m_contextualMenu;
   std::shared_ptr<AgentEntryWindowController> m_entryWindowController;
   std::unique_ptr<QLXAStatusBarController> m_statusController;
+  GlobalShortcut m_globalShortcut;
 };
 
 }  // namespace quillo
