@@ -12,6 +12,7 @@
 #include "qlcore/QLMixpanelTracker.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QMenu>
 
 namespace quillo {
@@ -35,7 +36,13 @@ QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatfo
     : m_config(config),
       m_platform(std::move(platform)),
       m_reminderAlarm([this] { return m_config.groupProperties(); }, this,
-                      [this](ReminderAlarm&) { reminderAlarmFired(); }, {m_platform.clock, m_platform.timers}) {
+                      [this](ReminderAlarm&) { reminderAlarmFired(); }, {m_platform.clock, m_platform.timers}),
+      m_globalShortcut(
+          PTHotKeyCenter::sharedCenter(), *this, [this](PTHotKey& hotKey) { hitHotKey(&hotKey); },
+          [this](const QString& problem) {
+            m_shortcutProblem = problem;
+            if (m_statusController) m_statusController->updateToolTip();
+          }) {
   buildContextualMenu();
 }
 
@@ -83,6 +90,12 @@ QString QuilloAgentAppDelegate::nextReminderText() const {
   const auto date = m_reminderAlarm.nextAlarmDate();
   // Reminders are on and none could be calculated: the line ends in the text of a missing object. It is wanted so.
   return date ? relativeDateText(*date, Calendar::currentCalendar()) : u"(null)"_s;
+}
+
+QString QuilloAgentAppDelegate::toolTip() const {
+  const bool remind = RemindersManager::sharedManager().remindersAreEnabled() && m_reminderAlarm.nextAlarmDate();
+  const QString text = remind ? u"Next Reminder: "_s + nextReminderText() : u"Quillo"_s;
+  return m_shortcutProblem.isEmpty() ? text : text + u'\n' + m_shortcutProblem;
 }
 
 void QuilloAgentAppDelegate::toggleReminders() {
@@ -170,6 +183,7 @@ void QuilloAgentAppDelegate::startApplication() {
   // The menu goes first: the status item takes over the controller's copy of it, which sorts the clicks.
   m_statusController->setContextualMenu(m_contextualMenu.get());
   m_statusController->setStatusItem(m_platform.makeStatusItem());
+  m_statusController->setToolTip([this] { return toolTip(); });
   m_statusController->setEntryWindowController(m_entryWindowController);
 
   RemindersManager& reminders = RemindersManager::sharedManager();
@@ -177,11 +191,15 @@ void QuilloAgentAppDelegate::startApplication() {
       reminders.addObserver(*this, RemindersManager::remindersAreEnabledKeyPath, &remindersContext);
   DistributedNotificationCenter::sharedCenter().addObserver(
       this, Notice::journalPackagePathDidChange, [this](const Notification&) { packagePathDidChangeNotification(); });
+  DistributedNotificationCenter::sharedCenter().addObserver(
+      this, Notice::menuBarEntryShortcutDidChange,
+      [this](const Notification&) { entryShortcutDidChangeNotification(); });
 
   if (reminders.remindersAreEnabled())
     m_reminderAlarm.start();
   else if (!m_config.groupProperties())
     startAlarmOnceSettingsAreReadable();
+  resetGlobalShortcut();
 
   QLMixpanelTracker::setTrackingEnabled(m_config.sendUsageData());
   static_cast<void>(QLMixpanelTracker::sharedInstance());
@@ -231,6 +249,27 @@ void QuilloAgentAppDelegate::packagePathDidChangeNotification() {
   resolveJournalFileAccess();
   reloadEntryWindow();
   m_statusController->setEntryWindowController(m_entryWindowController);
+}
+
+void QuilloAgentAppDelegate::hitHotKey(PTHotKey*) {
+  if (!m_statusController) return;
+  // An open menu of this program would lie over the window, and have its keyboard. A menu in a menu is the most there
+  // is; the bound is for one that does not close.
+  for (int depth = 0; depth < 8 && QApplication::activePopupWidget(); ++depth)
+    QApplication::activePopupWidget()->close();
+  if (m_statusController->isShowingEntryWindow())
+    m_statusController->hideEntryWindow();
+  else
+    m_statusController->showEntryWindowInMode(EntryWindowModeStandard);
+}
+
+void QuilloAgentAppDelegate::resetGlobalShortcut() {
+  m_globalShortcut.reset(m_config.groupProperties());
+}
+
+void QuilloAgentAppDelegate::entryShortcutDidChangeNotification() {
+  if (PersistentPropertyList* list = m_config.groupProperties()) list->synchronize();
+  resetGlobalShortcut();
 }
 
 void QuilloAgentAppDelegate::applicationWillTerminate() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/CrashReportManager.h"
+#include "app/GlobalShortcut.h"
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
 #include "entry/AlertSheet.h"
@@ -85,6 +86,11 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   // ignored.
   void observeValueForKeyPath(const QString& keyPath, KeyValueObservable& object, const void* context) override;
 
+  // What the hot key does: shows the entry window, or hides it. The hot key itself does not matter, and may be null.
+  void hitHotKey(PTHotKey* hotKey);
+  // Registers the hot key that the settings have now, in place of the one before.
+  void resetGlobalShortcut();
+
   bool launchMainApp();
   void contextualMenuItemClicked(int tag);
   // Retitles the item as needed; answers whether it is enabled.
@@ -93,6 +99,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   [[nodiscard]] QMenu& contextualMenu() { return *m_contextualMenu; }
   [[nodiscard]] QLXAStatusBarController* statusController() { return m_statusController.get(); }
   [[nodiscard]] AgentEntryWindowController* entryWindowController() { return m_entryWindowController.get(); }
+  [[nodiscard]] const PTHotKey* globalHotKey() const { return m_globalShortcut.hotKey().get(); }
   [[nodiscard]] ReminderAlarm& reminderAlarm() { return m_reminderAlarm; }
 
  private:
@@ -101,10 +108,12 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   void reloadEntryWindow();
   void startApplication();
   void packagePathDidChangeNotification();
+  void entryShortcutDidChangeNotification();
   void toggleReminders();
   // For a start with settings that could not be read: reminders count as off until a notice of the other application.
   void startAlarmOnceSettingsAreReadable();
   [[nodiscard]] QString nextReminderText() const;
+  [[nodiscard]] QString toolTip() const;
 
   // The window's size in points. Nothing reads it: it is kept as the declared default.
   [[maybe_unused]] QSizeF m_entryWindowSize{328.0, 268.0};
@@ -119,6 +128,9 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   std::unique_ptr<QMenu> m_contextualMenu;
   std::shared_ptr<AgentEntryWindowController> m_entryWindowController;
   std::unique_ptr<QLXAStatusBarController> m_statusController;
+  // Why the shortcut does not work; empty when it does.
+  QString m_shortcutProblem;
+  GlobalShortcut m_globalShortcut;
 };
 
 }  // namespace quillo

@@ -1,5 +1,6 @@
 #include "foundation/PropertyListValue.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <ostream>
@@ -193,6 +194,17 @@ quint64 PropertyListValue::unsignedIntegerValue() const {
   if (const auto* value = std::get_if<double>(&m_value); value && *value >= twoTo63)
     return *value >= twoTo64 ? std::numeric_limits<quint64>::max() : static_cast<quint64>(*value);
   return static_cast<quint64>(integerValue());
+}
+
+qint32 PropertyListValue::intValue() const {
+  if (isBool() || isInteger()) return static_cast<qint32>(unsignedIntegerValue());
+  return static_cast<qint32>(
+      std::clamp<qint64>(integerValue(), std::numeric_limits<qint32>::min(), std::numeric_limits<qint32>::max()));
+}
+
+quint32 PropertyListValue::unsignedIntValue() const {
+  if (isBool() || isInteger()) return static_cast<quint32>(unsignedIntegerValue());
+  return static_cast<quint32>(std::clamp<qint64>(integerValue(), 0, std::numeric_limits<quint32>::max()));
 }
 
 double PropertyListValue::doubleValue() const {

@@ -74,6 +74,9 @@ class PropertyListValue {
   [[nodiscard]] qint64 integerValue() const;
   // As integerValue, with the bits of an unsigned 64-bit integer kept; negative numbers wrap.
   [[nodiscard]] quint64 unsignedIntegerValue() const;
+  // The same in 32 bits: of an integer the low ones, while strings and reals stop at the nearest limit.
+  [[nodiscard]] qint32 intValue() const;
+  [[nodiscard]] quint32 unsignedIntValue() const;
   [[nodiscard]] double doubleValue() const;
 
   // By value across the number kinds (true == 1 == 1.0), never across a number and a string.

@@ -19,6 +19,8 @@ struct Context {
   QuilloConfig& config;
   // Broadcasts the name to the other processes.
   std::function<void(QLatin1StringView name)> post;
+  // Does in the running agent what its shortcut does. False, with the reason, when none took the request.
+  std::function<bool(QString* reason)> toggleAgent;
   bool json{false};
 };
 
@@ -40,6 +42,8 @@ void addSettingsCommand(CLI::App& program, Action& action);
 void addJournalCommand(CLI::App& program, Action& action);
 void addEntryCommand(CLI::App& program, Action& action);
 void addReminderCommand(CLI::App& program, Action& action);
+void addShortcutCommand(CLI::App& program, Action& action);
+void addAgentCommand(CLI::App& program, Action& action);
 void addPostCommand(CLI::App& program, Action& action);
 
 }  // namespace quillo::ctl

@@ -1,9 +1,12 @@
 // The composition root of quilloctl: the main application's side of the shared settings, from a terminal.
 
+#include "PTHotKey/PTKeyCodeTranslator.h"
 #include "config/Keys.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
+#include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
+#include "platform/linux/XkbKeyboardLayouts.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 
@@ -16,6 +19,21 @@
 
 using namespace quillo;
 using namespace Qt::StringLiterals;
+
+namespace {
+
+bool toggleAgent(QString* reason) {
+  SessionBusApplications applications;
+  const auto agents = applications.running(Identifier::agent);
+  if (agents.isEmpty()) {
+    *reason = u"no agent is running in this session"_s;
+    return false;
+  }
+  // A new one ends those before it: the last is the one that stays.
+  return applications.toggle(agents.last(), reason);
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   // What we make is for the user alone.
@@ -35,6 +53,8 @@ int main(int argc, char** argv) {
   ctl::addJournalCommand(program, action);
   ctl::addEntryCommand(program, action);
   ctl::addReminderCommand(program, action);
+  ctl::addShortcutCommand(program, action);
+  ctl::addAgentCommand(program, action);
   ctl::addPostCommand(program, action);
   try {
     program.parse(argc, argv);
@@ -52,6 +72,9 @@ int main(int argc, char** argv) {
 
   QuilloConfig& config = QuilloConfig::sharedConfig();
   QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
+  // Asks for the keyboard only when a key is to be named.
+  XkbKeyboardLayouts keyboardLayouts;
+  PTKeyCodeTranslator::setKeyboardLayouts(&keyboardLayouts);
   std::unique_ptr<SessionBusNotifications> bus;
   ctl::Context context{config,
                        [&bus](QLatin1StringView name) {
@@ -62,8 +85,9 @@ int main(int argc, char** argv) {
                          }
                          DistributedNotificationCenter::sharedCenter().postNotification(name);
                        },
-                       json};
+                       toggleAgent, json};
   const int code = action(context);
+  PTKeyCodeTranslator::setKeyboardLayouts(nullptr);
   DistributedNotificationCenter::sharedCenter().setTransport(nullptr);
   return code;
 }

@@ -1,5 +1,7 @@
 // The composition root of the agent: the one place that names the real services of the desktop.
 
+#include "PTHotKey/PTHotKeyCenter.h"
+#include "PTHotKey/PTKeyCodeTranslator.h"
 #include "app/LoggingSetup.h"
 #include "app/LoginItem.h"
 #include "app/QuilloAgentAppDelegate.h"
@@ -9,7 +11,6 @@
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/Log.h"
 #include "platform/linux/LinuxSystemEvents.h"
-#include "platform/linux/desktop/RawButtonPresses.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/SystemClock.h"
@@ -17,7 +18,10 @@
 #include "platform/linux/WallClockTimer.h"
 #include "platform/linux/XdgLoginItems.h"
 #include "platform/linux/XdgWorkspace.h"
+#include "platform/linux/XkbKeyboardLayouts.h"
+#include "platform/linux/desktop/DesktopHotKeys.h"
 #include "platform/linux/desktop/Display.h"
+#include "platform/linux/desktop/RawButtonPresses.h"
 #include "platform/linux/desktop/TrayStatusItem.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/services/QLLocationManager.h"
@@ -118,6 +122,10 @@ int main(int argc, char** argv) {
   LoginItem::setSharedServices({&loginItems, &runningApplications});
   const SystemClock clock;
   WallClockTimerFactory timers(clock);
+  XkbKeyboardLayouts keyboardLayouts;
+  PTKeyCodeTranslator::setKeyboardLayouts(&keyboardLayouts);
+  const auto hotKeys = hotKeysOfDesktop(u"Write a journal entry"_s, keyboardLayouts);
+  PTHotKeyCenter::sharedCenter().setPlatform(hotKeys.get());
 
   RawButtonPresses outsideClicks;
   QLWeatherManager weather(clock);
@@ -130,13 +138,17 @@ int main(int argc, char** argv) {
                  [] { QApplication::exit(); }});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      [&delegate] { delegate.applicationWillTerminate(); });
+    runningApplications.setOnToggle([&delegate] { delegate.hitHotKey(nullptr); });
     delegate.applicationWillFinishLaunching();
     delegate.applicationDidFinishLaunching();
     // After the icon: nothing of the system has to be listened to for showing it.
     LinuxSystemEvents events;
     postSystemNotices(events, NotificationCenter::localCenter(), NotificationCenter::workspaceCenter());
     code = QApplication::exec();
+    runningApplications.setOnToggle(nullptr);
   }
+  PTHotKeyCenter::sharedCenter().setPlatform(nullptr);
+  PTKeyCodeTranslator::setKeyboardLayouts(nullptr);
   DistributedNotificationCenter::sharedCenter().setTransport(nullptr);
   closeLog();
   return code;

@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QRegularExpression>
 
+#include <unistd.h>
+
 #include <algorithm>
 
 namespace quillo {
@@ -14,6 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype longestBusName = 255;
+constexpr int toggleMilliseconds = 3000;
 
 const QString path = u"/com/quilloapp/Application"_s;
 const QString interface = u"com.quilloapp.Application"_s;
@@ -109,6 +112,38 @@ void SessionBusApplications::Terminate() {
         m_terminating = false;
         // A copy, as the callback may register another.
         if (const auto onTerminate = m_onTerminate) onTerminate();
+      },
+      Qt::QueuedConnection);
+}
+
+bool SessionBusApplications::toggle(const RunningApplication& application, QString* reason) {
+  const auto name = busNameOfApplication(application);
+  if (!name || !m_bus.connect()) {
+    *reason = u"there is no session bus"_s;
+    return false;
+  }
+  auto call = QDBusMessage::createMethodCall(*name, path, interface, u"Toggle"_s);
+  call.setAutoStartService(false);
+  const QDBusMessage reply = m_bus.connection().call(call, QDBus::Block, toggleMilliseconds);
+  if (reply.type() == QDBusMessage::ReplyMessage) return true;
+  *reason = reply.errorMessage();
+  return false;
+}
+
+bool SessionBusApplications::calledByOwnUser() {
+  const auto user = m_bus.askBus(u"GetConnectionUnixUser"_s, {message().service()});
+  return user && user->toUInt() == ::getuid();
+}
+
+void SessionBusApplications::Toggle() {
+  // A bus may be open to others, such as the administrator.
+  if (!calledByOwnUser()) return sendErrorReply(QDBusError::AccessDenied, u"it takes requests of its own user only"_s);
+  if (!m_onToggle) return sendErrorReply(QDBusError::NotSupported, u"it has nothing to toggle"_s);
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        // A copy, as the callback may set another.
+        if (const auto onToggle = m_onToggle) onToggle();
       },
       Qt::QueuedConnection);
 }

@@ -3,6 +3,7 @@
 #include "platform/RunningApplications.h"
 #include "platform/linux/SessionBus.h"
 
+#include <QDBusContext>
 #include <QObject>
 
 #include <optional>
@@ -16,8 +17,9 @@ namespace quillo {
 [[nodiscard]] std::optional<RunningApplication> applicationOfBusName(const QString& name,
                                                                      const QString& bundleIdentifier);
 
-// Every process owns a name on the session bus, and answers a Terminate call there. Needs a QCoreApplication.
-class SessionBusApplications final : public QObject, public RunningApplications {
+// Every process owns a name on the session bus, and answers a Terminate call there; one that can be toggled answers a
+// Toggle call, too, of the user's own programs. Needs a QCoreApplication.
+class SessionBusApplications final : public QObject, public RunningApplications, protected QDBusContext {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "com.quilloapp.Application")
 
@@ -29,13 +31,21 @@ class SessionBusApplications final : public QObject, public RunningApplications 
   bool terminate(const RunningApplication& application) override;
   [[nodiscard]] qint64 currentProcessIdentifier() const override;
 
+  // What a Toggle call of another process does, from the event loop, after the caller has its answer.
+  void setOnToggle(std::function<void()> onToggle) { m_onToggle = std::move(onToggle); }
+  // Asks a process to toggle, and waits for its answer. False, with the reason, when it did not take the request.
+  bool toggle(const RunningApplication& application, QString* reason);
+
   // Called over the bus.
   Q_SCRIPTABLE Q_INVOKABLE void Terminate();
+  Q_SCRIPTABLE Q_INVOKABLE void Toggle();
 
  private:
   bool claim(QDBusConnection& connection);
+  [[nodiscard]] bool calledByOwnUser();
 
   std::function<void()> m_onTerminate;
+  std::function<void()> m_onToggle;
   QString m_ownName;
   bool m_terminating{false};
   mutable SessionBus m_bus;

@@ -1,0 +1,80 @@
+#include "config/Keys.h"
+#include "quilloctl/Command.h"
+#include "quilloctl/ShortcutText.h"
+
+#include <QJsonObject>
+
+#include <memory>
+
+namespace quillo::ctl {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// What the setting means to the agent; the clear combination where there is none.
+PTKeyCombo::Pointer storedCombo(const PersistentPropertyList& list) {
+  const auto setting = list.dictionaryForKey(Key::menuEntryGlobalShortcut);
+  if (!setting) return PTKeyCombo::clearKeyCombo();
+  return PTKeyCombo::keyComboWithKeyCode(setting->value(u"keyCode"_s, 0).intValue(),
+                                         setting->value(u"modifierFlags"_s, 0).unsignedIntValue());
+}
+
+int show(Context& context) {
+  PersistentPropertyList* list = sharedList(context);
+  if (!list) return Failed;
+  const auto combo = storedCombo(*list);
+  if (!context.json) {
+    print(combo->description());
+  } else if (combo->isClearCombo()) {
+    printJson(QJsonValue());
+  } else {
+    printJson(QJsonObject{{u"keyCode"_s, combo->keyCode()},
+                          {u"modifierFlags"_s, static_cast<qint64>(combo->modifiers())},
+                          {u"text"_s, combo->description()}});
+  }
+  return Done;
+}
+
+int save(Context& context, const std::optional<PropertyListValue>& setting) {
+  PersistentPropertyList* list = sharedList(context);
+  if (!list) return Failed;
+  list->setValueForKey(setting, Key::menuEntryGlobalShortcut);
+  if (!list->dirtyProperties().isEmpty()) return failed(u"the shortcut was not saved"_s);
+  context.post(Notice::menuBarEntryShortcutDidChange);
+  return show(context);
+}
+
+int set(Context& context, const QString& text) {
+  QString reason;
+  const auto combo = keyComboFromText(text, &reason);
+  if (!combo) return failed(reason);
+  return save(context, PropertyListDictionary{{u"keyCode"_s, combo->keyCode()},
+                                              {u"modifierFlags"_s, static_cast<qint64>(combo->modifiers())}});
+}
+
+}  // namespace
+
+void addShortcutCommand(CLI::App& program, Action& action) {
+  CLI::App* shortcut = program.add_subcommand("shortcut", "Show and change the key that opens the entry window");
+  shortcut->require_subcommand(1);
+  shortcut->add_subcommand("show", "Print the shortcut, (None) where there is none")->callback([&action] {
+    action = show;
+  });
+
+  const auto text = std::make_shared<std::string>();
+  CLI::App* setter = shortcut->add_subcommand("set", "Save a shortcut and tell the running agent");
+  setter
+      ->add_option("SHORTCUT", *text,
+                   "Modifiers (cmd, opt, ctrl, shift; cmd is the Super key, opt is Alt) and a key as the keyboard "
+                   "prints it: \"cmd+shift+J\"")
+      ->required();
+  setter->callback(
+      [&action, text] { action = [text](Context& context) { return set(context, QString::fromStdString(*text)); }; });
+
+  shortcut->add_subcommand("clear", "Remove the shortcut and tell the running agent")->callback([&action] {
+    action = [](Context& context) { return save(context, std::nullopt); };
+  });
+}
+
+}  // namespace quillo::ctl

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "PTHotKey/PTKeyCombo.h"
+
+#include <QString>
+
+namespace quillo::ctl {
+
+// The combination that a text such as "cmd+shift+J", "⌘⇧J" or "super+f13" means. Keys are named as the user's keyboard
+// prints them, as the resource of key names has them, or by a common word ("return"). Null, with the reason in one
+// sentence, for anything else, and for a key without a modifier.
+[[nodiscard]] PTKeyCombo::Pointer keyComboFromText(const QString& text, QString* reason);
+
+}  // namespace quillo::ctl
