@@ -40,6 +40,9 @@ static constexpr QPointF inputBoxScaleBottomRight{295, 5};
 static constexpr double settingsButtonFraction = 0.5;
 static constexpr double closeButtonFraction = 0.6;
 static constexpr int fadeMilliseconds = 200;
+// Within which press and release are one click; points from the left and the top together.
+static constexpr int oneClickMilliseconds = 1000;
+static constexpr int oneClickDistance = 6;
 
 static void dimAtRest(HoverButtonCell& cell, double fraction) {
   const ImageRef image = cell.image();
@@ -100,6 +103,8 @@ void AgentEntryWindowController::dressTextView() {
   palette.setColor(QPalette::HighlightedText, textColor);
   textView.setPalette(palette);
   textView.setTextContainerInset(QSizeF(4, 0));
+  textView.awakeFromNib();
+  textView.setCompletionSource([this] { return m_tags.tags(); });
 }
 
 void AgentEntryWindowController::connectControls() {
@@ -195,7 +200,15 @@ void AgentEntryWindowController::removeWindowDismissalMonitors() {
 void AgentEntryWindowController::clickedElsewhere() {
   // A reminder stays until the user acts on it, and an alert until it is answered.
   if (m_currentMode == EntryWindowModeReminder || m_window->hasAttachedSheet()) return;
-  if (!m_window->frame().contains(mouseLocation())) close();
+  if (m_window->frame().contains(mouseLocation())) return;
+  m_sinceDismissal.start();
+  m_dismissedAt = QCursor::pos();
+  close();
+}
+
+bool AgentEntryWindowController::wasJustDismissedHere() const {
+  return m_sinceDismissal.isValid() && m_sinceDismissal.elapsed() < oneClickMilliseconds &&
+         (QCursor::pos() - m_dismissedAt).manhattanLength() <= oneClickDistance;
 }
 
 void AgentEntryWindowController::activationChanged() {
@@ -236,7 +249,11 @@ void AgentEntryWindowController::closeButtonClicked() {
 void AgentEntryWindowController::textDidChange() {
   m_hasUnsavedText = true;
   keepDraftSoon();
-  if (!m_editBeginDate) m_editBeginDate = Date::fromDateTime(QDateTime::currentDateTimeUtc());
+  if (!m_editBeginDate) {
+    m_editBeginDate = Date::fromDateTime(QDateTime::currentDateTimeUtc());
+    // In time for the first hashtag.
+    m_tags.refresh(m_services.config.configuredJournalFileURL());
+  }
   fadeSnoozeRow();
 }
 

@@ -3,12 +3,15 @@
 #include "entry/AgentEntryWindowServices.h"
 #include "entry/EntryDraft.h"
 #include "entry/EntryWindowMode.h"
+#include "entry/JournalTags.h"
 #include "foundation/Date.h"
 #include "foundation/Error.h"
 #include "qlcore/QLWeather.h"
 
 #include <QAbstractAnimation>
+#include <QElapsedTimer>
 #include <QObject>
+#include <QPoint>
 #include <QPointer>
 
 #include <memory>
@@ -58,6 +61,10 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   // Watch for clicks that dismiss the window; a second call of either does nothing.
   void addWindowDismissalMonitors();
   void removeWindowDismissalMonitors();
+
+  // Whether a click at the pointer's place, a moment ago, was taken for one elsewhere and closed the window. A panel
+  // that draws the icon itself tells of a click on it when the button is let go, after its press was seen.
+  [[nodiscard]] bool wasJustDismissedHere() const;
 
   // The snooze row by the unit in which reminders recur.
   void layoutSnoozeButtonsAccordingToUserDefaults();
@@ -128,7 +135,10 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   std::shared_ptr<const QLLocation> m_location;
   std::optional<QLWeather> m_weather;
   std::unique_ptr<Registration> m_globalEventMonitor;
+  QElapsedTimer m_sinceDismissal;
+  QPoint m_dismissedAt;
   QPointer<QAbstractAnimation> m_snoozeFade;
+  JournalTags m_tags;
   // The text, or that it was emptied, is not in the journal yet.
   bool m_hasUnsavedText{false};
   bool m_isShown{false};

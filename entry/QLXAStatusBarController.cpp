@@ -76,7 +76,10 @@ void QLXAStatusBarController::setStatusItem(std::unique_ptr<StatusItem> item) {
   m_statusItem->setMenu(m_contextualMenu.get());
   m_statusItem->setLength(statusItemLength);
   m_statusItem->setToolTip(m_toolTip);
-  m_statusItem->onPrimaryClick([this] { doxLeftMouseDown(); });
+  m_statusItem->onPrimaryClick([this] {
+    // The click's press has closed the window already: that was the toggle.
+    if (!m_entryWindowController || !m_entryWindowController->wasJustDismissedHere()) doxLeftMouseDown();
+  });
   m_statusItem->onGeometryChanged(
       [this] { NotificationCenter::localCenter().postNotification(Notice::windowDidMove, m_statusItem.get()); });
   updateButtonWithCorrectImage();

@@ -103,6 +103,20 @@ TEST_F(StatusBarControllerTest, TheMenuClosesTheWindowAndHighlights) {
   EXPECT_FALSE(status.isShowingContextualMenu() || item.highlighted);
 }
 
+TEST_F(StatusBarControllerTest, AClickWhosePressWasTakenForOneElsewhereTogglesOnce) {
+  // A panel that draws the icon itself: its window is another program's.
+  QCursor::setPos(QPoint(705, 10));
+  item.click();
+  outsideClicks.click();
+  EXPECT_FALSE(controller->window().isVisible());
+  item.click();
+  EXPECT_FALSE(controller->window().isVisible());
+  // Elsewhere, or later, it is a click of its own.
+  QCursor::setPos(QPoint(720, 20));
+  item.click();
+  EXPECT_TRUE(controller->window().isVisible());
+}
+
 TEST_F(StatusBarControllerTest, TheHighlightIsAppliedAgainATurnLater) {
   item.click();
   item.highlighted = false;

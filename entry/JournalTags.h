@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QThread>
+#include <QUrl>
+
+#include <memory>
+#include <optional>
+
+namespace quillo {
+
+// The tags in use in a journal, most used first, for completion. A journal may hold many entries, so they are read in a
+// thread that ends with the reading, and what was known before serves meanwhile. Main thread only.
+class JournalTags : public QObject {
+  Q_OBJECT
+
+ public:
+  JournalTags() = default;
+  // Waits for a reading that is under way.
+  ~JournalTags() override;
+
+  [[nodiscard]] const QStringList& tags() const { return m_tags; }
+  // Reads the journal's entries anew; nothing while a reading is under way.
+  void refresh(const std::optional<QUrl>& journal);
+
+ private:
+  QStringList m_tags;
+  std::unique_ptr<QThread> m_reading;
+};
+
+}  // namespace quillo
