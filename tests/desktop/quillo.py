@@ -54,14 +54,37 @@ class Agent:
     def wait_closed(self):
         wait_until(lambda: not self._windows(), "the entry window closed")
 
-    def _is_active(self, identifier):
-        return run("xdotool", "getactivewindow", check=False).strip() == identifier
+    def is_active(self):
+        return run("xdotool", "getactivewindow", check=False).strip() in self._windows()
 
-    def open_window(self):
-        """Clicks the icon and waits until the window has the keyboard; answers the rectangle of its body and arrow."""
-        self.click_icon()
-        identifier = self.window()
-        wait_until(lambda: self._is_active(identifier), "the entry window with the keyboard")
-        x, y, width, height = window_rect(identifier)
+    def alert_now(self):
+        """The identifier of the alert that is up, or None. A question's title is the program's name, too."""
+        active = run("xdotool", "getactivewindow", check=False).strip()
+        others = run("xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.program.pid), "--class", "quillo",
+                     check=False).split()
+        return active if active in others and active != self._frame_window() else None
+
+    def alert(self):
+        return wait_until(self.alert_now, "an alert")
+
+    def menu_is_open(self):
+        tree = run("xwininfo", "-root", "-tree")
+        return any("quillo-agent" in line and "QMenu" in line for line in tree.splitlines())
+
+    def frame(self):
+        """The rectangle of the window's body and arrow, without the shadow."""
+        x, y, width, height = window_rect(self.window())
         shadow = (width - round(FRAME_WIDTH * SCALE)) // 2
         return x + shadow, y, width - 2 * shadow, height - shadow
+
+    def push(self, control):
+        """Clicks on a control, given in points from the frame's top left."""
+        x, y, _, _ = self.frame()
+        click(round(x + control[0] * SCALE), round(y + control[1] * SCALE))
+
+    def open_window(self):
+        """Clicks the icon and waits until the window has the keyboard; answers its frame."""
+        self.click_icon()
+        self.window()
+        wait_until(self.is_active, "the entry window with the keyboard")
+        return self.frame()

@@ -1,0 +1,168 @@
+// How long the entry window takes to show, from the call to the first painted frame, and from the save button to the
+// bytes on disk, each beside its floor: an empty window of the same flags and size, and a bare write, sync and rename
+// of the same bytes. Needs a display: run it in tests/desktop/desktop, from a folder that is on a disk.
+//
+//   bench_EntryWindowBench [ROUNDS]
+
+#include "config/QuilloConfig.h"
+#include "entry/AgentEntryWindow.h"
+#include "entry/AgentEntryWindowController.h"
+#include "entry/Alerts.h"
+#include "entry/EntryDraft.h"
+#include "entry/OpenPanel.h"
+#include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/services/LocationService.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QPlainTextEdit>
+#include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+using namespace quillo;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct NoAlerts : Alerts {
+  int runAlert(const Alert& alert, QWidget*) override {
+    std::fprintf(stderr, "%s\n", qPrintable(alert.message));
+    std::exit(1);
+  }
+};
+
+struct NoPanel : OpenPanel {
+  void beginSheet(const QString&, const QString&, QWidget*, std::function<void()>) override {}
+};
+
+double median(std::vector<double> milliseconds) {
+  std::sort(milliseconds.begin(), milliseconds.end());
+  return milliseconds[milliseconds.size() / 2];
+}
+
+void report(const char* what, const std::vector<double>& ours, const std::vector<double>& floor) {
+  std::printf("%-32s %8.2f ms   floor %8.2f ms   ratio of medians %5.2f\n", what, median(ours), median(floor),
+              median(ours) / median(floor));
+}
+
+// Milliseconds from `show` until the turn of the event loop after the widget's first painting, when the frame has gone
+// to the screen.
+class FirstFrame : public QObject {
+ public:
+  double of(QWidget& widget, const std::function<void()>& show) {
+    m_painted = false;
+    widget.installEventFilter(this);
+    QElapsedTimer timer;
+    timer.start();
+    show();
+    while (!m_painted) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    const double milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
+    widget.removeEventFilter(this);
+    return milliseconds;
+  }
+
+ protected:
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::Paint)
+      QMetaObject::invokeMethod(
+          this, [this] { m_painted = true; }, Qt::QueuedConnection);
+    return false;
+  }
+
+ private:
+  bool m_painted{false};
+};
+
+void settle() {
+  QElapsedTimer timer;
+  timer.start();
+  while (timer.elapsed() < 30) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+}
+
+class EmptyWindow : public QWidget {
+ public:
+  explicit EmptyWindow(const QSize& size)
+      : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    setFixedSize(size);
+  }
+};
+
+double bareSave(const QString& folder, const QByteArray& bytes) {
+  const QByteArray temporary = QFile::encodeName(folder + u"/bare.tmp"_s);
+  const QByteArray path = QFile::encodeName(folder + u"/bare.plist"_s);
+  QElapsedTimer timer;
+  timer.start();
+  const int file = ::open(temporary.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  const bool written =
+      file >= 0 && ::write(file, bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size() &&
+      ::fsync(file) == 0 && ::close(file) == 0 && ::rename(temporary.constData(), path.constData()) == 0;
+  const int directory = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY);
+  if (!written || ::fsync(directory) != 0) std::exit(1);
+  ::close(directory);
+  return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  QApplication::setQuitOnLastWindowClosed(false);
+  const int rounds = argc > 1 ? std::max(1, QString::fromLocal8Bit(argv[1]).toInt()) : 100;
+
+  const QTemporaryDir home(QDir::currentPath() + u"/entry-window-XXXXXX"_s);
+  UserDirectories::moveTo(home.path());
+  UserDefaults defaults(home.filePath(u"config"_s), u"bench"_s);
+  QuilloConfig config(UserDirectories::current(), defaults, [](const char*) { return QString(); });
+  const QUrl journal = QUrl::fromLocalFile(home.filePath(u"J.quillojournal"_s));
+  const auto package = QLJournalPackageFile::openPackage(journal, true, nullptr);
+  QLJournalPackageFile::setDefaultPackageURLProvider([&journal] { return std::optional(journal); });
+  config.setConfiguredJournalFileURL(journal);
+
+  NoAlerts alerts;
+  NoPanel panel;
+  EntryDraft draft(EntryDraft::defaultPath());
+  const auto controller =
+      std::make_shared<AgentEntryWindowController>(AgentEntryWindowServices{config, alerts, panel, draft}, nullptr);
+  AgentEntryWindow& window = controller->window();
+  EmptyWindow empty(window.size());
+
+  FirstFrame frame;
+  std::vector<double> shown, emptyShown, saved, bareSaved;
+  for (int i = 0; i < rounds; ++i) {
+    shown.push_back(frame.of(window, [&] { controller->showWindowInMode(EntryWindowModeStandard); }));
+    settle();
+    window.findChild<QPlainTextEdit*>(u"textView"_s)
+        ->insertPlainText(u"Walked the long way home along the river. #evening"_s);
+    QElapsedTimer timer;
+    timer.start();
+    controller->saveButtonClicked();
+    saved.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+    settle();
+    emptyShown.push_back(frame.of(empty, [&] {
+      empty.show();
+      empty.raise();
+      empty.activateWindow();
+    }));
+    settle();
+    empty.hide();
+    settle();
+    QFile entry(QDir(package->entriesFolder()).entryInfoList(QDir::Files).value(0).filePath());
+    if (!entry.open(QIODevice::ReadOnly)) return 1;
+    bareSaved.push_back(bareSave(package->entriesFolder(), entry.readAll()));
+    QFile::remove(package->entriesFolder() + u"/bare.plist"_s);
+  }
+  report("show to first frame", shown, emptyShown);
+  report("save button to bytes on disk", saved, bareSaved);
+  return 0;
+}
