@@ -41,6 +41,8 @@ QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatfo
 
 QuilloAgentAppDelegate::~QuilloAgentAppDelegate() {
   DistributedNotificationCenter::sharedCenter().removeObserver(this);
+  NotificationCenter::localCenter().removeObserver(this);
+  NotificationCenter::workspaceCenter().removeObserver(this);
 }
 
 void QuilloAgentAppDelegate::buildContextualMenu() {
@@ -83,6 +85,21 @@ QString QuilloAgentAppDelegate::nextReminderText() const {
   const auto date = m_reminderAlarm.nextAlarmDate();
   // Reminders are on and none could be calculated: the line ends in the text of a missing object. It is wanted so.
   return date ? relativeDateText(*date, Calendar::currentCalendar()) : u"(null)"_s;
+}
+
+QString QuilloAgentAppDelegate::toolTip() const {
+  const bool remind = RemindersManager::sharedManager().remindersAreEnabled();
+  return remind && m_reminderAlarm.nextAlarmDate() ? u"Next Reminder: "_s + nextReminderText() : u"Quillo"_s;
+}
+
+void QuilloAgentAppDelegate::keepToolTipUpToDate() {
+  m_statusController->setToolTip([this] { return toolTip(); });
+  // Whatever makes the alarm calculate anew. Panels that ask for the tip when they show it need none of this.
+  const auto update = [this](const Notification&) { m_statusController->updateToolTip(); };
+  NotificationCenter::localCenter().addObserver(this, Notice::systemClockDidChange, update);
+  NotificationCenter::localCenter().addObserver(this, Notice::systemTimeZoneDidChange, update);
+  NotificationCenter::workspaceCenter().addObserver(this, Notice::workspaceDidWake, update);
+  DistributedNotificationCenter::sharedCenter().addObserver(this, Notice::reminderSettingsDidChange, update);
 }
 
 void QuilloAgentAppDelegate::toggleReminders() {
@@ -179,6 +196,7 @@ void QuilloAgentAppDelegate::startApplication() {
       this, Notice::journalPackagePathDidChange, [this](const Notification&) { packagePathDidChangeNotification(); });
 
   if (reminders.remindersAreEnabled()) m_reminderAlarm.start();
+  keepToolTipUpToDate();
 
   QLMixpanelTracker::setTrackingEnabled(m_config.sendUsageData());
   static_cast<void>(QLMixpanelTracker::sharedInstance());
@@ -192,9 +210,12 @@ void QuilloAgentAppDelegate::observeValueForKeyPath(const QString&, KeyValueObse
   } else {
     m_reminderAlarm.stop();
   }
+  m_statusController->updateToolTip();
 }
 
 void QuilloAgentAppDelegate::reminderAlarmFired() {
+  // The alarm moves on to the next reminder once this is done.
+  if (m_statusController) m_statusController->updateToolTip();
   PersistentPropertyList* list = m_config.groupProperties();
   const auto open = list ? list->valueForKey(Key::remindersOpenMenuBar) : std::nullopt;
   if (m_statusController && open && open->boolValue())

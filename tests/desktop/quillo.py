@@ -1,6 +1,7 @@
 """Quillo's own programs on the private desktop: the agent's icon and window, quilloctl."""
 
 import os
+import time
 from pathlib import Path
 
 from desktop import center, click, program, run, tray_icon, wait_until, window_rect
@@ -18,6 +19,16 @@ def make_journal(home, name="Journal"):
     path = quilloctl(home, "journal", "create", str(Path(home) / name))
     quilloctl(home, "journal", "set", path)
     return Path(path)
+
+
+def set_reminder_in(home, seconds):
+    """A daily reminder whose first is so many seconds away; answers when that is."""
+    due = int(time.time()) + seconds
+    stamp = time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(due))
+    for key, value in (("RemindersOpenMenuBar", "yes"), ("RemindersFrequency", "16"), ("RemindersInterval", "1"),
+                       ("RemindersBaseDateTimezone", "UTC"), ("RemindersBaseDate", stamp)):
+        quilloctl(home, "settings", "set", key, value)
+    return due
 
 
 class Agent:
@@ -53,6 +64,10 @@ class Agent:
         self.click_icon()
         identifier = self.window()
         wait_until(lambda: self._is_active(identifier), "the entry window with the keyboard")
-        x, y, width, height = window_rect(identifier)
+        return self.body()
+
+    def body(self):
+        """The rectangle of the window's body and arrow. With a shadow, the arrow has to be above."""
+        x, y, width, height = window_rect(self.window())
         shadow = (width - round(FRAME_WIDTH * SCALE)) // 2
         return x + shadow, y, width - 2 * shadow, height - shadow
