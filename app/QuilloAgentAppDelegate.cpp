@@ -48,6 +48,8 @@ QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatfo
 
 QuilloAgentAppDelegate::~QuilloAgentAppDelegate() {
   DistributedNotificationCenter::sharedCenter().removeObserver(this);
+  NotificationCenter::localCenter().removeObserver(this);
+  NotificationCenter::workspaceCenter().removeObserver(this);
 }
 
 void QuilloAgentAppDelegate::buildContextualMenu() {
@@ -96,6 +98,15 @@ QString QuilloAgentAppDelegate::toolTip() const {
   const bool remind = RemindersManager::sharedManager().remindersAreEnabled() && m_reminderAlarm.nextAlarmDate();
   const QString text = remind ? u"Next Reminder: "_s + nextReminderText() : u"Quillo"_s;
   return m_shortcutProblem.isEmpty() ? text : text + u'\n' + m_shortcutProblem;
+}
+
+void QuilloAgentAppDelegate::keepToolTipUpToDate() {
+  // Whatever makes the alarm calculate anew. Panels that ask for the tip when they show it need none of this.
+  const auto update = [this](const Notification&) { m_statusController->updateToolTip(); };
+  NotificationCenter::localCenter().addObserver(this, Notice::systemClockDidChange, update);
+  NotificationCenter::localCenter().addObserver(this, Notice::systemTimeZoneDidChange, update);
+  NotificationCenter::workspaceCenter().addObserver(this, Notice::workspaceDidWake, update);
+  DistributedNotificationCenter::sharedCenter().addObserver(this, Notice::reminderSettingsDidChange, update);
 }
 
 void QuilloAgentAppDelegate::toggleReminders() {
@@ -200,6 +211,7 @@ void QuilloAgentAppDelegate::startApplication() {
   else if (!m_config.groupProperties())
     startAlarmOnceSettingsAreReadable();
   resetGlobalShortcut();
+  keepToolTipUpToDate();
 
   QLMixpanelTracker::setTrackingEnabled(m_config.sendUsageData());
   static_cast<void>(QLMixpanelTracker::sharedInstance());
@@ -222,9 +234,12 @@ void QuilloAgentAppDelegate::observeValueForKeyPath(const QString&, KeyValueObse
   } else {
     m_reminderAlarm.stop();
   }
+  m_statusController->updateToolTip();
 }
 
 void QuilloAgentAppDelegate::reminderAlarmFired() {
+  // The alarm moves on to the next reminder once this is done.
+  if (m_statusController) m_statusController->updateToolTip();
   PersistentPropertyList* list = m_config.groupProperties();
   const auto open = list ? list->valueForKey(Key::remindersOpenMenuBar) : std::nullopt;
   if (m_statusController && open && open->boolValue())

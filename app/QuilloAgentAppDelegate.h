@@ -114,6 +114,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   void startAlarmOnceSettingsAreReadable();
   [[nodiscard]] QString nextReminderText() const;
   [[nodiscard]] QString toolTip() const;
+  void keepToolTipUpToDate();
 
   // The window's size in points. Nothing reads it: it is kept as the declared default.
   [[maybe_unused]] QSizeF m_entryWindowSize{328.0, 268.0};

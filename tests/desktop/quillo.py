@@ -2,6 +2,7 @@
 
 import os
 import plistlib
+import time
 from pathlib import Path
 
 from desktop import center, click, program, run, tray_icon, wait_until, window_rect
@@ -27,6 +28,16 @@ def set_own_defaults(home, **values):
     path.parent.mkdir(parents=True, exist_ok=True)
     known = plistlib.loads(path.read_bytes()) if path.exists() else {}
     path.write_bytes(plistlib.dumps({**known, **values}))
+
+
+def set_reminder_in(home, seconds):
+    """A daily reminder whose first is so many seconds away; answers when that is."""
+    due = int(time.time()) + seconds
+    stamp = time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(due))
+    for key, value in (("RemindersOpenMenuBar", "yes"), ("RemindersFrequency", "16"), ("RemindersInterval", "1"),
+                       ("RemindersBaseDateTimezone", "UTC"), ("RemindersBaseDate", stamp)):
+        quilloctl(home, "settings", "set", key, value)
+    return due
 
 
 class Agent:
@@ -71,20 +82,20 @@ class Agent:
         tree = run("xwininfo", "-root", "-tree")
         return any("quillo-agent" in line and "QMenu" in line for line in tree.splitlines())
 
-    def frame(self):
-        """The rectangle of the window's body and arrow, without the shadow."""
+    def body(self):
+        """The rectangle of the window's body and arrow. With a shadow, the arrow has to be above."""
         x, y, width, height = window_rect(self.window())
         shadow = (width - round(FRAME_WIDTH * SCALE)) // 2
         return x + shadow, y, width - 2 * shadow, height - shadow
 
     def push(self, control):
         """Clicks on a control, given in points from the frame's top left."""
-        x, y, _, _ = self.frame()
+        x, y, _, _ = self.body()
         click(round(x + control[0] * SCALE), round(y + control[1] * SCALE))
 
     def open_window(self):
-        """Clicks the icon and waits until the window has the keyboard; answers its frame."""
+        """Clicks the icon and waits until the window has the keyboard; answers its body."""
         self.click_icon()
         self.window()
         wait_until(self.is_active, "the entry window with the keyboard")
-        return self.frame()
+        return self.body()

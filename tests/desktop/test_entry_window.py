@@ -112,7 +112,7 @@ class EntryWindowTest(DesktopTestCase):
         agent = self.agent()
         agent.open_window()
         type_text("dismissed")
-        x, y, width, height = agent.frame()
+        x, y, width, height = agent.body()
         # Another button, the window itself and its menu are no reasons to go.
         click(20, y + height + 100, button=2)
         agent.push(TEXT)
@@ -133,7 +133,7 @@ class EntryWindowTest(DesktopTestCase):
         tray_icon("quillo-agent")
         self.remind(32)
         agent.window()
-        x, y, width, height = agent.frame()
+        x, y, width, height = agent.body()
         click(20, round(y + height + 100))
         time.sleep(0.3)
         self.assertTrue(agent.is_open())

@@ -27,6 +27,8 @@ constexpr double iconPoints = 22;
 constexpr double widestLength = 256;
 // A panel that has just placed an icon may still have to paint itself.
 constexpr std::chrono::milliseconds settleTime{300};
+// How long a menu that a tray draws counts as shown where the tray does not tell that it closed it.
+constexpr std::chrono::seconds longestMenu{5};
 
 QList<ScreenArea> screenAreas() {
   QList<ScreenArea> areas;
@@ -48,6 +50,11 @@ TrayStatusItem::TrayStatusItem() : m_window([this] { trayWindowChanged(); }), m_
   m_settled.setSingleShot(true);
   m_settled.setInterval(settleTime);
   connect(&m_settled, &QTimer::timeout, this, &TrayStatusItem::checkForeground);
+  m_menuIsOver.setSingleShot(true);
+  m_menuIsOver.setInterval(longestMenu);
+  connect(&m_menuIsOver, &QTimer::timeout, this, [this] {
+    if (m_menu && !m_menu->isVisible()) Q_EMIT m_menu->aboutToHide();
+  });
   for (const auto* screen : QGuiApplication::screens())
     connect(screen, &QScreen::availableGeometryChanged, &m_settled, qOverload<>(&QTimer::start));
   qApp->installEventFilter(this);
@@ -74,17 +81,30 @@ void TrayStatusItem::setHighlighted(bool highlighted) {
 
 void TrayStatusItem::setToolTip(std::function<QString()> text) {
   m_toolTip = std::move(text);
-  updateToolTip();
+  if (m_icon && !TrayWindow::isEmbeddable()) updateToolTip();
 }
 
 void TrayStatusItem::updateToolTip() {
   if (!m_icon || !m_toolTip) return;
-  // The trays that draw icons are told of each setting.
+  // Trays that draw icons are told of each setting.
   if (const QString text = m_toolTip(); text != m_icon->toolTip()) m_icon->setToolTip(text);
 }
 
+void TrayStatusItem::menuWillOpen() {
+  if (m_icon && !TrayWindow::isEmbeddable()) m_menuIsOver.start();
+}
+
 void TrayStatusItem::setMenu(QMenu* menu) {
+  if (m_menu) {
+    disconnect(m_menu, nullptr, this, nullptr);
+    disconnect(m_menu, nullptr, &m_menuIsOver, nullptr);
+  }
+  m_menuIsOver.stop();
   m_menu = menu;
+  if (menu) {
+    connect(menu, &QMenu::aboutToShow, this, &TrayStatusItem::menuWillOpen);
+    connect(menu, &QMenu::aboutToHide, &m_menuIsOver, &QTimer::stop);
+  }
   if (m_icon) m_icon->setContextMenu(menu);
 }
 
@@ -166,7 +186,6 @@ QColor TrayStatusItem::foreground() const {
 void TrayStatusItem::updateIcon() {
   if (!m_icon || m_imageName.isEmpty()) return;
   if (!m_foreground.isValid()) m_foreground = foreground();
-  updateToolTip();
   StatusImageStyle style;
   if (m_isTemplate) style.tint = m_foreground;
   style.isHighlighted = m_isHighlighted;
@@ -185,6 +204,7 @@ void TrayStatusItem::updateIcon() {
   m_icon->setIcon(icon);
   // Only now, as an icon without an image would stand in the tray as a gap.
   if (!m_icon->isVisible()) m_icon->show();
+  if (!TrayWindow::isEmbeddable()) updateToolTip();
 }
 
 }  // namespace quillo

@@ -39,6 +39,7 @@ class TrayStatusItem final : public QObject, public StatusItem {
 
  private:
   void makeIcon();
+  void menuWillOpen();
   void activated(QSystemTrayIcon::ActivationReason reason);
   void trayWindowChanged();
   void checkForeground();
@@ -49,6 +50,7 @@ class TrayStatusItem final : public QObject, public StatusItem {
   std::unique_ptr<QSystemTrayIcon> m_icon;  // null until there is a tray
   TrayWindow m_window;
   QTimer m_settled;
+  QTimer m_menuIsOver;
   QPointer<QMenu> m_menu;
   std::function<QString()> m_toolTip;
   QString m_imageName;

@@ -19,12 +19,17 @@ namespace {
 // A tray nests its icons two to five windows deep.
 constexpr int deepestAncestor = 32;
 
-// The window that Qt makes for an icon in an X tray. It is a widget of a private class, so only its name tells.
-xcb_window_t iconWindow() {
+// The window that Qt makes for an icon in an X tray, or null. It is a widget of a private class, so only its name
+// tells.
+const QWidget* iconWidget() {
   for (const auto* widget : QApplication::topLevelWidgets())
-    if (qstrcmp(widget->metaObject()->className(), "QSystemTrayIconSys") == 0)
-      return static_cast<xcb_window_t>(widget->internalWinId());
-  return 0;
+    if (qstrcmp(widget->metaObject()->className(), "QSystemTrayIconSys") == 0) return widget;
+  return nullptr;
+}
+
+xcb_window_t iconWindow() {
+  const QWidget* widget = iconWidget();
+  return widget ? static_cast<xcb_window_t>(widget->internalWinId()) : 0;
 }
 
 }  // namespace
@@ -90,6 +95,10 @@ void TrayWindow::refresh() {
   m_pixels.reset();
   if (const auto rect = m_ancestors.empty() ? std::nullopt : X11::rectOf(m_icon)) m_pixels = *rect;
   if (m_pixels != before) m_onChange();
+}
+
+bool TrayWindow::isEmbeddable() {
+  return iconWidget();
 }
 
 std::vector<TrayWindow::Window> TrayWindow::ancestorsOf(Window window) const {

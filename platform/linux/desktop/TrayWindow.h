@@ -24,6 +24,8 @@ class TrayWindow final : public QObject, public QAbstractNativeEventFilter {
   explicit TrayWindow(std::function<void()> onChange);
   ~TrayWindow() override;
 
+  // Whether the icon is to be embedded by a tray, be it waiting for one, and not to be drawn by it.
+  [[nodiscard]] static bool isEmbeddable();
   // In pixels of the X screen; nothing while the window is in no tray.
   [[nodiscard]] std::optional<QRectF> pixels() const { return m_pixels; }
   // The colour the tray asks its icons to have, else black or white after the panel's background as it looks now;

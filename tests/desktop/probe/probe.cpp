@@ -1,10 +1,13 @@
 // A program of platform services and nothing else, for the desktop tests: it does what its standard input says, a
 // command a line, and prints what happens to it, an event a line.
+#include "entry/AlertSheet.h"
+#include "entry/QLJournalIndexOSXAdditions.h"
 #include "foundation/Log.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/XdgWorkspace.h"
 #include "platform/linux/desktop/TrayStatusItem.h"
+#include "qlcore/QLJournalPackageFile.h"
 
 #include <QAction>
 #include <QApplication>
@@ -79,6 +82,7 @@ class Probe {
         {u"terminate"_s, [this](const QString& bundle) { terminate(bundle); }},
         {u"open"_s, [](const QString& url) { say(u"opened "_s + yesOrNo(XdgWorkspace().openURL(QUrl(url)))); }},
         {u"launch"_s, [](const QString& b) { say(u"launched "_s + yesOrNo(XdgWorkspace().launchApplication(b))); }},
+        {u"delete"_s, [](const QString& words) { deleteEntry(words.section(u' ', 0, 0), words.section(u' ', 1)); }},
         {u"quit"_s, [](const QString&) { QCoreApplication::quit(); }},
     };
   }
@@ -94,6 +98,13 @@ class Probe {
   bool postAndLeave(const QString& name) { return m_notifications.post(name); }
 
  private:
+  static void deleteEntry(const QString& uuid, const QString& journal) {
+    QLJournalIndex index(QLJournalPackageFile::openPackage(QUrl::fromLocalFile(journal), false, nullptr));
+    AlertSheet alerts;
+    const auto entry = index.entryWithUUID(uuid);
+    say(u"deleted "_s + yesOrNo(entry && QLJournalIndexOSXAdditions::deleteEntryInteractively(index, *entry, alerts)));
+  }
+
   void registerSelf(const QString& bundle) {
     const bool registered = m_applications.registerSelf(bundle, [] {
       say(u"terminate"_s);

@@ -1,6 +1,7 @@
 // The status controller with a fake panel, and the entry window under it.
 
 #include "controls/Coordinates.h"
+#include "entry/EntryBackgroundView.h"
 #include "entry/EntryWindowPlacement.h"
 #include "entry/QLXAStatusBarController.h"
 #include "platform/StatusItem.h"
@@ -131,6 +132,60 @@ TEST_F(StatusBarControllerTest, TheWindowHangsUnderTheItemAndFollowsIt) {
   item.rectangle.moveLeft(600);
   item.moved();
   EXPECT_EQ(controller->window().frame().x(), 611 - 164);
+  // Not while it is hidden.
+  item.click();
+  item.rectangle.moveLeft(500);
+  item.moved();
+  EXPECT_EQ(controller->window().frame().x(), 611 - 164);
+}
+
+TEST_F(StatusBarControllerTest, AtTheBottomTheWindowStandsAboveTheItem) {
+  const auto* background = named<EntryBackgroundView>("backgroundView");
+  const auto* button = named<QWidget>("saveButton");
+  AgentEntryWindow& window = controller->window();
+  const auto onScreen = [](const QWidget* w) { return QRectF(w->mapToGlobal(QPoint()), QSizeF(w->size())); };
+  item.click();
+  const double below = onScreen(button).y() - onScreen(background).y();
+  const QRectF rectangle = item.rectangle;
+
+  const double height = QGuiApplication::primaryScreen()->geometry().height();
+  item.rectangle.moveBottom(height - 3);
+  item.moved();
+  EXPECT_EQ(window.frame(), QRectF(711 - 164, 3 + 22 - 5, 328, 268));
+  EXPECT_EQ(onScreen(background), flipped(window.frame(), height));
+  EXPECT_EQ(onScreen(button).y() - onScreen(background).y(), below - EntryBackgroundView::arrowHeight);
+  EXPECT_TRUE(background->outline().contains(QPointF(164, 266)));
+  EXPECT_FALSE(background->outline().contains(QPointF(40, 266)));
+  EXPECT_TRUE(background->outline().contains(QPointF(40, 1)));
+
+  item.rectangle = rectangle;
+  item.moved();
+  EXPECT_EQ(onScreen(background), flipped(window.frame(), height));
+  EXPECT_EQ(onScreen(button).y() - onScreen(background).y(), below);
+  EXPECT_FALSE(background->outline().contains(QPointF(40, 1)));
+}
+
+TEST_F(StatusBarControllerTest, AMenuThatThePanelDrawsEndsWithAChoiceOrAClick) {
+  // Shown and closed by another process: the menu here is never visible.
+  Q_EMIT item.menu->aboutToShow();
+  EXPECT_TRUE(status.isShowingContextualMenu() && item.highlighted);
+  item.menu->actions()[0]->trigger();
+  EXPECT_FALSE(status.isShowingContextualMenu() || item.highlighted);
+  Q_EMIT item.menu->aboutToShow();
+  item.click();
+  EXPECT_FALSE(status.isShowingContextualMenu());
+  EXPECT_TRUE(status.isShowingEntryWindow() && item.highlighted);
+}
+
+TEST_F(StatusBarControllerTest, TheToolTipIsTheProgramsNameUntilSomebodyKnowsMore) {
+  EXPECT_EQ(item.toolTip, u"Quillo"_s);
+  QString text = u"Next Reminder: today"_s;
+  status.setToolTip([&text] { return text; });
+  EXPECT_EQ(item.toolTip, u"Next Reminder: today"_s);
+  status.updateToolTip();
+  text = u"Quillo"_s;
+  QCoreApplication::processEvents();
+  EXPECT_EQ(item.toolTip, u"Quillo"_s);
 }
 
 TEST_F(StatusBarControllerTest, AReplacedControllerClosesTheWindowBefore) {
@@ -199,6 +254,22 @@ TEST(EntryWindowPlacement, CentresUnderTheButtonWithoutClamping) {
       {{1270, 778, 22, 22}, {1117, 515}},
   };
   for (const auto& c : cases) EXPECT_EQ(entryWindowOrigin(c.button, QSizeF(328, 268)), c.origin);
+  const QRectF screen(0, 0, 1280, 800);
+  const struct {
+    const char* name;
+    QRectF button;
+    bool above;
+  } sides[] = {
+      {"no button", {}, false},
+      {"panel at the top", {500, 778, 22, 22}, false},
+      {"panel at the bottom", {500, 3, 22, 22}, true},
+      {"panel at a side, room below", {3, 263, 22, 22}, false},
+      {"panel at a side, no room below", {3, 262, 22, 22}, true},
+  };
+  for (const auto& c : sides) EXPECT_EQ(entryWindowBelongsAbove(c.button, QSizeF(328, 268), screen), c.above) << c.name;
+  // On a screen too low for either, the upper half still hangs the window under the button.
+  EXPECT_FALSE(entryWindowBelongsAbove({500, 180, 22, 22}, QSizeF(328, 268), QRectF(0, 0, 320, 240)));
+  EXPECT_EQ(entryWindowOriginAbove({500, 3, 22, 22}, QSizeF(328, 268)), QPointF(347, 20));
   EXPECT_EQ(flipped(QRectF(13, 66, 302, 146), 268), QRectF(13, 56, 302, 146));
   EXPECT_EQ(flipped(flipped(QRectF(1, 2, 3, 4), 100), 100), QRectF(1, 2, 3, 4));
 }

@@ -34,6 +34,11 @@ TEST(StatusItemAnchor, TakesTheIconThenTheClickThenTheCorner) {
       {"panel at the right", {}, {}, {{hd, QRectF(0, 0, 1860, 1080), 1}}, QRectF(1879, 1058, 22, 22)},
       {"bar above, wider dock below", {}, {}, {{hd, QRectF(0, 28, 1920, 988), 1}}, QRectF(1898, 1037, 22, 22)},
       {"panel thinner than an icon", {}, {}, {{hd, QRectF(0, 10, 1920, 1070), 1}}, QRectF(1898, 0, 22, 22)},
+      {"panel on the second screen only",
+       {},
+       {},
+       {{hd, hd, 1}, {second, QRectF(1920, 0, 800, 570), 1}},
+       QRectF(2698, 574, 22, 22)},
       {"no screen", QRectF(0, 0, 22, 22), QPointF(0, 0), {}, QRectF()},
   };
   for (const auto& c : cases) EXPECT_EQ(statusItemAnchor(c.icon, c.click, c.screens), c.expected) << c.name;
@@ -47,6 +52,29 @@ TEST(StatusItemAnchor, TurnsPixelsIntoPointsOfTheScreenTheyAreOn) {
   EXPECT_EQ(globalRectOfPixels(QRectF(4000, 6, 24, 24), screens), QRectF(4000, 6, 24, 24));
   EXPECT_EQ(globalRectOfPixels(QRectF(9000, 6, 24, 24), screens), QRectF(9000, 6, 24, 24));
   EXPECT_EQ(globalRectOfPixels(QRectF(1, 2, 3, 4), {}), QRectF(1, 2, 3, 4));
+  const QList<ScreenArea> fractional = {{QRectF(0, 0, 1280, 720), QRectF(), 1.5}};
+  EXPECT_EQ(globalRectOfPixels(QRectF(1881, 3, 33, 33), fractional), QRectF(1254, 2, 22, 22));
+  for (const auto& list : {screens, fractional})
+    EXPECT_EQ(globalRectOfPixels(pixelsOfGlobalRect(QRectF(600, 3, 22, 22), list), list), QRectF(600, 3, 22, 22));
+}
+
+TEST(StatusItemAnchor, FindsThePanelAmongSeveralScreens) {
+  const QRectF second(1920, 0, 800, 600);
+  const QList<ScreenArea> screens = {{hd, hd, 1}, {second, second, 1}};
+  const struct {
+    const char* name;
+    QList<QRect> panels;
+    QRectF strip;
+  } cases[] = {
+      {"none", {}, QRectF(0, 0, 1920, 0)},
+      {"at the top", {{0, 0, 1920, 28}}, QRectF(0, 0, 1920, 28)},
+      {"short, at the bottom of the second", {{2400, 572, 320, 28}}, QRectF(1920, 572, 800, 28)},
+      {"at the right of the second", {{2690, 0, 30, 600}}, QRectF(2690, 0, 30, 600)},
+      {"two, of which the first screen's counts", {{1920, 0, 800, 40}, {0, 1060, 1920, 20}}, QRectF(0, 1060, 1920, 20)},
+      {"floating, or on no screen", {{100, 100, 300, 28}, {5000, 0, 100, 20}}, QRectF(0, 0, 1920, 0)},
+  };
+  for (const auto& c : cases) EXPECT_EQ(panelStrip(withoutPanels(screens, c.panels)), c.strip) << c.name;
+  EXPECT_TRUE(panelStrip({}).isEmpty());
 }
 
 TEST(StatusImage, TintsTheShapeAndPutsTheHighlightBehindIt) {
@@ -80,6 +108,8 @@ TEST(StatusImage, ReadsOnItsBackground) {
   // Equally strong, but green looks light and blue looks dark.
   EXPECT_EQ(readableOn(QColor(0, 255, 0)), QColor(Qt::black));
   EXPECT_EQ(readableOn(QColor(0, 0, 255)), QColor(Qt::white));
+  EXPECT_EQ(readableOnMost({Qt::white, Qt::black, Qt::white, Qt::white, Qt::black}), QColor(Qt::black));
+  EXPECT_EQ(readableOnMost({}), std::nullopt);
 }
 
 }  // namespace

@@ -1,0 +1,125 @@
+"""The agent's icon in trays that embed it: clicks, looks, the window under it. Runs once for each kind of tray."""
+
+import os
+import shutil
+import tempfile
+import unittest
+from pathlib import Path
+
+from desktop import (DesktopTestCase, center, click, pixel, press, program, run, start_part, stop_part, tray_icon,
+                     tray_icons, type_text, wait_until, window_rect)
+from quillo import Agent, make_journal, set_reminder_in
+
+WHITE = (255, 255, 255)
+# The panel is 0x20 of each; trays round while they blend.
+DARKEST_HIGHLIGHT = 0x28
+IS_TINT2 = "tint2" in Path(os.environ["QUILLO_DESKTOP"], "tray").read_text()
+
+
+class Icon(DesktopTestCase):
+    def setUp(self):
+        self.home = Path(tempfile.mkdtemp(prefix="home"))
+        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
+        make_journal(self.home)
+        self.agent = Agent(self.start(program("quillo-agent"), "--home", str(self.home)))
+        tray_icon("quillo-agent")
+
+    def colours(self):
+        """Of the middle of the icon, which the feather covers, and of the place beside it that the highlight covers."""
+        x, y, width, height = tray_icon("quillo-agent")
+        return pixel(x + width // 2, y + height // 2), pixel(x + 3, y + height // 2)
+
+    def wait_looks(self, what, feather, is_highlighted):
+        def looks():
+            middle, beside = self.colours()
+            return feather(middle) and (beside[0] > DARKEST_HIGHLIGHT) == is_highlighted
+
+        wait_until(looks, f"{what}, but {self.colours()}", interval=0.05)
+
+    def menu(self):
+        """The rectangle of the menu, once it is shown."""
+        def found():
+            ids = run("xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.agent.program.pid),
+                      "--class", "quillo-agent", check=False).split()
+            return [r for r in map(window_rect, ids) if r[2] > 100 and r[3] < 200]
+        return found()
+
+    def test_clicks(self):
+        icon = center(tray_icon("quillo-agent"))
+        # Control makes no other click of it.
+        for keys in ([], ["keydown", "ctrl"]):
+            run("xdotool", *keys, "mousemove", *map(str, icon), "click", "1", "keyup", "ctrl")
+            self.agent.window()
+            click(*icon)
+            self.agent.wait_closed()
+
+        self.agent.open_window()
+        # Any other button shows the menu, in place of the window.
+        for button in (3, 2):
+            click(*icon, button=button)
+            wait_until(self.menu, f"the menu of button {button}")
+            self.agent.wait_closed()
+            # A click beside an open menu closes it and does nothing else, on the icon too.
+            click(*icon)
+            wait_until(lambda: not self.menu(), "the menu closed")
+            self.assertFalse(self.agent.is_open())
+        self.wait_looks("no highlight", lambda c: c == WHITE, False)
+
+    def test_looks(self):
+        is_white = lambda c: c == WHITE
+        is_red = lambda c: c[0] > 150 and c[1] < 90 and c[2] < 90
+        self.wait_looks("at rest", is_white, False)
+        self.agent.open_window()
+        self.wait_looks("window shown", is_white, True)
+        self.agent.click_icon(button=3)
+        wait_until(self.menu, "the menu")
+        self.wait_looks("menu shown", is_white, True)
+        press("Escape")
+        self.wait_looks("menu closed", is_white, False)
+        set_reminder_in(self.home, 2)
+        self.agent.window()
+        self.wait_looks("reminder", is_red, True)
+        self.agent.click_icon()
+        self.agent.wait_closed()
+        self.wait_looks("at rest again", is_white, False)
+
+    def assert_window_hangs_under_icon(self):
+        def offsets():
+            body, icon = self.agent.body(), tray_icon("quillo-agent")
+            return (abs(body[0] + body[2] / 2 - icon[0] - icon[2] / 2), abs(body[1] - (icon[1] + icon[3] - 5)))
+
+        wait_until(lambda: max(offsets()) <= 1, f"the window under the icon, but {offsets()}")
+
+    def test_the_window_follows_the_icon(self):
+        self.agent.open_window()
+        self.assert_window_hangs_under_icon()
+        before = tray_icon("quillo-agent")
+        neighbours = []
+        for _ in range(2):
+            neighbours.append(self.start(program("desktop_probe")))
+            neighbours[-1].expect("ready")
+            neighbours[-1].send("tray")
+            neighbours[-1].expect(r"moved \d.*")
+            self.assert_window_hangs_under_icon()
+        # The other tray puts new icons at the far side, where they move nothing.
+        self.assertEqual(tray_icon("quillo-agent") != before, IS_TINT2)
+        for neighbour in neighbours:
+            neighbour.stop()
+            self.assert_window_hangs_under_icon()
+        wait_until(lambda: tray_icon("quillo-agent") == before, "the icon at its first place")
+
+    def test_a_tray_that_dies_and_returns_again_and_again(self):
+        for _ in range(20 if IS_TINT2 else 5):
+            stop_part("tray")
+            wait_until(lambda: not tray_icons("quillo-agent"), "the icon gone")
+            start_part("tray")
+            wait_until(lambda: tray_icons("quillo-agent"), "the icon back")
+        self.agent.open_window()
+        self.assert_window_hangs_under_icon()
+        type_text("still there")
+        self.agent.click_icon()
+        self.agent.wait_closed()
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,98 @@
+"""The agent's icon in a tray that draws icons itself and talks over the session bus. The tray comes after the agent."""
+
+import re
+import shutil
+import tempfile
+import unittest
+from pathlib import Path
+
+from desktop import DesktopTestCase, program, run, type_text, wait_until, window_rect
+from quillo import Agent, make_journal, quilloctl, set_reminder_in
+
+ITEM = "org.kde.StatusNotifierItem"
+MENU = "com.canonical.dbusmenu"
+
+
+class DrawnIcon(DesktopTestCase):
+    def setUp(self):
+        self.home = Path(tempfile.mkdtemp(prefix="home"))
+        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
+        make_journal(self.home)
+        quilloctl(self.home, "reminder", "off")
+        self.agent = Agent(self.start(program("quillo-agent"), "--home", str(self.home)))
+        wait_until(lambda: any("There is no tray yet" in log.read_text() for log in self.home.rglob("*.log")),
+                   "the agent up without a tray")
+        self.start_host()
+
+    def start_host(self):
+        self.host = self.start(program("desktop_tray_host"))
+        self.item = self.host.expect("item (.*)")[1]
+
+    def call(self, path, method, *arguments):
+        return run("gdbus", "call", "--session", "--dest", self.item, "--object-path", path, "--method", method,
+                   "--", *arguments)
+
+    def property(self, name):
+        return self.call("/StatusNotifierItem", "org.freedesktop.DBus.Properties.Get", ITEM, name)
+
+    def activate(self):
+        self.call("/StatusNotifierItem", ITEM + ".Activate", "5", "5")
+
+    def test_clicks_toggle_the_window_and_change_the_picture(self):
+        at_rest = self.property("IconPixmap")
+        run("xdotool", "mousemove", "700", "300")
+        self.activate()
+        x, y, width, _ = window_rect(self.agent.window())
+        # Nothing tells where the icon is, but the pointer is on it.
+        self.assertAlmostEqual(x + width / 2, 700, delta=1)
+        self.assertAlmostEqual(y, 300 + 11 - 5, delta=1)
+        highlighted = self.property("IconPixmap")
+        self.assertNotEqual(highlighted, at_rest)
+        type_text("drawn")
+        self.activate()
+        self.agent.wait_closed()
+        wait_until(lambda: self.property("IconPixmap") == at_rest, "the picture as before")
+        self.assertIn("drawn", quilloctl(self.home, "entry", "list"))
+
+        set_reminder_in(self.home, 2)
+        quilloctl(self.home, "reminder", "on")
+        self.agent.window()
+        self.assertNotIn(self.property("IconPixmap"), (at_rest, highlighted))
+
+    def test_the_menu_and_its_end(self):
+        at_rest = self.property("IconPixmap")
+        menu = re.search(r"'(/[^']*)'", self.property("Menu"))[1]
+        self.activate()
+        self.agent.window()
+        self.call(menu, MENU + ".AboutToShow", "0")
+        self.agent.wait_closed()
+        self.assertNotEqual(self.property("IconPixmap"), at_rest)
+        self.call(menu, MENU + ".Event", "0", "closed", "<''>", "0")
+        wait_until(lambda: self.property("IconPixmap") == at_rest, "no highlight after the menu")
+        # A tray that does not tell that it closed its menu.
+        self.call(menu, MENU + ".AboutToShow", "0")
+        wait_until(lambda: self.property("IconPixmap") == at_rest, "no highlight a while after the menu")
+
+        layout = self.call(menu, MENU + ".GetLayout", "0", "-1", "[]")
+        quit_item = re.search(r"\((\d+), \{[^}]*'Quit Quillo'", layout)[1]
+        self.call(menu, MENU + ".Event", quit_item, "clicked", "<''>", "0")
+        self.assertEqual(self.agent.program.wait(), 0)
+
+    def test_the_tool_tip_has_the_next_reminder(self):
+        self.assertIn("'Quillo'", self.property("ToolTip"))
+        set_reminder_in(self.home, 3600)
+        quilloctl(self.home, "reminder", "on")
+        wait_until(lambda: re.search(r"'Next Reminder: .*\d\d", self.property("ToolTip")), "the reminder in the tool tip")
+        quilloctl(self.home, "reminder", "off")
+        wait_until(lambda: "'Quillo'" in self.property("ToolTip"), "the program's name in the tool tip")
+
+    def test_registers_with_each_new_tray(self):
+        for _ in range(3):
+            self.host.stop()
+            self.start_host()
+        self.activate()
+        self.agent.window()
+
+
+if __name__ == "__main__":
+    unittest.main()
