@@ -9,15 +9,16 @@
 
 #include <chrono>
 #include <limits>
+#include <optional>
 #include <random>
-#include <utility>
+#include <vector>
 
 using namespace quillo;
 using namespace Qt::StringLiterals;
 
 namespace {
 
-using Spot = std::pair<double, double>;
+using Spot = PlaceTable::Point;
 
 // Half where people live close together, half anywhere on the earth.
 std::vector<Spot> spots() {
@@ -25,15 +26,16 @@ std::vector<Spot> spots() {
   std::uniform_real_distribution<double> european(47, 53), eastward(2, 14), north(-90, 90), east(-180, 180);
   std::vector<Spot> made;
   for (int i = 0; i < 1000; ++i)
-    made.push_back(i % 2 ? Spot(european(random), eastward(random)) : Spot(north(random), east(random)));
+    made.push_back(*(i % 2 ? PlaceTable::pointAt(european(random), eastward(random))
+                           : PlaceTable::pointAt(north(random), east(random))));
   return made;
 }
 
-std::optional<size_t> lookAtEveryPlace(const PlaceTable& table, Spot spot) {
+std::optional<size_t> lookAtEveryPlace(const PlaceTable& table, const Spot& spot) {
   std::optional<size_t> nearest;
   double best = std::numeric_limits<double>::infinity();
   for (size_t i = 0; i < table.count(); ++i) {
-    const auto weighed = table.weighedDistance(i, spot.first, spot.second);
+    const auto weighed = table.weighedDistance(i, spot);
     if (!weighed || *weighed >= best) continue;
     nearest = i;
     best = *weighed;
@@ -46,8 +48,8 @@ void lookUpPlace(benchmark::State& state) {
   const auto where = spots();
   size_t next = 0;
   for (auto _ : state) {
-    const Spot spot = where[next++ % where.size()];
-    benchmark::DoNotOptimize(table.indexOfPlaceNear(spot.first, spot.second));
+    const Spot& spot = where[next++ % where.size()];
+    benchmark::DoNotOptimize(table.indexOfPlaceNear(spot));
   }
   state.SetItemsProcessed(state.iterations());
 }
@@ -60,9 +62,9 @@ void compareWithLookAtEveryPlace(benchmark::State& state) {
   size_t next = 0;
   std::chrono::duration<double> byTree{}, byLook{};
   for (auto _ : state) {
-    const Spot spot = where[next++ % where.size()];
+    const Spot& spot = where[next++ % where.size()];
     const auto start = Clock::now();
-    const auto found = table.indexOfPlaceNear(spot.first, spot.second);
+    const auto found = table.indexOfPlaceNear(spot);
     const auto between = Clock::now();
     const auto seen = lookAtEveryPlace(table, spot);
     byLook += Clock::now() - between;

@@ -1,12 +1,14 @@
 #include "qlcore/services/PlaceTable.h"
 
 #include "foundation/Log.h"
+#include "qlcore/QLLocation.h"
 
 #include <QFile>
 #include <QtEndian>
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 namespace quillo {
@@ -35,11 +37,6 @@ const std::array<double, 256>& reaches() {
 
 double radians(double degrees) {
   return degrees * std::numbers::pi / 180;
-}
-
-bool isOnEarth(double latitude, double longitude) {
-  // Written so that not a number fails too.
-  return latitude >= -90 && latitude <= 90 && longitude >= -180 && longitude <= 180;
 }
 
 // The parts of an inflated table, in the order in which it is read. Answers nothing past the end.
@@ -116,7 +113,8 @@ std::optional<PlaceTable> PlaceTable::fromBytes(const QByteArray& bytes) {
     const qsizetype end = table.m_names.indexOf('\0', name);
     if (end < 0 || byteAt(countryIndexes, i) >= countries) return std::nullopt;
     table.m_nodes.push_back(
-        {.point = pointAt(fractionAt(north, i, count) * 180 - 90, fractionAt(east, i, count) * 360 - 180),
+        {.point =
+             pointAt(fractionAt(north, i, count) * 180 - 90, fractionAt(east, i, count) * 360 - 180).value_or(Point{}),
          .nameOffset = static_cast<uint32_t>(name),
          .country = byteAt(countryIndexes, i),
          .population = byteAt(populations, i),
@@ -135,10 +133,12 @@ uint8_t PlaceTable::measureRange(size_t first, size_t end) {
   return m_nodes[middle].largestInRange = std::max(below, m_nodes[middle].population);
 }
 
-PlaceTable::Point PlaceTable::pointAt(double latitude, double longitude) {
+std::optional<PlaceTable::Point> PlaceTable::pointAt(double latitude, double longitude) {
+  if (!QLLocation{latitude, longitude, {}}.isValid()) return std::nullopt;
   const double flat = std::cos(radians(latitude));
-  return {static_cast<float>(flat * std::cos(radians(longitude))),
-          static_cast<float>(flat * std::sin(radians(longitude))), static_cast<float>(std::sin(radians(latitude)))};
+  return Point{static_cast<float>(flat * std::cos(radians(longitude))),
+               static_cast<float>(flat * std::sin(radians(longitude))),
+               static_cast<float>(std::sin(radians(latitude)))};
 }
 
 // Straight through the earth: over the 50 km that count, 13 cm less than on its surface.
@@ -149,9 +149,8 @@ double PlaceTable::distance(const Point& from, const Point& to) {
   return std::sqrt(x * x + y * y + z * z) * earthRadius;
 }
 
-std::optional<size_t> PlaceTable::indexOfPlaceNear(double latitude, double longitude) const {
-  if (!isOnEarth(latitude, longitude)) return std::nullopt;
-  Search state{.point = pointAt(latitude, longitude), .best = std::numeric_limits<double>::infinity(), .index = {}};
+std::optional<size_t> PlaceTable::indexOfPlaceNear(const Point& point) const {
+  Search state{.point = point, .best = std::numeric_limits<double>::infinity(), .index = {}};
   search(state, 0, m_nodes.size(), 0);
   return state.index;
 }
@@ -183,9 +182,8 @@ void PlaceTable::search(Search& state, size_t first, size_t end, int depth) cons
     search(state, farFirst, farEnd, depth + 1);
 }
 
-std::optional<double> PlaceTable::weighedDistance(size_t index, double latitude, double longitude) const {
-  if (!isOnEarth(latitude, longitude)) return std::nullopt;
-  const double away = distance(pointAt(latitude, longitude), m_nodes[index].point);
+std::optional<double> PlaceTable::weighedDistance(size_t index, const Point& point) const {
+  const double away = distance(point, m_nodes[index].point);
   return away <= farthest ? std::optional(away / reaches()[m_nodes[index].population]) : std::nullopt;
 }
 

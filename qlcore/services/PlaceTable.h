@@ -26,6 +26,8 @@ class PlaceTable {
     QString name;
     QString countryCode;  // ISO 3166, two letters
   };
+  // On the unit sphere: to 0° N 0° E, to 90° E, to the north pole.
+  using Point = std::array<float, 3>;
 
   // The program's own table, read from its resources at the first call, which takes some milliseconds. Empty, logged,
   // when the program carries none. Main thread only.
@@ -36,18 +38,19 @@ class PlaceTable {
   // The form that resources/places/build writes; nothing when `bytes` is something else.
   [[nodiscard]] static std::optional<PlaceTable> fromBytes(const QByteArray& bytes);
 
-  // The index of the place that the point belongs to. Degrees; nothing where they are not on this earth.
-  [[nodiscard]] std::optional<size_t> indexOfPlaceNear(double latitude, double longitude) const;
-  // What the point would get from place `index`, less being better; nothing beyond `farthest`.
-  [[nodiscard]] std::optional<double> weighedDistance(size_t index, double latitude, double longitude) const;
+  // Of degrees north and east; nothing where they are not on this earth.
+  [[nodiscard]] static std::optional<Point> pointAt(double latitude, double longitude);
+  // The index of the place that the point belongs to; nothing where it belongs to none.
+  [[nodiscard]] std::optional<size_t> indexOfPlaceNear(const Point& point) const;
+  // The quotient for place `index`, less being nearer; nothing beyond `farthest`.
+  [[nodiscard]] std::optional<double> weighedDistance(size_t index, const Point& point) const;
 
   [[nodiscard]] size_t count() const { return m_nodes.size(); }
   [[nodiscard]] Place place(size_t index) const;
 
  private:
-  using Point = std::array<float, 3>;
   struct Node {
-    Point point;             // on the unit sphere
+    Point point;
     uint32_t nameOffset;     // in m_names
     uint8_t country;         // in m_countries
     uint8_t population;      // the table's logarithmic measure
@@ -60,7 +63,6 @@ class PlaceTable {
   };
 
   PlaceTable() = default;
-  static Point pointAt(double latitude, double longitude);
   static double distance(const Point& from, const Point& to);
   uint8_t measureRange(size_t first, size_t end);
   void search(Search& state, size_t first, size_t end, int depth) const;

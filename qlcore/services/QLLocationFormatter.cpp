@@ -52,8 +52,10 @@ QString coordinate(double degrees, QChar positive, QChar negative) {
 QLLocationFormatter::QLLocationFormatter() : m_locale(QLocale::system().uiLanguages().value(0)) {}
 
 QString QLLocationFormatter::placeNameForLocation(const QLLocation& location) const {
+  const auto point = PlaceTable::pointAt(location.latitude, location.longitude);
+  if (!point) return {};
   const PlaceTable& table = PlaceTable::shared();
-  const auto index = table.indexOfPlaceNear(location.latitude, location.longitude);
+  const auto index = table.indexOfPlaceNear(*point);
   if (!index) return {};
   const PlaceTable::Place place = table.place(*index);
   const QString country = countryName(place.countryCode, m_locale);

@@ -54,6 +54,8 @@ QNetworkRequest requestFor(const QUrl& baseURL, const QString& place) {
   QNetworkRequest request(url);
   request.setHeader(QNetworkRequest::UserAgentHeader, userAgent());
   request.setRawHeader("Accept", "application/json");
+  // Or the user's language would be told.
+  request.setRawHeader("Accept-Language", "*");
   request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
   request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
   request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);

@@ -83,6 +83,7 @@ TEST_F(WeatherManagerTest, AsksAsTheServiceWants) {
       << head.toStdString();
   EXPECT_TRUE(head.contains("\r\nuser-agent: quilloagent/1.0 (https://quilloapp.example)\r\n")) << head.toStdString();
   EXPECT_TRUE(head.contains("\r\naccept-encoding: ") && head.contains("gzip")) << head.toStdString();
+  EXPECT_TRUE(head.contains("\r\naccept-language: *\r\n"));
   EXPECT_FALSE(head.contains("cookie"));
   EXPECT_FALSE(head.contains("if-modified-since"));
 }
