@@ -13,7 +13,8 @@ namespace quillo {
 enum class PropertyListFormat : quint32 { OpenStep = 1, XML = 100, Binary = 200 };
 
 // Reads and writes property lists. Input is never trusted: nesting is limited, cycles are found, every count and offset
-// is checked against the size of the data, and shared objects cannot blow up when they are walked.
+// is checked against the size of the data, shared objects cannot blow up when they are walked, and a list whose values
+// would take many times the size of its data is refused.
 namespace PropertyListSerialization {
 
 // How deep collections may nest, in reading and in writing.
