@@ -27,10 +27,11 @@ bool isPlayable(const QString& path) {
 }
 
 std::unique_ptr<QGeoPositionInfoSource> player(const QString& path) {
-  auto source = std::make_unique<QNmeaPositionInfoSource>(QNmeaPositionInfoSource::SimulationMode);
-  auto* const file = new QFile(path, source.get());
+  auto file = std::make_unique<QFile>(path);
   if (!isPlayable(path) || !file->open(QIODevice::ReadOnly)) return nullptr;
-  source->setDevice(file);
+  auto source = std::make_unique<QNmeaPositionInfoSource>(QNmeaPositionInfoSource::SimulationMode);
+  file->setParent(source.get());
+  source->setDevice(file.release());
   return source;
 }
 
