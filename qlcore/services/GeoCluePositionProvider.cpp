@@ -1,3 +1,4 @@
+#include "qlcore/services/GeoClueSource.h"
 #include "qlcore/services/PositionProvider.h"
 
 #include <QDBusConnection>
@@ -12,8 +13,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QLatin1StringView service{"org.freedesktop.GeoClue2"};
-// The desktop file of the program; the service looks up under this name whether it may have the position.
-constexpr QLatin1StringView desktopId{"quillo-agent"};
 constexpr int patienceMilliseconds = 50;
 
 // The first value of the answer; nothing when none came in time.
@@ -39,8 +38,8 @@ bool isStartable() {
   return ask(questionToBus(u"ListActivatableNames"_s)).toStringList().contains(service);
 }
 
-// The service switches the accuracy to 0 when the user switches it off. One that does not answer is taken to be on: the
-// search will tell.
+// The service offers accuracy 0 when the user has switched it off or it has nothing to find a position by. One that does
+// not answer is taken to be on: the search will tell.
 bool isSwitchedOff() {
   QDBusMessage question = QDBusMessage::createMethodCall(service, u"/org/freedesktop/GeoClue2/Manager"_s,
                                                          u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
@@ -57,8 +56,7 @@ bool GeoCluePositionProvider::isEnabled() const {
 }
 
 std::unique_ptr<QGeoPositionInfoSource> GeoCluePositionProvider::makeSource() const {
-  return std::unique_ptr<QGeoPositionInfoSource>(
-      QGeoPositionInfoSource::createSource(u"geoclue2"_s, {{u"desktopId"_s, QString(desktopId)}}, nullptr));
+  return std::make_unique<GeoClueSource>();
 }
 
 }  // namespace quillo

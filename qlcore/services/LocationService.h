@@ -19,9 +19,9 @@ class LocationService {
 
   virtual ~LocationService() = default;
 
-  // Whether the computer has such a service and its user left it on. Asks nobody anything.
+  // Whether the computer has such a service and its user left it on. Prompts nobody.
   [[nodiscard]] virtual bool locationServicesEnabled() const = 0;
-  // Whether this program may use it. Asks nobody anything.
+  // Whether this program may use it. Prompts nobody.
   [[nodiscard]] virtual bool isAuthorized() const = 0;
 
   [[nodiscard]] virtual bool isSearching() const = 0;

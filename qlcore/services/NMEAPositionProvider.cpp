@@ -15,8 +15,8 @@ namespace {
 
 // Metres by which an ordinary receiver is off for each unit of the dilution that it reports.
 constexpr double rangeError = 5.1;
-// Played before the source is left to wait for the next fix, so it must be read at once.
-constexpr qint64 largestFile = 16LL * 1024 * 1024;
+// The player skips what it does not understand without a pause: a tenth of a second for as much as this.
+constexpr qint64 largestFile = 1024LL * 1024;
 
 const QString serialPrefix = u"serial:"_s;
 const QString socketPrefix = u"socket:"_s;
@@ -27,10 +27,11 @@ bool isPlayable(const QString& path) {
 }
 
 std::unique_ptr<QGeoPositionInfoSource> player(const QString& path) {
-  auto source = std::make_unique<QNmeaPositionInfoSource>(QNmeaPositionInfoSource::SimulationMode);
-  auto* const file = new QFile(path, source.get());
+  auto file = std::make_unique<QFile>(path);
   if (!isPlayable(path) || !file->open(QIODevice::ReadOnly)) return nullptr;
-  source->setDevice(file);
+  auto source = std::make_unique<QNmeaPositionInfoSource>(QNmeaPositionInfoSource::SimulationMode);
+  file->setParent(source.get());
+  source->setDevice(file.release());
   return source;
 }
 

@@ -96,10 +96,10 @@ std::optional<PlaceTable> PlaceTable::fromBytes(const QByteArray& bytes) {
   if (inflated.size() < 5) return std::nullopt;
   Reader reader(inflated);
   const auto count = qFromLittleEndian<uint32_t>(reader.take(4).data());
-  const size_t countries = byteAt(reader.take(1), 0);
+  const uint8_t countries = byteAt(reader.take(1), 0);
 
   PlaceTable table;
-  table.m_countries = reader.take(static_cast<qsizetype>(countries * 2)).toByteArray();
+  table.m_countries = reader.take(qsizetype{2} * countries).toByteArray();
   const QByteArrayView populations = reader.take(count);
   const QByteArrayView countryIndexes = reader.take(count);
   const QByteArrayView north = reader.take(qsizetype{3} * count);

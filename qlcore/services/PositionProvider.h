@@ -27,7 +27,7 @@ class GeoCluePositionProvider final : public PositionProvider {
 };
 
 // A receiver that speaks NMEA 0183: "serial:/dev/ttyUSB0", "socket://HOST:PORT" (as gpsd has one), or the path of a
-// file of at most 16 MiB with what one has said, which is played at the pace of its own clock, from the start for every
+// file of at most 1 MiB with what one has said, which is played at the pace of its own clock, from the start for every
 // source.
 class NMEAPositionProvider final : public PositionProvider {
  public:

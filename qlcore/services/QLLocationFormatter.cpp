@@ -68,7 +68,7 @@ QString QLLocationFormatter::placeNameForLocation(const QLLocation& location) co
 QString QLLocationFormatter::localLocationStringForLocation(const QLLocation& location) const {
   if (!location.placeName.isEmpty()) return location.placeName;
   if (!location.isValid()) return {};
-  const QString name = placeNameForLocation(location);
+  QString name = placeNameForLocation(location);
   if (!name.isEmpty()) return name;
   return coordinate(location.latitude, u'N', u'S') + u", "_s + coordinate(location.longitude, u'E', u'W');
 }

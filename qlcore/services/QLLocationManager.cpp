@@ -66,14 +66,9 @@ void QLLocationManager::startWithTimeout(double seconds, Handler handler) {
   const auto current = [this, search = m_search](auto&& act) {
     if (search == m_search) act();
   };
-  // Some sources begin with where the computer was when they were last used, without saying that it is old.
-  const QGeoPositionInfo old = m_source->lastKnownPosition();
   connect(
       m_source.get(), &QGeoPositionInfoSource::positionUpdated, this,
-      [this, current, old](const QGeoPositionInfo& info) {
-        if (info != old) current([&] { positionUpdated(info); });
-      },
-      Qt::QueuedConnection);
+      [this, current](const QGeoPositionInfo& info) { current([&] { positionUpdated(info); }); }, Qt::QueuedConnection);
   connect(
       m_source.get(), &QGeoPositionInfoSource::errorOccurred, this,
       [this, current](QGeoPositionInfoSource::Error error) { current([&] { errorOccurred(error); }); },

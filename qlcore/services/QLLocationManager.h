@@ -31,7 +31,7 @@ class QLLocationManager final : public QObject, public LocationService {
   explicit QLLocationManager(std::unique_ptr<PositionProvider> provider);
   ~QLLocationManager() override;
 
-  // True for an NMEA receiver that is there. For GeoClue: it runs and says that it is switched on, or could be started.
+  // True for an NMEA receiver that is there. For GeoClue: it runs and has a position to offer, or could be started.
   // One or two questions to the bus, which are given up after a tenth of a second; false without a bus.
   [[nodiscard]] bool locationServicesEnabled() const override;
   // False for some minutes after the service refused this program; it cannot be asked without starting a search.

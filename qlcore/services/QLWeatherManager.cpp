@@ -21,7 +21,7 @@ bool isUsable(const QUrl& url) {
 
 QUrl serviceURL(const UserDefaults& ownDefaults) {
   const auto setting = ownDefaults.objectForKey(Key::weatherServiceURL);
-  const QUrl url(setting ? setting->string() : QString(), QUrl::StrictMode);
+  QUrl url(setting ? setting->string() : QString(), QUrl::StrictMode);
   if (isUsable(url)) return url;
   if (setting) QLLogWarn(u"%1 is no URL; the public service is used."_s.arg(Key::weatherServiceURL));
   return QUrl(publicServiceURL);

@@ -20,7 +20,7 @@ constexpr qsizetype longestSymbolCode = 64;
 // Of the shortest time that the forecast has one for; near the end of a forecast it has none.
 QString symbolCode(const QJsonObject& data) {
   for (const QString& period : {u"next_1_hours"_s, u"next_6_hours"_s, u"next_12_hours"_s}) {
-    const QString code = data[period]["summary"_L1]["symbol_code"_L1].toString();
+    QString code = data[period]["summary"_L1]["symbol_code"_L1].toString();
     if (!code.isEmpty() && code.size() <= longestSymbolCode) return code;
   }
   return {};

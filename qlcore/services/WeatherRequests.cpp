@@ -23,7 +23,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 largestAnswer = 1024 * 1024;
+constexpr qint64 largestAnswer = 1024LL * 1024;
 constexpr qsizetype mostAnswers = 16;
 constexpr double farthestForecast = 6 * 3600;
 constexpr double day = 24 * 3600;

@@ -1,10 +1,9 @@
-// geoclue_double BUS-ADDRESS finds|off|refuses|mute: owns the location service's name on that bus, prints "ready", and
-// prints what clients ask of it. "finds" gives a fix of 1200 metres at every start and then one of 40 metres.
+// geoclue_double BUS-ADDRESS finds|off|refuses|mute|stalls: owns the location service's name on that bus, prints
+// "ready", and prints what clients ask of it. "finds" gives a fix of 1200 metres at every start and then one of 40
+// metres; "stalls" answers nothing once a client has introduced itself.
 
 #include <QCoreApplication>
-#include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusMetaType>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
@@ -14,25 +13,6 @@
 #include <iostream>
 
 using namespace Qt::StringLiterals;
-
-struct Timestamp {
-  quint64 seconds{1394485200};
-  quint64 microseconds{0};
-};
-Q_DECLARE_METATYPE(Timestamp)
-
-static QDBusArgument& operator<<(QDBusArgument& argument, const Timestamp& time) {
-  argument.beginStructure();
-  argument << time.seconds << time.microseconds;
-  argument.endStructure();
-  return argument;
-}
-static const QDBusArgument& operator>>(const QDBusArgument& argument, Timestamp& time) {
-  argument.beginStructure();
-  argument >> time.seconds >> time.microseconds;
-  argument.endStructure();
-  return argument;
-}
 
 namespace {
 
@@ -49,10 +29,12 @@ class LocationService final : public QDBusVirtualObject {
   [[nodiscard]] QString introspect(const QString&) const override { return {}; }
 
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-    if (m_mode == u"mute") return true;
+    if (m_mode == u"mute" || (m_mode == u"stalls" && message.member() != u"GetClient")) return true;
     QDBusMessage reply = message.createReply();
     if (message.member() == u"Get") {
-      reply << QVariant::fromValue(QDBusVariant(property(message.path(), message.arguments().value(1).toString())));
+      reply << QVariant::fromValue(QDBusVariant(m_mode == u"off" ? 0U : 8U));
+    } else if (message.member() == u"GetAll") {
+      reply << location(message.path());
     } else if (message.member() == u"Set") {
       const QVariant value = message.arguments().value(2).value<QDBusVariant>().variant();
       std::cout << message.arguments().value(1).toString().toStdString() << '=' << value.toString().toStdString()
@@ -72,18 +54,13 @@ class LocationService final : public QDBusVirtualObject {
   }
 
  private:
-  [[nodiscard]] QVariant property(const QString& path, const QString& name) const {
+  static QVariantMap location(const QString& path) {
     const bool isRough = path == locationPath(1);
-    if (name == u"AvailableAccuracyLevel") return m_mode == u"off" ? 0U : 8U;
-    if (name == u"Location") return QVariant::fromValue(QDBusObjectPath(u"/"_s));
-    if (name == u"Latitude") return isRough ? 52.53 : 52.5219;
-    if (name == u"Longitude") return isRough ? 13.42 : 13.4132;
-    if (name == u"Accuracy") return isRough ? 1200.0 : 40.0;
-    if (name == u"Altitude") return -1.7976931348623157e308;
-    if (name == u"Speed" || name == u"Heading") return -1.0;
-    if (name == u"Description") return QString();
-    if (name == u"Timestamp") return QVariant::fromValue(Timestamp());
-    return false;
+    return {{u"Latitude"_s, isRough ? 52.53 : 52.5219},
+            {u"Longitude"_s, isRough ? 13.42 : 13.4132},
+            {u"Accuracy"_s, isRough ? 1200.0 : 40.0},
+            {u"Altitude"_s, -1.7976931348623157e308},
+            {u"Description"_s, QString()}};
   }
   static void announce(QDBusConnection connection, int number) {
     QDBusMessage signal =
@@ -100,7 +77,6 @@ class LocationService final : public QDBusVirtualObject {
 int main(int argc, char** argv) {
   QCoreApplication application(argc, argv);
   if (argc != 3) return 2;
-  qDBusRegisterMetaType<Timestamp>();
   QDBusConnection bus = QDBusConnection::connectToBus(QString::fromLocal8Bit(argv[1]), u"location service"_s);
   LocationService service(QString::fromLocal8Bit(argv[2]));
   if (!bus.registerVirtualObject(u"/org/freedesktop/GeoClue2"_s, &service, QDBusConnection::SubPath) ||
