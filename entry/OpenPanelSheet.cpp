@@ -16,7 +16,7 @@ class FileOrFolderDialog final : public QFileDialog {
   using QFileDialog::QFileDialog;
 
  protected:
-  // The base accepts one kind only and opens the folder that is chosen.
+  // The base would go into a folder that is chosen.
   void accept() override {
     const QStringList selected = selectedFiles();
     if (!selected.isEmpty() && QFileInfo::exists(selected.first())) QDialog::accept();
@@ -31,7 +31,8 @@ void OpenPanelSheet::beginSheet(const QString& title, const QString& directory, 
   auto* panel = new FileOrFolderDialog(window, title, directory);
   panel->setObjectName(u"openPanel"_s);
   panel->setAttribute(Qt::WA_DeleteOnClose);
-  panel->setFileMode(QFileDialog::Directory);
+  panel->setFileMode(QFileDialog::AnyFile);
+  panel->setLabelText(QFileDialog::Accept, u"Choose"_s);
   // Read-only: no folder is made here.
   panel->setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::ReadOnly);
   panel->setWindowModality(Qt::WindowModal);

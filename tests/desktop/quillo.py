@@ -2,6 +2,7 @@
 
 import os
 import plistlib
+import re
 import time
 from pathlib import Path
 
@@ -9,7 +10,7 @@ from desktop import center, click, program, run, tray_icon, wait_until, window_r
 
 SCALE = int(os.environ.get("QT_SCALE_FACTOR", "1"))
 # The frame of the entry window without the shadow around it, in points.
-FRAME_WIDTH = 328
+FRAME_WIDTH, FRAME_HEIGHT = 328, 268
 
 
 def quilloctl(home, *words):
@@ -50,8 +51,7 @@ class Agent:
         click(*center(tray_icon("quillo-agent")), button=button, times=times)
 
     def _windows(self):
-        # Exactly the title: a menu or an alert has others.
-        # All of the conditions: by default one is enough.
+        # Exactly the title: a menu has another. All of the conditions: by default one is enough.
         found = run("xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.program.pid), "--name", "^Quillo$", check=False)
         return found.split()
 
@@ -69,18 +69,19 @@ class Agent:
         return run("xdotool", "getactivewindow", check=False).strip() in self._windows()
 
     def alert_now(self):
-        """The identifier of the alert that is up, or None. A question's title is the program's name, too."""
+        """The identifier of an alert that has the keyboard, or None. Its title is the entry window's."""
         active = run("xdotool", "getactivewindow", check=False).strip()
-        others = run("xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.program.pid), "--class", "quillo",
-                     check=False).split()
-        return active if active in others and active != self._frame_window() else None
+        if active not in self._windows():
+            return None
+        return active if window_rect(active)[3] < FRAME_HEIGHT * SCALE else None
 
     def alert(self):
         return wait_until(self.alert_now, "an alert")
 
     def menu_is_open(self):
+        # Menus have the program's name for a title, and so have some windows of a few pixels.
         tree = run("xwininfo", "-root", "-tree")
-        return any("quillo-agent" in line and "QMenu" in line for line in tree.splitlines())
+        return bool(re.search(r'"quillo-agent": \("quillo-agent" "quillo-agent"\) +\d{3,}x\d{2,}', tree))
 
     def body(self):
         """The rectangle of the window's body and arrow. With a shadow, the arrow has to be above."""
