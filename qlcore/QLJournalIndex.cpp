@@ -17,6 +17,12 @@ QLJournalIndex::QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package) : 
   if (m_package) readEntries();
 }
 
+QLJournalIndex QLJournalIndex::unread(std::shared_ptr<QLJournalPackageFile> package) {
+  QLJournalIndex index;
+  index.m_package = std::move(package);
+  return index;
+}
+
 void QLJournalIndex::readEntries() {
   const QString path = m_package->entriesFolder();
   Error reason;

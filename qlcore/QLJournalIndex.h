@@ -37,6 +37,8 @@ class QLJournalIndex {
   // Reads every entry. Damaged ones are logged and listed apart, and so is the folder of entries where it cannot be
   // read; a folder that is missing holds no entries. A null package has none either.
   explicit QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package);
+  // An index that reads nothing and lists nothing: enough to delete an entry whose place is known.
+  static QLJournalIndex unread(std::shared_ptr<QLJournalPackageFile> package);
 
   // Newest first, by creation; entries of the same second by identifier.
   [[nodiscard]] const QList<std::shared_ptr<QLJournalEntryFile>>& entries() const { return m_entries; }
@@ -59,6 +61,7 @@ class QLJournalIndex {
                        const DeleteFileBlock& deleteFileBlock);
 
  private:
+  QLJournalIndex() = default;
   void readEntries();
   void addDamaged(const QString& path, const QString& reason);
   [[nodiscard]] QUrl urlOfEntry(const QString& canonicalUUID) const;

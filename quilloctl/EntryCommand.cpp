@@ -120,12 +120,11 @@ int remove(Context& context, const QString& uuid, bool permanently) {
   const auto package = journal(context);
   if (!package) return Failed;
   Error error;
-  if (!QLJournalEntryFile::fileURL(*package, uuid, &error)) return failed(error.localizedDescription);
-  QLJournalIndex index(package);
-  const auto entry = index.entryWithUUID(uuid);
-  // Deleted by another program just now.
-  if (!entry) return failed(uuid + u": there is no such entry"_s);
-  if (!QLJournalIndexOSXAdditions::deleteEntry(index, *entry, !permanently, &error))
+  const auto url = QLJournalEntryFile::fileURL(*package, uuid, &error);
+  if (!url) return failed(error.localizedDescription);
+  QLJournalIndex index = QLJournalIndex::unread(package);
+  const QLEntry entry{*QLJournalEntryFile::canonicalUUID(uuid), *url};
+  if (!QLJournalIndexOSXAdditions::deleteEntry(index, entry, !permanently, &error))
     return failed(error.localizedDescription);
   if (context.json) printJson(QJsonObject{{u"deleted"_s, uuid.toUpper()}});
   return Done;

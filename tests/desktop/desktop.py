@@ -132,7 +132,13 @@ class DesktopTestCase(unittest.TestCase):
 
 
 def window_tree():
-    return run("xwininfo", "-root", "-tree")
+    # It walks the windows one by one, and fails half-way when one goes meanwhile.
+    for _ in range(20):
+        try:
+            return run("xwininfo", "-root", "-tree")
+        except AssertionError as failure:
+            reason = failure
+    raise reason
 
 
 def tray_icons(program_name="desktop_probe"):

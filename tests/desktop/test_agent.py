@@ -135,6 +135,13 @@ class AgentTest(DesktopTestCase):
         start_part("tray")
         agent.open_window()
 
+    def test_in_a_wayland_session_it_takes_x11_where_there_is_one(self):
+        make_journal(self.home)
+        # Nobody listens at that socket: it is not to be asked.
+        agent = self.agent(WAYLAND_DISPLAY="wayland-7", XDG_SESSION_TYPE="wayland")
+        agent.open_window()
+        self.assertIn("Display: X11 through Xwayland", self.log())
+
     def test_a_reminder_set_elsewhere_comes_on_the_dot_and_leaves_the_keyboard_alone(self):
         make_journal(self.home)
         agent = self.agent()

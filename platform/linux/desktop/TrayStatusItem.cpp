@@ -55,8 +55,11 @@ TrayStatusItem::TrayStatusItem() : m_window([this] { trayWindowChanged(); }), m_
   connect(&m_menuIsOver, &QTimer::timeout, this, [this] {
     if (m_menu && !m_menu->isVisible()) Q_EMIT m_menu->aboutToHide();
   });
-  for (const auto* screen : QGuiApplication::screens())
+  const auto watchPanelsOf = [this](const QScreen* screen) {
     connect(screen, &QScreen::availableGeometryChanged, &m_settled, qOverload<>(&QTimer::start));
+  };
+  for (const auto* screen : QGuiApplication::screens()) watchPanelsOf(screen);
+  connect(qApp, &QGuiApplication::screenAdded, &m_settled, watchPanelsOf);
   qApp->installEventFilter(this);
 }
 
