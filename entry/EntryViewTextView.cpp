@@ -45,6 +45,7 @@ EntryViewTextView::EntryViewTextView(QWidget* parent)
   viewport()->setAutoFillBackground(false);
   connect(this, &QPlainTextEdit::textChanged, this, &EntryViewTextView::contentsChanged);
   connect(this, &QPlainTextEdit::cursorPositionChanged, this, &EntryViewTextView::caretDidMove);
+  connect(this, &QPlainTextEdit::selectionChanged, this, &EntryViewTextView::caretDidMove);
   connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
     m_completer->textDidScroll();
     if (m_grammar) m_grammar->somethingToReview();
@@ -169,7 +170,9 @@ void EntryViewTextView::setString(const QString& text) {
   m_isSettingString = true;
   setPlainText(text);
   m_isSettingString = false;
-  m_lastString = string();
+  m_lastText = document()->toRawText();
+  if (m_correction) m_correction->textWasSet();
+  if (m_grammar) m_grammar->somethingToReview();
 }
 
 void EntryViewTextView::setTextContainerInset(QSizeF inset) {
@@ -182,9 +185,9 @@ void EntryViewTextView::setTextContainerInset(QSizeF inset) {
 void EntryViewTextView::contentsChanged() {
   if (m_isSettingString) return;
   // The toolkit also tells of text that an input method has not committed yet.
-  QString now = string();
-  if (now == m_lastString) return;
-  m_lastString = std::move(now);
+  QString now = document()->toRawText();
+  if (now == m_lastText) return;
+  m_lastText = std::move(now);
   if (m_correction) m_correction->textDidChange();
   if (m_grammar) m_grammar->somethingToReview();
   Q_EMIT textDidChange();

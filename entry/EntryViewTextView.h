@@ -71,7 +71,7 @@ class EntryViewTextView : public QPlainTextEdit {
   void makeSelectionItalic() { surroundSelectionWithString(QStringLiteral("*")); }
 
   // The context menu: guesses for the word under the pointer, the standard commands, "Spelling and Grammar", and
-  // "Format" last. Usable while the view lives.
+  // "Format" last. It must go before the view does.
   [[nodiscard]] std::unique_ptr<QMenu> menuForEvent(const QContextMenuEvent& event);
   void addFormatSubmenuToMenu(QMenu& menu);
   // Takes out what would turn the text on its side, should the base class offer it.
@@ -125,7 +125,7 @@ class EntryViewTextView : public QPlainTextEdit {
   void replaceCharacters(TextRange range, const QString& text);
   [[nodiscard]] QList<QTextBlock> visibleBlocks() const;
 
-  QString m_lastString;
+  QString m_lastText;  // as the document holds it
   bool m_isSettingString{false};
   bool m_isAwake{false};
   bool m_checksSpelling{false};

@@ -146,7 +146,8 @@ void SpellingHighlighter::highlightBlock(const QString& text) {
 
 bool SpellingHighlighter::isBeingTyped(const QString& text, TextRange word, int blockPosition) const {
   const qsizetype caret = m_typingPosition - blockPosition;
-  if (m_typingPosition < 0 || caret <= word.location) return false;
+  // A caret behind the text stands in the next paragraph.
+  if (m_typingPosition < 0 || caret <= word.location || caret > text.size()) return false;
   // An apostrophe may yet turn out to be inside the word.
   return caret <= word.end() || (caret == word.end() + 1 && isApostrophe(text[word.end()]));
 }
