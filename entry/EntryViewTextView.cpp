@@ -7,14 +7,15 @@
 #include "entry/HashtagCompleter.h"
 #include "entry/SpellChecker.h"
 #include "entry/SpellingHighlighter.h"
+#include "entry/WavyUnderline.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 
-#include <QInputMethodEvent>
-#include <QKeyEvent>
 #include <QMimeData>
+#include <QPainter>
 #include <QTextDocument>
 #include <QTextDocumentFragment>
+#include <QTextLayout>
 
 #include <algorithm>
 
@@ -150,6 +151,14 @@ QList<QTextBlock> EntryViewTextView::visibleBlocks() const {
     blocks << block;
   }
   return blocks;
+}
+
+void EntryViewTextView::paintEvent(QPaintEvent* event) {
+  QPlainTextEdit::paintEvent(event);
+  if (!m_highlighter) return;
+  QPainter painter(viewport());
+  for (const QTextBlock& block : visibleBlocks())
+    drawWavyUnderlines(painter, *block.layout(), blockBoundingGeometry(block).translated(contentOffset()).topLeft());
 }
 
 QStringList EntryViewTextView::acceptableDragTypes() {
