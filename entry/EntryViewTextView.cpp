@@ -219,6 +219,7 @@ void EntryViewTextView::insertFromMimeData(const QMimeData* source) {
 
 // Replaced as one undo step that nothing typed before or after joins.
 void EntryViewTextView::replaceCharacters(TextRange range, const QString& text) {
+  if (range.location < 0 || range.length < 0 || range.end() >= document()->characterCount()) return;
   QTextCursor caret = textCursor();
   QTextCursor cursor(document());
   cursor.setPosition(static_cast<int>(range.location));

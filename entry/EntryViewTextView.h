@@ -122,6 +122,7 @@ class EntryViewTextView : public QPlainTextEdit {
   [[nodiscard]] bool canFormatSelection() const;
   void addGuessesToMenu(QMenu& menu, int position);
   void addMisspellingToMenu(QMenu& menu, QAction* before, TextRange range);
+  void addReplacementsToMenu(QMenu& menu, QAction* before, const QStringList& replacements, const QTextCursor& place);
   void addSpellingSubmenuToMenu(QMenu& menu);
   void replaceCharacters(TextRange range, const QString& text);
   [[nodiscard]] QList<QTextBlock> visibleBlocks() const;

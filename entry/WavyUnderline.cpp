@@ -22,7 +22,7 @@ constexpr double penWidth = 1.1;
 void drawWave(QPainter& painter, double left, double right, double y) {
   QPainterPath wave(QPointF(left, y));
   double direction = -1;
-  for (double x = left; x < right; x += halfWave) {
+  for (double x = left; x + halfWave / 2 < right; x += halfWave) {
     wave.quadTo(QPointF(x + halfWave / 2, y + direction * swing), QPointF(x + halfWave, y));
     direction = -direction;
   }

@@ -159,6 +159,14 @@ TEST_F(EntryViewTest, GuessesReplaceTheWordAndTaughtWordsPass) {
   press(Qt::Key_Z, Qt::ControlModifier);
   EXPECT_EQ(view->string(), u"lihgt Rivr"_s);
 
+  // A text that changed under the open menu is not overwritten.
+  menu = menuAt(2);
+  view->setString(u"he lihgt Rivr"_s);
+  item(*menu, u"light"_s)->trigger();
+  EXPECT_EQ(view->string(), u"he lihgt Rivr"_s);
+  view->setString(u"lihgt Rivr"_s);
+  finishChecking();
+
   menu = menuAt(8);
   QStringList guesses;
   for (const QAction* action : menu->actions())
