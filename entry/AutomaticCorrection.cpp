@@ -95,4 +95,9 @@ void AutomaticCorrection::textDidChange() {
   });
 }
 
+void AutomaticCorrection::textWasSet() {
+  m_made.clear();
+  m_declined.clear();
+}
+
 }  // namespace quillo

@@ -26,6 +26,8 @@ class AutomaticCorrection {
   void userDidType();
   // The text changed, by whatever means.
   void textDidChange();
+  // A new text begins: nothing before it counts any more.
+  void textWasSet();
 
  private:
   struct Made {

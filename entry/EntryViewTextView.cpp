@@ -7,14 +7,15 @@
 #include "entry/HashtagCompleter.h"
 #include "entry/SpellChecker.h"
 #include "entry/SpellingHighlighter.h"
+#include "entry/WavyUnderline.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 
-#include <QInputMethodEvent>
-#include <QKeyEvent>
 #include <QMimeData>
+#include <QPainter>
 #include <QTextDocument>
 #include <QTextDocumentFragment>
+#include <QTextLayout>
 
 #include <algorithm>
 
@@ -45,6 +46,7 @@ EntryViewTextView::EntryViewTextView(QWidget* parent)
   viewport()->setAutoFillBackground(false);
   connect(this, &QPlainTextEdit::textChanged, this, &EntryViewTextView::contentsChanged);
   connect(this, &QPlainTextEdit::cursorPositionChanged, this, &EntryViewTextView::caretDidMove);
+  connect(this, &QPlainTextEdit::selectionChanged, this, &EntryViewTextView::caretDidMove);
   connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
     m_completer->textDidScroll();
     if (m_grammar) m_grammar->somethingToReview();
@@ -151,6 +153,14 @@ QList<QTextBlock> EntryViewTextView::visibleBlocks() const {
   return blocks;
 }
 
+void EntryViewTextView::paintEvent(QPaintEvent* event) {
+  QPlainTextEdit::paintEvent(event);
+  if (!m_highlighter) return;
+  QPainter painter(viewport());
+  for (const QTextBlock& block : visibleBlocks())
+    drawWavyUnderlines(painter, *block.layout(), blockBoundingGeometry(block).translated(contentOffset()).topLeft());
+}
+
 QStringList EntryViewTextView::acceptableDragTypes() {
   setAcceptDrops(false);
   viewport()->setAcceptDrops(false);
@@ -169,7 +179,9 @@ void EntryViewTextView::setString(const QString& text) {
   m_isSettingString = true;
   setPlainText(text);
   m_isSettingString = false;
-  m_lastString = string();
+  m_lastText = document()->toRawText();
+  if (m_correction) m_correction->textWasSet();
+  if (m_grammar) m_grammar->somethingToReview();
 }
 
 void EntryViewTextView::setTextContainerInset(QSizeF inset) {
@@ -182,9 +194,9 @@ void EntryViewTextView::setTextContainerInset(QSizeF inset) {
 void EntryViewTextView::contentsChanged() {
   if (m_isSettingString) return;
   // The toolkit also tells of text that an input method has not committed yet.
-  QString now = string();
-  if (now == m_lastString) return;
-  m_lastString = std::move(now);
+  QString now = document()->toRawText();
+  if (now == m_lastText) return;
+  m_lastText = std::move(now);
   if (m_correction) m_correction->textDidChange();
   if (m_grammar) m_grammar->somethingToReview();
   Q_EMIT textDidChange();
@@ -207,6 +219,7 @@ void EntryViewTextView::insertFromMimeData(const QMimeData* source) {
 
 // Replaced as one undo step that nothing typed before or after joins.
 void EntryViewTextView::replaceCharacters(TextRange range, const QString& text) {
+  if (range.location < 0 || range.length < 0 || range.end() >= document()->characterCount()) return;
   QTextCursor caret = textCursor();
   QTextCursor cursor(document());
   cursor.setPosition(static_cast<int>(range.location));

@@ -71,7 +71,7 @@ class EntryViewTextView : public QPlainTextEdit {
   void makeSelectionItalic() { surroundSelectionWithString(QStringLiteral("*")); }
 
   // The context menu: guesses for the word under the pointer, the standard commands, "Spelling and Grammar", and
-  // "Format" last. Usable while the view lives.
+  // "Format" last. It must go before the view does.
   [[nodiscard]] std::unique_ptr<QMenu> menuForEvent(const QContextMenuEvent& event);
   void addFormatSubmenuToMenu(QMenu& menu);
   // Takes out what would turn the text on its side, should the base class offer it.
@@ -104,6 +104,7 @@ class EntryViewTextView : public QPlainTextEdit {
   [[nodiscard]] bool canInsertFromMimeData(const QMimeData* source) const override;
   void insertFromMimeData(const QMimeData* source) override;
   bool event(QEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void inputMethodEvent(QInputMethodEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
@@ -121,11 +122,12 @@ class EntryViewTextView : public QPlainTextEdit {
   [[nodiscard]] bool canFormatSelection() const;
   void addGuessesToMenu(QMenu& menu, int position);
   void addMisspellingToMenu(QMenu& menu, QAction* before, TextRange range);
+  void addReplacementsToMenu(QMenu& menu, QAction* before, const QStringList& replacements, const QTextCursor& place);
   void addSpellingSubmenuToMenu(QMenu& menu);
   void replaceCharacters(TextRange range, const QString& text);
   [[nodiscard]] QList<QTextBlock> visibleBlocks() const;
 
-  QString m_lastString;
+  QString m_lastText;  // as the document holds it
   bool m_isSettingString{false};
   bool m_isAwake{false};
   bool m_checksSpelling{false};

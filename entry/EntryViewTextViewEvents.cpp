@@ -25,11 +25,13 @@ KeyEffect effectOf(const QKeyEvent& event) {
     case Qt::Key_Enter:
       return KeyEffect::Types;
     default:
-      // Commands carry control characters.
-      return !event.text().isEmpty() && (event.text().front().isPrint() || event.text().front().isSurrogate())
-                 ? KeyEffect::Types
-                 : KeyEffect::Other;
+      break;
   }
+  // Control makes a command of a letter, but not together with Alt, which some layouts type characters with.
+  if ((event.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) == Qt::ControlModifier || event.text().isEmpty())
+    return KeyEffect::Other;
+  const QChar first = event.text().front();
+  return first.isPrint() || first.isSurrogate() ? KeyEffect::Types : KeyEffect::Other;
 }
 
 bool isFormatKey(const QKeyEvent& event) {

@@ -9,6 +9,7 @@
 #include <QAction>
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QTextCursor>
 
 namespace quillo {
 
@@ -39,6 +40,14 @@ void insertNote(QMenu& menu, QAction* before, const QString& title) {
   insertItem(menu, before, title)->setEnabled(false);
 }
 
+// The place follows edits, which may happen while the menu is open.
+QTextCursor placeOf(QTextDocument& document, TextRange range) {
+  QTextCursor place(&document);
+  place.setPosition(static_cast<int>(range.location));
+  place.setPosition(static_cast<int>(range.end()), QTextCursor::KeepAnchor);
+  return place;
+}
+
 QFont boldFont(const QMenu& menu) {
   QFont font = menu.font();
   font.setBold(true);
@@ -67,27 +76,28 @@ void EntryViewTextView::addGuessesToMenu(QMenu& menu, int position) {
   const auto issue = m_highlighter->issueAt(position);
   if (!issue) return;
   insertNote(menu, before, asTitle(fontMetrics().elidedText(issue->message, Qt::ElideRight, 420)));
-  for (const QString& replacement : issue->replacements) {
-    QAction* item = insertItem(menu, before, asTitle(replacement));
-    item->setFont(boldFont(menu));
-    connect(item, &QAction::triggered, this,
-            [this, range = issue->range, replacement] { replaceCharacters(range, replacement); });
-  }
+  addReplacementsToMenu(menu, before, issue->replacements, placeOf(*document(), issue->range));
   menu.insertSeparator(before);
 }
 
+void EntryViewTextView::addReplacementsToMenu(QMenu& menu, QAction* before, const QStringList& replacements,
+                                              const QTextCursor& place) {
+  for (const QString& replacement : replacements) {
+    QAction* item = insertItem(menu, before, asTitle(replacement));
+    item->setFont(boldFont(menu));
+    connect(item, &QAction::triggered, this, [this, place, text = place.selectedText(), replacement] {
+      if (place.selectedText() == text && !isReadOnly())
+        replaceCharacters(TextRange::between(place.selectionStart(), place.selectionEnd()), replacement);
+    });
+  }
+}
+
 void EntryViewTextView::addMisspellingToMenu(QMenu& menu, QAction* before, TextRange range) {
-  QTextCursor cursor(document());
-  cursor.setPosition(static_cast<int>(range.location));
-  cursor.setPosition(static_cast<int>(range.end()), QTextCursor::KeepAnchor);
-  const QString word = cursor.selectedText();
+  const QTextCursor place = placeOf(*document(), range);
+  const QString word = place.selectedText();
   const QStringList guesses = m_checker->suggestions(word, mostGuesses);
   if (guesses.isEmpty()) insertNote(menu, before, localized(u"No Guesses Found"_s));
-  for (const QString& guess : guesses) {
-    QAction* item = insertItem(menu, before, asTitle(guess));
-    item->setFont(boldFont(menu));
-    connect(item, &QAction::triggered, this, [this, range, guess] { replaceCharacters(range, guess); });
-  }
+  addReplacementsToMenu(menu, before, guesses, place);
   menu.insertSeparator(before);
   connect(insertItem(menu, before, localized(u"Ignore Spelling"_s)), &QAction::triggered, this,
           [this, word] { m_checker->ignoreSpelling(word); });

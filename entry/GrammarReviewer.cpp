@@ -6,14 +6,11 @@
 
 namespace quillo {
 
-// Milliseconds without a change, until the user is taken to pause.
-static constexpr int pauseDuration = 700;
-
 GrammarReviewer::GrammarReviewer(SpellingHighlighter& highlighter, std::function<QList<QTextBlock>()> visibleBlocks,
                                  QObject* parent)
     : QObject(parent), m_highlighter(highlighter), m_visibleBlocks(std::move(visibleBlocks)) {
   m_pause.setSingleShot(true);
-  m_pause.setInterval(pauseDuration);
+  setPauseDuration(std::chrono::milliseconds(700));
   connect(&m_pause, &QTimer::timeout, this, &GrammarReviewer::reviewNext);
   connect(&m_client, &GrammarClient::availabilityDidChange, this, [this] {
     if (m_client.availability() == GrammarClient::Availability::Available) tryAgain();

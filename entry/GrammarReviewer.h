@@ -6,6 +6,7 @@
 #include <QTextBlock>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 
 namespace quillo {
@@ -24,10 +25,14 @@ class GrammarReviewer : public QObject {
   [[nodiscard]] GrammarClient& client() { return m_client; }
 
   void setEnabled(bool enabled);
+  // How long without a change the user is taken to pause; 700 ms at first.
+  void setPauseDuration(std::chrono::milliseconds duration) { m_pause.setInterval(duration); }
   // The text changed, or other paragraphs came onto the screen.
   void somethingToReview();
   // The server may have been started meanwhile.
   void tryAgain();
+  // Whether a pause is being waited for.
+  [[nodiscard]] bool isWaiting() const { return m_pause.isActive(); }
 
  private:
   void reviewNext();

@@ -2,6 +2,7 @@
 
 #include "entry/SpellChecker.h"
 #include "entry/SpellingWords.h"
+#include "entry/WavyUnderline.h"
 
 #include <QSignalBlocker>
 #include <QTextDocument>
@@ -18,13 +19,6 @@ constexpr int sliceDuration = 4;
 
 const QColor misspellingColor(0xd9, 0x30, 0x25);
 const QColor issueColor(0x1a, 0x8f, 0x4c);
-
-QTextCharFormat waveOf(const QColor& color) {
-  QTextCharFormat format;
-  format.setUnderlineStyle(QTextCharFormat::WaveUnderline);
-  format.setUnderlineColor(color);
-  return format;
-}
 
 }  // namespace
 
@@ -138,7 +132,7 @@ void SpellingHighlighter::highlightBlock(const QString& text) {
   if (!paragraph) return;
   const auto draw = [&](TextRange range, const QColor& color) {
     if (range.end() <= text.size())
-      setFormat(static_cast<int>(range.location), static_cast<int>(range.length), waveOf(color));
+      setFormat(static_cast<int>(range.location), static_cast<int>(range.length), wavyUnderline(color));
   };
   for (const GrammarIssue& issue : paragraph->issues) draw(issue.range, issueColor);
   for (const TextRange& range : paragraph->misspellings) draw(range, misspellingColor);
@@ -146,7 +140,8 @@ void SpellingHighlighter::highlightBlock(const QString& text) {
 
 bool SpellingHighlighter::isBeingTyped(const QString& text, TextRange word, int blockPosition) const {
   const qsizetype caret = m_typingPosition - blockPosition;
-  if (m_typingPosition < 0 || caret <= word.location) return false;
+  // A caret behind the text stands in the next paragraph.
+  if (m_typingPosition < 0 || caret <= word.location || caret > text.size()) return false;
   // An apostrophe may yet turn out to be inside the word.
   return caret <= word.end() || (caret == word.end() + 1 && isApostrophe(text[word.end()]));
 }
