@@ -1,6 +1,8 @@
 #pragma once
 
+#include "about/AboutWindowController.h"
 #include "app/CrashReportManager.h"
+#include "app/ReminderDelivery.h"
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
 #include "entry/AlertSheet.h"
@@ -34,6 +36,9 @@ struct AgentPlatform {
   OneShotTimerFactory& timers;
   // Ends the program from its event loop.
   std::function<void()> terminate;
+  // Reminders do without either.
+  UserNotifications* userNotifications{nullptr};
+  Sounds* sounds{nullptr};
 };
 
 // Owns every object that lives as long as the process, creates and wires them in a fixed order, and carries out the
@@ -71,13 +76,15 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   // Before the process ends: closes the entry window, which saves its text.
   void applicationWillTerminate();
 
-  // Opens the entry window in the reminder mode where the settings say so.
+  // Gives the reminder by window, notification and sound, as the settings want it.
   void reminderAlarmFired();
   // Reminders were switched on or off, here or by the other application. Other contexts than the delegate's own are
   // ignored.
   void observeValueForKeyPath(const QString& keyPath, KeyValueObservable& object, const void* context) override;
 
   bool launchMainApp();
+  // Always the same window.
+  void orderFrontAboutWindow();
   void contextualMenuItemClicked(int tag);
   // Retitles the item as needed; answers whether it is enabled.
   bool validateMenuItem(QAction& item);
@@ -86,6 +93,8 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   [[nodiscard]] QLXAStatusBarController* statusController() { return m_statusController.get(); }
   [[nodiscard]] AgentEntryWindowController* entryWindowController() { return m_entryWindowController.get(); }
   [[nodiscard]] ReminderAlarm& reminderAlarm() { return m_reminderAlarm; }
+  // Null until it was asked for.
+  [[nodiscard]] AboutWindowController* aboutWindowController() { return m_aboutWindowController.get(); }
 
  private:
   void buildContextualMenu();
@@ -107,6 +116,8 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   std::unique_ptr<QMenu> m_contextualMenu;
   std::shared_ptr<AgentEntryWindowController> m_entryWindowController;
   std::unique_ptr<QLXAStatusBarController> m_statusController;
+  std::unique_ptr<AboutWindowController> m_aboutWindowController;
+  ReminderDelivery m_reminderDelivery;
 };
 
 }  // namespace quillo

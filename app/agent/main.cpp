@@ -1,5 +1,6 @@
 // The composition root of the agent: the one place that names the real services of the desktop.
 
+#include "about/Deployment.h"
 #include "app/LoggingSetup.h"
 #include "app/LoginItem.h"
 #include "app/QuilloAgentAppDelegate.h"
@@ -11,17 +12,20 @@
 #include "platform/linux/LinuxSystemEvents.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
+#include "platform/linux/SessionBusUserNotifications.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/TerminationSignals.h"
 #include "platform/linux/TrayStatusItem.h"
 #include "platform/linux/WallClockTimer.h"
 #include "platform/linux/XdgLoginItems.h"
 #include "platform/linux/XdgWorkspace.h"
+#include "platform/linux/sound/SoundEffects.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "reminders/SystemNotices.h"
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QIcon>
 
 #include <CLI/CLI.hpp>
 
@@ -64,12 +68,21 @@ std::optional<int> readArguments(int argc, char** argv) {
   return std::nullopt;
 }
 
+// The program's own, for the frames and lists of windows where no installed theme has it.
+QIcon ownIcon() {
+  QIcon icon;
+  for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
+    icon.addFile(u":/quillo/icons/hicolor/%1x%1/apps/quillo-agent.png"_s.arg(size), QSize(size, size));
+  return icon;
+}
+
 Bundle agentBundle() {
   return {u":/quillo"_s,
           {{InfoKey::identifier, QString(Identifier::agent)},
            {InfoKey::name, u"Quillo"_s},
            {InfoKey::shortVersion, QStringLiteral(QUILLO_VERSION)},
-           {InfoKey::version, QStringLiteral(QUILLO_VERSION)}}};
+           {InfoKey::version, QStringLiteral(QUILLO_VERSION)},
+           {InfoKey::copyright, QString(Deployment::copyright)}}};
 }
 
 }  // namespace
@@ -87,6 +100,7 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(u"quillo-agent"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(u"quillo-agent"_s);
+  QApplication::setWindowIcon(ownIcon());
   // There is no main window whose closing would mean the end.
   QApplication::setQuitOnLastWindowClosed(false);
   Bundle::setMainBundle(agentBundle());
@@ -107,12 +121,14 @@ int main(int argc, char** argv) {
   LoginItem::setSharedServices({&loginItems, &runningApplications});
   const SystemClock clock;
   WallClockTimerFactory timers(clock);
+  SoundEffects sounds;
+  SessionBusUserNotifications userNotifications(u"quillo-agent"_s, sounds);
 
   int code = 0;
   {
     QuilloAgentAppDelegate delegate(
         config, {runningApplications, workspace, [] { return std::make_unique<TrayStatusItem>(); }, compositorIsRunning,
-                 clock, timers, [] { QApplication::exit(); }});
+                 clock, timers, [] { QApplication::exit(); }, &userNotifications, &sounds});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      [&delegate] { delegate.applicationWillTerminate(); });
     delegate.applicationWillFinishLaunching();
