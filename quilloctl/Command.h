@@ -4,15 +4,29 @@
 
 #include <QJsonValue>
 #include <QString>
+#include <QStringList>
 
 #include <CLI/CLI.hpp>
 
 #include <functional>
+#include <memory>
+
+namespace quillo {
+class QLJournalPackageFile;
+class RunningApplications;
+class Workspace;
+}  // namespace quillo
 
 namespace quillo::ctl {
 
 // How a command ends. What failed has been said, in one line on the error stream.
 enum ExitCode : int { Done = 0, Failed = 1, Usage = 2 };
+
+// The services of the user's session.
+struct Session {
+  RunningApplications& runningApplications;
+  Workspace& workspace;
+};
 
 // What every command works with.
 struct Context {
@@ -20,6 +34,11 @@ struct Context {
   // Broadcasts the name to the other processes.
   std::function<void(QLatin1StringView name)> post;
   bool json{false};
+  // Joins the session the first time: from then on the agent's and the reminders' managers reach the other processes
+  // and the login items.
+  std::function<Session()> session;
+  // What a copy of this program has to be given to use the same home.
+  QStringList homeArguments;
 };
 
 // One line on the error stream; answers Failed.
@@ -33,6 +52,9 @@ void printJson(const QJsonValue& value);
 // The shared list; null, with the reason said, when it cannot be read.
 PersistentPropertyList* sharedList(Context& context);
 
+// The configured journal; null, with the reason said.
+std::shared_ptr<QLJournalPackageFile> openJournal(Context& context);
+
 // Each adds its command with all sub-commands. The chosen one leaves its work in `action`, run after parsing is done,
 // so that a wrong word anywhere changes nothing.
 using Action = std::function<int(Context&)>;
@@ -40,6 +62,8 @@ void addSettingsCommand(CLI::App& program, Action& action);
 void addJournalCommand(CLI::App& program, Action& action);
 void addEntryCommand(CLI::App& program, Action& action);
 void addReminderCommand(CLI::App& program, Action& action);
+void addAgentCommand(CLI::App& program, Action& action);
+void addOpenURLCommand(CLI::App& program, Action& action);
 void addPostCommand(CLI::App& program, Action& action);
 
 }  // namespace quillo::ctl

