@@ -1,5 +1,5 @@
 # The Debian package: `cpack` in a release build's folder makes quillo-agent_VERSION_ARCHITECTURE.deb.
-# Everything is installed below the prefix but for the autostart entry, which desktops look for in /etc alone.
+# Everything is installed below the prefix but for the autostart entry: of /usr it goes to /etc, where desktops look.
 include(GNUInstallDirs)
 
 install(FILES resources/com.quilloapp.quillo-agent.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
@@ -23,14 +23,22 @@ get_property(compressed GLOBAL PROPERTY QUILLO_COMPRESSED)
 add_custom_target(compressed_documents ALL DEPENDS ${compressed})
 install(FILES docs/copyright resources/LegalAcknowledgements.txt DESTINATION share/doc/quillo-agent)
 
+install(FILES resources/lintian-overrides DESTINATION share/lintian/overrides RENAME quillo-agent)
+
 # Switched off: whoever wants the agent at login says `quilloctl agent enable`, which writes an entry of the user's own.
-install(FILES resources/autostart/com.quilloapp.quillo-agent.desktop DESTINATION ${CMAKE_INSTALL_FULL_SYSCONFDIR}/xdg/autostart)
+install(CODE "
+  set(sysconf \"\${CMAKE_INSTALL_PREFIX}/etc\")
+  if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+    set(sysconf /etc)
+  endif()
+  file(INSTALL DESTINATION \"\${sysconf}/xdg/autostart\" TYPE FILE
+    FILES ${CMAKE_SOURCE_DIR}/resources/autostart/com.quilloapp.quillo-agent.desktop)")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME quillo-agent)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_VENDOR "Tallowmere, LLC")
-set(CPACK_PACKAGE_CONTACT "Tallowmere, LLC <packages@tallowmere.example>")
+set(CPACK_PACKAGE_CONTACT "Tallowmere LLC <packages@tallowmere.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "journal in the system tray, with reminders")
 set(CPACK_PACKAGE_DESCRIPTION "Puts a quill in the tray: a click opens a compact window, and what you write is
 saved straight into your journal, a folder of plain files. Reminds you of
@@ -43,8 +51,10 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_SET_DESTDIR ON)
 set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+# Directories get the permissions of the packager's umask otherwise.
+file(WRITE ${CMAKE_BINARY_DIR}/packaging/open-directories.cmake
+  "execute_process(COMMAND find \"\${CPACK_TEMPORARY_DIRECTORY}\" -type d -exec chmod 755 {} +)\n")
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_BINARY_DIR}/packaging/open-directories.cmake)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
