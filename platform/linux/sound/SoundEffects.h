@@ -2,30 +2,25 @@
 
 #include "platform/Sounds.h"
 
-#include <QObject>
-
-#include <memory>
-
-class QSoundEffect;
+#include <QLibrary>
 
 namespace quillo {
 
-// Plays wave files of the main bundle's folder "sounds". The first sound opens the sound system; until then nothing of
-// it is touched, and between sounds no player is kept. A sound that comes while the one before still rings takes its
+// Plays wave files of the main bundle's folder "sounds". The first sound loads the multimedia library and opens the
+// sound system; until then nothing of it is touched. A sound that comes while the one before still rings takes its
 // place.
-class SoundEffects final : public QObject, public Sounds {
-  Q_OBJECT
-
+class SoundEffects final : public Sounds {
  public:
-  SoundEffects();
+  SoundEffects() = default;
   ~SoundEffects() override;
 
   bool playSoundNamed(const QString& name) override;
 
  private:
-  void silence();
+  bool load();
 
-  std::unique_ptr<QSoundEffect> m_effect;
+  QLibrary m_module;
+  bool m_triedToLoad{false};
 };
 
 }  // namespace quillo
