@@ -33,7 +33,7 @@ class PackageTest(unittest.TestCase):
         run("dpkg-deb", "-x", cls.package, cls.root)
 
     def test_everything_is_in_its_place(self):
-        for path in ("usr/bin/quillo-agent", "usr/bin/quilloctl", "usr/lib/quillo-agent/quillo-sound.so", "usr/share/applications/quillo-agent.desktop",
+        for path in ("usr/bin/quillo-agent", "usr/bin/quilloctl", "usr/lib/quillo-agent/modules/quillo-sound.so", "usr/share/applications/quillo-agent.desktop",
                      "usr/share/applications/com.quilloapp.quillo.desktop", "etc/xdg/autostart/com.quilloapp.quillo-agent.desktop",
                      "usr/share/icons/hicolor/48x48/apps/quillo-agent.png", "usr/share/man/man1/quillo-agent.1.gz",
                      "usr/share/man/man1/quilloctl.1.gz", "usr/share/bash-completion/completions/quilloctl",

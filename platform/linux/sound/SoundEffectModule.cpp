@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace quillo {
+
 namespace {
 
 std::unique_ptr<QSoundEffect>& effect() {
@@ -42,3 +44,5 @@ extern "C" Q_DECL_EXPORT void quilloPlaySound(const QUrl& source) {
   // Begins as soon as the file is decoded. A file that is no sound has ended it already.
   if (effect().get() == current) current->play();
 }
+
+}  // namespace quillo

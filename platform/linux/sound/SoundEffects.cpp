@@ -20,7 +20,7 @@ static QUrl urlOfResource(const QString& path) {
 static QString modulePath() {
   const QString directory = QCoreApplication::applicationDirPath();
   const QString beside = directory + u"/quillo-sound.so"_s;
-  return QFileInfo::exists(beside) ? beside : directory + u"/../lib/quillo-agent/quillo-sound.so"_s;
+  return QFileInfo::exists(beside) ? beside : directory + u"/../lib/quillo-agent/modules/quillo-sound.so"_s;
 }
 
 SoundEffects::~SoundEffects() {
