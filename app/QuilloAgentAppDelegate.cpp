@@ -42,7 +42,10 @@ QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatfo
           [this](const QString& problem) {
             m_shortcutProblem = problem;
             if (m_statusController) m_statusController->updateToolTip();
-          }) {
+          }),
+      m_reminderDelivery([this] { return m_config.groupProperties(); },
+                         {[this] { return m_statusController.get(); }, [this] { return m_entryWindowController; },
+                          m_platform.userNotifications, m_platform.sounds, &m_platform.workspace}) {
   buildContextualMenu();
 }
 
@@ -85,7 +88,7 @@ bool QuilloAgentAppDelegate::validateMenuItem(QAction& item) {
   const bool remind = RemindersManager::sharedManager().remindersAreEnabled();
   if (tag == ReminderLine) item.setText(remind ? u"Next Reminder: "_s + nextReminderText() : u"Reminders: Off"_s);
   if (tag == ToggleReminders) item.setText(remind ? u"Disable Reminders"_s : u"Enable Reminders"_s);
-  return tag != ReminderLine && tag != About;
+  return tag != ReminderLine;
 }
 
 QString QuilloAgentAppDelegate::nextReminderText() const {
@@ -133,6 +136,9 @@ void QuilloAgentAppDelegate::contextualMenuItemClicked(int tag) {
       break;
     case Preferences:
       m_platform.workspace.openURL(QUrl(u"quillo://preferences"_s));
+      break;
+    case About:
+      orderFrontAboutWindow();
       break;
     case Quit:
       // The agent's quit command ends the whole product; the main application is asked politely, without waiting.
@@ -240,10 +246,12 @@ void QuilloAgentAppDelegate::observeValueForKeyPath(const QString&, KeyValueObse
 void QuilloAgentAppDelegate::reminderAlarmFired() {
   // The alarm moves on to the next reminder once this is done.
   if (m_statusController) m_statusController->updateToolTip();
-  PersistentPropertyList* list = m_config.groupProperties();
-  const auto open = list ? list->valueForKey(Key::remindersOpenMenuBar) : std::nullopt;
-  if (m_statusController && open && open->boolValue())
-    m_statusController->showEntryWindowInMode(EntryWindowModeReminder);
+  m_reminderDelivery.reminderAlarmFired();
+}
+
+void QuilloAgentAppDelegate::orderFrontAboutWindow() {
+  if (!m_aboutWindowController) m_aboutWindowController = std::make_unique<AboutWindowController>(m_platform.workspace);
+  m_aboutWindowController->showWindow();
 }
 
 void QuilloAgentAppDelegate::reloadEntryWindow() {

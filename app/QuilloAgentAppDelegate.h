@@ -1,7 +1,9 @@
 #pragma once
 
+#include "about/AboutWindowController.h"
 #include "app/CrashReportManager.h"
 #include "app/GlobalShortcut.h"
+#include "app/ReminderDelivery.h"
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
 #include "entry/AlertSheet.h"
@@ -43,6 +45,9 @@ struct AgentPlatform {
   OneShotTimerFactory& timers;
   // Ends the program from its event loop.
   std::function<void()> terminate;
+  // Reminders do without either.
+  UserNotifications* userNotifications{nullptr};
+  Sounds* sounds{nullptr};
 };
 
 // Owns every object that lives as long as the process, creates and wires them in a fixed order, and carries out the
@@ -80,7 +85,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   // Before the process ends: closes the entry window, which saves its text.
   void applicationWillTerminate();
 
-  // Opens the entry window in the reminder mode where the settings say so.
+  // Gives the reminder by window, notification and sound, as the settings want it.
   void reminderAlarmFired();
   // Reminders were switched on or off, here or by the other application. Other contexts than the delegate's own are
   // ignored.
@@ -92,6 +97,8 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   void resetGlobalShortcut();
 
   bool launchMainApp();
+  // Always the same window.
+  void orderFrontAboutWindow();
   void contextualMenuItemClicked(int tag);
   // Retitles the item as needed; answers whether it is enabled.
   bool validateMenuItem(QAction& item);
@@ -101,6 +108,8 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   [[nodiscard]] AgentEntryWindowController* entryWindowController() { return m_entryWindowController.get(); }
   [[nodiscard]] const PTHotKey* globalHotKey() const { return m_globalShortcut.hotKey().get(); }
   [[nodiscard]] ReminderAlarm& reminderAlarm() { return m_reminderAlarm; }
+  // Null until it was asked for.
+  [[nodiscard]] AboutWindowController* aboutWindowController() { return m_aboutWindowController.get(); }
 
  private:
   void buildContextualMenu();
@@ -132,6 +141,8 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   // Why the shortcut does not work; empty when it does.
   QString m_shortcutProblem;
   GlobalShortcut m_globalShortcut;
+  std::unique_ptr<AboutWindowController> m_aboutWindowController;
+  ReminderDelivery m_reminderDelivery;
 };
 
 }  // namespace quillo

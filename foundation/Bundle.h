@@ -48,6 +48,7 @@ inline constexpr QLatin1StringView identifier{"CFBundleIdentifier"};
 inline constexpr QLatin1StringView name{"CFBundleName"};
 inline constexpr QLatin1StringView shortVersion{"CFBundleShortVersionString"};
 inline constexpr QLatin1StringView version{"CFBundleVersion"};
+inline constexpr QLatin1StringView copyright{"NSHumanReadableCopyright"};
 }  // namespace InfoKey
 
 }  // namespace quillo

@@ -1,5 +1,7 @@
 #include "quilloctl/Command.h"
 
+#include "qlcore/QLJournalPackageFile.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -11,9 +13,12 @@ namespace quillo::ctl {
 using namespace Qt::StringLiterals;
 
 int failed(const QString& reason) {
-  // One line, whatever a library's text holds.
-  const QString line = u"quilloctl: "_s + reason.simplified() + u'\n';
-  std::fputs(line.toUtf8().constData(), stderr);
+  // One line, whatever a library's text, or the user's, holds.
+  QString line = u"quilloctl: "_s + reason.simplified();
+  for (QChar& c : line)
+    if (c.category() == QChar::Other_Control) c = QChar::ReplacementCharacter;
+  const QByteArray bytes = line.toUtf8() + '\n';
+  std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stderr);
   return Failed;
 }
 
@@ -37,6 +42,14 @@ PersistentPropertyList* sharedList(Context& context) {
   static_cast<void>(PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path), &error));
   failed(u"the settings cannot be read - %1"_s.arg(error.localizedDescription));
   return nullptr;
+}
+
+std::shared_ptr<QLJournalPackageFile> openJournal(Context& context) {
+  if (!sharedList(context)) return nullptr;
+  Error error;
+  auto package = QLJournalPackageFile::openDefaultPackage(&error);
+  if (!package) failed(error.localizedDescription);
+  return package;
 }
 
 }  // namespace quillo::ctl

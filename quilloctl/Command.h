@@ -4,15 +4,29 @@
 
 #include <QJsonValue>
 #include <QString>
+#include <QStringList>
 
 #include <CLI/CLI.hpp>
 
 #include <functional>
+#include <memory>
+
+namespace quillo {
+class QLJournalPackageFile;
+class RunningApplications;
+class Workspace;
+}  // namespace quillo
 
 namespace quillo::ctl {
 
 // How a command ends. What failed has been said, in one line on the error stream.
 enum ExitCode : int { Done = 0, Failed = 1, Usage = 2 };
+
+// The services of the user's session.
+struct Session {
+  RunningApplications& runningApplications;
+  Workspace& workspace;
+};
 
 // What every command works with.
 struct Context {
@@ -22,6 +36,11 @@ struct Context {
   // Does in the running agent what its shortcut does. False, with the reason, when none took the request.
   std::function<bool(QString* reason)> toggleAgent;
   bool json{false};
+  // Joins the session the first time: from then on the agent's and the reminders' managers reach the other processes
+  // and the login items.
+  std::function<Session()> session;
+  // What a copy of this program has to be given to use the same home.
+  QStringList homeArguments;
 };
 
 // One line on the error stream; answers Failed.
@@ -35,6 +54,9 @@ void printJson(const QJsonValue& value);
 // The shared list; null, with the reason said, when it cannot be read.
 PersistentPropertyList* sharedList(Context& context);
 
+// The configured journal; null, with the reason said.
+std::shared_ptr<QLJournalPackageFile> openJournal(Context& context);
+
 // Each adds its command with all sub-commands. The chosen one leaves its work in `action`, run after parsing is done,
 // so that a wrong word anywhere changes nothing.
 using Action = std::function<int(Context&)>;
@@ -44,6 +66,7 @@ void addEntryCommand(CLI::App& program, Action& action);
 void addReminderCommand(CLI::App& program, Action& action);
 void addShortcutCommand(CLI::App& program, Action& action);
 void addAgentCommand(CLI::App& program, Action& action);
+void addOpenURLCommand(CLI::App& program, Action& action);
 void addPostCommand(CLI::App& program, Action& action);
 
 }  // namespace quillo::ctl

@@ -20,15 +20,6 @@ namespace {
 
 constexpr qint64 largestInput = 64 * 1024 * 1024;
 
-// Null, with the reason said.
-std::shared_ptr<QLJournalPackageFile> journal(Context& context) {
-  if (!sharedList(context)) return nullptr;
-  Error error;
-  auto package = QLJournalPackageFile::openDefaultPackage(&error);
-  if (!package) failed(error.localizedDescription);
-  return package;
-}
-
 QJsonObject json(const QLJournalEntryFile& entry) {
   QJsonObject object{{u"uuid"_s, entry.uuid()},
                      {u"text"_s, entry.string()},
@@ -50,7 +41,7 @@ QString summary(const QLJournalEntryFile& entry) {
 }
 
 int list(Context& context, int limit) {
-  const auto package = journal(context);
+  const auto package = openJournal(context);
   if (!package) return Failed;
   const QLJournalIndex index(package);
   const auto entries =
@@ -68,7 +59,7 @@ int list(Context& context, int limit) {
 }
 
 int show(Context& context, const QString& uuid) {
-  const auto package = journal(context);
+  const auto package = openJournal(context);
   if (!package) return Failed;
   Error error;
   const auto entry = QLJournalEntryFile::entryWithUUID(*package, uuid, &error);
@@ -99,7 +90,7 @@ std::optional<QString> textToAdd(const std::string& word) {
 }
 
 int add(Context& context, const std::string& word) {
-  const auto package = journal(context);
+  const auto package = openJournal(context);
   if (!package) return Failed;
   const auto text = textToAdd(word);
   if (!text || text->isEmpty()) return failed(u"there is no text to add"_s);
@@ -117,7 +108,7 @@ int add(Context& context, const std::string& word) {
 }
 
 int remove(Context& context, const QString& uuid, bool permanently) {
-  const auto package = journal(context);
+  const auto package = openJournal(context);
   if (!package) return Failed;
   Error error;
   const auto url = QLJournalEntryFile::fileURL(*package, uuid, &error);

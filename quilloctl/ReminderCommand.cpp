@@ -1,3 +1,4 @@
+#include "app/RemindersManager.h"
 #include "config/Keys.h"
 #include "foundation/Calendar.h"
 #include "foundation/PropertyListJson.h"
@@ -202,9 +203,10 @@ int set(Context& context, const Words& words) {
 int turn(Context& context, bool on) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
-  list->setBoolForKey(on, Key::remindersEnabled);
+  static_cast<void>(context.session());
+  // Reminders need the agent: this enables it, too.
+  RemindersManager::sharedManager().setRemindersAreEnabled(on);
   if (!list->dirtyProperties().isEmpty()) return failed(u"the setting was not saved"_s);
-  context.post(Notice::remindersManagerValuesDidChange);
   if (context.json) printJson(QJsonObject{{Key::remindersEnabled, on}});
   return Done;
 }
@@ -259,7 +261,7 @@ void addReminderCommand(CLI::App& program, Action& action) {
   setter->add_option("--zone", words->zone, "The time zone of these times; else the system's");
   setter->callback([&action, words] { action = [words](Context& context) { return set(context, *words); }; });
 
-  reminder->add_subcommand("on", "Switch reminders on")->callback([&action] {
+  reminder->add_subcommand("on", "Switch reminders on, and with them the agent")->callback([&action] {
     action = [](Context& context) { return turn(context, true); };
   });
   reminder->add_subcommand("off", "Switch reminders off")->callback([&action] {

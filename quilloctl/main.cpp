@@ -1,11 +1,14 @@
 // The composition root of quilloctl: the main application's side of the shared settings, from a terminal.
 
 #include "PTHotKey/PTKeyCodeTranslator.h"
+#include "app/LoginItem.h"
 #include "config/Keys.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
+#include "platform/linux/XdgLoginItems.h"
+#include "platform/linux/XdgWorkspace.h"
 #include "platform/linux/XkbKeyboardLayouts.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
@@ -16,6 +19,7 @@
 #include <sys/stat.h>
 
 #include <iostream>
+#include <optional>
 
 using namespace quillo;
 using namespace Qt::StringLiterals;
@@ -32,6 +36,49 @@ bool toggleAgent(QString* reason) {
   // A new one ends those before it: the last is the one that stays.
   return applications.toggle(agents.last(), reason);
 }
+
+// The services of the desktop. The bus is joined only when there is something to say.
+class Services {
+ public:
+  // The arguments are for an agent that is started.
+  explicit Services(QStringList homeArguments) : m_homeArguments(std::move(homeArguments)) {}
+  ~Services() {
+    LoginItem::setSharedServices({});
+    DistributedNotificationCenter::sharedCenter().setTransport(nullptr);
+  }
+  Services(const Services&) = delete;
+  Services& operator=(const Services&) = delete;
+
+  void post(QLatin1StringView name) {
+    joinNotifications();
+    DistributedNotificationCenter::sharedCenter().postNotification(name);
+  }
+
+  ctl::Session session() {
+    joinNotifications();
+    if (!m_loginItems) {
+      m_applications.emplace();
+      m_loginItems.emplace(*m_applications,
+                           LoginHelper{Identifier::agent, u"Quillo Menu-Bar Agent"_s,
+                                       LoginHelper::programBesideOwn(u"quillo-agent"_s), m_homeArguments});
+      LoginItem::setSharedServices({&*m_loginItems, &*m_applications});
+    }
+    return {*m_applications, m_workspace};
+  }
+
+ private:
+  void joinNotifications() {
+    if (m_notifications) return;
+    m_notifications.emplace();
+    DistributedNotificationCenter::sharedCenter().setTransport(&*m_notifications);
+  }
+
+  QStringList m_homeArguments;
+  XdgWorkspace m_workspace;
+  std::optional<SessionBusNotifications> m_notifications;
+  std::optional<SessionBusApplications> m_applications;
+  std::optional<XdgLoginItems> m_loginItems;
+};
 
 }  // namespace
 
@@ -55,6 +102,7 @@ int main(int argc, char** argv) {
   ctl::addReminderCommand(program, action);
   ctl::addShortcutCommand(program, action);
   ctl::addAgentCommand(program, action);
+  ctl::addOpenURLCommand(program, action);
   ctl::addPostCommand(program, action);
   try {
     program.parse(argc, argv);
@@ -64,10 +112,12 @@ int main(int argc, char** argv) {
 
   QCoreApplication application(argc, argv);
   Bundle::setMainBundle({u":/quillo"_s, {{InfoKey::identifier, QString(Identifier::mainApplication)}}});
+  QStringList homeArguments;
   if (!home.empty()) {
     const QString directory = QFile::decodeName(QByteArray::fromStdString(home));
     if (!QFileInfo(directory).isDir()) return ctl::failed(directory + u": no such directory"_s);
     UserDirectories::moveTo(directory);
+    homeArguments = {u"--home"_s, UserDirectories::current().home};
   }
 
   QuilloConfig& config = QuilloConfig::sharedConfig();
@@ -75,19 +125,14 @@ int main(int argc, char** argv) {
   // Asks for the keyboard only when a key is to be named.
   XkbKeyboardLayouts keyboardLayouts;
   PTKeyCodeTranslator::setKeyboardLayouts(&keyboardLayouts);
-  std::unique_ptr<SessionBusNotifications> bus;
+  Services services(homeArguments);
   ctl::Context context{config,
-                       [&bus](QLatin1StringView name) {
-                         // Connected only when there is something to say.
-                         if (!bus) {
-                           bus = std::make_unique<SessionBusNotifications>();
-                           DistributedNotificationCenter::sharedCenter().setTransport(bus.get());
-                         }
-                         DistributedNotificationCenter::sharedCenter().postNotification(name);
-                       },
-                       toggleAgent, json};
+                       [&services](QLatin1StringView name) { services.post(name); },
+                       toggleAgent,
+                       json,
+                       [&services] { return services.session(); },
+                       homeArguments};
   const int code = action(context);
   PTKeyCodeTranslator::setKeyboardLayouts(nullptr);
-  DistributedNotificationCenter::sharedCenter().setTransport(nullptr);
   return code;
 }

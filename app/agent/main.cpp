@@ -2,6 +2,7 @@
 
 #include "PTHotKey/PTHotKeyCenter.h"
 #include "PTHotKey/PTKeyCodeTranslator.h"
+#include "about/Deployment.h"
 #include "app/LoggingSetup.h"
 #include "app/LoginItem.h"
 #include "app/QuilloAgentAppDelegate.h"
@@ -13,6 +14,7 @@
 #include "platform/linux/LinuxSystemEvents.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
+#include "platform/linux/SessionBusUserNotifications.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/TerminationSignals.h"
 #include "platform/linux/WallClockTimer.h"
@@ -23,6 +25,7 @@
 #include "platform/linux/desktop/Display.h"
 #include "platform/linux/desktop/RawButtonPresses.h"
 #include "platform/linux/desktop/TrayStatusItem.h"
+#include "platform/linux/sound/SoundEffects.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/services/QLLocationManager.h"
 #include "qlcore/services/QLWeatherManager.h"
@@ -30,6 +33,7 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QIcon>
 #include <QPixmapCache>
 
 #include <CLI/CLI.hpp>
@@ -73,12 +77,21 @@ std::optional<int> readArguments(int argc, char** argv) {
   return std::nullopt;
 }
 
+// The program's own, for the frames and lists of windows where no installed theme has it.
+QIcon ownIcon() {
+  QIcon icon;
+  for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
+    icon.addFile(u":/quillo/icons/hicolor/%1x%1/apps/quillo-agent.png"_s.arg(size), QSize(size, size));
+  return icon;
+}
+
 Bundle agentBundle() {
   return {u":/quillo"_s,
           {{InfoKey::identifier, QString(Identifier::agent)},
            {InfoKey::name, u"Quillo"_s},
            {InfoKey::shortVersion, QStringLiteral(QUILLO_VERSION)},
-           {InfoKey::version, QStringLiteral(QUILLO_VERSION)}}};
+           {InfoKey::version, QStringLiteral(QUILLO_VERSION)},
+           {InfoKey::copyright, QString(Deployment::copyright)}}};
 }
 
 }  // namespace
@@ -98,6 +111,7 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(u"quillo-agent"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(u"quillo-agent"_s);
+  QApplication::setWindowIcon(ownIcon());
   // There is no main window whose closing would mean the end.
   QApplication::setQuitOnLastWindowClosed(false);
   Bundle::setMainBundle(agentBundle());
@@ -129,13 +143,15 @@ int main(int argc, char** argv) {
 
   RawButtonPresses outsideClicks;
   QLWeatherManager weather(clock);
+  SoundEffects sounds;
+  SessionBusUserNotifications userNotifications(u"quillo-agent"_s, sounds);
 
   int code = 0;
   {
     QuilloAgentAppDelegate delegate(
         config, {runningApplications, workspace, [] { return std::make_unique<TrayStatusItem>(); }, compositorIsRunning,
                  outsideClicks, [] { return std::make_unique<QLLocationManager>(); }, weather, clock, timers,
-                 [] { QApplication::exit(); }});
+                 [] { QApplication::exit(); }, &userNotifications, &sounds});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      [&delegate] { delegate.applicationWillTerminate(); });
     runningApplications.setOnToggle([&delegate] { delegate.hitHotKey(nullptr); });

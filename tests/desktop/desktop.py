@@ -228,7 +228,7 @@ def _pid_file(part):
 
 
 def stop_part(part):
-    """Ends "tray" or "bus", and waits until it is gone."""
+    """Ends "tray", "bus" or "notifications", and waits until it is gone."""
     wait_until(lambda: os.path.exists(_pid_file(part)), f"the {part} started")
     with open(_pid_file(part)) as file:
         pid = int(file.read())
@@ -247,7 +247,7 @@ def _is_alive(pid):
 
 
 def start_part(part):
-    """Starts "tray" or "bus" again, without waiting until it works. It ends with the desktop."""
+    """Starts "tray", "bus" or "notifications" again, without waiting until it works. It ends with the desktop."""
     directory = os.environ["QUILLO_DESKTOP"]
     # Through a shell that leaves at once, so that it is no child of the test, which would have to wait for it.
     subprocess.run(["sh", "-c", 'setsid "$1" >>"$2" 2>&1 </dev/null &', "sh", os.path.join(directory, part),

@@ -3,14 +3,17 @@
 import os
 import plistlib
 import re
+import stat
 import time
 from pathlib import Path
 
-from desktop import center, click, program, run, tray_icon, wait_until, window_rect
+from desktop import center, click, program, run, screenshot, tray_icon, wait_until, window_rect
 
 SCALE = int(os.environ.get("QT_SCALE_FACTOR", "1"))
 # The frame of the entry window without the shadow around it, in points.
 FRAME_WIDTH, FRAME_HEIGHT = 328, 268
+# Where the middles of the menu's items are, in points from its lower edge.
+MENU_ITEMS = {"Quit Quillo": 10, "About Quillo": 34, "Preferences...": 58, "Disable Reminders": 82}
 
 
 def quilloctl(home, *words):
@@ -31,14 +34,35 @@ def set_own_defaults(home, **values):
     path.write_bytes(plistlib.dumps({**known, **values}))
 
 
-def set_reminder_in(home, seconds):
+def set_reminder_in(home, seconds, open_window=True):
     """A daily reminder whose first is so many seconds away; answers when that is."""
+    if open_window:
+        quilloctl(home, "settings", "set", "RemindersOpenMenuBar", "yes")
     due = int(time.time()) + seconds
     stamp = time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(due))
-    for key, value in (("RemindersOpenMenuBar", "yes"), ("RemindersFrequency", "16"), ("RemindersInterval", "1"),
-                       ("RemindersBaseDateTimezone", "UTC"), ("RemindersBaseDate", stamp)):
+    for key, value in (("RemindersFrequency", "16"), ("RemindersInterval", "1"), ("RemindersBaseDateTimezone", "UTC"),
+                       ("RemindersBaseDate", stamp)):
         quilloctl(home, "settings", "set", key, value)
     return due
+
+
+def keep_picture(name):
+    """Where somebody wants to look at what a test saw."""
+    directory = os.environ.get("QUILLO_PICTURES")
+    if directory:
+        screenshot(Path(directory) / f"{name}.png")
+
+
+def install_handler(home, name="com.example.main", mime_type="x-scheme-handler/quillo;"):
+    """A program of that home that opens that kind of URL and writes what it was given into a file; answers the file."""
+    written = home / (name + ".arguments")
+    script = home / (name + ".sh")
+    script.write_text(f'#!/bin/sh\nprintf "%s\\n" "$@" >"{written}.new"\nmv "{written}.new" "{written}"\n')
+    script.chmod(stat.S_IRWXU)
+    launcher = home / ".local/share/applications" / (name + ".desktop")
+    launcher.parent.mkdir(parents=True, exist_ok=True)
+    launcher.write_text(f'[Desktop Entry]\nType=Application\nName={name}\nExec="{script}" %u\nMimeType={mime_type}\n')
+    return written
 
 
 class Agent:
@@ -100,3 +124,18 @@ class Agent:
         self.window()
         wait_until(self.is_active, "the entry window with the keyboard")
         return self.body()
+    def menu(self):
+        """Opens the menu with the mouse; answers its rectangle."""
+        self.click_icon(button=3)
+
+        def found():
+            popups = run("xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.program.pid), "--class", "quillo-agent",
+                         check=False)
+            rects = [window_rect(identifier) for identifier in popups.split()]
+            return [rect for rect in rects if rect[2] > 100 * SCALE and 100 * SCALE < rect[3] < 200 * SCALE]
+        return wait_until(found, "the menu")[0]
+
+    def choose(self, title):
+        x, y, width, height = self.menu()
+        keep_picture("menu")
+        click(x + width // 2, y + height - round(MENU_ITEMS[title] * SCALE))

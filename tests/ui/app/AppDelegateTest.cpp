@@ -1,135 +1,13 @@
 // The delegate's launch, its menu and what it hears from the other application, on fakes of the desktop's services.
 
-#include "app/AgentManager.h"
-#include "app/LoginItem.h"
-#include "app/QuilloAgentAppDelegate.h"
-#include "app/RemindersManager.h"
-#include "config/Keys.h"
-#include "config/QuilloConfig.h"
-#include "entry/AgentEntryWindow.h"
+#include "AppDelegateFixture.h"
 #include "foundation/Bookmark.h"
-#include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileContents.h"
-#include "platform/Clock.h"
-#include "platform/OneShotTimer.h"
-#include "qlcore/QLJournalPackageFile.h"
-#include "tests/support/TestHome.h"
 
-#include <QAction>
 #include <QDir>
-#include <QMenu>
-
-#include <gtest/gtest.h>
 
 namespace quillo {
 namespace {
-
-using namespace Qt::StringLiterals;
-
-struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory, OutsideClicks, WeatherService {
-  bool registerSelf(const QString&, std::function<void()>) override { return true; }
-  QList<RunningApplication> running(const QString& identifier) const override {
-    QList<RunningApplication> found;
-    for (const auto& application : applications)
-      if (application.bundleIdentifier == identifier) found << application;
-    return found;
-  }
-  bool terminate(const RunningApplication& application) override {
-    terminated << application.processIdentifier;
-    return true;
-  }
-  qint64 currentProcessIdentifier() const override { return 2; }
-  bool openURL(const QUrl& url) override {
-    opened << url.toString();
-    return true;
-  }
-  std::optional<QUrl> urlForApplication(const QString&) const override { return std::nullopt; }
-  bool launchApplication(const QString&) override { return false; }
-  double secondsSince1970() const override { return 1395311400; }  // 2014-03-20T10:30:00Z
-  std::unique_ptr<OneShotTimer> schedule(double, std::function<void()> action) override {
-    fire = std::move(action);
-    return std::make_unique<OneShotTimer>();
-  }
-
-  void weatherAtLatitude(double, double, Date, Success, Failure) override {}
-  std::unique_ptr<Registration> addGlobalMonitor(std::function<void()>) override { return nullptr; }
-
-  QList<RunningApplication> applications;
-  QList<qint64> terminated;
-  QStringList opened;
-  std::function<void()> fire;
-  int statusItems{0};
-  bool ended{false};
-};
-
-struct SilentStatusItem : StatusItem {
-  void setImage(const QString&, bool) override {}
-  void setHighlighted(bool) override {}
-  void setToolTip(std::function<QString()>) override {}
-  void setMenu(QMenu*) override {}
-  void setLength(double) override {}
-  std::optional<QRectF> geometry() const override { return QRectF(700, 2, 22, 22); }
-  QRectF anchor() const override { return {700, 2, 22, 22}; }
-  void onPrimaryClick(std::function<void()>) override {}
-  void onGeometryChanged(std::function<void()>) override {}
-};
-
-class AppDelegateTest : public testing::Test {
- protected:
-  AppDelegateTest() {
-    RemindersManager::resetSharedManager();
-    AgentManager::resetSharedManager();
-    QuilloConfig::resetSharedConfig();
-    UserDefaults::resetStandardUserDefaults();
-    LoginItem::setSharedServices({nullptr, nullptr});
-    list().setObjectForKey(16, Key::remindersFrequency);
-    list().setObjectForKey(1, Key::remindersInterval);
-    list().setObjectForKey(Date::since1970(1394485200), Key::remindersBaseDate);  // 2014-03-10T21:00:00Z
-    list().setObjectForKey(u"UTC"_s, Key::remindersBaseDateTimezone);
-    makeDelegate();
-  }
-  void makeDelegate() {
-    delegate =
-        std::make_unique<QuilloAgentAppDelegate>(config(), AgentPlatform{desktop,
-                                                                         desktop,
-                                                                         [this] {
-                                                                           ++desktop.statusItems;
-                                                                           return std::make_unique<SilentStatusItem>();
-                                                                         },
-                                                                         [] { return true; },
-                                                                         desktop,
-                                                                         {},
-                                                                         desktop,
-                                                                         desktop,
-                                                                         desktop,
-                                                                         [this] { desktop.ended = true; }});
-  }
-  ~AppDelegateTest() override {
-    delegate.reset();
-    RemindersManager::resetSharedManager();
-    AgentManager::resetSharedManager();
-    QuilloConfig::resetSharedConfig();
-    UserDefaults::resetStandardUserDefaults();
-  }
-  static QuilloConfig& config() { return QuilloConfig::sharedConfig(); }
-  static PersistentPropertyList& list() { return *config().groupProperties(); }
-  QStringList openedMenu() {
-    Q_EMIT delegate->contextualMenu().aboutToShow();
-    QStringList titles;
-    for (const QAction* item : delegate->contextualMenu().actions())
-      titles << (item->isSeparator() ? u"-"_s : (item->isEnabled() ? item->text() : u'(' + item->text() + u')'));
-    return titles;
-  }
-  // As when the other application has written the setting.
-  static void switchReminders(bool on) {
-    list().setBoolForKey(on, Key::remindersEnabled);
-    DistributedNotificationCenter::sharedCenter().postNotification(Notice::remindersManagerValuesDidChange);
-  }
-
-  TestHome home;
-  FakeDesktop desktop;
-  std::unique_ptr<QuilloAgentAppDelegate> delegate;
-};
 
 TEST_F(AppDelegateTest, StartsOnceAndArmsTheAlarm) {
   EXPECT_FALSE(delegate->reminderAlarm().isStarted());
@@ -178,22 +56,13 @@ TEST_F(AppDelegateTest, SettingsThatWereUnreadableAtTheStartAreReadAtTheNextNoti
   }
 }
 
-TEST_F(AppDelegateTest, AReminderOpensTheWindowOnlyWhereThatIsWanted) {
-  delegate->showMainApplicationWindow();
-  delegate->reminderAlarmFired();
-  EXPECT_FALSE(delegate->statusController()->isShowingEntryWindow());
-  list().setBoolForKey(true, Key::remindersOpenMenuBar);
-  delegate->reminderAlarmFired();
-  EXPECT_TRUE(delegate->statusController()->isShowingEntryWindow());
-  EXPECT_EQ(delegate->statusController()->currentMode(), EntryWindowModeReminder);
-}
-
 TEST_F(AppDelegateTest, TheMenuTellsOfTheReminders) {
   delegate->showMainApplicationWindow();
   const QStringList on = openedMenu();
   ASSERT_EQ(on.size(), 10);
   EXPECT_EQ(on[0], u"Show Quillo Application"_s);
   EXPECT_TRUE(on[2].startsWith(u"(Next Reminder: "_s)) << on[2].toStdString();
+  EXPECT_EQ(on[7], u"About Quillo"_s);
   EXPECT_EQ(on[3], u"Disable Reminders"_s);
   switchReminders(false);
   const QStringList off = openedMenu();
@@ -216,6 +85,18 @@ TEST_F(AppDelegateTest, CommandsReachTheOtherApplication) {
   delegate->contextualMenuItemClicked(7);
   EXPECT_EQ(desktop.terminated, QList<qint64>{7});
   EXPECT_TRUE(desktop.ended);
+}
+
+TEST_F(AppDelegateTest, AboutOpensOneWindow) {
+  EXPECT_FALSE(delegate->aboutWindowController());
+  delegate->contextualMenuItemClicked(6);
+  auto* const about = delegate->aboutWindowController();
+  ASSERT_TRUE(about);
+  EXPECT_TRUE(about->window().isVisible());
+  about->window().close();
+  delegate->contextualMenuItemClicked(6);
+  EXPECT_EQ(delegate->aboutWindowController(), about);
+  EXPECT_TRUE(about->window().isVisible());
 }
 
 TEST_F(AppDelegateTest, RenewsItsOwnBookmarkFromTheSharedOne) {

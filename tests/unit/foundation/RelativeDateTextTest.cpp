@@ -16,9 +16,12 @@ TEST(RelativeDateText, NamesNearDaysAndReadsInTheCalendarsZone) {
             u"10.07.24, 22:00"_s);
   const Calendar utc(TimeZone::utc());
   const QDateTime noon(QDateTime::currentDateTimeUtc().date(), QTime(12, 0), Qt::UTC);
-  const QString today = relativeDateText(Date::fromDateTime(noon), utc, QLocale(u"de_DE"_s));
-  EXPECT_TRUE(today.startsWith(u"heute"_s)) << today.toStdString();
-  EXPECT_TRUE(today.endsWith(u"12:00"_s)) << today.toStdString();
+  const QDateTime tomorrow = noon.addDays(1);
+  EXPECT_EQ(relativeDateText(Date::fromDateTime(noon), utc, QLocale(u"en_GB"_s)), u"Today at 12:00"_s);
+  EXPECT_EQ(relativeDateText(Date::fromDateTime(tomorrow), utc, QLocale(u"en_GB"_s)), u"Tomorrow at 12:00"_s);
+  EXPECT_EQ(relativeDateText(Date::fromDateTime(noon), utc, QLocale(u"de_DE"_s)), u"heute um 12:00"_s);
+  EXPECT_EQ(relativeDateText(Date::fromDateTime(noon.addDays(40)), utc, QLocale(u"en_GB"_s)),
+            noon.addDays(40).toString(u"dd/MM/yyyy, HH:mm"_s));
   EXPECT_EQ(relativeDateText(Date(1e300), utc), QString());
 }
 

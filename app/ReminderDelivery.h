@@ -1,0 +1,53 @@
+#pragma once
+
+#include "config/PersistentPropertyList.h"
+#include "platform/UserNotifications.h"
+
+#include <functional>
+#include <memory>
+
+namespace quillo {
+
+class AgentEntryWindowController;
+class QLXAStatusBarController;
+class Sounds;
+class Workspace;
+
+// What a reminder that has come moves. Any may be missing: what needs it is then skipped, the rest works.
+struct ReminderStage {
+  // Asked at each reminder, as both can be replaced.
+  std::function<QLXAStatusBarController*()> statusController;
+  std::function<std::shared_ptr<AgentEntryWindowController>()> entryWindowController;
+  UserNotifications* userNotifications{nullptr};
+  Sounds* sounds{nullptr};
+  Workspace* workspace{nullptr};
+};
+
+// Gives a reminder as the shared settings want it: by the entry window in the reminder mode, by a notification with a
+// quotation, and by a sound that goes with either, but is heard once where both are used. There is no sound alone.
+// At most one notification of ours stands at a time. Main thread only.
+class ReminderDelivery final : public UserNotificationCenterDelegate {
+ public:
+  // While there is no list, all reads as off; what is given must outlive the object.
+  ReminderDelivery(PersistentPropertyListSource sharedProperties, ReminderStage stage);
+  ~ReminderDelivery();
+  ReminderDelivery(const ReminderDelivery&) = delete;
+  ReminderDelivery& operator=(const ReminderDelivery&) = delete;
+
+  void reminderAlarmFired();
+
+  // Leads to a new entry in the main application; while the entry window is open, that one's text is saved and handed
+  // over, and the window goes.
+  void didActivateNotification(const UserNotification& notification) override;
+  // Also while our own window is the active one.
+  bool shouldPresentNotification(const UserNotification& notification) override;
+
+ private:
+  [[nodiscard]] bool isOn(QLatin1StringView key) const;
+  void sendToNotificationCenter(bool withSound);
+
+  PersistentPropertyListSource m_sharedProperties;
+  ReminderStage m_stage;
+};
+
+}  // namespace quillo

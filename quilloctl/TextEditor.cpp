@@ -1,0 +1,146 @@
+#include "quilloctl/TextEditor.h"
+
+#include "config/Keys.h"
+#include "foundation/FileContents.h"
+#include "platform/RunningApplications.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QUuid>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace quillo::ctl {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Editors that people give as their $VISUAL although they draw in a terminal.
+bool drawsInTerminal(const QString& program) {
+  static const QStringList known{u"vi"_s,    u"vim"_s,   u"nvim"_s, u"vim.basic"_s, u"vim.tiny"_s, u"nano"_s,
+                                 u"pico"_s,  u"joe"_s,   u"jed"_s,  u"ne"_s,        u"mg"_s,       u"micro"_s,
+                                 u"hx"_s,    u"helix"_s, u"kak"_s,  u"mcedit"_s,    u"ed"_s,       u"sensible-editor"_s,
+                                 u"editor"_s};
+  return known.contains(QFileInfo(program).fileName());
+}
+
+// In a terminal a Ctrl+C is for the editor; it would end us as well, and the text would be left behind.
+class IgnoredInterrupts {
+ public:
+  IgnoredInterrupts() : m_interrupt(std::signal(SIGINT, SIG_IGN)), m_quit(std::signal(SIGQUIT, SIG_IGN)) {}
+  ~IgnoredInterrupts() {
+    std::signal(SIGINT, m_interrupt);
+    std::signal(SIGQUIT, m_quit);
+  }
+  IgnoredInterrupts(const IgnoredInterrupts&) = delete;
+  IgnoredInterrupts& operator=(const IgnoredInterrupts&) = delete;
+
+ private:
+  sighandler_t m_interrupt;
+  sighandler_t m_quit;
+};
+
+}  // namespace
+
+EditorChoice editorOfUser(const QProcessEnvironment& environment) {
+  const QStringList visual = QProcess::splitCommand(environment.value(u"VISUAL"_s));
+  if (!visual.isEmpty()) return {visual, drawsInTerminal(visual.first())};
+  const QStringList editor = QProcess::splitCommand(environment.value(u"EDITOR"_s));
+  if (!editor.isEmpty()) return {editor, true};
+  return {{u"sensible-editor"_s}, true};
+}
+
+bool standsInTerminal() {
+  return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDOUT_FILENO) == 1;
+}
+
+bool outputIsDiscarded() {
+  struct stat output {};
+  struct stat null {};
+  return ::fstat(STDOUT_FILENO, &output) != 0 ||
+         (::stat("/dev/null", &null) == 0 && output.st_rdev == null.st_rdev && S_ISCHR(output.st_mode));
+}
+
+int runInTerminalWindow(const QStringList& arguments) {
+  const QString terminal = QStandardPaths::findExecutable(u"x-terminal-emulator"_s);
+  if (terminal.isEmpty()) return failed(u"there is no x-terminal-emulator to open a window with"_s);
+  QProcess process;
+  process.setProgram(terminal);
+  process.setArguments(QStringList{u"-e"_s, QCoreApplication::applicationFilePath()} + arguments);
+  process.setStandardInputFile(QProcess::nullDevice());
+  process.setStandardOutputFile(QProcess::nullDevice());
+  process.setStandardErrorFile(QProcess::nullDevice());
+  if (!process.startDetached()) return failed(terminal + u" could not be started: "_s + process.errorString());
+  return Done;
+}
+
+std::optional<Draft> Draft::withText(const QString& text) {
+  const QString directory = UserDirectories::current().state + u"/quillo/drafts"_s;
+  const QString path =
+      directory + u"/entry-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces).left(8) + u".txt"_s;
+  Error error;
+  if (!QDir().mkpath(directory) || !writeFileInPlace(path, text.toUtf8(), &error)) {
+    failed(u"the text could not be written for the editor: "_s + error.localizedDescription);
+    return std::nullopt;
+  }
+  return Draft(path);
+}
+
+std::optional<QString> Draft::edit(Context& context, const EditorChoice& editor) const {
+  QProcess process;
+  process.setProgram(editor.command.first());
+  process.setArguments(editor.command.mid(1) + QStringList{m_path});
+  process.setProcessChannelMode(QProcess::ForwardedChannels);
+  process.setInputChannelMode(QProcess::ForwardedInputChannel);
+  process.setChildProcessModifier([] {
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGQUIT, SIG_DFL);
+  });
+  const IgnoredInterrupts ignored;
+  context.session().runningApplications.registerSelf(Identifier::mainApplication, [&process] { process.terminate(); });
+  QEventLoop loop;
+  QObject::connect(&process, &QProcess::finished, &loop, [&loop] { loop.quit(); });
+  QObject::connect(&process, &QProcess::errorOccurred, &loop, [&loop](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart) loop.quit();
+  });
+  process.start();
+  if (process.state() != QProcess::NotRunning) loop.exec();
+  context.session().runningApplications.registerSelf(Identifier::mainApplication, [] {});
+
+  if (process.error() == QProcess::FailedToStart) {
+    failed(u"the editor %1 could not be started"_s.arg(process.program()));
+    discard();
+    return std::nullopt;
+  }
+  // One that was asked to end has done so; what it left counts.
+  if (process.exitStatus() == QProcess::NormalExit && process.exitCode() != 0) {
+    static_cast<void>(kept(u"the editor ended with %1; nothing was saved"_s.arg(process.exitCode())));
+    return std::nullopt;
+  }
+  Error error;
+  const auto bytes = contentsOfFile(m_path, &error);
+  if (!bytes) {
+    failed(error.localizedDescription);
+    return std::nullopt;
+  }
+  return QString::fromUtf8(*bytes);
+}
+
+int Draft::kept(const QString& reason) const {
+  return failed(reason + u"; the text is in "_s + m_path);
+}
+
+void Draft::discard() const {
+  QFile::remove(m_path);
+}
+
+}  // namespace quillo::ctl

@@ -1,0 +1,191 @@
+"""What quilloctl does in the main application's place: quillo: URLs, the user's editor, the agent's switch."""
+
+import json
+import os
+import plistlib
+import pty
+import shutil
+import subprocess
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+QUILLOCTL = Path(os.environ["QUILLO_BIN"]) / "quilloctl"
+
+
+class MainApplicationTest(unittest.TestCase):
+    def setUp(self):
+        self.home = Path(tempfile.mkdtemp(prefix="quillo ü "))
+        self.addCleanup(shutil.rmtree, self.home)
+        self.drafts = self.home / ".local/state/quillo/drafts"
+        path = self.ctl("journal", "create", str(self.home / "J"))
+        self.ctl("journal", "set", path)
+        self.journal = Path(path)
+
+    def environment(self, **more):
+        kept = {k: v for k, v in os.environ.items()
+                if k not in ("DISPLAY", "WAYLAND_DISPLAY", "VISUAL", "EDITOR", "XDG_DATA_HOME", "XDG_CONFIG_HOME")}
+        return {**kept, "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent", **more}
+
+    def run_ctl(self, *words, **more):
+        return subprocess.run([QUILLOCTL, "--home", self.home, *words], env=self.environment(**more),
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=30)
+
+    def ctl(self, *words, **more):
+        result = self.run_ctl(*words, **more)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return result.stdout.rstrip("\n")
+
+    def script(self, name, body):
+        """An executable of that name; its path, quoted for $VISUAL."""
+        path = self.home / name
+        path.write_text("#!/bin/sh\n" + body)
+        path.chmod(0o700)
+        return f'"{path}"'
+
+    def entry(self, uuid):
+        return plistlib.loads((self.journal / "Entries" / f"{uuid}.plist").read_bytes())
+
+    def kept_draft(self, result):
+        """The text that a failure has left in a file, which its message names."""
+        self.assertEqual(result.returncode, 1, result)
+        self.assertEqual(result.stderr.count("\n"), 1)
+        path = Path(result.stderr.rstrip("\n").split("; the text is in ")[1])
+        self.assertEqual(path.stat().st_mode & 0o077, 0)
+        text = path.read_text()
+        path.unlink()
+        return text
+
+    def test_an_entry_goes_through_the_editor_and_back(self):
+        uuid = self.ctl("entry", "add", "Monday #work")
+        tagged = self.entry(uuid)
+        tagged["tags"].append("by hand")
+        tagged["unknown"] = 7
+        (self.journal / "Entries" / f"{uuid}.plist").write_bytes(plistlib.dumps(tagged))
+        seen = self.home / "seen"
+        editor = self.script("notes", f'echo "$1" >"{seen}"; cat "$2" >>"{seen}"; echo "Tuesday #home" >"$2"')
+        self.ctl("open-url", f"quillo://edit?entryId={uuid.lower()}", VISUAL=editor + " --wait")
+        self.assertEqual(seen.read_text(), "--wait\nMonday #work")
+        entry = self.entry(uuid)
+        self.assertEqual(entry["text"], "Tuesday #home")
+        self.assertEqual(sorted(entry["tags"]), ["by hand", "home"])
+        self.assertEqual(entry["unknown"], 7)
+        self.assertEqual(list(self.drafts.iterdir()), [])
+
+    def test_nothing_is_overwritten_and_nothing_is_lost(self):
+        uuid = self.ctl("entry", "add", "before")
+        url = f"quillo://edit?entryId={uuid}"
+        file = self.journal / "Entries" / f"{uuid}.plist"
+
+        def edits(body):
+            return self.run_ctl("open-url", url, VISUAL=self.script("notes", body))
+
+        original = file.read_bytes()
+        for body, code in (("true", 0), (': >"$1"', 1)):
+            result = edits(body)
+            self.assertEqual((result.returncode, file.read_bytes()), (code, original), result.stderr)
+        self.assertEqual(self.kept_draft(edits('echo mine >"$1"; exit 3')), "mine\n")
+        self.assertEqual(file.read_bytes(), original)
+
+        other = self.home / "other.plist"
+        changed = plistlib.loads(original)
+        changed["text"] = "theirs"
+        other.write_bytes(plistlib.dumps(changed))
+        self.assertEqual(self.kept_draft(edits(f'echo mine >"$1"; cp "{other}" "{file}"')), "mine\n")
+        self.assertEqual(self.entry(uuid)["text"], "theirs")
+        self.assertEqual(self.kept_draft(edits(f'echo mine >"$1"; rm "{file}"')), "mine\n")
+        self.assertFalse(file.exists())
+        result = self.run_ctl("open-url", url, VISUAL="/nonexistent/notes")
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(list(self.drafts.iterdir()), [])
+
+    def test_a_new_entry_is_written_or_not(self):
+        self.ctl("open-url", "quillo://post", VISUAL=self.script("notes", "true"))
+        self.assertEqual(self.ctl("entry", "list"), "")
+        uuid = self.ctl("open-url", "quillo://post", VISUAL=self.script("notes", 'echo "Fresh #ink" >"$1"'))
+        self.assertEqual((self.entry(uuid)["text"], self.entry(uuid)["tags"]), ("Fresh #ink", ["ink"]))
+
+    def test_an_editor_for_terminals_gets_one(self):
+        # Without a terminal around it, quilloctl starts itself again in a terminal window. A pseudo-terminal plays one.
+        uuid = self.ctl("entry", "add", "before")
+        editor = self.script("vim", 'test -t 0 && test -t 1 && echo "from a terminal" >"$1"')
+        window = self.home / "bin"
+        window.mkdir()
+        opened = self.home / "opened"
+        (window / "x-terminal-emulator").write_text(f'#!/bin/sh\nprintf "%s\\n" "$@" >"{opened}.new"; mv "{opened}.new" "{opened}"\n')
+        (window / "x-terminal-emulator").chmod(0o700)
+        for variable in ("VISUAL", "EDITOR"):
+            with self.subTest(variable):
+                more = {variable: editor, "PATH": f"{window}:{os.environ['PATH']}"}
+                opened.unlink(missing_ok=True)
+                self.ctl("open-url", f"quillo://edit?entryId={uuid}", **more)
+                for _ in range(500):
+                    if opened.exists():
+                        break
+                    time.sleep(0.02)
+                words = opened.read_text().splitlines()
+                self.assertEqual(words[0], "-e")
+                self.assertEqual(words[1:4], [str(QUILLOCTL), "--home", str(self.home)])
+                main, side = pty.openpty()
+                done = subprocess.run(words[1:], env=self.environment(**more), stdin=side, stdout=side, stderr=side, timeout=30)
+                os.close(side)
+                os.close(main)
+                self.assertEqual(done.returncode, 0)
+                self.assertEqual(self.entry(uuid)["text"], "from a terminal")
+                self.ctl("open-url", f"quillo://edit?entryId={uuid}", VISUAL=self.script("notes", 'echo before >"$1"'))
+
+    def test_the_other_urls(self):
+        text = self.ctl("open-url", "quillo://preferences")
+        for word in ("quilloctl settings set KEY VALUE", "RemindersPlaySound", "JournalPackageURL"):
+            self.assertIn(word, text)
+        self.ctl("settings", "remove", "JournalFileSharedBookmarkData")
+        self.ctl("open-url", "quillo://updatebookmarks")
+        self.assertTrue(self.ctl("settings", "get", "JournalFileSharedBookmarkData"))
+
+        applications = self.home / ".local/share/applications"
+        applications.mkdir(parents=True)
+        shown = self.home / "shown"
+        self.script("files", f'printf "%s" "$1" >"{shown}.new"; mv "{shown}.new" "{shown}"')
+        (applications / "files.desktop").write_text(
+            f'[Desktop Entry]\nType=Application\nName=Files\nExec="{self.home}/files" %f\nMimeType=inode/directory;\n')
+        self.ctl("open-url", "quillo://open")
+        for _ in range(500):
+            if shown.exists():
+                break
+            time.sleep(0.02)
+        self.assertEqual(shown.read_text(), str(self.journal))
+
+        for url in ("quillo://nonsense", "quillo:edit", "https://edit", "quillo://edit", "quillo://edit?entryId=../../x",
+                    "quillo://edit?entryId=%00", "", "quillo://post/deeper", "QUILLO"):
+            result = self.run_ctl("open-url", url, VISUAL=self.script("notes", "true"))
+            self.assertEqual((result.returncode, result.stdout), (1, ""), url)
+            self.assertEqual(result.stderr.count("\n"), 1, url)
+
+    def test_the_agents_switch(self):
+        """The agent itself has no display here and ends at once; what the session would start is what counts."""
+        self.assertEqual(json.loads(self.ctl("--json", "agent", "status")), {"enabled": False, "loginItem": False, "running": []})
+        autostart = self.home / ".config/autostart/com.quilloapp.quillo-agent.desktop"
+        self.ctl("reminder", "on")
+        self.assertIn("quillo-agent", autostart.read_text())
+        self.assertEqual(json.loads(self.ctl("--json", "agent", "status")), {"enabled": True, "loginItem": True, "running": []})
+        # Hidden by hand, it counts as not there, and enabling writes it anew.
+        autostart.write_text(autostart.read_text() + "Hidden=true\n")
+        self.assertFalse(json.loads(self.ctl("--json", "agent", "status"))["loginItem"])
+        self.ctl("agent", "enable")
+        self.assertNotIn("Hidden", autostart.read_text())
+        self.ctl("agent", "disable")
+        self.assertFalse(autostart.exists())
+        self.assertEqual(self.ctl("settings", "get", "RemindersEnabled"), "false")
+        result = self.run_ctl("agent", "restart")
+        self.assertEqual((result.returncode, result.stderr), (1, "quilloctl: the agent is not running\n"))
+
+    def test_an_older_setting_is_taken_over(self):
+        self.ctl("settings", "set", "StartAgentAtLogin", "yes", "--type", "bool")
+        status = json.loads(self.ctl("--json", "agent", "status"))
+        self.assertTrue(status["enabled"] and status["loginItem"])
+        self.assertEqual(self.run_ctl("settings", "get", "StartAgentAtLogin").returncode, 1)
+
+
+if __name__ == "__main__":
+    unittest.main()

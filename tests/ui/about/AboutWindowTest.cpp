@@ -1,0 +1,177 @@
+#include "about/AboutWindowController.h"
+#include "about/Deployment.h"
+#include "about/LegalWindowController.h"
+#include "controls/CustomCursorButton.h"
+#include "foundation/FileContents.h"
+#include "platform/Workspace.h"
+#include "tests/support/TestHome.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextBrowser>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace quillo {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+struct FakeWorkspace : Workspace {
+  bool openURL(const QUrl& url) override {
+    opened << url.toString();
+    return false;
+  }
+  std::optional<QUrl> urlForApplication(const QString&) const override { return std::nullopt; }
+  bool launchApplication(const QString&) override { return false; }
+  QStringList opened;
+};
+
+class AboutWindowTest : public testing::Test {
+ protected:
+  template <typename Kind>
+  Kind& child(const char* name) {
+    return *about.window().findChild<Kind*>(QString::fromLatin1(name));
+  }
+  static Bundle bundle(const QString& root = u":/quillo"_s) { return {root, {{InfoKey::shortVersion, u"2.0.7"_s}}}; }
+
+  TestHome home;
+  FakeWorkspace workspace;
+  AboutWindowController about{workspace, bundle()};
+};
+
+TEST_F(AboutWindowTest, TellsTheVersionInTheUsersLanguageWhereThereIsOne) {
+  EXPECT_EQ(child<QLabel>("versionText").text(), u"Version: 2.0.7"_s);
+  ASSERT_TRUE(QDir().mkpath(home.path(u"en.lproj"_s)));
+  ASSERT_TRUE(writeFileInPlace(home.path(u"en.lproj/InfoPlist.strings"_s), "CFBundleShortVersionString = \"Two\";"));
+  const AboutWindowController localized(workspace, bundle(home.path()));
+  EXPECT_EQ(localized.infoValueForKey(InfoKey::shortVersion)->string(),
+            QLocale::system().uiLanguages().first().startsWith(u"en"_s) ? u"Two"_s : u"2.0.7"_s);
+  EXPECT_FALSE(localized.infoValueForKey(u"Missing"_s));
+}
+
+TEST_F(AboutWindowTest, TheCreditsAreThreeCentredLinesWithFourLinks) {
+  QTextDocument& document = *about.creatorText().document();
+  const QString handle[] = {Deployment::product.handle, Deployment::designer.handle, Deployment::firstDeveloper.handle,
+                            Deployment::secondDeveloper.handle};
+  EXPECT_EQ(document.toPlainText(),
+            handle[0] + u"\ndesigned by "_s + handle[1] + u"\ndeveloped by "_s + handle[2] + u" and "_s + handle[3]);
+  QStringList links;
+  for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+    EXPECT_EQ(block.blockFormat().alignment(), Qt::AlignHCenter);
+    EXPECT_EQ(block.blockFormat().lineHeight(), 3.0);
+    for (auto piece = block.begin(); !piece.atEnd(); ++piece) {
+      const QTextCharFormat format = piece.fragment().charFormat();
+      EXPECT_EQ(format.font().pixelSize(), 9);
+      EXPECT_EQ(format.font().families().first(), u"Lucida Grande"_s);
+      if (!format.isAnchor()) continue;
+      EXPECT_TRUE(piece.fragment().text().startsWith(u'@'));
+      EXPECT_EQ(format.foreground().color(), QColor(6, 102, 133));
+      EXPECT_FALSE(format.fontUnderline());
+      links << format.anchorHref();
+    }
+  }
+  EXPECT_EQ(links.size(), 4);
+  // Stands on its place from the window's bottom, and all of it is to be seen.
+  const QRect frame = about.creatorText().geometry();
+  EXPECT_EQ(frame.x(), 17);
+  EXPECT_EQ(frame.width(), 250);
+  EXPECT_EQ(frame.bottom() + 1, about.window().height() - 160);
+  EXPECT_GE(frame.height(), document.size().height());
+  EXPECT_GE(frame.height(), 3 * 12);
+  EXPECT_FALSE(frame.intersects(child<QLabel>("versionText").geometry()));
+
+  // The first line's middle is the product's handle.
+  about.showWindow();
+  QTest::mouseClick(about.creatorText().viewport(), Qt::LeftButton, {}, QPoint(125, 6));
+  EXPECT_EQ(workspace.opened, QStringList{QString(Deployment::product.page)});
+}
+
+TEST_F(AboutWindowTest, LinksStayReadableOnADarkDesktop) {
+  QPalette dark;
+  dark.setColor(QPalette::Window, QColor(0x2a, 0x2d, 0x33));
+  dark.setColor(QPalette::WindowText, QColor(0xee, 0xee, 0xee));
+  about.window().setPalette(dark);
+  QApplication::processEvents();
+  const auto& title = child<CustomCursorButton>("legalButton").buttonCell().attributedTitle();
+  EXPECT_EQ(title.string, u"Legal"_s);
+  EXPECT_GT(title.attributes.foregroundColor.lightness(), 140);
+  const QTextCharFormat link = about.creatorText().document()->begin().begin().fragment().charFormat();
+  EXPECT_EQ(link.foreground().color(), title.attributes.foregroundColor);
+}
+
+TEST_F(AboutWindowTest, TheLogosOpenTheSitesAndNeverLookPressed) {
+  about.showWindow();
+  const struct {
+    const char* name;
+    QLatin1StringView site;
+  } rows[] = {{"appLogoButton", Deployment::productSite}, {"brandLogoButton", Deployment::makerSite}};
+  for (const auto& row : rows) {
+    auto& button = child<CustomCursorButton>(row.name);
+    EXPECT_EQ(button.cursor().shape(), Qt::PointingHandCursor);
+    const QImage before = button.grab().toImage();
+    QTest::mousePress(&button, Qt::LeftButton);
+    EXPECT_EQ(button.grab().toImage(), before) << row.name;
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_EQ(workspace.opened.last(), QString(row.site));
+  }
+}
+
+TEST_F(AboutWindowTest, ShownAgainItIsTheSameWindowWhereItWas) {
+  about.showWindow();
+  EXPECT_TRUE(QTest::qWaitForWindowActive(&about.window()));
+  about.window().move(40, 30);
+  QTest::keyClick(&about.window(), Qt::Key_Escape);
+  EXPECT_FALSE(about.window().isVisible());
+  about.showWindow();
+  EXPECT_TRUE(about.window().isVisible());
+  EXPECT_EQ(about.window().pos(), QPoint(40, 30));
+}
+
+TEST_F(AboutWindowTest, TheLegalSheetComesBackUntilItIsClosed) {
+  about.showWindow();
+  auto& button = child<CustomCursorButton>("legalButton");
+  QTest::mouseClick(&button, Qt::LeftButton);
+  LegalWindowController* const sheet = about.legalSheet();
+  ASSERT_TRUE(sheet);
+  EXPECT_TRUE(sheet->window().isVisible());
+  EXPECT_EQ(sheet->window().windowModality(), Qt::WindowModal);
+  const QString text = sheet->textView().toPlainText();
+  for (const auto& name : {u"Qt 6"_s, u"ICU"_s, u"spdlog"_s, u"{fmt}"_s, u"CLI11"_s, u"backward-cpp"_s, u"libdw"_s,
+                           u"XCB"_s, u"libxkbcommon"_s, u"Hunspell"_s, u"GeoNames"_s, u"MET Norway"_s, u"Inter"_s})
+    EXPECT_TRUE(text.contains(name)) << name.toStdString();
+
+  sheet->window().findChild<QPushButton*>(u"closeButton"_s)->click();
+  EXPECT_FALSE(sheet->window().isVisible());
+  about.legalButtonClicked();
+  EXPECT_EQ(about.legalSheet(), sheet);
+  EXPECT_TRUE(sheet->window().isVisible());
+  // The other ways to close it.
+  QTest::keyClick(&sheet->textView(), Qt::Key_Escape);
+  EXPECT_FALSE(sheet->window().isVisible());
+  about.legalButtonClicked();
+  sheet->window().close();
+  about.legalButtonClicked();
+  EXPECT_TRUE(sheet->window().isVisible());
+}
+
+TEST_F(AboutWindowTest, ALegalTextThatIsMissingOrNoASCIIIsEmpty) {
+  const Bundle own = bundle(home.path());
+  EXPECT_EQ(LegalWindowController(own).textView().toPlainText(), QString());
+  const QString path = home.path(u"LegalAcknowledgements.txt"_s);
+  ASSERT_TRUE(writeFileInPlace(path, "plain\n"));
+  EXPECT_EQ(LegalWindowController(own).textView().toPlainText(), u"plain\n"_s);
+  ASSERT_TRUE(writeFileInPlace(path, "plain \xc3\xbc\n"));
+  EXPECT_EQ(LegalWindowController(own).textView().toPlainText(), QString());
+}
+
+}  // namespace
+}  // namespace quillo

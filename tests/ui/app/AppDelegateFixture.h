@@ -1,0 +1,160 @@
+#pragma once
+
+#include "app/AgentManager.h"
+#include "app/LoginItem.h"
+#include "app/QuilloAgentAppDelegate.h"
+#include "app/RemindersManager.h"
+#include "config/Keys.h"
+#include "config/QuilloConfig.h"
+#include "foundation/DistributedNotificationCenter.h"
+#include "platform/Clock.h"
+#include "platform/OneShotTimer.h"
+#include "platform/Sounds.h"
+#include "platform/UserNotifications.h"
+#include "tests/support/TestHome.h"
+
+#include <QAction>
+#include <QMenu>
+
+#include <gtest/gtest.h>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory, OutsideClicks, WeatherService {
+  bool registerSelf(const QString&, std::function<void()>) override { return true; }
+  QList<RunningApplication> running(const QString& identifier) const override {
+    QList<RunningApplication> found;
+    for (const auto& application : applications)
+      if (application.bundleIdentifier == identifier) found << application;
+    return found;
+  }
+  bool terminate(const RunningApplication& application) override {
+    terminated << application.processIdentifier;
+    return true;
+  }
+  qint64 currentProcessIdentifier() const override { return 2; }
+  bool openURL(const QUrl& url) override {
+    opened << url.toString();
+    return true;
+  }
+  std::optional<QUrl> urlForApplication(const QString&) const override { return std::nullopt; }
+  bool launchApplication(const QString&) override { return false; }
+  double secondsSince1970() const override { return 1395311400; }  // 2014-03-20T10:30:00Z
+  std::unique_ptr<OneShotTimer> schedule(double, std::function<void()> action) override {
+    fire = std::move(action);
+    return std::make_unique<OneShotTimer>();
+  }
+
+  void weatherAtLatitude(double, double, Date, Success, Failure) override {}
+  std::unique_ptr<Registration> addGlobalMonitor(std::function<void()>) override { return nullptr; }
+
+  QList<RunningApplication> applications;
+  QList<qint64> terminated;
+  QStringList opened;
+  std::function<void()> fire;
+  int statusItems{0};
+  bool ended{false};
+};
+
+// The notification centre and the loudspeaker; what happens goes, in order, into one list.
+struct FakeReminderStage : UserNotifications, Sounds {
+  void setDelegate(UserNotificationCenterDelegate* given) override { centerDelegate = given; }
+  quint64 deliverNotification(const UserNotification& notification) override {
+    UserNotification delivered = notification;
+    delivered.identifier = ++lastIdentifier;
+    events << (notification.soundName.isEmpty() ? u"notify"_s : u"notify with "_s + notification.soundName);
+    if (!centerDelegate || !centerDelegate->shouldPresentNotification(delivered)) return lastIdentifier;
+    standing << delivered;
+    return lastIdentifier;
+  }
+  void removeDeliveredNotification(quint64 identifier) override {
+    events << u"remove %1"_s.arg(identifier);
+    standing.removeIf([identifier](const UserNotification& n) { return n.identifier == identifier; });
+  }
+  void removeAllDeliveredNotifications() override { standing.clear(); }
+  bool playSoundNamed(const QString& name) override {
+    events << u"play "_s + name;
+    return true;
+  }
+
+  UserNotificationCenterDelegate* centerDelegate{nullptr};
+  QList<UserNotification> standing;
+  quint64 lastIdentifier{0};
+  QStringList events;
+};
+
+struct SilentStatusItem : StatusItem {
+  void setImage(const QString&, bool) override {}
+  void setHighlighted(bool) override {}
+  void setToolTip(std::function<QString()>) override {}
+  void setMenu(QMenu*) override {}
+  void setLength(double) override {}
+  std::optional<QRectF> geometry() const override { return QRectF(700, 2, 22, 22); }
+  QRectF anchor() const override { return {700, 2, 22, 22}; }
+  void onPrimaryClick(std::function<void()>) override {}
+  void onGeometryChanged(std::function<void()>) override {}
+};
+
+class AppDelegateTest : public testing::Test {
+ protected:
+  AppDelegateTest() {
+    RemindersManager::resetSharedManager();
+    AgentManager::resetSharedManager();
+    QuilloConfig::resetSharedConfig();
+    UserDefaults::resetStandardUserDefaults();
+    LoginItem::setSharedServices({nullptr, nullptr});
+    list().setObjectForKey(16, Key::remindersFrequency);
+    list().setObjectForKey(1, Key::remindersInterval);
+    list().setObjectForKey(Date::since1970(1394485200), Key::remindersBaseDate);  // 2014-03-10T21:00:00Z
+    list().setObjectForKey(u"UTC"_s, Key::remindersBaseDateTimezone);
+    makeDelegate();
+  }
+  void makeDelegate() {
+    AgentPlatform platform{desktop,
+                           desktop,
+                           [this] {
+                             ++desktop.statusItems;
+                             return std::make_unique<SilentStatusItem>();
+                           },
+                           [] { return true; },
+                           desktop,
+                           {},
+                           desktop,
+                           desktop,
+                           desktop,
+                           [this] { desktop.ended = true; },
+                           &stage,
+                           &stage};
+    delegate = std::make_unique<QuilloAgentAppDelegate>(config(), std::move(platform));
+  }
+  ~AppDelegateTest() override {
+    delegate.reset();
+    RemindersManager::resetSharedManager();
+    AgentManager::resetSharedManager();
+    QuilloConfig::resetSharedConfig();
+    UserDefaults::resetStandardUserDefaults();
+  }
+  static QuilloConfig& config() { return QuilloConfig::sharedConfig(); }
+  static PersistentPropertyList& list() { return *config().groupProperties(); }
+  QStringList openedMenu() {
+    Q_EMIT delegate->contextualMenu().aboutToShow();
+    QStringList titles;
+    for (const QAction* item : delegate->contextualMenu().actions())
+      titles << (item->isSeparator() ? u"-"_s : (item->isEnabled() ? item->text() : u'(' + item->text() + u')'));
+    return titles;
+  }
+  // As when the other application has written the setting.
+  static void switchReminders(bool on) {
+    list().setBoolForKey(on, Key::remindersEnabled);
+    DistributedNotificationCenter::sharedCenter().postNotification(Notice::remindersManagerValuesDidChange);
+  }
+
+  TestHome home;
+  FakeDesktop desktop;
+  FakeReminderStage stage;
+  std::unique_ptr<QuilloAgentAppDelegate> delegate;
+};
+
+}  // namespace quillo
