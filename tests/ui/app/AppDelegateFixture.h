@@ -109,9 +109,9 @@ class AppDelegateTest : public testing::Test {
     list().setObjectForKey(1, Key::remindersInterval);
     list().setObjectForKey(Date::since1970(1394485200), Key::remindersBaseDate);  // 2014-03-10T21:00:00Z
     list().setObjectForKey(u"UTC"_s, Key::remindersBaseDateTimezone);
-    makeDelegate();
+    makeDelegate(&stage);
   }
-  void makeDelegate() {
+  void makeDelegate(FakeReminderStage* reminderStage) {
     AgentPlatform platform{desktop,
                            desktop,
                            [this] {
@@ -125,8 +125,8 @@ class AppDelegateTest : public testing::Test {
                            desktop,
                            desktop,
                            [this] { desktop.ended = true; },
-                           &stage,
-                           &stage};
+                           reminderStage,
+                           reminderStage};
     delegate = std::make_unique<QuilloAgentAppDelegate>(config(), std::move(platform));
   }
   ~AppDelegateTest() override {

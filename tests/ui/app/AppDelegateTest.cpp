@@ -42,7 +42,7 @@ TEST_F(AppDelegateTest, SettingsThatWereUnreadableAtTheStartAreReadAtTheNextNoti
     RemindersManager::resetSharedManager();
     QuilloConfig::resetSharedConfig();
     ASSERT_TRUE(writeFileInPlace(path, "torn {"));
-    makeDelegate();
+    makeDelegate(&stage);
     delegate->showMainApplicationWindow();
     EXPECT_FALSE(delegate->reminderAlarm().isStarted());
     NotificationCenter& center = DistributedNotificationCenter::sharedCenter();

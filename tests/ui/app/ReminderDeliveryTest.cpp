@@ -124,9 +124,7 @@ TEST_F(ReminderDeliveryTest, AClickLeadsToANewEntryOrHandsTheOpenOneOver) {
 }
 
 TEST_F(ReminderDeliveryTest, WithoutCentreAndSoundTheWindowStillOpens) {
-  delegate = std::make_unique<QuilloAgentAppDelegate>(
-      config(), AgentPlatform{desktop, desktop, [] { return std::make_unique<SilentStatusItem>(); },
-                              [] { return true; }, desktop, desktop, [] {}});
+  makeDelegate(nullptr);
   delegate->showMainApplicationWindow();
   wants(true, true, true);
   EXPECT_EQ(fire(), QStringList{});
