@@ -132,7 +132,14 @@ class DesktopTestCase(unittest.TestCase):
 
 
 def window_tree():
-    return run("xwininfo", "-root", "-tree")
+    def whole():
+        try:
+            return run("xwininfo", "-root", "-tree")
+        except AssertionError:
+            # A window went while it was looked at.
+            return None
+
+    return wait_until(whole, "the tree of windows")
 
 
 def tray_icons(program_name="desktop_probe"):
