@@ -1,7 +1,9 @@
 """Reminders as they reach the user: a real notification server, a loudspeaker that is listened to, the real window."""
 
 import json
+import os
 import shutil
+import subprocess
 import tempfile
 import time
 import unittest
@@ -133,6 +135,21 @@ class DeliveryTest(DesktopTestCase):
         notify_as_another("The new server's first")
         self.fire(NOTIFICATION)
         wait_until(lambda: displayed() == 2, "the reminder from the new server")
+
+    def test_a_text_that_was_not_saved_is_told_of_where_nobody_reads_what_is_printed(self):
+        uuid = quilloctl(self.home, "entry", "add", "before")
+        file = self.journal / "Entries" / f"{uuid}.plist"
+        editor = self.home / "notes"
+        editor.write_text(f'#!/bin/sh\necho mine >"$1"\nrm "{file}"\n')
+        editor.chmod(0o700)
+        done = subprocess.run([program("quilloctl"), "--home", str(self.home), "open-url", f"quillo://edit?entryId={uuid}"],
+                              env={**os.environ, "VISUAL": f'"{editor}"'}, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL, timeout=30)
+        self.assertEqual(done.returncode, 1)
+        wait_until(lambda: displayed() == 1, "the notification")
+        run("dunstctl", "close-all")
+        wait_until(lambda: [n["summary"] for n in self.history()] == ["Your text was not saved"], "it closed")
+        self.assertIn("/drafts/entry-", self.history()[0]["body"])
 
 
 if __name__ == "__main__":
