@@ -1,5 +1,6 @@
 // The delegate's launch, its menu and what it hears from the other application, on fakes of the desktop's services.
 
+#include "PTHotKey/PTHotKeyCenter.h"
 #include "app/AgentManager.h"
 #include "app/LoginItem.h"
 #include "app/QuilloAgentAppDelegate.h"
@@ -12,6 +13,7 @@
 #include "platform/Clock.h"
 #include "platform/OneShotTimer.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "tests/support/FakeHotKeys.h"
 #include "tests/support/TestHome.h"
 
 #include <QAction>
@@ -61,7 +63,12 @@ struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory 
 struct SilentStatusItem : StatusItem {
   void setImage(const QString&, bool) override {}
   void setHighlighted(bool) override {}
-  void setToolTip(const QString&) override {}
+  void setToolTip(const QString& text) override { toolTip() = text; }
+  // Of the last item that was made.
+  static QString& toolTip() {
+    static QString text;
+    return text;
+  }
   void setMenu(QMenu*) override {}
   void setLength(double) override {}
   std::optional<QRectF> geometry() const override { return QRectF(700, 2, 22, 22); }
@@ -78,6 +85,7 @@ class AppDelegateTest : public testing::Test {
     QuilloConfig::resetSharedConfig();
     UserDefaults::resetStandardUserDefaults();
     LoginItem::setSharedServices({nullptr, nullptr});
+    PTHotKeyCenter::sharedCenter().setPlatform(&hotKeys);
     list().setObjectForKey(16, Key::remindersFrequency);
     list().setObjectForKey(1, Key::remindersInterval);
     list().setObjectForKey(Date::since1970(1394485200), Key::remindersBaseDate);  // 2014-03-10T21:00:00Z
@@ -92,6 +100,7 @@ class AppDelegateTest : public testing::Test {
   }
   ~AppDelegateTest() override {
     delegate.reset();
+    PTHotKeyCenter::sharedCenter().setPlatform(nullptr);
     RemindersManager::resetSharedManager();
     AgentManager::resetSharedManager();
     QuilloConfig::resetSharedConfig();
@@ -112,8 +121,15 @@ class AppDelegateTest : public testing::Test {
     DistributedNotificationCenter::sharedCenter().postNotification(Notice::remindersManagerValuesDidChange);
   }
 
+  // As the other application writes it.
+  static void setShortcut(const PropertyListValue& value) {
+    list().setObjectForKey(value, Key::menuEntryGlobalShortcut);
+    DistributedNotificationCenter::sharedCenter().postNotification(Notice::menuBarEntryShortcutDidChange);
+  }
+
   TestHome home;
   FakeDesktop desktop;
+  FakeHotKeys hotKeys;
   std::unique_ptr<QuilloAgentAppDelegate> delegate;
 };
 
@@ -166,6 +182,64 @@ TEST_F(AppDelegateTest, TheMenuTellsOfTheReminders) {
   list().setObjectForKey(0, Key::remindersInterval);
   switchReminders(true);
   EXPECT_EQ(openedMenu()[2], u"(Next Reminder: (null))"_s);
+}
+
+TEST_F(AppDelegateTest, TheHotKeyTogglesAndFollowsTheSetting) {
+  list().setObjectForKey(PropertyListDictionary{{u"keyCode"_s, 38}, {u"modifierFlags"_s, 768}},
+                         Key::menuEntryGlobalShortcut);
+  delegate->showMainApplicationWindow();
+  const auto* status = delegate->statusController();
+  hotKeys.press(38, 768);
+  EXPECT_TRUE(status->isShowingEntryWindow());
+  EXPECT_EQ(status->currentMode(), EntryWindowModeStandard);
+  hotKeys.press(38, 768);
+  EXPECT_FALSE(status->isShowingEntryWindow());
+
+  const struct {
+    PropertyListValue setting;
+    std::optional<FakeHotKeys::Claim> claim;  // but for the number
+    bool hasHotKey;
+  } cases[] = {
+      {PropertyListDictionary{{u"keyCode"_s, 40}, {u"modifierFlags"_s, u"256"_s}}, {{40, 256, {}}}, true},
+      {PropertyListDictionary{{u"keyCode"_s, 40}, {u"modifierFlags"_s, -1}}, {{40, 0xFFFFFFFF, {}}}, true},
+      {PropertyListDictionary{{u"modifierFlags"_s, 256}}, {{0, 256, {}}}, true},
+      // The other form of a combination names its modifiers differently.
+      {PropertyListDictionary{{u"keyCode"_s, 40}, {u"modifiers"_s, 256}}, {}, true},
+      {PropertyListDictionary{{u"keyCode"_s, -1}, {u"modifierFlags"_s, 256}}, {}, true},
+      {u"no dictionary"_s, {}, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.setting.description().toStdString());
+    setShortcut(c.setting);
+    ASSERT_EQ(hotKeys.claims.size(), c.claim ? 1U : 0U);
+    EXPECT_EQ(delegate->globalHotKey() != nullptr, c.hasHotKey);
+    if (!c.claim) continue;
+    EXPECT_EQ(hotKeys.claims.begin()->second.keyCode, c.claim->keyCode);
+    EXPECT_EQ(hotKeys.claims.begin()->second.modifiers, c.claim->modifiers);
+    EXPECT_EQ(delegate->globalHotKey()->identifier(), PropertyListValue(u"SRTest"_s));
+  }
+}
+
+TEST_F(AppDelegateTest, AShortcutThatIsRefusedIsSaidAndKept) {
+  const PropertyListDictionary shortcut{{u"keyCode"_s, 36}, {u"modifierFlags"_s, 768}};
+  delegate->showMainApplicationWindow();
+  LogCapture log;
+  hotKeys.refusal = HotKeyStatus::alreadyClaimed;
+  setShortcut(shortcut);
+  const QString problem = u"The shortcut ⌘⇧↩ is not available: another program has claimed it"_s;
+  EXPECT_EQ(log.takeLines(), QStringList{problem});
+  EXPECT_EQ(SilentStatusItem::toolTip(), u"Quillo\n"_s + problem);
+  EXPECT_NE(delegate->globalHotKey(), nullptr);
+
+  // Accepted at first, and refused when the user was asked.
+  hotKeys.refusal = HotKeyStatus::done;
+  setShortcut(PropertyListDictionary{{u"keyCode"_s, 36}, {u"modifierFlags"_s, 256}});
+  EXPECT_EQ(SilentStatusItem::toolTip(), u"Quillo"_s);
+  hotKeys.stateObserver(hotKeys.lastRef, HotKeyState::Refused, u"it was declined"_s);
+  EXPECT_EQ(log.takeLines(), QStringList{u"The shortcut ⌘↩ is not available: it was declined"_s});
+  EXPECT_TRUE(SilentStatusItem::toolTip().endsWith(u"declined"_s));
+  hotKeys.stateObserver(hotKeys.lastRef, HotKeyState::Active, {});
+  EXPECT_EQ(SilentStatusItem::toolTip(), u"Quillo"_s);
 }
 
 TEST_F(AppDelegateTest, CommandsReachTheOtherApplication) {
