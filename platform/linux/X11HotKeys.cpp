@@ -202,7 +202,11 @@ bool X11HotKeys::KeyMotion::press(Milliseconds time) {
   const Milliseconds silence = time - last;
   const bool repeats =
       isDown ? silence < longestRepeatInterval : last != 0 && silence == 0 && time - since >= shortestRepeatDelay;
-  if (!repeats) since = time;
+  if (repeats)
+    // The release before it was none.
+    cancelled = releases;
+  else
+    since = time;
   isDown = true;
   last = time;
   return !repeats;
@@ -211,6 +215,7 @@ bool X11HotKeys::KeyMotion::press(Milliseconds time) {
 void X11HotKeys::KeyMotion::release(Milliseconds time) {
   isDown = false;
   last = time;
+  ++releases;
 }
 
 bool X11HotKeys::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
@@ -231,11 +236,25 @@ bool X11HotKeys::nativeEventFilter(const QByteArray& eventType, void* message, q
       // By then the modifiers may be up.
       if (!claim.motion.isDown) continue;
       claim.motion.release(key->time);
-      send(claim, HotKeyEvent::released);
+      // Told once it is known to be no part of a repetition, whose press comes right behind it.
+      QMetaObject::invokeMethod(
+          this,
+          [this, ref = claim.ref, number = claim.motion.releases] {
+            const Claim* still = find(ref);
+            if (still && still->motion.cancelled != number) deliver(*still, HotKeyEvent::released);
+          },
+          Qt::QueuedConnection);
       return false;
     }
     if (withoutLocks(key->state, m_modifiers) != claim.mask) continue;
-    if (claim.motion.press(key->time)) send(claim, HotKeyEvent::pressed);
+    // After the toolkit has handled the event, and only if the claim is still there then.
+    if (claim.motion.press(key->time))
+      QMetaObject::invokeMethod(
+          this,
+          [this, ref = claim.ref] {
+            if (const Claim* still = find(ref)) deliver(*still, HotKeyEvent::pressed);
+          },
+          Qt::QueuedConnection);
     // What the grab delivers to the root window goes on to the toolkit, which learns from it when the user last did
     // something: a window may then take the keyboard. What came to a menu of ours must not reach it.
     return key->event != m_root;
@@ -243,16 +262,9 @@ bool X11HotKeys::nativeEventFilter(const QByteArray& eventType, void* message, q
   return false;
 }
 
-void X11HotKeys::send(const Claim& claim, quint32 kind) {
-  // After the toolkit has handled the event, and only if the claim is still there then.
-  QMetaObject::invokeMethod(
-      this,
-      [this, ref = claim.ref, kind] {
-        const Claim* still = find(ref);
-        // A copy, as the handler may set another.
-        if (const Handler handler = m_handler; handler && still) handler({.kind = kind, .directObject = still->id});
-      },
-      Qt::QueuedConnection);
+void X11HotKeys::deliver(const Claim& claim, quint32 kind) const {
+  // A copy, as the handler may set another.
+  if (const Handler handler = m_handler) handler({.kind = kind, .directObject = claim.id});
 }
 
 }  // namespace quillo

@@ -42,6 +42,8 @@ class X11HotKeys final : public QObject, public HotKeys, public QAbstractNativeE
     bool isDown{false};
     Milliseconds since{0};
     Milliseconds last{0};  // the last event of the key
+    quint32 releases{0};   // how many there were
+    quint32 cancelled{0};  // the last of them that was the beginning of a repetition
 
     // Whether a press is a new one, and not a repetition.
     bool press(Milliseconds time);
@@ -63,7 +65,7 @@ class X11HotKeys final : public QObject, public HotKeys, public QAbstractNativeE
   void ungrab(Claim& claim);
   void readModifiers();
   void keyboardMapChanged();
-  void send(const Claim& claim, quint32 kind);
+  void deliver(const Claim& claim, quint32 kind) const;
 
   xcb_connection_t* m_connection{nullptr};  // the toolkit's; null without an X server
   quint32 m_root{0};
