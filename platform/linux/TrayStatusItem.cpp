@@ -23,6 +23,7 @@ namespace {
 // What trays are made for; they scale it to their own size.
 constexpr double iconPoints = 22;
 constexpr double widestLength = 256;
+constexpr qsizetype mostIconsKept = 16;
 // A panel that has just placed an icon may still have to paint itself.
 constexpr std::chrono::milliseconds settleTime{300};
 
@@ -117,9 +118,7 @@ void TrayStatusItem::checkForeground() {
   if (m_foreground != before) updateIcon();
 }
 
-void TrayStatusItem::updateIcon() {
-  if (m_imageName.isEmpty()) return;
-  if (!m_foreground.isValid()) m_foreground = QApplication::palette().color(QPalette::WindowText);
+QIcon TrayStatusItem::drawnIcon() const {
   StatusImageStyle style;
   if (m_isTemplate) style.tint = m_foreground;
   style.isHighlighted = m_isHighlighted;
@@ -135,6 +134,24 @@ void TrayStatusItem::updateIcon() {
     icon.addPixmap(QPixmap::fromImage(statusImage(image, points, ratio, style)));
   }
   if (icon.isNull()) QLLogError(u"The image %1 of the status item is missing"_s.arg(m_imageName));
+  return icon;
+}
+
+void TrayStatusItem::updateIcon() {
+  if (m_imageName.isEmpty()) return;
+  if (!m_foreground.isValid()) m_foreground = QApplication::palette().color(QPalette::WindowText);
+  const QString look = u"%1 %2 %3 %4 %5"_s.arg(m_imageName)
+                           .arg(m_isTemplate)
+                           .arg(m_isHighlighted)
+                           .arg(m_length)
+                           .arg(m_foreground.rgba());
+  QIcon icon = m_icons.value(look);
+  if (icon.isNull()) {
+    icon = drawnIcon();
+    // Pressed and not, of the few images there are; more come only from trays that change their colours.
+    if (m_icons.size() >= mostIconsKept) m_icons.clear();
+    m_icons.insert(look, icon);
+  }
   m_icon.setIcon(icon);
   // Only now, as an icon without an image would stand in the tray as a gap.
   if (!m_icon.isVisible()) m_icon.show();

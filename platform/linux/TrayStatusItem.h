@@ -3,6 +3,8 @@
 #include "platform/StatusItem.h"
 #include "platform/linux/TrayWindow.h"
 
+#include <QHash>
+#include <QIcon>
 #include <QObject>
 #include <QPointF>
 #include <QSystemTrayIcon>
@@ -36,6 +38,7 @@ class TrayStatusItem final : public QObject, public StatusItem {
   void trayWindowChanged();
   void checkForeground();
   void updateIcon();
+  [[nodiscard]] QIcon drawnIcon() const;
 
   QSystemTrayIcon m_icon;
   TrayWindow m_window;
@@ -45,6 +48,8 @@ class TrayStatusItem final : public QObject, public StatusItem {
   bool m_isHighlighted{false};
   double m_length{0};
   QColor m_foreground;
+  // By their looks: drawn anew, each would stay in the toolkit's cache as another.
+  QHash<QString, QIcon> m_icons;
   std::optional<QPointF> m_lastClick;
   std::function<void()> m_onPrimaryClick;
   std::function<void()> m_onGeometryChanged;
