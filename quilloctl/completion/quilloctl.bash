@@ -2,7 +2,7 @@
 
 _quilloctl() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}
-  local commands="settings journal entry reminder post"
+  local commands="settings journal entry reminder shortcut agent post"
   local word command= sub= i
   COMPREPLY=()
 
@@ -36,6 +36,8 @@ _quilloctl() {
     reminder:) words="show set on off next --help" ;;
     reminder:set) words="--every --from --until --starting --zone" ;;
     reminder:next) words="-n --after --batch" ;;
+    shortcut:) words="show set clear --help" ;;
+    agent:) words="toggle --help" ;;
     post:) words="com.quilloapp.QuilloJournalPackagePathDidChangeNotification
       com.quilloapp.QuilloMenuBarEntryShortcutDidChangeNotification
       com.quilloapp.QuilloReminderSettingsDidChangeNotification
