@@ -74,10 +74,13 @@ void AgentEntryWindow::layOut() {
   const QSize size = frameSize.toSize();
   m_content->setGeometry(m_shadowMargin, 0, size.width(), size.height());
   setFixedSize(size.width() + 2 * m_shadowMargin, size.height() + m_shadowMargin);
-  if (composited)
+  if (composited) {
     clearMask();
-  else
+    m_maskOutline.clear();
+  } else if (const QPainterPath outline = m_ui->backgroundView->outline(); outline != m_maskOutline) {
     setMask(outlineMask(*m_ui->backgroundView));
+    m_maskOutline = outline;
+  }
   setFrameOrigin(m_origin);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPainterPath>
 #include <QWidget>
 
 #include <functional>
@@ -56,7 +57,8 @@ class AgentEntryWindow : public QWidget {
   QWidget* m_content;
   std::function<bool()> m_isComposited;
   int m_shadowMargin{0};
-  QPointF m_origin;  // of the frame, bottom left
+  QPointF m_origin;            // of the frame, bottom left
+  QPainterPath m_maskOutline;  // what the mask was made from; empty while there is none
 };
 
 }  // namespace quillo
