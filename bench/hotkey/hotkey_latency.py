@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """How long it takes from the key to the window, against a bare window that the same grab shows.
 
-    hotkey_latency.py [BUILD]      BUILD: a build directory with QUILLO_BENCH=ON (build/release)
+    hotkey_latency.py [BUILD [OPTION...]]      BUILD: a build directory with QUILLO_BENCH=ON (build/release)
+                                               OPTION: of the desktop, such as --compositor
 
 Starts a private desktop, opens each of the two windows a hundred times in turn, and prints medians, 99th percentiles
 and their ratio.
@@ -77,7 +78,7 @@ def main():
         return inside()
     build = Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build" / "release").resolve()
     environment = {**os.environ, "QUILLO_BIN": str(build / "bin")}
-    sys.exit(subprocess.run([DESKTOP / "desktop", "--", sys.executable, "-B", __file__], env=environment,
+    sys.exit(subprocess.run([DESKTOP / "desktop", *sys.argv[2:], "--", sys.executable, "-B", __file__], env=environment,
                             stderr=subprocess.DEVNULL if not os.environ.get("VERBOSE") else None).returncode)
 
 

@@ -22,6 +22,8 @@ namespace {
 
 // What trays are made for; they scale it to their own size.
 constexpr double iconPoints = 22;
+// The window that is the reason for the highlight comes first: a panel may paint itself as a whole for one icon.
+constexpr std::chrono::milliseconds highlightDelay{30};
 constexpr double widestLength = 256;
 constexpr qsizetype mostIconsKept = 16;
 // A panel that has just placed an icon may still have to paint itself.
@@ -46,6 +48,9 @@ TrayStatusItem::TrayStatusItem() : m_window([this] { trayWindowChanged(); }) {
   m_settled.setSingleShot(true);
   m_settled.setInterval(settleTime);
   connect(&m_settled, &QTimer::timeout, this, &TrayStatusItem::checkForeground);
+  m_highlightSoon.setSingleShot(true);
+  m_highlightSoon.setInterval(highlightDelay);
+  connect(&m_highlightSoon, &QTimer::timeout, this, &TrayStatusItem::updateIcon);
   connect(&m_icon, &QSystemTrayIcon::activated, this, &TrayStatusItem::activated);
   qApp->installEventFilter(this);
 }
@@ -58,7 +63,7 @@ void TrayStatusItem::setImage(const QString& name, bool isTemplate) {
 }
 
 void TrayStatusItem::setHighlighted(bool highlighted) {
-  if (std::exchange(m_isHighlighted, highlighted) != highlighted) updateIcon();
+  if (std::exchange(m_isHighlighted, highlighted) != highlighted) m_highlightSoon.start();
 }
 
 void TrayStatusItem::setToolTip(const QString& text) {

@@ -43,6 +43,7 @@ class TrayStatusItem final : public QObject, public StatusItem {
   QSystemTrayIcon m_icon;
   TrayWindow m_window;
   QTimer m_settled;
+  QTimer m_highlightSoon;
   QString m_imageName;
   bool m_isTemplate{false};
   bool m_isHighlighted{false};
