@@ -42,8 +42,7 @@ class X11HotKeys final : public QObject, public HotKeys, public QAbstractNativeE
     bool isDown{false};
     Milliseconds since{0};
     Milliseconds last{0};  // the last event of the key
-    quint32 releases{0};   // how many there were
-    quint32 cancelled{0};  // the last of them that was the beginning of a repetition
+    bool releaseIsPending{false};
 
     // Whether a press is a new one, and not a repetition.
     bool press(Milliseconds time);
@@ -60,7 +59,7 @@ class X11HotKeys final : public QObject, public HotKeys, public QAbstractNativeE
     KeyMotion motion;
   };
 
-  [[nodiscard]] const Claim* find(HotKeyRef ref) const;
+  [[nodiscard]] Claim* find(HotKeyRef ref);
   OSStatus grab(Claim& claim);
   void ungrab(Claim& claim);
   void readModifiers();
