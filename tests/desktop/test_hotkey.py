@@ -2,6 +2,7 @@
 
 import os
 import plistlib
+import re
 import shutil
 import signal
 import subprocess
@@ -226,7 +227,9 @@ class HotKeyTest(DesktopTestCase):
             hit(200)
         self.assertFalse(agent.is_open())
         self.assertLessEqual(descriptors(), before[0])
-        self.assertLess(resident() - before[1], 2048)
+        # A sanitizer keeps what was freed.
+        if not re.search("lib[at]san", (process / "maps").read_text()):
+            self.assertLess(resident() - before[1], 2048)
         self.assertEqual(self.problems(), [])
         # An odd number leaves it open.
         run("xdotool", "key", "--repeat", "11", "--delay", "1", SHORTCUT)
