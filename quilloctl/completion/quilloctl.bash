@@ -2,7 +2,7 @@
 
 _quilloctl() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}
-  local commands="settings journal entry reminder agent open-url post"
+  local commands="settings journal entry reminder shortcut agent open-url post"
   local word command= sub= i
   COMPREPLY=()
 
@@ -36,8 +36,9 @@ _quilloctl() {
     reminder:) words="show set on off next --help" ;;
     reminder:set) words="--every --from --until --starting --zone" ;;
     reminder:next) words="-n --after --batch" ;;
-    agent:) words="status enable disable restart --help" ;;
+    agent:) words="status enable disable restart toggle --help" ;;
     open-url:) words="quillo://open quillo://preferences quillo://post quillo://edit?entryId= quillo://updatebookmarks" ;;
+    shortcut:) words="show set clear --help" ;;
     post:) words="com.quilloapp.QuilloJournalPackagePathDidChangeNotification
       com.quilloapp.QuilloMenuBarEntryShortcutDidChangeNotification
       com.quilloapp.QuilloReminderSettingsDidChangeNotification
