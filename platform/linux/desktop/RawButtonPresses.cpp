@@ -1,6 +1,7 @@
 #include "platform/linux/desktop/RawButtonPresses.h"
 
 #include "foundation/Log.h"
+#include "platform/linux/desktop/X11.h"
 
 #include <QGuiApplication>
 #include <QPointer>
@@ -12,26 +13,18 @@
 #include <xcb/xinput.h>
 #undef explicit
 
-#include <cstdlib>
 #include <utility>
 
 namespace quillo {
 
 using namespace Qt::StringLiterals;
+using X11::owned;
 
 namespace {
 
 // Windows nest a few levels deep; a tree that does not end is no reason to hang.
 constexpr int deepestWindow = 64;
 constexpr uint32_t leftButton = 1;
-
-struct Free {
-  void operator()(void* reply) const { std::free(reply); }
-};
-template <typename T>
-std::unique_ptr<T, Free> owned(T* reply) {
-  return std::unique_ptr<T, Free>(reply);
-}
 
 // Whether the window was made by this program's own connection for windows: the server gives each client a range of
 // identifiers.

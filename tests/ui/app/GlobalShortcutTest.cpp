@@ -56,7 +56,7 @@ TEST_F(GlobalShortcutTest, AShortcutThatIsRefusedIsSaidAndKept) {
   hotKeys.refusal = HotKeyStatus::alreadyClaimed;
   setShortcut(list(), shortcut);
   const QString problem = u"The shortcut ⌘⇧↩ is not available: another program has claimed it"_s;
-  EXPECT_EQ(log.takeLines(), QStringList{problem});
+  EXPECT_TRUE(log.takeLines().endsWith(problem));
   EXPECT_TRUE(SilentStatusItem::toolTip().endsWith(u'\n' + problem));
   EXPECT_NE(delegate->globalHotKey(), nullptr);
 
@@ -65,7 +65,7 @@ TEST_F(GlobalShortcutTest, AShortcutThatIsRefusedIsSaidAndKept) {
   setShortcut(list(), PropertyListDictionary{{u"keyCode"_s, 36}, {u"modifierFlags"_s, 256}});
   EXPECT_FALSE(SilentStatusItem::toolTip().contains(u'\n'));
   hotKeys.stateObserver(hotKeys.lastRef, HotKeyState::Refused, u"it was declined"_s);
-  EXPECT_EQ(log.takeLines(), QStringList{u"The shortcut ⌘↩ is not available: it was declined"_s});
+  EXPECT_TRUE(log.takeLines().endsWith(u"The shortcut ⌘↩ is not available: it was declined"_s));
   EXPECT_TRUE(SilentStatusItem::toolTip().endsWith(u"declined"_s));
   hotKeys.stateObserver(hotKeys.lastRef, HotKeyState::Active, {});
   EXPECT_FALSE(SilentStatusItem::toolTip().contains(u'\n'));
