@@ -138,6 +138,27 @@ TEST_F(EntryWindowActionsTest, UnsavedTextIsInADraftUntilItIsSaved) {
   controller.reset();
 }
 
+TEST_F(EntryWindowActionsTest, ADraftWaitsForTheJournalThatHasItsEntry) {
+  show();
+  type("one");
+  controller->close();
+  draft.write({u"one and two"_s, entries().value(0)->uuid(), {}});
+  controller.reset();
+  const QString path = journalURL.toLocalFile();
+  ASSERT_TRUE(QDir().rename(path, path + u".away"_s));
+  EntryDraft next(home.path(u"cache/UnsavedEntry.plist"_s));
+  newController(next);
+  show();
+  controller->close();
+  ASSERT_TRUE(QDir().rename(path + u".away"_s, path));
+  show();
+  EXPECT_EQ(textView()->toPlainText(), u"one and two"_s);
+  controller->close();
+  ASSERT_EQ(entries().size(), 1);
+  EXPECT_EQ(entries()[0]->string(), u"one and two"_s);
+  controller.reset();
+}
+
 TEST_F(EntryWindowActionsTest, ADraftSurvivesWhatItCannotBeSavedInAndWhatCannotBeReadIsKept) {
   const QString path = home.path(u"cache/UnsavedEntry.plist"_s);
   show();
