@@ -1,5 +1,6 @@
 // The open, settings and reconnect buttons, and the draft of what is not saved yet.
 
+#include "entry/OpenPanelSheet.h"
 #include "tests/ui/entry/EntryWindowFixture.h"
 
 #include <QFileDialog>
@@ -97,6 +98,30 @@ TEST_F(EntryWindowActionsTest, ReconnectingShowsTheEditorAgain) {
   type("back");
   controller->close();
   EXPECT_EQ(entries().value(0)->string(), u"back"_s);
+}
+
+TEST_F(EntryWindowActionsTest, ThePanelBeginsAtTheJournalOrNearestToIt) {
+  show();
+  const QString there = home.path(u"there"_s);
+  ASSERT_TRUE(QDir().mkpath(there + u"/J"_s));
+  const struct {
+    QString path, begins;
+  } cases[] = {{there + u"/J"_s, there + u"/J"_s}, {there + u"/gone"_s, there}, {there + u"/drive/gone/J"_s, there}};
+  OpenPanelSheet sheet;
+  for (const auto& c : cases) {
+    bool chosen = false;
+    // A second one is not opened beside it.
+    for (int i = 0; i < 2; ++i) sheet.beginSheet(u"Choose"_s, c.path, &controller->window(), [&] { chosen = true; });
+    const auto panels = controller->window().findChildren<QFileDialog*>();
+    ASSERT_EQ(panels.size(), 1);
+    EXPECT_EQ(panels[0]->windowTitle(), u"Choose"_s);
+    EXPECT_EQ(panels[0]->directory().path(), c.begins) << c.path.toStdString();
+    EXPECT_TRUE(controller->window().hasAttachedSheet());
+    panels[0]->selectFile(there);
+    QTest::keyClick(panels[0], Qt::Key_Return);
+    EXPECT_TRUE(chosen);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
 }
 
 TEST_F(EntryWindowActionsTest, UnsavedTextIsInADraftUntilItIsSaved) {
