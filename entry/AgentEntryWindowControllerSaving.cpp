@@ -207,10 +207,12 @@ void AgentEntryWindowController::restoreDraft() {
   m_hasUnsavedText = true;
   m_tags.refresh(m_services.config.configuredJournalFileURL());
   if (left->entryIdentifier.isEmpty()) return;
-  // A later state of an entry goes on with that entry; where it is gone, the text becomes a new one.
+  // A later state of an entry goes on with that entry. Where it is gone, or was changed since, as by the main
+  // application, the text becomes a new one.
   const auto package = journalFile();
-  if (package) m_activeEntry = QLJournalEntryFile::entryWithUUID(*package, left->entryIdentifier, nullptr);
-  if (!m_activeEntry) return;
+  const auto entry = package ? QLJournalEntryFile::entryWithUUID(*package, left->entryIdentifier, nullptr) : nullptr;
+  if (!entry || (entry->string() != left->text && left->writtenDate < entry->modificationDate())) return;
+  m_activeEntry = entry;
   // Or the next save would take them from the entry.
   if (const auto& place = m_activeEntry->location()) setLocation(std::make_shared<const QLLocation>(*place));
   setWeather(m_activeEntry->weather());

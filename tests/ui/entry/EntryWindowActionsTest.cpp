@@ -181,6 +181,22 @@ TEST_F(EntryWindowActionsTest, ADraftWaitsForTheJournalThatHasItsEntry) {
   controller->close();
   ASSERT_EQ(entries().size(), 1);
   EXPECT_EQ(entries()[0]->string(), u"one and two"_s);
+
+  // What became of the entry since is not overwritten.
+  draft.write({u"one and three"_s, entries()[0]->uuid(), {}});
+  controller.reset();
+  QFile file(home.path(u"cache/UnsavedEntry.plist"_s));
+  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+  ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
+  file.close();
+  EntryDraft late(file.fileName());
+  newController(late);
+  show();
+  controller->close();
+  QStringList texts;
+  for (const auto& entry : entries()) texts << entry->string();
+  texts.sort();
+  EXPECT_EQ(texts, (QStringList{u"one and three"_s, u"one and two"_s}));
   controller.reset();
 }
 
