@@ -255,8 +255,9 @@ void QuilloAgentAppDelegate::orderFrontAboutWindow() {
 }
 
 void QuilloAgentAppDelegate::reloadEntryWindow() {
+  if (const auto open = m_entryWindowController) open->close();
+  // Closing may wait for an alert, and the window be replaced meanwhile: the last one holds the text.
   const auto before = m_entryWindowController;
-  if (before) before->close();
   m_entryWindowController = std::make_shared<AgentEntryWindowController>(
       AgentEntryWindowServices{m_config, m_alerts, m_openPanel, m_draft, &m_platform.workspace,
                                &m_platform.outsideClicks, m_platform.makeLocationManager, &m_platform.weather},

@@ -62,7 +62,7 @@ QSize Button::sizeHint() const {
 void Button::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   m_cell->drawWithFrame(painter, rect(), this);
-  if (m_showsFocusRing) drawFocusRing(painter);
+  if (m_showsFocusRing && hasFocus()) drawFocusRing(painter);
 }
 
 void Button::changeEvent(QEvent* event) {
@@ -70,14 +70,20 @@ void Button::changeEvent(QEvent* event) {
   QAbstractButton::changeEvent(event);
 }
 
+// Whether the button stays the one with the focus: a menu or another window has the keyboard meanwhile.
+static bool isForAWhile(const QFocusEvent& event) {
+  return event.reason() == Qt::PopupFocusReason || event.reason() == Qt::ActiveWindowFocusReason;
+}
+
 void Button::focusInEvent(QFocusEvent* event) {
   // Only for whoever walks through the window with the keyboard.
-  m_showsFocusRing = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+  if (!isForAWhile(*event))
+    m_showsFocusRing = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
   QAbstractButton::focusInEvent(event);
 }
 
 void Button::focusOutEvent(QFocusEvent* event) {
-  m_showsFocusRing = false;
+  if (!isForAWhile(*event)) m_showsFocusRing = false;
   QAbstractButton::focusOutEvent(event);
 }
 

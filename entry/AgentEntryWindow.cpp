@@ -120,6 +120,8 @@ void AgentEntryWindow::setEntryMetadataText(const QString& text) {
   const QString shown = field.fontMetrics().elidedText(text, Qt::ElideRight, field.width());
   field.setText(shown);
   field.setToolTip(shown == text ? QString() : text);
+  // Takes the place of the text for a screen reader, so it holds all of it.
+  field.setAccessibleName(text.isEmpty() ? QString() : u"Place and weather: "_s + text);
   updateLocationIconState();
 }
 
@@ -217,15 +219,23 @@ bool AgentEntryWindow::hasAttachedSheet() const {
 void AgentEntryWindow::orderFront(bool activate) {
   layOut();
   setAttribute(Qt::WA_ShowWithoutActivating, !activate);
+  // The toolkit passes the attribute on once only, when it makes the window; a window that was shown for the user
+  // before would take the keyboard when it is shown for a reminder.
+  if (QWindow* handle = windowHandle()) handle->setProperty("_q_showWithoutActivating", !activate);
   show();
   raise();
-  if (!activate) return;
-  activateWindow();
-  // The editor is hidden while the journal cannot be reached.
+  // The editor is hidden while the journal cannot be reached. Where the window leaves the keyboard alone, this takes
+  // effect with the first click anywhere in it.
   if (m_ui->textView->isVisible())
     m_ui->textView->setFocus();
   else
-    m_ui->closeButton->setFocus();
+    m_ui->reconnectButton->setFocus();
+  if (activate) activateWindow();
+}
+
+void AgentEntryWindow::makeKeyAndOrderFront() {
+  raise();
+  activateWindow();
 }
 
 void AgentEntryWindow::paintEvent(QPaintEvent*) {

@@ -60,8 +60,10 @@ class AgentEntryWindow : public QWidget {
   // Whether an alert hangs on the window.
   [[nodiscard]] bool hasAttachedSheet() const;
 
-  // Shows it in front; with `activate`, takes the keyboard.
+  // Shows it in front; with `activate`, takes the keyboard. The text has the keyboard as soon as the window does.
   void orderFront(bool activate);
+  // Takes the keyboard for whichever control had it last; the window must be shown.
+  void makeKeyAndOrderFront();
 
   // Told instead of closing, when the desktop asks the window to close.
   std::function<void()> onCloseRequest;

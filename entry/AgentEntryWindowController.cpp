@@ -132,14 +132,17 @@ bool AgentEntryWindowController::haveAccessToJournalFile() {
 }
 
 void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
+  // A window that is closing, and waits for an alert, stays closed: the rest of the closing undoes only part of this.
+  if (m_isClosing) return;
   m_services.config.startAccessingSecurityScopedResources();
   addWindowDismissalMonitors();
   m_currentMode = mode;
   const bool reminder = mode == EntryWindowModeReminder;
-  restoreDraft();
   endFade();
   Ui::AgentEntryWindow& ui = m_window->ui();
   const bool accessible = haveAccessToJournalFile();
+  // Not without the journal: the draft could not go on with the entry that it belongs to.
+  if (accessible) restoreDraft();
   ui.entryContainerView->setVisible(accessible);
   ui.reconnectView->setVisible(!accessible);
   ui.headerTitle->setText(reminder ? u"Time to write"_s : u"New Entry"_s);
@@ -156,7 +159,11 @@ void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
 void AgentEntryWindowController::showReconnectPanel() {
   const auto location = m_services.config.configuredJournalFileURL();
   m_window->ui().reconnectReason->setText(journalAccessProblem(location));
-  m_window->ui().reconnectPath->setText(journalLocationForDisplay(location));
+  const QString shown = journalLocationForDisplay(location);
+  QLabel& path = *m_window->ui().reconnectPath;
+  path.setText(shown);
+  // A screen reader is to read the path in one go.
+  path.setAccessibleName(QString(shown).remove(QChar(0x200b)));
 }
 
 void AgentEntryWindowController::showEditor(bool reminder) {

@@ -114,6 +114,8 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
 
   [[nodiscard]] std::shared_ptr<QLJournalPackageFile> journalFile() const;
   bool writeActiveEntry(bool force, Error* error);
+  void textIsSafe();
+  void keepDraftNow();
   void removeActiveEntry();
   void trackActiveEntry();
   void forgetActiveEntry();

@@ -4,9 +4,6 @@
 #include "controls/CustomCursorButton.h"
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
-#include "entry/PullDownMenu.h"
-#include "platform/OutsideClicks.h"
-#include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/services/LocationService.h"
 #include "qlcore/services/QLLocationFormatter.h"
 #include "qlcore/services/QLWeatherFormatter.h"
@@ -63,7 +60,8 @@ void AgentEntryWindowController::updateWeatherFromLocation() {
   m_services.weather->weatherAtLatitude(
       m_location->latitude, m_location->longitude, Date::fromDateTime(QDateTime::currentDateTimeUtc()),
       [self = QPointer(this)](const QLWeather& weather) {
-        if (self) self->setWeather(weather);
+        // The user may have switched it off meanwhile.
+        if (self && self->m_window->ui().locationToggleButton->isChecked()) self->setWeather(weather);
       },
       [](const Error&) {});
 }
@@ -103,7 +101,7 @@ void AgentEntryWindowController::locationButtonToggled(const Button& button) {
   fetchLocationAndWeatherIfNeeded();
   // The desktop may ask for leave to use the place, and take the keyboard for that.
   QTimer::singleShot(refocusDelay, this, [this] {
-    if (m_isShown) m_window->orderFront(/*activate=*/true);
+    if (m_isShown && !m_window->hasAttachedSheet()) m_window->makeKeyAndOrderFront();
   });
 }
 

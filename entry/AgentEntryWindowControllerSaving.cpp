@@ -11,14 +11,12 @@
 #include "entry/PullDownMenu.h"
 #include "foundation/FileManager.h"
 #include "foundation/Log.h"
-#include "platform/OutsideClicks.h"
 #include "platform/Workspace.h"
 #include "qlcore/Hashtags.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
-#include "qlcore/services/LocationService.h"
 #include "ui_AgentEntryWindow.h"
 
 #include <algorithm>
@@ -61,10 +59,10 @@ void AgentEntryWindowController::removeActiveEntry() {
 }
 
 bool AgentEntryWindowController::writeActiveEntry(bool force, Error* error) {
+  m_window->ui().textView->commitComposition();
   const QString written = m_window->ui().textView->string();
   if (!force && written.isEmpty()) {
-    m_hasUnsavedText = false;
-    m_services.draft.remove();
+    textIsSafe();
     if (m_activeEntry) removeActiveEntry();
     return true;
   }
@@ -76,9 +74,13 @@ bool AgentEntryWindowController::writeActiveEntry(bool force, Error* error) {
   m_activeEntry->setWeather(m_weather);
   // When this fails the entry stays active: the next save tries again.
   if (!m_activeEntry->saveToJournal(journalFile().get(), error)) return false;
-  m_hasUnsavedText = false;
-  m_services.draft.remove();
+  textIsSafe();
   return true;
+}
+
+void AgentEntryWindowController::textIsSafe() {
+  // Where there was none to save here, the draft is that of the window which took this one's text over.
+  if (std::exchange(m_hasUnsavedText, false)) m_services.draft.remove();
 }
 
 bool AgentEntryWindowController::saveActiveEntry(bool force) {
@@ -86,7 +88,7 @@ bool AgentEntryWindowController::saveActiveEntry(bool force) {
   Error error;
   if (writeActiveEntry(force, &error)) return true;
   // Before the alert, which may stay for long.
-  m_services.draft.write(draftContent());
+  keepDraftNow();
   m_services.alerts.presentError(error, m_window.get());
   return false;
 }
@@ -94,7 +96,7 @@ bool AgentEntryWindowController::saveActiveEntry(bool force) {
 bool AgentEntryWindowController::saveForTermination() {
   Error error;
   if (writeActiveEntry(/*force=*/false, &error)) return true;
-  m_services.draft.write(draftContent());
+  keepDraftNow();
   QLLogError(u"The entry could not be saved before the end - %1"_s.arg(error.description()));
   return false;
 }
@@ -107,10 +109,13 @@ void AgentEntryWindowController::takeOverUnsavedText(AgentEntryWindowController&
   own.moveCursor(QTextCursor::End);
   m_activeEntry = std::move(other.m_activeEntry);
   m_editBeginDate = other.m_editBeginDate;
+  setLocation(other.m_location);
+  setWeather(other.m_weather);
   m_hasUnsavedText = true;
   others.setString({});
   other.forgetActiveEntry();
   keepDraftSoon();
+  m_tags.refresh(m_services.config.configuredJournalFileURL());
 }
 
 void AgentEntryWindowController::trackActiveEntry() {
@@ -184,6 +189,13 @@ void AgentEntryWindowController::keepDraftSoon() {
   });
 }
 
+void AgentEntryWindowController::keepDraftNow() {
+  if (m_window->ui().textView->string().isEmpty()) return;
+  // Also a text that has not changed since it was saved: the journal that has it may be gone.
+  m_hasUnsavedText = true;
+  m_services.draft.write(draftContent());
+}
+
 void AgentEntryWindowController::restoreDraft() {
   EntryViewTextView& textView = *m_window->ui().textView;
   if (m_activeEntry || !textView.string().isEmpty()) return;
@@ -193,10 +205,17 @@ void AgentEntryWindowController::restoreDraft() {
   textView.moveCursor(QTextCursor::End);
   m_editBeginDate = left->editBeginDate;
   m_hasUnsavedText = true;
+  m_tags.refresh(m_services.config.configuredJournalFileURL());
   if (left->entryIdentifier.isEmpty()) return;
-  // A later state of an entry goes on with that entry; where it is gone, the text becomes a new one.
+  // A later state of an entry goes on with that entry. Where it is gone, or was changed since, as by the main
+  // application, the text becomes a new one.
   const auto package = journalFile();
-  if (package) m_activeEntry = QLJournalEntryFile::entryWithUUID(*package, left->entryIdentifier, nullptr);
+  const auto entry = package ? QLJournalEntryFile::entryWithUUID(*package, left->entryIdentifier, nullptr) : nullptr;
+  if (!entry || (entry->string() != left->text && left->writtenDate < entry->modificationDate())) return;
+  m_activeEntry = entry;
+  // Or the next save would take them from the entry.
+  if (const auto& place = m_activeEntry->location()) setLocation(std::make_shared<const QLLocation>(*place));
+  setWeather(m_activeEntry->weather());
 }
 
 }  // namespace quillo

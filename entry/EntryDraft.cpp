@@ -52,7 +52,8 @@ std::optional<EntryDraft::Content> EntryDraft::takeLeftBehind() {
     return std::nullopt;
   }
   const PropertyListDictionary& fields = list->dictionary();
-  return Content{fields.value(textKey).string(), fields.value(entryKey).string(), fields.value(beginKey).date()};
+  return Content{fields.value(textKey).string(), fields.value(entryKey).string(), fields.value(beginKey).date(),
+                 Date::fromDateTime(QFileInfo(m_path).lastModified())};
 }
 
 void EntryDraft::writeSoon(std::function<std::optional<Content>()> content) {

@@ -17,6 +17,8 @@ class EntryDraft {
     QString text;
     QString entryIdentifier;  // of the entry that the text is a later state of; empty for one not yet saved
     std::optional<Date> editBeginDate;
+    // When it was written; known of what was left behind only.
+    std::optional<Date> writtenDate{};
 
     bool operator==(const Content&) const = default;
   };

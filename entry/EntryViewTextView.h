@@ -49,6 +49,8 @@ class EntryViewTextView : public QPlainTextEdit {
   [[nodiscard]] QString string() const;
   // Replaces the text and forgets what could be undone. Not an edit by the user: textDidChange() stays silent.
   void setString(const QString& text);
+  // Makes text of what an input method has not committed yet, as string() is without it.
+  void commitComposition();
 
   // In points, on each side.
   void setTextContainerInset(QSizeF inset);

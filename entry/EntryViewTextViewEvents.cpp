@@ -6,9 +6,13 @@
 #include "entry/HashtagCompleter.h"
 #include "entry/SpellingHighlighter.h"
 
+#include <QGuiApplication>
+#include <QInputMethod>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QTextBlock>
+#include <QTextLayout>
 
 namespace quillo {
 
@@ -81,6 +85,19 @@ void EntryViewTextView::keyPressEvent(QKeyEvent* event) {
   if (effect == KeyEffect::Other || document()->revision() == revision) return;
   if (effect == KeyEffect::Types && m_correctsSpelling) m_correction->userDidType();
   m_completer->userDidType();
+}
+
+void EntryViewTextView::commitComposition() {
+  const auto composed = [this] { return textCursor().block().layout()->preeditAreaText(); };
+  if (composed().isEmpty()) return;
+  if (hasFocus()) QGuiApplication::inputMethod()->commit();
+  // Not every input method can be told so.
+  const QString left = composed();
+  if (left.isEmpty()) return;
+  QInputMethodEvent commit;
+  commit.setCommitString(left);
+  QCoreApplication::sendEvent(this, &commit);
+  if (hasFocus()) QGuiApplication::inputMethod()->reset();
 }
 
 void EntryViewTextView::inputMethodEvent(QInputMethodEvent* event) {

@@ -23,12 +23,20 @@ class FileOrFolderDialog final : public QFileDialog {
   }
 };
 
+// The drive may be unplugged: the panel would begin wherever the program was started. Every step shortens the path.
+QString nearestThatExists(QString path) {
+  while (!QFileInfo::exists(path) && path != QFileInfo(path).path()) path = QFileInfo(path).path();
+  return path;
+}
+
 }  // namespace
 
 void OpenPanelSheet::beginSheet(const QString& title, const QString& directory, QWidget* window,
                                 std::function<void()> chosen) {
   if (window->findChild<QFileDialog*>()) return;
-  auto* panel = new FileOrFolderDialog(window, title, directory);
+  const QString parent = QFileInfo(directory).path();
+  auto* panel =
+      new FileOrFolderDialog(window, title, QFileInfo::exists(parent) ? directory : nearestThatExists(parent));
   panel->setObjectName(u"openPanel"_s);
   panel->setAttribute(Qt::WA_DeleteOnClose);
   panel->setFileMode(QFileDialog::AnyFile);

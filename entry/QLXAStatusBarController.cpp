@@ -179,7 +179,8 @@ void QLXAStatusBarController::hideEntryWindow() {
   setCurrentMode(EntryWindowModeStandard);
   // A no-op when it is the closing window that called.
   m_entryWindowController->close();
-  NotificationCenter::localCenter().removeObserver(this, Notice::windowDidMove);
+  // The close may wait for an alert, and the window's successor be shown meanwhile.
+  if (!m_isShowingEntryWindow) NotificationCenter::localCenter().removeObserver(this, Notice::windowDidMove);
 }
 
 bool QLXAStatusBarController::shouldHideEntryWindow() const {

@@ -23,7 +23,7 @@ struct QLEntry {
   bool operator==(const QLEntry&) const = default;
 };
 
-// The entries of a package, read from disk when the index is made. Main thread only.
+// The entries of a package, read from disk when the index is made. An index and its package belong to one thread.
 class QLJournalIndex {
  public:
   struct DamagedEntry {

@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMutex>
 #include <QSet>
 
 #include <sys/stat.h>
@@ -45,9 +46,13 @@ bool checkFolder(const QString& path, Error* error) {
 
 // Once a process and folder: the agent opens the package at every save, and a folder of many entries takes time.
 void removeLeftoversOnce(const QString& entriesPath) {
-  static QSet<QString> done;
-  if (done.contains(entriesPath)) return;
-  done.insert(entriesPath);
+  {
+    static QMutex mutex;
+    static QSet<QString> done;
+    const QMutexLocker lock(&mutex);
+    if (done.contains(entriesPath)) return;
+    done.insert(entriesPath);
+  }
   if (const auto folder = JournalFolder::open(entriesPath, nullptr)) folder->removeLeftovers();
 }
 

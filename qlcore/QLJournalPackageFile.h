@@ -13,7 +13,8 @@
 namespace quillo {
 
 // A journal on disk: the folder NAME.quillojournal with Journal.plist (format version, identifier, creation date) and
-// the folder Entries, one property list an entry. Main thread only.
+// the folder Entries, one property list an entry. Each object belongs to one thread; the default package is the main
+// thread's.
 class QLJournalPackageFile {
  public:
   static constexpr qint64 currentFormatVersion = 1;

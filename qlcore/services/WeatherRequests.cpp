@@ -135,9 +135,10 @@ void WeatherRequests::readForecast(const QString& place, QNetworkReply& reply) {
   auto forecast = WeatherForecast::fromJSON(reply.readAll());
   if (!forecast)
     return fail(place, WeatherError::make(WeatherError::BadAnswer, u"The weather service's answer is no forecast."_s));
+  // Before the new one comes, which with a clock set back is not the latest.
+  if (m_answers.size() >= mostAnswers && !m_answers.contains(place)) dropOldestAnswer();
   m_answers.insert(
       place, {std::move(*forecast), reply.rawHeader("Last-Modified"), m_clock.secondsSince1970(), expiryFrom(reply)});
-  if (m_answers.size() > mostAnswers) dropOldestAnswer();
   succeed(place);
 }
 

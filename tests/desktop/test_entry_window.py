@@ -9,13 +9,13 @@ import time
 import unittest
 from pathlib import Path
 
-from desktop import (DesktopTestCase, click, press, program, run, tray_icon, type_text, wait_until)
+from desktop import (DesktopTestCase, click, press, program, run, type_text, wait_until)
 from quillo import Agent, make_journal, quilloctl
 
 DRAFT = ".cache/quillo/UnsavedEntry.plist"
 # Centres of the controls, in points from the frame's top left.
 SAVE, SETTINGS, CLOSE = (269, 232), (277, 32), (306, 32)
-SNOOZE_2, TEXT, RECONNECT = (274, 75), (160, 150), (164, 232)
+SNOOZE_2, TITLE, TEXT, RECONNECT = (274, 75), (90, 32), (160, 150), (164, 232)
 
 
 class EntryWindowTest(DesktopTestCase):
@@ -130,15 +130,24 @@ class EntryWindowTest(DesktopTestCase):
 
     def test_reminders_snooze_and_stay(self):
         agent = self.agent()
-        tray_icon("quillo-agent")
+        agent.open_window()
+        agent.push(CLOSE)
+        agent.wait_closed()
+        self.start("xev", "-geometry", "100x100+20+600")
+        other = wait_until(lambda: run("xdotool", "search", "--onlyvisible", "--name", "^Event Tester$", check=False).strip(),
+                           "another program's window")
+        run("xdotool", "windowactivate", "--sync", other)
         self.remind(32)
         agent.window()
+        # A window that took the keyboard when the user opened it leaves it alone now.
+        time.sleep(0.3)
+        self.assertEqual(run("xdotool", "getactivewindow").strip(), other)
         x, y, width, height = agent.body()
         click(20, round(y + height + 100))
         time.sleep(0.3)
         self.assertTrue(agent.is_open())
-        # One click and the keyboard is the window's.
-        agent.push(TEXT)
+        # One click anywhere in it, and the keyboard is the text's.
+        agent.push(TITLE)
         wait_until(lambda: agent.is_active(), "the keyboard")
         type_text("in time")
         click(20, round(y + height + 100))

@@ -1,10 +1,16 @@
 // The delegate's launch, its menu and what it hears from the other application, on fakes of the desktop's services.
 
 #include "AppDelegateFixture.h"
+#include "entry/AgentEntryWindow.h"
+#include "entry/EntryViewTextView.h"
 #include "foundation/Bookmark.h"
 #include "foundation/FileContents.h"
+#include "qlcore/QLJournalPackageFile.h"
 
+#include <QApplication>
 #include <QDir>
+#include <QTest>
+#include <QTimer>
 
 namespace quillo {
 namespace {
@@ -97,6 +103,41 @@ TEST_F(AppDelegateTest, AboutOpensOneWindow) {
   delegate->contextualMenuItemClicked(6);
   EXPECT_EQ(delegate->aboutWindowController(), about);
   EXPECT_TRUE(about->window().isVisible());
+}
+
+TEST_F(AppDelegateTest, TextReachesTheLastWindowWhenTheJournalMovesAgainUnderAnAlert) {
+  QLJournalPackageFile::setDefaultPackageURLProvider([] { return config().configuredJournalFileURL(); });
+  const auto moveTo = [this](const QString& name) {
+    list().setURLForKey(QUrl::fromLocalFile(home.path(name)), Key::journalPackageURL);
+    DistributedNotificationCenter::sharedCenter().postNotification(Notice::journalPackagePathDidChange);
+  };
+  const auto textView = []() -> EntryViewTextView* {
+    for (QWidget* window : QApplication::topLevelWidgets())
+      if (window->isVisible() && qobject_cast<AgentEntryWindow*>(window))
+        return window->findChild<EntryViewTextView*>();
+    return nullptr;
+  };
+  for (const auto& name : {u"A"_s, u"B"_s})
+    ASSERT_TRUE(QLJournalPackageFile::openPackage(QUrl::fromLocalFile(home.path(name)), /*create=*/true, nullptr));
+  delegate->showMainApplicationWindow();
+  moveTo(u"A"_s);
+  delegate->hitHotKey(nullptr);
+  ASSERT_TRUE(textView());
+  QTest::keyClicks(textView(), u"half a thought"_s);
+  bool alertWasSeen = false;
+  QTimer::singleShot(0, [&] {
+    QWidget* alert = QApplication::activeModalWidget();
+    ASSERT_TRUE(alert);
+    alertWasSeen = true;
+    moveTo(u"B"_s);
+    QTest::keyClick(alert, Qt::Key_Return);
+  });
+  moveTo(u"gone"_s);
+  EXPECT_TRUE(alertWasSeen);
+  delegate->hitHotKey(nullptr);
+  ASSERT_TRUE(textView());
+  EXPECT_EQ(textView()->string(), u"half a thought"_s);
+  QLJournalPackageFile::setDefaultPackageURLProvider({});
 }
 
 TEST_F(AppDelegateTest, RenewsItsOwnBookmarkFromTheSharedOne) {

@@ -3,6 +3,7 @@
 #include "controls/QLScroller.h"
 #include "tests/support/TestHome.h"
 
+#include <QMenu>
 #include <QTest>
 #include <QWindow>
 
@@ -147,6 +148,29 @@ TEST(CustomCursorButtonTest, CursorTakesEffectAtOnceAndGoes) {
   EXPECT_EQ(button.cursor().shape(), Qt::PointingHandCursor);
   button.setCustomCursor(std::nullopt);
   EXPECT_EQ(button.cursor().shape(), Qt::IBeamCursor);
+}
+
+TEST(ButtonTest, TheFocusRingIsTheKeyboardsAndOutlastsAMenu) {
+  QWidget window;
+  const Button first(&window);  // which has the focus of a new window
+  Button button(&window);
+  button.resize(40, 30);
+  window.show();
+  window.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  const QImage plain = rendered(button, Qt::black);
+  button.setFocus(Qt::TabFocusReason);
+  const QImage ringed = rendered(button, Qt::black);
+  EXPECT_NE(ringed, plain);
+  QMenu menu;
+  menu.addAction(QStringLiteral("x"));
+  menu.popup(QPoint(0, 0));
+  menu.close();
+  EXPECT_EQ(rendered(button, Qt::black), ringed);
+  button.clearFocus();
+  EXPECT_EQ(rendered(button, Qt::black), plain);
+  button.setFocus(Qt::MouseFocusReason);
+  EXPECT_EQ(rendered(button, Qt::black), plain);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // The open, settings and reconnect buttons, and the draft of what is not saved yet.
 
+#include "entry/OpenPanelSheet.h"
 #include "tests/ui/entry/EntryWindowFixture.h"
 
 #include <QFileDialog>
@@ -99,6 +100,30 @@ TEST_F(EntryWindowActionsTest, ReconnectingShowsTheEditorAgain) {
   EXPECT_EQ(entries().value(0)->string(), u"back"_s);
 }
 
+TEST_F(EntryWindowActionsTest, ThePanelBeginsAtTheJournalOrNearestToIt) {
+  show();
+  const QString there = home.path(u"there"_s);
+  ASSERT_TRUE(QDir().mkpath(there + u"/J"_s));
+  const struct {
+    QString path, begins;
+  } cases[] = {{there + u"/J"_s, there + u"/J"_s}, {there + u"/gone"_s, there}, {there + u"/drive/gone/J"_s, there}};
+  OpenPanelSheet sheet;
+  for (const auto& c : cases) {
+    bool chosen = false;
+    // A second one is not opened beside it.
+    for (int i = 0; i < 2; ++i) sheet.beginSheet(u"Choose"_s, c.path, &controller->window(), [&] { chosen = true; });
+    const auto panels = controller->window().findChildren<QFileDialog*>();
+    ASSERT_EQ(panels.size(), 1);
+    EXPECT_EQ(panels[0]->windowTitle(), u"Choose"_s);
+    EXPECT_EQ(panels[0]->directory().path(), c.begins) << c.path.toStdString();
+    EXPECT_TRUE(controller->window().hasAttachedSheet());
+    panels[0]->selectFile(there);
+    QTest::keyClick(panels[0], Qt::Key_Return);
+    EXPECT_TRUE(chosen);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+}
+
 TEST_F(EntryWindowActionsTest, UnsavedTextIsInADraftUntilItIsSaved) {
   const QString path = home.path(u"cache/UnsavedEntry.plist"_s);
   show();
@@ -135,6 +160,43 @@ TEST_F(EntryWindowActionsTest, UnsavedTextIsInADraftUntilItIsSaved) {
   click("saveButton");
   ASSERT_EQ(entries().size(), 1);
   EXPECT_TRUE(entries()[0]->string().endsWith(u" and more"_s));
+  controller.reset();
+}
+
+TEST_F(EntryWindowActionsTest, ADraftWaitsForTheJournalThatHasItsEntry) {
+  show();
+  type("one");
+  controller->close();
+  draft.write({u"one and two"_s, entries().value(0)->uuid(), {}});
+  controller.reset();
+  const QString path = journalURL.toLocalFile();
+  ASSERT_TRUE(QDir().rename(path, path + u".away"_s));
+  EntryDraft next(home.path(u"cache/UnsavedEntry.plist"_s));
+  newController(next);
+  show();
+  controller->close();
+  ASSERT_TRUE(QDir().rename(path + u".away"_s, path));
+  show();
+  EXPECT_EQ(textView()->toPlainText(), u"one and two"_s);
+  controller->close();
+  ASSERT_EQ(entries().size(), 1);
+  EXPECT_EQ(entries()[0]->string(), u"one and two"_s);
+
+  // What became of the entry since is not overwritten.
+  draft.write({u"one and three"_s, entries()[0]->uuid(), {}});
+  controller.reset();
+  QFile file(home.path(u"cache/UnsavedEntry.plist"_s));
+  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+  ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
+  file.close();
+  EntryDraft late(file.fileName());
+  newController(late);
+  show();
+  controller->close();
+  QStringList texts;
+  for (const auto& entry : entries()) texts << entry->string();
+  texts.sort();
+  EXPECT_EQ(texts, (QStringList{u"one and three"_s, u"one and two"_s}));
   controller.reset();
 }
 

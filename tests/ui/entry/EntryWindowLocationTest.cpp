@@ -42,6 +42,7 @@ TEST_F(EntryWindowLocationTest, ImprovingFixesShowThePlaceAndAskForTheWeatherOnc
   EXPECT_EQ(weather.asked.size(), 1U);
   weather.succeed(mild);
   EXPECT_EQ(line(), u"Berlin, Germany  \u2022  18 °C Partly cloudy"_s);
+  EXPECT_TRUE(named<QWidget>("locationField")->accessibleName().endsWith(line()));
 
   // Both go into the entry and come back from it.
   type("x");
@@ -119,6 +120,52 @@ TEST_F(EntryWindowLocationTest, TheSwitchActsOnThisEntryOnly) {
   click("locationToggleButton");
   EXPECT_TRUE(toggleIsOn() && bandIsShown() && spins());
   EXPECT_EQ(location->searches, 2);
+
+  // The weather may come when it is no longer wanted.
+  location->find(berlin(), 10, false);
+  click("locationToggleButton");
+  weather.succeed(mild);
+  EXPECT_EQ(line(), QString());
+
+  // The window comes to the front again, as the desktop may have asked for leave; whoever walks through it with the
+  // keyboard stays where they are.
+  auto* button = named<QWidget>("locationToggleButton");
+  button->setFocus(Qt::TabFocusReason);
+  QTest::keyClick(button, Qt::Key_Space);
+  EXPECT_TRUE(toggleIsOn());
+  QTest::qWait(100);
+  EXPECT_EQ(QApplication::focusWidget(), button);
+}
+
+TEST_F(EntryWindowLocationTest, AnEntryThatATextGoesOnWithKeepsItsPlaceAndWeather) {
+  show();
+  location->find(berlin(), 10, true);
+  weather.succeed(mild);
+  type("x");
+  controller->close();
+  show();
+  type("y");
+  // The process dies; in the next one nothing is sought.
+  draft.write({u"xy"_s, controller->activeEntry()->uuid(), {}});
+  controller.reset();
+  config.groupProperties()->setBoolForKey(false, Key::addLocationAutomatically);
+  EntryDraft next(home.path(u"cache/UnsavedEntry.plist"_s));
+  newController(next);
+  show();
+  controller->close();
+  ASSERT_EQ(entries().size(), 1);
+  EXPECT_EQ(entries()[0]->string(), u"xy"_s);
+  EXPECT_TRUE(entries()[0]->location() && entries()[0]->weather());
+
+  // As with the text, so when another window takes it over.
+  show();
+  type("z");
+  const auto before = controller;
+  newController();
+  controller->takeOverUnsavedText(*before);
+  EXPECT_EQ(line(), before->window().entryMetadataText());
+  EXPECT_FALSE(line().isEmpty());
+  EXPECT_TRUE(controller->saveActiveEntry(/*force=*/false));
 }
 
 TEST_F(EntryWindowLocationTest, TheSamePlaceIsNotComposedAnewTheSameWeatherIs) {

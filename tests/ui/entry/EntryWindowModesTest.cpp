@@ -66,6 +66,8 @@ TEST_F(EntryWindowModesTest, TheModesShowWhatTheyAreFor) {
   EXPECT_TRUE(named<QWidget>("reminderIcon")->isVisible());
   EXPECT_EQ(frameOf("scrollBorderView"), QRectF(13, 66, 302, 104));
   EXPECT_TRUE(controller->window().testAttribute(Qt::WA_ShowWithoutActivating));
+  // The keyboard is elsewhere; when the window gets it, by whatever click, the text has it.
+  EXPECT_EQ(controller->window().focusWidget(), textView());
   controller->close();
   EXPECT_EQ(controller->currentMode(), EntryWindowModeStandard);
 }

@@ -4,6 +4,7 @@
 #include "tests/ui/entry/EntryWindowFixture.h"
 
 #include <QClipboard>
+#include <QInputMethodEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QMimeData>
@@ -115,11 +116,14 @@ TEST_F(EntryWindowTest, WithNoJournalTheAlertSaysWhereToConfigureOne) {
   EXPECT_EQ(textView()->toPlainText(), u"kept"_s);
 
   // The next opening tells why, and offers no editor.
-  controller->showWindowInMode(EntryWindowModeStandard);
+  show();
   EXPECT_TRUE(named<QWidget>("reconnectView")->isVisible());
   EXPECT_FALSE(named<QWidget>("entryContainerView")->isVisible());
   EXPECT_EQ(named<QLabel>("reconnectReason")->text(), u"There is nothing at its place:"_s);
   EXPECT_EQ(named<QLabel>("reconnectPath")->text().remove(QChar(0x200b)), journalURL.toLocalFile());
+  EXPECT_EQ(named<QLabel>("reconnectPath")->accessibleName(), journalURL.toLocalFile());
+  // A key pressed by somebody who expects the editor does no harm: the close button does not have the keyboard.
+  EXPECT_EQ(controller->window().focusWidget(), named<QWidget>("reconnectButton"));
   alerts.expected = 1;
   controller->close();
 }
@@ -208,10 +212,41 @@ TEST_F(EntryWindowTest, UnsavedTextMovesToTheNextWindowAndItsJournal) {
   controller->close();
   EXPECT_EQ(entries().value(0)->string(), u"homeless"_s);
 
+  // The old window was still waiting for an alert. What it does then is no reason to give up the draft of its text.
+  breakJournal();
+  type("!");
+  const auto waiting = controller;
+  newController();
+  controller->takeOverUnsavedText(*waiting);
+  alerts.expected = 1;
+  controller->saveActiveEntry(/*force=*/false);
+  EXPECT_TRUE(waiting->saveActiveEntry(/*force=*/false));
+  EXPECT_EQ(EntryDraft(home.path(u"cache/UnsavedEntry.plist"_s)).takeLeftBehind()->text, textView()->toPlainText());
+  ASSERT_TRUE(QDir(journalURL.toLocalFile()).removeRecursively());
+  ASSERT_TRUE(QLJournalPackageFile::openPackage(journalURL, true, nullptr));
+  EXPECT_TRUE(controller->saveActiveEntry(/*force=*/false));
+
   // Text that is safe in the journal stays behind.
   const auto saved = controller;
   newController();
   controller->takeOverUnsavedText(*saved);
+  EXPECT_EQ(textView()->toPlainText(), QString());
+}
+
+TEST_F(EntryWindowTest, WhatAnInputMethodHasNotCommittedIsText) {
+  show();
+  type("kept ");
+  const auto compose = [this] {
+    QInputMethodEvent event(u"\u304b"_s, {});
+    QCoreApplication::sendEvent(textView(), &event);
+  };
+  compose();
+  controller->close();
+  EXPECT_EQ(entries().value(0)->string(), u"kept \u304b"_s);
+  show();
+  compose();
+  click("saveButton");
+  EXPECT_EQ(entries().value(0)->string(), u"kept \u304b\u304b"_s);
   EXPECT_EQ(textView()->toPlainText(), QString());
 }
 

@@ -229,6 +229,9 @@ TEST_F(WeatherManagerTest, KeepsOnlySomeAnswers) {
   EXPECT_EQ(server.requests.size(), 17);
   ask(0, 0);  // the oldest made room
   EXPECT_EQ(server.requests.size(), 18);
+  // With the clock set back, the answer that has just come is the oldest.
+  clock.now -= 3600;
+  EXPECT_TRUE(ask(20, 20).weather);
 }
 
 TEST_F(WeatherManagerTest, IsSilentForAsLongAsTheServiceAsks) {
