@@ -55,6 +55,7 @@ struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory,
   QStringList opened;
   std::function<void()> fire;
   int statusItems{0};
+  int toolTips{0};
   bool ended{false};
 };
 
@@ -86,15 +87,18 @@ struct FakeReminderStage : UserNotifications, Sounds {
 };
 
 struct SilentStatusItem : StatusItem {
+  explicit SilentStatusItem(int& toolTips) : timesToolTipWasSet(toolTips) {}
   void setImage(const QString&, bool) override {}
   void setHighlighted(bool) override {}
-  void setToolTip(std::function<QString()>) override {}
+  void setToolTip(std::function<QString()>) override { ++timesToolTipWasSet; }
   void setMenu(QMenu*) override {}
   void setLength(double) override {}
   std::optional<QRectF> geometry() const override { return QRectF(700, 2, 22, 22); }
   QRectF anchor() const override { return {700, 2, 22, 22}; }
   void onPrimaryClick(std::function<void()>) override {}
   void onGeometryChanged(std::function<void()>) override {}
+
+  int& timesToolTipWasSet;
 };
 
 class AppDelegateTest : public testing::Test {
@@ -116,7 +120,7 @@ class AppDelegateTest : public testing::Test {
                            desktop,
                            [this] {
                              ++desktop.statusItems;
-                             return std::make_unique<SilentStatusItem>();
+                             return std::make_unique<SilentStatusItem>(desktop.toolTips);
                            },
                            [] { return true; },
                            desktop,
