@@ -1,7 +1,10 @@
 """Reminders as they reach the user: a real notification server, a loudspeaker that is listened to, the real window."""
 
 import json
+import os
 import shutil
+import signal
+import socket
 import tempfile
 import time
 import unittest
@@ -133,6 +136,28 @@ class DeliveryTest(DesktopTestCase):
         notify_as_another("The new server's first")
         self.fire(NOTIFICATION)
         wait_until(lambda: displayed() == 2, "the reminder from the new server")
+
+    def test_a_sound_server_that_hangs_holds_nothing_up(self):
+        with socket.socket(socket.AF_UNIX) as server:
+            # Its address cannot have a space in it.
+            address = os.environ["QUILLO_DESKTOP"] + "/hanging-sound"
+            server.bind(address)
+            server.listen()
+            server.settimeout(15)
+            self.agent = Agent(self.start(program("quillo-agent"), "--home", str(self.home),
+                                          PULSE_SERVER="unix:" + address))
+            tray_icon("quillo-agent")
+            self.fire(SOUND, WINDOW)
+            self.agent.window()
+            # It is asked, and never answers.
+            connection, _ = server.accept()
+            with connection:
+                for _ in range(2):
+                    quilloctl(self.home, "agent", "toggle")
+                os.kill(self.agent.program.pid, signal.SIGTERM)
+                begin = time.monotonic()
+                self.assertEqual(self.agent.program.wait(), 0)
+                self.assertLess(time.monotonic() - begin, 5)
 
 
 if __name__ == "__main__":
