@@ -19,6 +19,20 @@ elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   target_link_options(quillo_options INTERFACE -Wl,-z,relro,-z,now)
 endif()
 
+# quillo_moc_new_headers(TARGET FILE...): lets the meta-object compiler look at headers that came since it last ran. By
+# itself it runs again only for those that it knows, and a new one would be missing when the target is linked.
+function(quillo_moc_new_headers target)
+  set(list ${CMAKE_CURRENT_BINARY_DIR}/${target}_headers.txt)
+  set(known)
+  if(EXISTS ${list})
+    file(READ ${list} known)
+  endif()
+  if(NOT "${known}" STREQUAL "${ARGN}")
+    file(REMOVE ${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/timestamp)
+    file(WRITE ${list} "${ARGN}")
+  endif()
+endfunction()
+
 # quillo_expose(TARGET FOLDER): lets whoever links TARGET include "FOLDER/...".
 function(quillo_expose target folder)
   set(view ${CMAKE_BINARY_DIR}/include/${target})
@@ -52,6 +66,7 @@ function(quillo_layer target)
   if(sources)
     add_library(${target} STATIC ${sources} ${headers})
     set_target_properties(${target} PROPERTIES AUTOMOC ON)
+    quillo_moc_new_headers(${target} ${headers})
     target_link_libraries(${target} PUBLIC ${ARG_LINK} PRIVATE quillo_options ${ARG_PRIVATE})
   else()
     add_library(${target} INTERFACE)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/CachedDrawing.h"
 #include "controls/Image.h"
 
 #include <QWidget>
@@ -22,6 +23,7 @@ class NinePartScaledImageView : public QWidget {
 
  private:
   ImageRef m_image;
+  CachedDrawing m_drawing;
 };
 
 }  // namespace quillo

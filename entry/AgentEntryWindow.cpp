@@ -174,10 +174,13 @@ void AgentEntryWindow::layOut() {
   m_content->setGeometry(QRect(frameOffset() - QPoint(0, lift), size + QSize(0, lift)));
   m_ui->backgroundView->setGeometry(QRect(QPoint(0, lift), size));
   setFixedSize(size.width() + 2 * m_shadowMargin, size.height() + m_shadowMargin);
-  if (composited)
+  if (composited) {
     clearMask();
-  else
+    m_maskOutline.clear();
+  } else if (const QPainterPath outline = m_ui->backgroundView->outline(); outline != m_maskOutline) {
     setMask(outlineMask(*m_ui->backgroundView));
+    m_maskOutline = outline;
+  }
   setFrameOrigin(m_origin);
 }
 

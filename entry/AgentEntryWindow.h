@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPainterPath>
 #include <QWidget>
 
 #include <functional>
@@ -90,6 +91,7 @@ class AgentEntryWindow : public QWidget {
   QString m_entryMetadataText;
   bool m_showsLocationSpinner{false};
   bool m_showsMetadata{false};
+  QPainterPath m_maskOutline;  // what the mask was made from; empty while there is none
 };
 
 }  // namespace quillo

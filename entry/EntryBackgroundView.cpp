@@ -3,6 +3,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace quillo {
 
@@ -13,7 +14,9 @@ EntryBackgroundView::EntryBackgroundView(QWidget* parent) : QWidget(parent), m_a
 
 void EntryBackgroundView::setArrowX(double x) {
   const double margin = radius + arrowHalfWidth + 2;
-  m_arrowX = std::clamp(x, margin, std::max(margin, width() - margin));
+  const double kept = std::clamp(x, margin, std::max(margin, width() - margin));
+  if (std::exchange(m_arrowX, kept) == kept) return;
+  m_drawing.invalidate();
   update();
 }
 
@@ -24,6 +27,7 @@ void EntryBackgroundView::setArrowEdge(Qt::Edge edge) {
 
 void EntryBackgroundView::setAlpha(double alpha) {
   m_alpha = alpha;
+  m_drawing.invalidate();
   update();
 }
 
@@ -43,7 +47,10 @@ QPainterPath EntryBackgroundView::outline() const {
 }
 
 void EntryBackgroundView::paintEvent(QPaintEvent*) {
-  QPainter painter(this);
+  m_drawing.paint(*this, [this](QPainter& painter) { draw(painter); });
+}
+
+void EntryBackgroundView::draw(QPainter& painter) const {
   painter.setRenderHint(QPainter::Antialiasing);
   const QPainterPath shape = outline();
 

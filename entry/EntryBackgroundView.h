@@ -1,5 +1,7 @@
 #pragma once
 
+#include "controls/CachedDrawing.h"
+
 #include <QPainterPath>
 #include <QWidget>
 
@@ -30,9 +32,12 @@ class EntryBackgroundView : public QWidget {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  void draw(QPainter& painter) const;
+
   double m_arrowX;
   Qt::Edge m_arrowEdge{Qt::TopEdge};
   double m_alpha{1};
+  CachedDrawing m_drawing;
 };
 
 }  // namespace quillo

@@ -26,6 +26,8 @@ enum ExitCode : int { Done = 0, Failed = 1, Usage = 2 };
 struct Session {
   RunningApplications& runningApplications;
   Workspace& workspace;
+  // Shows it outside of any terminal; takes a second, whether it is there or not.
+  std::function<void(const QString& title, const QString& text)> notify;
 };
 
 // What every command works with.

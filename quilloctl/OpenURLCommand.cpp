@@ -72,12 +72,12 @@ int edit(Context& context, const QString& uuid, const EditorChoice& editor) {
   }
   // Somebody else may have written meanwhile; theirs is not lost for ours.
   const auto now = QLJournalEntryFile::entryWithUUID(*package, uuid, &error);
-  if (!now) return draft->kept(u"the entry cannot be read any more, "_s + error.localizedDescription);
+  if (!now) return draft->kept(context, u"the entry cannot be read any more, "_s + error.localizedDescription);
   if (now->string() != before || now->modificationDate() != entry->modificationDate())
-    return draft->kept(u"the entry was changed by another program meanwhile and stays as that left it"_s);
+    return draft->kept(context, u"the entry was changed by another program meanwhile and stays as that left it"_s);
   now->setString(after);
   if (makesTagsOfHashtags(context)) now->setTags(tagsAfterEditing(now->tags(), before, after));
-  if (!now->saveToJournal(package.get(), &error)) return draft->kept(error.localizedDescription);
+  if (!now->saveToJournal(package.get(), &error)) return draft->kept(context, error.localizedDescription);
   draft->discard();
   return Done;
 }
@@ -97,7 +97,7 @@ int post(Context& context, const EditorChoice& editor) {
   entry->setString(trimmedEnd(*text, {}));
   if (makesTagsOfHashtags(context)) entry->setTags(hashtags(entry->string()));
   Error error;
-  if (!entry->saveToJournal(package.get(), &error)) return draft->kept(error.localizedDescription);
+  if (!entry->saveToJournal(package.get(), &error)) return draft->kept(context, error.localizedDescription);
   draft->discard();
   print(entry->uuid());
   return Done;

@@ -43,7 +43,7 @@ constexpr std::array keyWords{
 };
 
 template <size_t count>
-std::optional<quint32> lookUp(const std::array<Word, count>& words, const QString& text) {
+std::optional<quint32> lookUp(const std::array<Word, count>& words, QStringView text) {
   for (const Word& word : words)
     if (text.compare(word.word, Qt::CaseInsensitive) == 0) return word.meaning;
   return std::nullopt;
@@ -64,7 +64,7 @@ struct Parts {
 // Takes modifiers from the front for as long as there are any; each turn makes the rest shorter.
 Parts split(const QString& text) {
   Parts parts;
-  QString rest = text.trimmed();
+  QStringView rest = QStringView(text).trimmed();
   while (!rest.isEmpty()) {
     if (const auto modifier = modifierOfGlyph(rest[0])) {
       parts.modifiers |= *modifier;
@@ -75,12 +75,12 @@ Parts split(const QString& text) {
     }
     // A plus at the very front is a key.
     const qsizetype plus = rest.indexOf(u'+', 1);
-    const auto modifier = lookUp(modifierWords, rest.left(plus).trimmed());
+    const auto modifier = lookUp(modifierWords, (plus < 0 ? rest : rest.left(plus)).trimmed());
     if (!modifier) break;
     parts.modifiers |= *modifier;
-    rest = plus < 0 ? QString() : rest.mid(plus + 1).trimmed();
+    rest = plus < 0 ? QStringView() : rest.mid(plus + 1).trimmed();
   }
-  parts.key = rest;
+  parts.key = rest.toString();
   return parts;
 }
 

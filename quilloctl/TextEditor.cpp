@@ -123,7 +123,7 @@ std::optional<QString> Draft::edit(Context& context, const EditorChoice& editor)
   }
   // One that was asked to end has done so; what it left counts.
   if (process.exitStatus() == QProcess::NormalExit && process.exitCode() != 0) {
-    static_cast<void>(kept(u"the editor ended with %1; nothing was saved"_s.arg(process.exitCode())));
+    static_cast<void>(kept(context, u"the editor ended with %1; nothing was saved"_s.arg(process.exitCode())));
     return std::nullopt;
   }
   Error error;
@@ -135,8 +135,10 @@ std::optional<QString> Draft::edit(Context& context, const EditorChoice& editor)
   return QString::fromUtf8(*bytes);
 }
 
-int Draft::kept(const QString& reason) const {
-  return failed(reason + u"; the text is in "_s + m_path);
+int Draft::kept(Context& context, const QString& reason) const {
+  const QString text = reason + u"; the text is in "_s + m_path;
+  if (outputIsDiscarded()) context.session().notify(u"Your text was not saved"_s, text);
+  return failed(text);
 }
 
 void Draft::discard() const {

@@ -38,8 +38,8 @@ class Draft {
   // to end is passed on to the editor.
   std::optional<QString> edit(Context& context, const EditorChoice& editor) const;
 
-  // Answers Failed, saying why and where the text is.
-  [[nodiscard]] int kept(const QString& reason) const;
+  // Answers Failed, saying why and where the text is; by a notification, too, where nobody reads what we print.
+  [[nodiscard]] int kept(Context& context, const QString& reason) const;
   void discard() const;
 
  private:

@@ -5,8 +5,10 @@
 #include "config/Keys.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
+#include "platform/Sounds.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
+#include "platform/linux/SessionBusUserNotifications.h"
 #include "platform/linux/XdgLoginItems.h"
 #include "platform/linux/XdgWorkspace.h"
 #include "platform/linux/XkbKeyboardLayouts.h"
@@ -14,7 +16,9 @@
 #include "quilloctl/Command.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QFileInfo>
+#include <QTimer>
 
 #include <sys/stat.h>
 
@@ -65,10 +69,24 @@ class Services {
                                        LoginHelper::programBesideOwn(u"quillo-agent"_s), m_homeArguments});
       LoginItem::setSharedServices({&*m_loginItems, &*m_applications});
     }
-    return {*m_applications, m_workspace};
+    return {*m_applications, m_workspace, notify};
   }
 
  private:
+  struct Silence final : Sounds {
+    bool playSoundNamed(const QString&) override { return false; }
+  };
+
+  static void notify(const QString& title, const QString& text) {
+    Silence silence;
+    SessionBusUserNotifications center(u"quillo-agent"_s, silence);
+    center.deliverNotification({0, title, text, {}});
+    // The desktop is asked and told in turns of the event loop.
+    QEventLoop loop;
+    QTimer::singleShot(1000, &loop, &QEventLoop::quit);
+    loop.exec();
+  }
+
   void joinNotifications() {
     if (m_notifications) return;
     m_notifications.emplace();

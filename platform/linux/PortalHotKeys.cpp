@@ -1,5 +1,7 @@
 #include "platform/linux/PortalHotKeys.h"
 
+#include "foundation/Log.h"
+
 #include <QDBusArgument>
 #include <QDBusMetaType>
 
@@ -75,6 +77,8 @@ PortalHotKeys::PortalHotKeys(QString description, QString applicationIdentifier,
     : m_description(std::move(description)),
       m_applicationIdentifier(std::move(applicationIdentifier)),
       m_keysymName(std::move(keysymName)) {
+  // The toolkit knows its own types only once one was sent; a slot that takes one would not be found before.
+  qDBusRegisterMetaType<QDBusObjectPath>();
   qDBusRegisterMetaType<PortalShortcut>();
   qDBusRegisterMetaType<QList<PortalShortcut>>();
 }
@@ -84,11 +88,13 @@ PortalHotKeys::~PortalHotKeys() {
 }
 
 void PortalHotKeys::attach(QDBusConnection& connection) {
-  connection.connect(Portal::service, Portal::path, shortcutsInterface, u"Activated"_s, this,
-                     SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
-  connection.connect(Portal::service, Portal::path, shortcutsInterface, u"Deactivated"_s, this,
-                     SLOT(deactivated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
-  connection.connect(Portal::service, {}, sessionInterface, u"Closed"_s, this, SLOT(sessionClosed(QDBusMessage)));
+  const bool heard =
+      connection.connect(Portal::service, Portal::path, shortcutsInterface, u"Activated"_s, this,
+                         SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap))) &&
+      connection.connect(Portal::service, Portal::path, shortcutsInterface, u"Deactivated"_s, this,
+                         SLOT(deactivated(QDBusObjectPath, QString, qulonglong, QVariantMap))) &&
+      connection.connect(Portal::service, {}, sessionInterface, u"Closed"_s, this, SLOT(sessionClosed(QDBusMessage)));
+  if (!heard) QLLogError(u"The desktop's shortcuts cannot be heard: %1"_s.arg(connection.lastError().message()));
   m_watcher =
       std::make_unique<QDBusServiceWatcher>(Portal::service, connection, QDBusServiceWatcher::WatchForOwnerChange);
   connect(m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,

@@ -107,6 +107,41 @@ class QuilloctlTest(unittest.TestCase):
             self.assert_fails(1, "settings", "set", *words, says=says)
         self.assertEqual(self.list.read_bytes(), before)
 
+    def test_a_shortcut_is_read_in_every_spelling_without_a_display(self):
+        cmd, shift, opt, ctrl = 0x100, 0x200, 0x800, 0x1000
+        cases = [
+            # words, key code, modifiers, what is printed
+            ("cmd+shift+J", 38, cmd | shift, "⌘⇧J"), ("⌘⇧J", 38, cmd | shift, "⌘⇧J"), ("⇧ ⌘ j", 38, cmd | shift, "⌘⇧J"),
+            ("⌘+shift+j", 38, cmd | shift, "⌘⇧J"), ("super+f13", 105, cmd, "⌘F13"), ("Win + F1", 122, cmd, "⌘F1"),
+            ("CTRL+Alt+space", 49, ctrl | opt, "⌥⌃Space"), ("control+option+command+shift+k", 40, cmd | opt | ctrl | shift, "⌘⌥⌃⇧K"),
+            ("meta+return", 36, cmd, "⌘↩"), ("⌘↩", 36, cmd, "⌘↩"), ("opt+page up", 116, opt, "⌥Page Up"), ("opt+PgUp", 116, opt, "⌥Page Up"),
+            ("cmd+pad 7", 89, cmd, "⌘Pad 7"), ("cmd+pad +", 69, cmd, "⌘Pad +"), ("cmd+=", 24, cmd, "⌘="), ("cmd+-", 27, cmd, "⌘-"),
+            ("shift+←", 123, shift, "⇧←"), ("shift+left", 123, shift, "⇧←"), ("cmd+cmd+j", 38, cmd, "⌘J"), ("cmd+<", 10, cmd, "⌘<"),
+        ]
+        for words, code, modifiers, printed in cases:
+            with self.subTest(words):
+                self.assertEqual(self.ctl("shortcut", "set", words), printed)
+                self.assertEqual(self.read_list()["MenuEntryGlobalShortcut"], {"keyCode": code, "modifierFlags": modifiers})
+                self.assertEqual(self.ctl("shortcut", "show"), printed)
+        self.assertEqual(json.loads(self.ctl("--json", "shortcut", "set", "cmd+j")), {"keyCode": 38, "modifierFlags": cmd, "text": "⌘J"})
+
+        before = self.list.read_bytes()
+        for words, says in [("J", "\"J\" alone would be lost for typing"), ("F13", "alone"), ("cmd", "no key in it"), ("⌘⇧", "no key in it"),
+                            ("", "no key in it"), (" + ", "no key"), ("cmd+", "no key in it"), ("cmd+foo", "no key \"foo\""), ("cmd+j+k", "no key \"j+k\""),
+                            ("hyper+j", "no key \"hyper+j\""), ("cmd+right ⌘", "is a modifier"), ("cmd+\ufffd", "no key"), ("cmd+" + "x" * 100000, "no key"),
+                            ("⌘" * 40000, "no key in it")]:
+            self.assert_fails(1, "shortcut", "set", words, says=says)
+        self.assertEqual(self.list.read_bytes(), before)
+
+        self.assertEqual(self.ctl("shortcut", "clear"), "(None)")
+        self.assertNotIn("MenuEntryGlobalShortcut", self.read_list())
+        self.assertEqual(self.ctl("--json", "shortcut", "show"), "null")
+        # What somebody else has written is shown as the agent takes it.
+        for stored, printed in (({"keyCode": 2**32 + 38, "modifierFlags": -1}, "⌘⌥⌃⇧J"), ({"keyCode": "38", "modifierFlags": 0}, "(None)"), ({}, "(None)")):
+            self.write_list({"MenuEntryGlobalShortcut": stored}, plistlib.FMT_XML)
+            self.assertEqual(self.ctl("shortcut", "show"), printed)
+        self.assert_fails(1, "agent", "toggle", says="no agent is running")
+
     def test_other_writers_values_survive_a_set(self):
         content = {f"key {i} ü": value for i, value in enumerate([
             True, False, 0, 1, -1, 127, 128, 255, 256, 65535, 65536, 2**31, 2**32, 2**63 - 1, 2**63, 2**64 - 1, -2**31, -2**63,

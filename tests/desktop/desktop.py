@@ -14,7 +14,8 @@ import unittest
 WAIT_SECONDS = 10
 
 
-PACKAGES = {"xdotool": "xdotool", "xwininfo": "x11-utils", "import": "imagemagick", "gdbus": "libglib2.0-bin"}
+PACKAGES = {"xdotool": "xdotool", "xwininfo": "x11-utils", "import": "imagemagick", "gdbus": "libglib2.0-bin",
+            "xterm": "xterm", "setxkbmap": "x11-xkb-utils", "xmodmap": "x11-xserver-utils", "xset": "x11-xserver-utils"}
 
 
 def run(*command, check=True):

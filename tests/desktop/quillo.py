@@ -7,7 +7,7 @@ import stat
 import time
 from pathlib import Path
 
-from desktop import center, click, program, run, screenshot, tray_icon, wait_until, window_rect
+from desktop import center, click, program, run, screenshot, tray_icon, wait_until, window_rect, window_tree
 
 SCALE = int(os.environ.get("QT_SCALE_FACTOR", "1"))
 # The frame of the entry window without the shadow around it, in points.
@@ -104,7 +104,7 @@ class Agent:
 
     def menu_is_open(self):
         # Menus have the program's name for a title, and so have some windows of a few pixels.
-        tree = run("xwininfo", "-root", "-tree")
+        tree = window_tree()
         return bool(re.search(r'"quillo-agent": \("quillo-agent" "quillo-agent"\) +\d{3,}x\d{2,}', tree))
 
     def body(self):

@@ -5,6 +5,7 @@ import os
 import shutil
 import signal
 import socket
+import subprocess
 import tempfile
 import time
 import unittest
@@ -158,6 +159,21 @@ class DeliveryTest(DesktopTestCase):
                 begin = time.monotonic()
                 self.assertEqual(self.agent.program.wait(), 0)
                 self.assertLess(time.monotonic() - begin, 5)
+
+    def test_a_text_that_was_not_saved_is_told_of_where_nobody_reads_what_is_printed(self):
+        uuid = quilloctl(self.home, "entry", "add", "before")
+        file = self.journal / "Entries" / f"{uuid}.plist"
+        editor = self.home / "notes"
+        editor.write_text(f'#!/bin/sh\necho mine >"$1"\nrm "{file}"\n')
+        editor.chmod(0o700)
+        done = subprocess.run([program("quilloctl"), "--home", str(self.home), "open-url", f"quillo://edit?entryId={uuid}"],
+                              env={**os.environ, "VISUAL": f'"{editor}"'}, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL, timeout=30)
+        self.assertEqual(done.returncode, 1)
+        wait_until(lambda: displayed() == 1, "the notification")
+        run("dunstctl", "close-all")
+        wait_until(lambda: [n["summary"] for n in self.history()] == ["Your text was not saved"], "it closed")
+        self.assertIn("/drafts/entry-", self.history()[0]["body"])
 
 
 if __name__ == "__main__":

@@ -42,7 +42,8 @@ class PlaceAndWeatherTest(DesktopTestCase):
         time.sleep(1)
         self.assertEqual(len(self.service.requests), 1)
         # Of the fix that was good enough, not of the first; cut to four decimals.
-        self.assertEqual((self.service.requests[0]["latitude"], self.service.requests[0]["longitude"]), ("52.525", "13.41"))
+        asked = self.service.requests[0]
+        self.assertEqual((asked["latitude"], asked["longitude"]), ("52.5250", "13.4100"))
         entry = self.write(agent, "with both")
         self.assertIn("Berlin", entry["location"]["placeName"])
         self.assertEqual(entry["weather"]["temperature"], 18.4)

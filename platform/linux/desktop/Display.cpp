@@ -57,17 +57,25 @@ QString description(DisplayChoice choice) {
   return {};
 }
 
-bool compositorIsRunning() {
-  const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (!x11 || isWaylandSession()) return true;
-  xcb_connection_t* c = x11->connection();
-  // Of the first screen, the only one that today's servers have. A compositor owns this selection while it runs.
+// Of the first screen, the only one that today's servers have. A compositor owns this selection while it runs.
+static xcb_atom_t compositorSelection(xcb_connection_t* connection) {
   static constexpr char name[] = "_NET_WM_CM_S0";
   const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> atom(
-      xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, sizeof name - 1, name), nullptr), &std::free);
-  if (!atom) return false;
+      xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, sizeof name - 1, name), nullptr), &std::free);
+  return atom ? atom->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+bool compositorIsRunning() {
+  const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+  if (!x11) return true;
+  xcb_connection_t* c = x11->connection();
+  // The connection is the process's only one, and an atom stays what it is: asked once, as this is asked whenever a
+  // window shows.
+  static xcb_atom_t selection = XCB_ATOM_NONE;
+  if (selection == XCB_ATOM_NONE) selection = compositorSelection(c);
+  if (selection == XCB_ATOM_NONE) return false;
   const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> owner(
-      xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, atom->atom), nullptr), &std::free);
+      xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, selection), nullptr), &std::free);
   return owner && owner->owner != XCB_NONE;
 }
 

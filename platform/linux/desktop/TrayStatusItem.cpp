@@ -24,7 +24,10 @@ namespace {
 
 // What trays are made for; they scale it to their own size.
 constexpr double iconPoints = 22;
+// The window that is the reason for the highlight comes first: a panel may paint itself as a whole for one icon.
+constexpr std::chrono::milliseconds highlightDelay{30};
 constexpr double widestLength = 256;
+constexpr qsizetype mostIconsKept = 16;
 // A panel that has just placed an icon may still have to paint itself.
 constexpr std::chrono::milliseconds settleTime{300};
 // How long a menu that a tray draws counts as shown where the tray does not tell that it closed it.
@@ -50,6 +53,9 @@ TrayStatusItem::TrayStatusItem() : m_window([this] { trayWindowChanged(); }), m_
   m_settled.setSingleShot(true);
   m_settled.setInterval(settleTime);
   connect(&m_settled, &QTimer::timeout, this, &TrayStatusItem::checkForeground);
+  m_highlightSoon.setSingleShot(true);
+  m_highlightSoon.setInterval(highlightDelay);
+  connect(&m_highlightSoon, &QTimer::timeout, this, &TrayStatusItem::updateIcon);
   m_menuIsOver.setSingleShot(true);
   m_menuIsOver.setInterval(longestMenu);
   connect(&m_menuIsOver, &QTimer::timeout, this, [this] {
@@ -79,7 +85,7 @@ void TrayStatusItem::setImage(const QString& name, bool isTemplate) {
 }
 
 void TrayStatusItem::setHighlighted(bool highlighted) {
-  if (std::exchange(m_isHighlighted, highlighted) != highlighted) updateIcon();
+  if (std::exchange(m_isHighlighted, highlighted) != highlighted) m_highlightSoon.start();
 }
 
 void TrayStatusItem::setToolTip(std::function<QString()> text) {
@@ -186,9 +192,7 @@ QColor TrayStatusItem::foreground() const {
   return QApplication::palette().color(QPalette::WindowText);
 }
 
-void TrayStatusItem::updateIcon() {
-  if (!m_icon || m_imageName.isEmpty()) return;
-  if (!m_foreground.isValid()) m_foreground = foreground();
+QIcon TrayStatusItem::drawnIcon() const {
   StatusImageStyle style;
   if (m_isTemplate) style.tint = m_foreground;
   style.isHighlighted = m_isHighlighted;
@@ -204,6 +208,24 @@ void TrayStatusItem::updateIcon() {
     icon.addPixmap(QPixmap::fromImage(statusImage(image, points, ratio, style)));
   }
   if (icon.isNull()) QLLogError(u"The image %1 of the status item is missing"_s.arg(m_imageName));
+  return icon;
+}
+
+void TrayStatusItem::updateIcon() {
+  if (!m_icon || m_imageName.isEmpty()) return;
+  if (!m_foreground.isValid()) m_foreground = foreground();
+  const QString look = u"%1 %2 %3 %4 %5"_s.arg(m_imageName)
+                           .arg(m_isTemplate)
+                           .arg(m_isHighlighted)
+                           .arg(m_length)
+                           .arg(m_foreground.rgba());
+  QIcon icon = m_icons.value(look);
+  if (icon.isNull()) {
+    icon = drawnIcon();
+    // Pressed and not, of the few images there are; more come only from trays that change their colours.
+    if (m_icons.size() >= mostIconsKept) m_icons.clear();
+    m_icons.insert(look, icon);
+  }
   m_icon->setIcon(icon);
   // Only now, as an icon without an image would stand in the tray as a gap.
   if (!m_icon->isVisible()) m_icon->show();

@@ -4,6 +4,8 @@
 #include "platform/linux/desktop/TrayWatcher.h"
 #include "platform/linux/desktop/TrayWindow.h"
 
+#include <QHash>
+#include <QIcon>
 #include <QMenu>
 #include <QObject>
 #include <QPointF>
@@ -46,6 +48,7 @@ class TrayStatusItem final : public QObject, public StatusItem {
   [[nodiscard]] QColor foreground() const;
   void updateIcon();
   void updateToolTip();
+  [[nodiscard]] QIcon drawnIcon() const;
 
   std::unique_ptr<QSystemTrayIcon> m_icon;  // null until there is a tray
   TrayWindow m_window;
@@ -53,11 +56,14 @@ class TrayStatusItem final : public QObject, public StatusItem {
   QTimer m_menuIsOver;
   QPointer<QMenu> m_menu;
   std::function<QString()> m_toolTip;
+  QTimer m_highlightSoon;
   QString m_imageName;
   bool m_isTemplate{false};
   bool m_isHighlighted{false};
   double m_length{0};
   QColor m_foreground;
+  // By their looks: drawn anew, each would stay in the toolkit's cache as another.
+  QHash<QString, QIcon> m_icons;
   std::optional<QPointF> m_lastClick;
   std::function<void()> m_onPrimaryClick;
   std::function<void()> m_onGeometryChanged;

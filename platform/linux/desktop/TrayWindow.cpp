@@ -52,10 +52,13 @@ bool TrayWindow::nativeEventFilter(const QByteArray& eventType, void* message, q
     return window == m_icon || std::find(m_ancestors.begin(), m_ancestors.end(), window) != m_ancestors.end();
   };
   switch (event->response_type & 0x7f) {
-    case XCB_REPARENT_NOTIFY:
-      // Perhaps of an icon window that is still unknown here, on its way into a tray.
-      refreshLater();
+    case XCB_REPARENT_NOTIFY: {
+      // Perhaps of an icon window that is still unknown here, on its way into a tray. The program's other windows go
+      // into the window manager's frames, and must not wait for a look at the tray whenever they show.
+      const xcb_window_t window = reinterpret_cast<const xcb_reparent_notify_event_t*>(event)->window;
+      if (concerns(window) || window == iconWindow()) refreshLater();
       break;
+    }
     case XCB_CONFIGURE_NOTIFY:
       if (concerns(reinterpret_cast<const xcb_configure_notify_event_t*>(event)->window)) refreshLater();
       break;

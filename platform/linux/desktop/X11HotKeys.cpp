@@ -22,6 +22,8 @@ constexpr std::chrono::milliseconds mapSettleTime{50};
 constexpr quint32 shortestRepeatDelay = 100;
 // A keyboard repeats faster than this. A press after a longer silence is a new one even if its release was missed.
 constexpr quint32 longestRepeatInterval = 1000;
+// The press of a repetition is sent together with the release before it.
+constexpr std::chrono::milliseconds repetitionWait{30};
 constexpr quint16 highestKeycode = 255;
 
 struct Free {
@@ -96,15 +98,16 @@ void X11HotKeys::installEventHandler(Handler handler) {
 }
 
 HotKeyState X11HotKeys::state(HotKeyRef ref) const {
-  const Claim* claim = find(ref);
-  return claim && claim->isGrabbed ? HotKeyState::Active : HotKeyState::Refused;
+  const bool isGrabbed = std::any_of(m_claims.begin(), m_claims.end(),
+                                     [ref](const Claim& claim) { return claim.ref == ref && claim.isGrabbed; });
+  return isGrabbed ? HotKeyState::Active : HotKeyState::Refused;
 }
 
 void X11HotKeys::observeStates(StateObserver observer) {
   m_observer = std::move(observer);
 }
 
-const X11HotKeys::Claim* X11HotKeys::find(HotKeyRef ref) const {
+X11HotKeys::Claim* X11HotKeys::find(HotKeyRef ref) {
   const auto claim = std::find_if(m_claims.begin(), m_claims.end(), [ref](const Claim& c) { return c.ref == ref; });
   return claim == m_claims.end() ? nullptr : &*claim;
 }
@@ -202,7 +205,11 @@ bool X11HotKeys::KeyMotion::press(Milliseconds time) {
   const Milliseconds silence = time - last;
   const bool repeats =
       isDown ? silence < longestRepeatInterval : last != 0 && silence == 0 && time - since >= shortestRepeatDelay;
-  if (!repeats) since = time;
+  // The release before a repetition was none.
+  if (repeats)
+    releaseIsPending = false;
+  else
+    since = time;
   isDown = true;
   last = time;
   return !repeats;
@@ -210,6 +217,7 @@ bool X11HotKeys::KeyMotion::press(Milliseconds time) {
 
 void X11HotKeys::KeyMotion::release(Milliseconds time) {
   isDown = false;
+  releaseIsPending = true;
   last = time;
 }
 
@@ -231,11 +239,26 @@ bool X11HotKeys::nativeEventFilter(const QByteArray& eventType, void* message, q
       // By then the modifiers may be up.
       if (!claim.motion.isDown) continue;
       claim.motion.release(key->time);
-      send(claim, HotKeyEvent::released);
+      // Told once no repetition has followed it, or with the next press.
+      QTimer::singleShot(repetitionWait, this, [this, ref = claim.ref, time = key->time] {
+        Claim* still = find(ref);
+        if (still && still->motion.last == time && std::exchange(still->motion.releaseIsPending, false))
+          deliver(*still, HotKeyEvent::released);
+      });
       return false;
     }
     if (withoutLocks(key->state, m_modifiers) != claim.mask) continue;
-    if (claim.motion.press(key->time)) send(claim, HotKeyEvent::pressed);
+    if (claim.motion.press(key->time)) {
+      // After the toolkit has handled the event, and only if the claim is still there then.
+      const bool withRelease = std::exchange(claim.motion.releaseIsPending, false);
+      QMetaObject::invokeMethod(
+          this,
+          [this, ref = claim.ref, withRelease] {
+            if (const Claim* still = withRelease ? find(ref) : nullptr) deliver(*still, HotKeyEvent::released);
+            if (const Claim* still = find(ref)) deliver(*still, HotKeyEvent::pressed);
+          },
+          Qt::QueuedConnection);
+    }
     // What the grab delivers to the root window goes on to the toolkit, which learns from it when the user last did
     // something: a window may then take the keyboard. What came to a menu of ours must not reach it.
     return key->event != m_root;
@@ -243,16 +266,9 @@ bool X11HotKeys::nativeEventFilter(const QByteArray& eventType, void* message, q
   return false;
 }
 
-void X11HotKeys::send(const Claim& claim, quint32 kind) {
-  // After the toolkit has handled the event, and only if the claim is still there then.
-  QMetaObject::invokeMethod(
-      this,
-      [this, ref = claim.ref, kind] {
-        const Claim* still = find(ref);
-        // A copy, as the handler may set another.
-        if (const Handler handler = m_handler; handler && still) handler({.kind = kind, .directObject = still->id});
-      },
-      Qt::QueuedConnection);
+void X11HotKeys::deliver(const Claim& claim, quint32 kind) const {
+  // A copy, as the handler may set another.
+  if (const Handler handler = m_handler) handler({.kind = kind, .directObject = claim.id});
 }
 
 }  // namespace quillo

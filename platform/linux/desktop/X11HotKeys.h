@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/HotKeys.h"
-#include "platform/linux/desktop/X11Modifiers.h"
+#include "platform/linux/X11Modifiers.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QObject>
@@ -42,6 +42,7 @@ class X11HotKeys final : public QObject, public HotKeys, public QAbstractNativeE
     bool isDown{false};
     Milliseconds since{0};
     Milliseconds last{0};  // the last event of the key
+    bool releaseIsPending{false};
 
     // Whether a press is a new one, and not a repetition.
     bool press(Milliseconds time);
@@ -58,12 +59,12 @@ class X11HotKeys final : public QObject, public HotKeys, public QAbstractNativeE
     KeyMotion motion;
   };
 
-  [[nodiscard]] const Claim* find(HotKeyRef ref) const;
+  [[nodiscard]] Claim* find(HotKeyRef ref);
   OSStatus grab(Claim& claim);
   void ungrab(Claim& claim);
   void readModifiers();
   void keyboardMapChanged();
-  void send(const Claim& claim, quint32 kind);
+  void deliver(const Claim& claim, quint32 kind) const;
 
   xcb_connection_t* m_connection{nullptr};  // the toolkit's; null without an X server
   quint32 m_root{0};

@@ -3,10 +3,13 @@
 #include "entry/AlertSheet.h"
 #include "entry/QLJournalIndexOSXAdditions.h"
 #include "foundation/Log.h"
+#include "platform/linux/PortalHotKeys.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/XdgWorkspace.h"
+#include "platform/linux/XkbKeyboardLayouts.h"
 #include "platform/linux/desktop/TrayStatusItem.h"
+#include "platform/linux/desktop/X11HotKeys.h"
 #include "qlcore/QLJournalPackageFile.h"
 
 #include <QAction>
@@ -66,6 +69,54 @@ class Tray {
   TrayStatusItem m_item;
 };
 
+// Hot keys, of the kind that is asked for.
+class Keys {
+ public:
+  explicit Keys(const QString& kind) {
+    if (kind == u"portal")
+      m_hotKeys = std::make_unique<PortalHotKeys>(u"Probe it"_s, u"probe"_s,
+                                                  [this](quint16 key) { return m_layouts.keysymName(key); });
+    else
+      m_hotKeys = std::make_unique<X11HotKeys>();
+    m_hotKeys->installEventHandler([](const HotKeyEvent& event) {
+      const auto id = std::get<HotKeyID>(event.directObject);
+      say(u"%1 %2"_s.arg(event.kind == HotKeyEvent::pressed ? u"pressed"_s : u"released"_s).arg(id.number));
+      return HotKeyStatus::done;
+    });
+    m_hotKeys->observeStates([](HotKeyRef ref, HotKeyState state, const QString& reason) {
+      say(u"state %1 %2 %3"_s.arg(ref).arg(nameOf(state), reason).trimmed());
+    });
+  }
+
+  // "KEYCODE MODIFIERS NUMBER"
+  void claim(const QString& words) {
+    const QStringList numbers = words.split(u' ');
+    HotKeyRef ref = 0;
+    const OSStatus status =
+        m_hotKeys->registerHotKey(numbers[0].toUInt(), numbers[1].toUInt(), {0, numbers[2].toUInt()}, &ref);
+    say(u"claimed %1 %2 %3"_s.arg(status).arg(ref).arg(nameOf(m_hotKeys->state(ref))));
+  }
+  void unclaim(const QString& ref) { say(u"unclaimed %1"_s.arg(m_hotKeys->unregisterHotKey(ref.toULongLong()))); }
+
+ private:
+  static QString nameOf(HotKeyState state) {
+    switch (state) {
+      case HotKeyState::Pending:
+        return u"pending"_s;
+      case HotKeyState::Active:
+        return u"active"_s;
+      case HotKeyState::Refused:
+        return u"refused"_s;
+      case HotKeyState::Unsupported:
+        return u"unsupported"_s;
+    }
+    return {};
+  }
+
+  XkbKeyboardLayouts m_layouts;
+  std::unique_ptr<HotKeys> m_hotKeys;
+};
+
 class Probe {
  public:
   Probe() {
@@ -83,6 +134,9 @@ class Probe {
         {u"open"_s, [](const QString& url) { say(u"opened "_s + yesOrNo(XdgWorkspace().openURL(QUrl(url)))); }},
         {u"launch"_s, [](const QString& b) { say(u"launched "_s + yesOrNo(XdgWorkspace().launchApplication(b))); }},
         {u"delete"_s, [](const QString& words) { deleteEntry(words.section(u' ', 0, 0), words.section(u' ', 1)); }},
+        {u"keys"_s, [this](const QString& kind) { m_keys = std::make_unique<Keys>(kind); }},
+        {u"claim"_s, [this](const QString& words) { m_keys->claim(words); }},
+        {u"unclaim"_s, [this](const QString& ref) { m_keys->unclaim(ref); }},
         {u"quit"_s, [](const QString&) { QCoreApplication::quit(); }},
     };
   }
@@ -130,6 +184,7 @@ class Probe {
   SessionBusNotifications m_notifications;
   SessionBusApplications m_applications;
   std::unique_ptr<Tray> m_tray;
+  std::unique_ptr<Keys> m_keys;
 };
 
 int serve() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PTHotKey/PTHotKeyCenter.h"
 #include "app/AgentManager.h"
 #include "app/LoginItem.h"
 #include "app/QuilloAgentAppDelegate.h"
@@ -11,6 +12,7 @@
 #include "platform/OneShotTimer.h"
 #include "platform/Sounds.h"
 #include "platform/UserNotifications.h"
+#include "tests/support/FakeHotKeys.h"
 #include "tests/support/TestHome.h"
 
 #include <QAction>
@@ -90,7 +92,16 @@ struct SilentStatusItem : StatusItem {
   explicit SilentStatusItem(int& toolTips) : timesToolTipWasSet(toolTips) {}
   void setImage(const QString&, bool) override {}
   void setHighlighted(bool) override {}
-  void setToolTip(std::function<QString()>) override { ++timesToolTipWasSet; }
+  void setToolTip(std::function<QString()> text) override {
+    ++timesToolTipWasSet;
+    source() = std::move(text);
+  }
+  // Of the last item that was made.
+  static QString toolTip() { return source()(); }
+  static std::function<QString()>& source() {
+    static std::function<QString()> text;
+    return text;
+  }
   void setMenu(QMenu*) override {}
   void setLength(double) override {}
   std::optional<QRectF> geometry() const override { return QRectF(700, 2, 22, 22); }
@@ -109,6 +120,7 @@ class AppDelegateTest : public testing::Test {
     QuilloConfig::resetSharedConfig();
     UserDefaults::resetStandardUserDefaults();
     LoginItem::setSharedServices({nullptr, nullptr});
+    PTHotKeyCenter::sharedCenter().setPlatform(&hotKeys);
     list().setObjectForKey(16, Key::remindersFrequency);
     list().setObjectForKey(1, Key::remindersInterval);
     list().setObjectForKey(Date::since1970(1394485200), Key::remindersBaseDate);  // 2014-03-10T21:00:00Z
@@ -135,6 +147,8 @@ class AppDelegateTest : public testing::Test {
   }
   ~AppDelegateTest() override {
     delegate.reset();
+    SilentStatusItem::source() = {};
+    PTHotKeyCenter::sharedCenter().setPlatform(nullptr);
     RemindersManager::resetSharedManager();
     AgentManager::resetSharedManager();
     QuilloConfig::resetSharedConfig();
@@ -157,6 +171,7 @@ class AppDelegateTest : public testing::Test {
 
   TestHome home;
   FakeDesktop desktop;
+  FakeHotKeys hotKeys;
   FakeReminderStage stage;
   std::unique_ptr<QuilloAgentAppDelegate> delegate;
 };

@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/X11Modifiers.h"
+#include "platform/linux/X11Modifiers.h"
 
 #include "platform/HotKeys.h"
 
