@@ -224,12 +224,14 @@ void QuilloAgentAppDelegate::startApplication() {
 }
 
 void QuilloAgentAppDelegate::startAlarmOnceSettingsAreReadable() {
-  NotificationCenter& center = DistributedNotificationCenter::sharedCenter();
-  center.addObserver(this, Notice::reminderSettingsDidChange, [this, &center](const Notification&) {
-    if (!m_config.groupProperties()) return;
-    center.removeObserver(this, Notice::reminderSettingsDidChange);
-    if (RemindersManager::sharedManager().remindersAreEnabled()) m_reminderAlarm.start();
-  });
+  // Stays registered: taking it off by its name would take off what keeps the tool tip up to date, too.
+  m_waitsForSettings = true;
+  DistributedNotificationCenter::sharedCenter().addObserver(
+      this, Notice::reminderSettingsDidChange, [this](const Notification&) {
+        if (!m_waitsForSettings || !m_config.groupProperties()) return;
+        m_waitsForSettings = false;
+        if (RemindersManager::sharedManager().remindersAreEnabled()) m_reminderAlarm.start();
+      });
 }
 
 void QuilloAgentAppDelegate::observeValueForKeyPath(const QString&, KeyValueObservable&, const void* context) {

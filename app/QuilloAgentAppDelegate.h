@@ -134,6 +134,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   EntryDraft m_draft{EntryDraft::defaultPath()};
   ReminderAlarm m_reminderAlarm;
   std::unique_ptr<Registration> m_remindersObservation;
+  bool m_waitsForSettings{false};
   // Declared in the order of need: the window's controller goes before the menu that it shows.
   std::unique_ptr<QMenu> m_contextualMenu;
   std::shared_ptr<AgentEntryWindowController> m_entryWindowController;

@@ -3,14 +3,19 @@
 #include "platform/RunningApplications.h"
 #include "quilloctl/Command.h"
 
+#include <QDeadlineTimer>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QThread>
 
 namespace quillo::ctl {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// An agent saves what is written in its window, and goes.
+constexpr int endMilliseconds = 5000;
 
 // The setting, what the session would start at login, and what runs, each by itself: they can differ.
 int status(Context& context) {
@@ -35,15 +40,25 @@ int status(Context& context) {
   return Done;
 }
 
+// Whether none is left. One that is still ending would be taken for a running one when the next command enables it.
+bool waitForEnd(const RunningApplications& applications) {
+  for (QDeadlineTimer deadline(endMilliseconds); !applications.running(Identifier::agent).isEmpty();) {
+    if (deadline.hasExpired()) return false;
+    QThread::msleep(20);
+  }
+  return true;
+}
+
 int turn(Context& context, bool on) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
-  static_cast<void>(context.session());
+  const Session session = context.session();
   AgentManager::sharedManager().setShouldShowInMenuBar(on);
   if (!list->dirtyProperties().isEmpty()) return failed(u"the setting was not saved"_s);
   if (LoginItem(Identifier::agent).existsAsLoginItem() != on)
     return failed(on ? u"the agent could not be made a login item"_s
                      : u"the agent's login item could not be removed"_s);
+  if (!on && !waitForEnd(session.runningApplications)) return failed(u"the agent was asked to end, and still runs"_s);
   if (context.json) printJson(QJsonObject{{Key::agentEnabled, on}});
   return Done;
 }
@@ -52,6 +67,9 @@ int restart(Context& context) {
   const Session session = context.session();
   if (session.runningApplications.running(Identifier::agent).isEmpty()) return failed(u"the agent is not running"_s);
   AgentManager::sharedManager().restartAgentIfRunning();
+  // A restart takes the login item out and puts it back.
+  if (!LoginItem(Identifier::agent).existsAsLoginItem()) return failed(u"the agent could not be started again"_s);
+  if (context.json) printJson(QJsonObject{{u"restarted"_s, true}});
   return Done;
 }
 

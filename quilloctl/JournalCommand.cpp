@@ -40,6 +40,7 @@ int set(Context& context, const QUrl& url) {
   context.config.setConfiguredJournalFileURL(url);
   if (!list->dirtyProperties().isEmpty()) return failed(u"the journal's location was not saved"_s);
   context.post(Notice::journalPackagePathDidChange);
+  if (context.json) printJson(QJsonObject{{u"path"_s, url.toLocalFile()}});
   return Done;
 }
 

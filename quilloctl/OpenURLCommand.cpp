@@ -124,7 +124,8 @@ int preferences(Context&) {
   print({});
   section(u"With commands of their own:"_s);
   for (const QString& line : {u"quilloctl journal set PATH"_s, u"quilloctl reminder set --every \"3 hours\""_s,
-                              u"quilloctl reminder on | off"_s, u"quilloctl agent enable | disable"_s})
+                              u"quilloctl reminder on | off"_s, u"quilloctl shortcut set \"cmd+shift+J\""_s,
+                              u"quilloctl agent enable | disable"_s})
     print(u"  "_s + line);
   return Done;
 }

@@ -1,8 +1,12 @@
 #include "quilloctl/Command.h"
 
+#include <QJsonObject>
+
 #include <memory>
 
 namespace quillo::ctl {
+
+using namespace Qt::StringLiterals;
 
 void addPostCommand(CLI::App& program, Action& action) {
   const auto name = std::make_shared<std::string>();
@@ -11,6 +15,7 @@ void addPostCommand(CLI::App& program, Action& action) {
   post->callback([&action, name] {
     action = [name](Context& context) {
       context.post(QLatin1StringView(*name));
+      if (context.json) printJson(QJsonObject{{u"posted"_s, QString::fromStdString(*name)}});
       return Done;
     };
   });

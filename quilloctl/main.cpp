@@ -24,6 +24,8 @@
 
 #include <iostream>
 #include <optional>
+#include <string>
+#include <string_view>
 
 using namespace quillo;
 using namespace Qt::StringLiterals;
@@ -98,6 +100,14 @@ class Services {
   std::optional<XdgLoginItems> m_loginItems;
 };
 
+// Of a word that is no command the parser says only that one is required.
+std::string usageMessage(const CLI::App* program, const CLI::Error& error) {
+  const auto unknown = program->remaining(/*recurse=*/true);
+  const bool wantsCommand = std::string_view(error.what()) == "A subcommand is required";
+  const std::string reason = wantsCommand && !unknown.empty() ? "There is no command " + unknown.front() : error.what();
+  return reason + "\nRun with --help for more information.\n";
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -107,6 +117,7 @@ int main(int argc, char** argv) {
   CLI::App program("Read and change what Quillo's applications share: settings, journal and entries.", "quilloctl");
   program.set_version_flag("--version", "quilloctl " QUILLO_VERSION);
   program.require_subcommand(1);
+  program.failure_message(usageMessage);
   program.footer("Exit status: 0 done, 1 failed (one line says why), 2 wrong usage.");
   std::string home;
   bool json = false;

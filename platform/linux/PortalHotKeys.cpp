@@ -222,7 +222,9 @@ void PortalHotKeys::portalGone() {
   for (const auto& claim : m_claims) {
     claim->request.reset();
     claim->session.clear();
-    if (claim->state == HotKeyState::Active) claim->state = HotKeyState::Pending;
+    // Asked anew at once: that starts it again where the bus can start it, and tells of its absence where not. One that
+    // goes before it has answered is left alone until it comes by itself, so that this ends.
+    if (claim->state == HotKeyState::Active) createSession(*claim);
   }
 }
 

@@ -36,9 +36,9 @@ _quilloctl() {
     reminder:) words="show set on off next --help" ;;
     reminder:set) words="--every --from --until --starting --zone" ;;
     reminder:next) words="-n --after --batch" ;;
-    agent:) words="status enable disable restart toggle --help" ;;
-    open-url:) words="quillo://open quillo://preferences quillo://post quillo://edit?entryId= quillo://updatebookmarks" ;;
     shortcut:) words="show set clear --help" ;;
+    agent:) words="status enable disable restart toggle --help" ;;
+    open-url:*) _quilloctl_url; return ;;
     post:) words="com.quilloapp.QuilloJournalPackagePathDidChangeNotification
       com.quilloapp.QuilloMenuBarEntryShortcutDidChangeNotification
       com.quilloapp.QuilloReminderSettingsDidChangeNotification
@@ -46,6 +46,18 @@ _quilloctl() {
       com.quilloapp.QuilloAgentManagerValuesDidChangeNotification" ;;
   esac
   mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+}
+
+# The shell takes ":" and "=" for ends of words, and each part of an URL for a word: the whole is completed, and what
+# stands before the last part left out.
+_quilloctl_url() {
+  local typed=${COMP_LINE:0:COMP_POINT}
+  typed=${typed##* }
+  local before=${typed%"${typed##*[:=]}"}
+  compopt -o nospace 2>/dev/null
+  mapfile -t COMPREPLY < <(compgen -W "quillo://open quillo://preferences quillo://post quillo://edit?entryId=
+    quillo://updatebookmarks" -- "$typed")
+  COMPREPLY=("${COMPREPLY[@]#"$before"}")
 }
 
 complete -F _quilloctl quilloctl

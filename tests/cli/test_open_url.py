@@ -4,6 +4,8 @@ import json
 import os
 import plistlib
 import pty
+import re
+import shlex
 import shutil
 import subprocess
 import tempfile
@@ -12,6 +14,7 @@ import unittest
 from pathlib import Path
 
 QUILLOCTL = Path(os.environ["QUILLO_BIN"]) / "quilloctl"
+COMPLETION = Path(__file__).parents[2] / "quilloctl/completion/quilloctl.bash"
 
 
 class MainApplicationTest(unittest.TestCase):
@@ -179,6 +182,26 @@ class MainApplicationTest(unittest.TestCase):
         self.assertEqual(self.ctl("settings", "get", "RemindersEnabled"), "false")
         result = self.run_ctl("agent", "restart")
         self.assertEqual((result.returncode, result.stderr), (1, "quilloctl: the agent is not running\n"))
+
+    def completions(self, line):
+        """What bash would offer at the end of the line, which it splits into words as it does."""
+        words = [word for part in line.split(" ") for word in re.split("([:=])", part) if word or not part]
+        script = (f'source "{COMPLETION}"; COMP_LINE={shlex.quote(line)}; COMP_POINT=${{#COMP_LINE}}; '
+                  f'COMP_WORDS=({shlex.join(words)}); COMP_CWORD={len(words) - 1}; _quilloctl; printf "%s\\n" "${{COMPREPLY[@]}}"')
+        return subprocess.run(["bash", "-c", script], capture_output=True, text=True, check=True).stdout.split()
+
+    def test_every_command_completes_in_bash(self):
+        def commands(*words):
+            listed = self.ctl(*words, "--help").split("Subcommands:\n")[1].split("\n\n")[0]
+            return {line.split()[0] for line in listed.splitlines() if line.startswith("  ") and line[2] != " "}
+        offered = set(self.completions("quilloctl "))
+        self.assertEqual({word for word in offered if word[0] != "-"}, commands())
+        for command in commands() - {"open-url", "post"}:
+            self.assertEqual(set(self.completions(f"quilloctl {command} ")) - {"--help"}, commands(command))
+        for typed, offered in (("quillo", ["quillo://open", "quillo://preferences", "quillo://post", "quillo://edit?entryId=",
+                                           "quillo://updatebookmarks"]),
+                               ("quillo://p", ["//preferences", "//post"]), ("quillo://edit?entryId=", [])):
+            self.assertEqual(self.completions("quilloctl open-url " + typed), offered, typed)
 
     def test_an_older_setting_is_taken_over(self):
         self.ctl("settings", "set", "StartAgentAtLogin", "yes", "--type", "bool")

@@ -58,6 +58,8 @@ class QuilloctlTest(unittest.TestCase):
         for words in ([], ["settings"], ["nonsense"], ["settings", "set", "K"], ["settings", "set", "K", "1", "--type", "odd"],
                       ["entry", "list", "--limit", "x"]):
             self.assertEqual(self.run_ctl(*words).returncode, 2, words)
+        for words in (["nonsense"], ["agent", "nonsense"]):
+            self.assertIn("nonsense", self.run_ctl(*words).stderr)
         self.assertFalse(self.list.exists())
 
     def test_settings_take_the_keys_own_kind(self):

@@ -1,5 +1,6 @@
 """The whole agent on a real desktop: tray, window, keyboard, session bus, two processes, signals."""
 
+import json
 import os
 import plistlib
 import shutil
@@ -92,6 +93,16 @@ class AgentTest(DesktopTestCase):
         self.assertEqual(self.texts(journal), ["unsaved when the second came"])
         second.open_window()
         self.assertTrue(second.program.is_running)
+
+    def test_what_is_switched_off_and_on_again_runs(self):
+        def running():
+            return json.loads(quilloctl(self.home, "--json", "agent", "status"))["running"]
+        self.addCleanup(quilloctl, self.home, "agent", "disable")
+        for _ in range(3):
+            quilloctl(self.home, "agent", "enable")
+            wait_until(running, "the agent that was enabled")
+            quilloctl(self.home, "agent", "disable")
+            self.assertEqual(running(), [])
 
     def test_a_signal_saves_the_text(self):
         journal = make_journal(self.home)

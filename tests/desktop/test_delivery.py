@@ -3,6 +3,8 @@
 import json
 import os
 import shutil
+import signal
+import socket
 import subprocess
 import tempfile
 import time
@@ -135,6 +137,28 @@ class DeliveryTest(DesktopTestCase):
         notify_as_another("The new server's first")
         self.fire(NOTIFICATION)
         wait_until(lambda: displayed() == 2, "the reminder from the new server")
+
+    def test_a_sound_server_that_hangs_holds_nothing_up(self):
+        with socket.socket(socket.AF_UNIX) as server:
+            # Its address cannot have a space in it.
+            address = os.environ["QUILLO_DESKTOP"] + "/hanging-sound"
+            server.bind(address)
+            server.listen()
+            server.settimeout(15)
+            self.agent = Agent(self.start(program("quillo-agent"), "--home", str(self.home),
+                                          PULSE_SERVER="unix:" + address))
+            tray_icon("quillo-agent")
+            self.fire(SOUND, WINDOW)
+            self.agent.window()
+            # It is asked, and never answers.
+            connection, _ = server.accept()
+            with connection:
+                for _ in range(2):
+                    quilloctl(self.home, "agent", "toggle")
+                os.kill(self.agent.program.pid, signal.SIGTERM)
+                begin = time.monotonic()
+                self.assertEqual(self.agent.program.wait(), 0)
+                self.assertLess(time.monotonic() - begin, 5)
 
     def test_a_text_that_was_not_saved_is_told_of_where_nobody_reads_what_is_printed(self):
         uuid = quilloctl(self.home, "entry", "add", "before")

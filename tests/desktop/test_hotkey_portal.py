@@ -88,6 +88,7 @@ class PortalTest(DesktopTestCase):
             probe.expect("pressed 7")
             os.kill(portal.pid, signal.SIGKILL)
             portal.wait()
+            probe.expect(rf"state {ref} unsupported .*")
         self.assertTrue(probe.is_running)
 
     def test_the_agent_reports_refusal_and_absence_in_one_line_each(self):

@@ -57,6 +57,7 @@ struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory,
   QStringList opened;
   std::function<void()> fire;
   int statusItems{0};
+  int toolTips{0};
   bool ended{false};
 };
 
@@ -88,9 +89,13 @@ struct FakeReminderStage : UserNotifications, Sounds {
 };
 
 struct SilentStatusItem : StatusItem {
+  explicit SilentStatusItem(int& toolTips) : timesToolTipWasSet(toolTips) {}
   void setImage(const QString&, bool) override {}
   void setHighlighted(bool) override {}
-  void setToolTip(std::function<QString()> text) override { source() = std::move(text); }
+  void setToolTip(std::function<QString()> text) override {
+    ++timesToolTipWasSet;
+    source() = std::move(text);
+  }
   // Of the last item that was made.
   static QString toolTip() { return source()(); }
   static std::function<QString()>& source() {
@@ -103,6 +108,8 @@ struct SilentStatusItem : StatusItem {
   QRectF anchor() const override { return {700, 2, 22, 22}; }
   void onPrimaryClick(std::function<void()>) override {}
   void onGeometryChanged(std::function<void()>) override {}
+
+  int& timesToolTipWasSet;
 };
 
 class AppDelegateTest : public testing::Test {
@@ -125,7 +132,7 @@ class AppDelegateTest : public testing::Test {
                            desktop,
                            [this] {
                              ++desktop.statusItems;
-                             return std::make_unique<SilentStatusItem>();
+                             return std::make_unique<SilentStatusItem>(desktop.toolTips);
                            },
                            [] { return true; },
                            desktop,

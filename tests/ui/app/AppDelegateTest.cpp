@@ -59,6 +59,15 @@ TEST_F(AppDelegateTest, SettingsThatWereUnreadableAtTheStartAreReadAtTheNextNoti
     center.postNotification(notice);
     EXPECT_EQ(delegate->reminderAlarm().nextAlarmDate(), Date::since1970(1395349200)) << notice.data();
     EXPECT_EQ(openedMenu()[3], u"Disable Reminders"_s);
+
+    // The tool tip goes on to follow the settings.
+    for (int i = 0; i < 2; ++i) {
+      QCoreApplication::processEvents();
+      desktop.toolTips = 0;
+      center.postNotification(Notice::reminderSettingsDidChange);
+      QCoreApplication::processEvents();
+      EXPECT_EQ(desktop.toolTips, 1) << notice.data();
+    }
   }
 }
 
