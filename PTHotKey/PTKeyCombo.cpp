@@ -52,7 +52,8 @@ std::optional<PropertyListDictionary> loadedKeyCodes(const Bundle& bundle) {
   const auto path = bundle.pathForResource(u"PTKeyCodes"_s, u"plist"_s);
   QFile file(path.value_or(QString()));
   if (!path || !file.open(QFile::ReadOnly)) return std::nullopt;
-  const QByteArray bytes = file.read(largestFileRead);
+  // No more is asked for than there is: the whole of it would be set aside first.
+  const QByteArray bytes = file.read(std::min(file.size(), largestFileRead));
   QStringDecoder decoder(QStringDecoder::Utf8);
   const QString text = decoder(bytes);
   if (decoder.hasError()) return std::nullopt;

@@ -24,7 +24,9 @@ inline constexpr qint64 largestFileRead = qint64{256} * 1024 * 1024;
 // whole. Makes the file, mode 0600, when it is missing.
 bool writeFileInPlace(const QString& path, const QByteArray& bytes, Error* error = nullptr);
 
-// Replaces `path` as a whole, mode 0600: readers and a crash find the old contents or the new.
+// Replaces `path` as a whole, mode 0600: readers and a crash find the old contents or the new. A symbolic link stays
+// and what it leads to is replaced, as some keep their settings elsewhere; so this is for files in the user's own
+// folders only, and not for those of a journal.
 bool writeFileAtomically(const QString& path, const QByteArray& bytes, Error* error = nullptr);
 
 }  // namespace quillo

@@ -5,6 +5,7 @@
 #include "qlcore/JournalFolder.h"
 #include "qlcore/QLJournalPackageFile.h"
 
+#include <QFileInfo>
 #include <QHash>
 
 #include <algorithm>
@@ -109,6 +110,10 @@ bool QLJournalIndex::deleteEntry(const QLEntry& entry, Error* error, const Delet
   if (!canonical || !m_package || entry.url != urlOfEntry(*canonical))
     return fail(error, JournalError::make(JournalError::EntryNotFound,
                                           u"%1: not an entry of this journal"_s.arg(entry.url.toString())));
+  // Deleting goes by the path, which must not lead out of the journal.
+  if (const QString folder = m_package->entriesFolder(); QFileInfo(folder).isSymLink())
+    return fail(error, JournalError::make(JournalError::NotReadable,
+                                          folder + u": a symbolic link, which is not followed inside a journal"_s));
   Error reason;
   const bool removed = deleteFileBlock && deleteFileBlock(entry.url, &reason);
   const bool wasGone = (reason.domain == ErrorDomain::osStatus && reason.code == ErrorCode::fileNotFound) ||

@@ -17,9 +17,11 @@ namespace {
 
 constexpr qsizetype longestBusName = 255;
 constexpr int toggleMilliseconds = 3000;
+constexpr int terminateMilliseconds = 1000;
 
 const QString path = u"/com/quilloapp/Application"_s;
 const QString interface = u"com.quilloapp.Application"_s;
+const QString ownUserOnly = u"it takes requests of its own user only"_s;
 
 bool canBePartOfBusName(const QString& bundleIdentifier) {
   static const QRegularExpression form(u"\\A[A-Za-z_-][A-Za-z0-9_-]*(\\.[A-Za-z_-][A-Za-z0-9_-]*)+\\z"_s);
@@ -50,6 +52,10 @@ SessionBusApplications::SessionBusApplications()
         // The first connection is made before there is a name to claim; each later one claims it again.
         if (!m_ownName.isEmpty()) claim(connection);
       }) {}
+
+SessionBusApplications::~SessionBusApplications() {
+  for (QDBusPendingCall& request : m_requests) request.waitForFinished();
+}
 
 bool SessionBusApplications::claim(QDBusConnection& connection) {
   return connection.registerObject(path, this, QDBusConnection::ExportScriptableInvokables) &&
@@ -95,7 +101,10 @@ bool SessionBusApplications::terminate(const RunningApplication& application) {
   auto call = QDBusMessage::createMethodCall(*name, path, interface, u"Terminate"_s);
   // The name may go in this very moment; nothing is to be started for it then.
   call.setAutoStartService(false);
-  return m_bus.send(call);
+  if (!m_bus.connect()) return false;
+  m_requests.removeIf([](const QDBusPendingCall& request) { return request.isFinished(); });
+  m_requests << m_bus.connection().asyncCall(call, terminateMilliseconds);
+  return !m_requests.back().isError();
 }
 
 qint64 SessionBusApplications::currentProcessIdentifier() const {
@@ -103,6 +112,7 @@ qint64 SessionBusApplications::currentProcessIdentifier() const {
 }
 
 void SessionBusApplications::Terminate() {
+  if (!calledByOwnUser()) return sendErrorReply(QDBusError::AccessDenied, ownUserOnly);
   if (m_terminating) return;
   m_terminating = true;
   // The answer leaves when this returns; a callback that quits at once must come after it.
@@ -130,14 +140,14 @@ bool SessionBusApplications::toggle(const RunningApplication& application, QStri
   return false;
 }
 
+// A bus may be open to others, such as the administrator.
 bool SessionBusApplications::calledByOwnUser() {
   const auto user = m_bus.askBus(u"GetConnectionUnixUser"_s, {message().service()});
   return user && user->toUInt() == ::getuid();
 }
 
 void SessionBusApplications::Toggle() {
-  // A bus may be open to others, such as the administrator.
-  if (!calledByOwnUser()) return sendErrorReply(QDBusError::AccessDenied, u"it takes requests of its own user only"_s);
+  if (!calledByOwnUser()) return sendErrorReply(QDBusError::AccessDenied, ownUserOnly);
   if (!m_onToggle) return sendErrorReply(QDBusError::NotSupported, u"it has nothing to toggle"_s);
   QMetaObject::invokeMethod(
       this,

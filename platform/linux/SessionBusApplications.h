@@ -4,6 +4,8 @@
 #include "platform/linux/SessionBus.h"
 
 #include <QDBusContext>
+#include <QDBusPendingCall>
+#include <QList>
 #include <QObject>
 
 #include <optional>
@@ -18,13 +20,16 @@ namespace quillo {
                                                                      const QString& bundleIdentifier);
 
 // Every process owns a name on the session bus, and answers a Terminate call there; one that can be toggled answers a
-// Toggle call, too, of the user's own programs. Needs a QCoreApplication.
+// Toggle call, too. Both only of the user's own programs. Needs a QCoreApplication.
 class SessionBusApplications final : public QObject, public RunningApplications, protected QDBusContext {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "com.quilloapp.Application")
 
  public:
   SessionBusApplications();
+  // Waits for answers that are still to come, for a second at most: who asks and is gone cannot be told from a
+  // stranger.
+  ~SessionBusApplications() override;
 
   bool registerSelf(const QString& bundleIdentifier, std::function<void()> onTerminate) override;
   [[nodiscard]] QList<RunningApplication> running(const QString& bundleIdentifier) const override;
@@ -48,6 +53,7 @@ class SessionBusApplications final : public QObject, public RunningApplications,
   std::function<void()> m_onToggle;
   QString m_ownName;
   bool m_terminating{false};
+  QList<QDBusPendingCall> m_requests;  // to others, to end
   mutable SessionBus m_bus;
 };
 

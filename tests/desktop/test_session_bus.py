@@ -3,6 +3,7 @@
 import os
 import stat
 import subprocess
+import tempfile
 import unittest
 
 from desktop import DesktopTestCase, program, run, start_part, stop_part, wait_until
@@ -61,6 +62,27 @@ class SessionBus(DesktopTestCase):
         run("gdbus", "call", "--session", "--dest", f"{BUNDLE}.p{other.pid}", "--object-path",
             "/com/quilloapp/Application", "--method", "com.quilloapp.Application.Terminate")
         self.assertEqual(other.wait(), 0)
+
+    @unittest.skipIf(os.getuid() != 0, "only root can call as somebody else")
+    def test_another_user_on_the_bus_can_ask_for_nothing(self):
+        directory = self.enterContext(tempfile.TemporaryDirectory())
+        os.chmod(directory, 0o755)
+        address = f"unix:path={directory}/bus"
+        with open(os.path.join(directory, "bus.conf"), "w") as file:
+            file.write(f"""<busconfig><type>session</type><listen>{address}</listen><auth>EXTERNAL</auth>
+                <policy context="default"><allow user="*"/><allow send_destination="*" eavesdrop="true"/>
+                <allow eavesdrop="true"/><allow own="*"/></policy></busconfig>""")
+        self.start("dbus-daemon", f"--config-file={directory}/bus.conf", "--nofork", "--nopidfile")
+        wait_until(lambda: os.path.exists(os.path.join(directory, "bus")), "the open bus")
+        probe = self.start_probe(DBUS_SESSION_BUS_ADDRESS=address)
+        probe.ask("register " + BUNDLE, "registered yes")
+        for method in ("Terminate", "Toggle"):
+            call = subprocess.run(["setpriv", "--reuid=65534", "--clear-groups", "gdbus", "call", "--address", address,
+                                   "--dest", f"{BUNDLE}.p{probe.pid}", "--object-path", "/com/quilloapp/Application",
+                                   "--method", f"com.quilloapp.Application.{method}"], capture_output=True, text=True)
+            self.assertIn("requests of its own user only", call.stderr, method)
+        probe.ask("running " + BUNDLE, f"running {probe.pid}")
+        self.assertEqual(probe.unread, [])
 
     def test_works_on_when_the_bus_goes_and_with_it_when_it_returns(self):
         first, second = self.start_probe(), self.start_probe()

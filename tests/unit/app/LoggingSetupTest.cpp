@@ -152,4 +152,18 @@ TEST_F(LoggingSetupTest, RemovedLogFileIsMadeAgain) {
   EXPECT_EQ(texts(), QStringList{u"afterwards"_s});
 }
 
+TEST_F(LoggingSetupTest, ALinkInPlaceOfALogFileIsNotFollowed) {
+  const LogFileManager files(directory());
+  files.createDirectory();
+  QFile outside(m_home.path(u"outside"_s));
+  ASSERT_TRUE(outside.open(QIODevice::WriteOnly));
+  ASSERT_TRUE(QFile::link(outside.fileName(), directory() + u"/quillo-agent-000007.log"_s));
+  ASSERT_TRUE(QFile::link(m_home.path(u"nowhere"_s), directory() + u"/quillo-agent-000008.log"_s));
+  setUp();
+  EXPECT_TRUE(flushLog());
+  EXPECT_EQ(QFileInfo(outside).size(), 0);
+  EXPECT_FALSE(QFileInfo::exists(m_home.path(u"nowhere"_s)));
+  EXPECT_EQ(modeOf(directory() + u"/quillo-agent-000009.log"_s), 0600);
+}
+
 }  // namespace

@@ -70,6 +70,14 @@ TEST_F(QLJournalIndexTest, IsEmptyWithoutAFolderOfEntriesAndSaysSoOfALink) {
   ASSERT_TRUE(QFile::link(home.path(), package->entriesFolder()));
   ASSERT_EQ(QLJournalIndex(package).damagedEntries().size(), 1);
   EXPECT_EQ(QLJournalIndex(package).damagedEntries()[0].url, package->entriesURL());
+
+  // Nothing is deleted where the link leads.
+  const QString outside = home.path(uuidOf(1) + u".plist"_s);
+  write(outside, QByteArray("x"));
+  const auto remove = [](const QUrl& url, Error* error) { return FileManager::removeItemAtURL(url, false, error); };
+  auto index = QLJournalIndex::unread(package);
+  EXPECT_FALSE(index.deleteEntry({uuidOf(1), QUrl::fromLocalFile(entryPath(uuidOf(1)))}, nullptr, remove));
+  EXPECT_TRUE(QFile::exists(outside));
 }
 
 TEST_F(QLJournalIndexTest, TagsCountWithoutCaseInTheirLatestSpelling) {
