@@ -46,8 +46,9 @@ class DrawnIcon(DesktopTestCase):
         # Nothing tells where the icon is, but the pointer is on it.
         self.assertAlmostEqual(x + width / 2, 700, delta=1)
         self.assertAlmostEqual(y, 300 + 11 - 5, delta=1)
+        # The picture follows the window a moment later.
+        wait_until(lambda: self.property("IconPixmap") != at_rest, "the highlight")
         highlighted = self.property("IconPixmap")
-        self.assertNotEqual(highlighted, at_rest)
         type_text("drawn")
         self.activate()
         self.agent.wait_closed()
@@ -57,7 +58,7 @@ class DrawnIcon(DesktopTestCase):
         set_reminder_in(self.home, 2)
         quilloctl(self.home, "reminder", "on")
         self.agent.window()
-        self.assertNotIn(self.property("IconPixmap"), (at_rest, highlighted))
+        wait_until(lambda: self.property("IconPixmap") not in (at_rest, highlighted), "the reminder's picture")
 
     def test_the_menu_and_its_end(self):
         at_rest = self.property("IconPixmap")
@@ -66,7 +67,7 @@ class DrawnIcon(DesktopTestCase):
         self.agent.window()
         self.call(menu, MENU + ".AboutToShow", "0")
         self.agent.wait_closed()
-        self.assertNotEqual(self.property("IconPixmap"), at_rest)
+        wait_until(lambda: self.property("IconPixmap") != at_rest, "the highlight of the menu")
         self.call(menu, MENU + ".Event", "0", "closed", "<''>", "0")
         wait_until(lambda: self.property("IconPixmap") == at_rest, "no highlight after the menu")
         # A tray that does not tell that it closed its menu.
