@@ -89,7 +89,8 @@ class SystemEventsTest(DesktopTestCase):
 
     def test_a_clock_that_was_set(self):
         agent = self.agent()
-        here = armed(agent.pid)
+        # The icon comes first.
+        here = wait_until(lambda: armed(agent.pid), "a reminder armed")
         self.assertEqual(len(here), 1)
         # Another writer changes the rule and says nothing: only the clock makes the agent look again.
         path = self.home / LIST
