@@ -58,7 +58,8 @@ class SystemEventsTest(DesktopTestCase):
         self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
         make_journal(self.home)
         quilloctl(self.home, "reminder", "set", "--every", "1 day", "--starting", "2014-03-10T09:00", "--zone", "Europe/Berlin")
-        quilloctl(self.home, "reminder", "on")
+        # Not by "reminder on", which would start an agent of its own.
+        quilloctl(self.home, "settings", "set", "RemindersEnabled", "yes")
 
     def agent(self, *before):
         agent = self.start("env", "-u", "TZ", *before, program("quillo-agent"), "--home", str(self.home))
