@@ -16,7 +16,7 @@ static QUrl urlOfResource(const QString& path) {
   return path.startsWith(u':') ? QUrl(u"qrc"_s + path) : QUrl::fromLocalFile(path);
 }
 
-// Where the module is: beside the program where that was built, below the same prefix where it was installed.
+// Where the module is: beside the program in a build, below the same prefix in an installation.
 static QString modulePath() {
   const QString directory = QCoreApplication::applicationDirPath();
   const QString beside = directory + u"/quillo-sound.so"_s;
