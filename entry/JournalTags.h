@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace quillo {
 
@@ -17,7 +18,7 @@ class JournalTags : public QObject {
 
  public:
   JournalTags() = default;
-  // Waits for a reading that is under way.
+  // Stops a reading that is under way, at its next entry.
   ~JournalTags() override;
 
   [[nodiscard]] const QStringList& tags() const { return m_tags; }
@@ -26,6 +27,7 @@ class JournalTags : public QObject {
 
  private:
   QStringList m_tags;
+  std::stop_source m_stop;
   std::unique_ptr<QThread> m_reading;
 };
 

@@ -14,8 +14,9 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-QLJournalIndex::QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package) : m_package(std::move(package)) {
-  if (m_package) readEntries();
+QLJournalIndex::QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package, const std::stop_token& stop)
+    : m_package(std::move(package)) {
+  if (m_package) readEntries(stop);
 }
 
 QLJournalIndex QLJournalIndex::unread(std::shared_ptr<QLJournalPackageFile> package) {
@@ -24,7 +25,7 @@ QLJournalIndex QLJournalIndex::unread(std::shared_ptr<QLJournalPackageFile> pack
   return index;
 }
 
-void QLJournalIndex::readEntries() {
+void QLJournalIndex::readEntries(const std::stop_token& stop) {
   const QString path = m_package->entriesFolder();
   Error reason;
   const auto folder = JournalFolder::open(path, &reason);
@@ -34,6 +35,7 @@ void QLJournalIndex::readEntries() {
     return;
   }
   for (const QString& name : *names) {
+    if (stop.stop_requested()) break;
     const QString uuid = name.chopped(6);
     const QString file = path + u'/' + name;
     if (QLJournalEntryFile::canonicalUUID(uuid) != uuid) {

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace quillo {
 
@@ -35,8 +36,9 @@ class QLJournalIndex {
   using DeleteFileBlock = std::function<bool(const QUrl& url, Error* error)>;
 
   // Reads every entry. Damaged ones are logged and listed apart, and so is the folder of entries where it cannot be
-  // read; a folder that is missing holds no entries. A null package has none either.
-  explicit QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package);
+  // read; a folder that is missing holds no entries. A null package has none either. Asked to stop, the index holds
+  // what was read until then.
+  explicit QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package, const std::stop_token& stop = {});
   // An index that reads nothing and lists nothing: enough to delete an entry whose place is known.
   static QLJournalIndex unread(std::shared_ptr<QLJournalPackageFile> package);
 
@@ -62,7 +64,7 @@ class QLJournalIndex {
 
  private:
   QLJournalIndex() = default;
-  void readEntries();
+  void readEntries(const std::stop_token& stop);
   void addDamaged(const QString& path, const QString& reason);
   [[nodiscard]] QUrl urlOfEntry(const QString& canonicalUUID) const;
 
