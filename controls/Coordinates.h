@@ -11,4 +11,7 @@ namespace quillo {
   return {frame.x(), containerHeight - frame.y() - frame.height(), frame.width(), frame.height()};
 }
 
+// Of the main screen, in points; 0 without a screen.
+[[nodiscard]] double mainScreenHeight();
+
 }  // namespace quillo

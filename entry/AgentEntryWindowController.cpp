@@ -22,7 +22,6 @@
 #include <QGraphicsOpacityEffect>
 #include <QParallelAnimationGroup>
 #include <QPropertyAnimation>
-#include <QScreen>
 #include <QShortcut>
 #include <QTimer>
 
@@ -61,10 +60,7 @@ static void setSnoozeOption(HoverButton& button, const std::optional<SnoozeOptio
 
 // The pointer in screen points, from the bottom left.
 static QPointF mouseLocation() {
-  const QScreen* screen = QGuiApplication::primaryScreen();
-  const QPoint position = QCursor::pos();
-  return {static_cast<double>(position.x()),
-          static_cast<double>(screen ? screen->geometry().height() : 0) - position.y()};
+  return flipped(QRectF(QCursor::pos(), QSizeF()), mainScreenHeight()).topLeft();
 }
 
 AgentEntryWindowController::AgentEntryWindowController(const AgentEntryWindowServices& services,

@@ -25,9 +25,8 @@ static constexpr double statusItemLength = 22;
 static QRectF screenAround(const QRectF& rect) {
   const QScreen* main = QGuiApplication::primaryScreen();
   if (!main) return {};
-  const double height = main->geometry().height();
-  const QScreen* holding = QGuiApplication::screenAt(flipped(rect, height).center().toPoint());
-  return flipped((holding ? holding : main)->geometry(), height);
+  const QScreen* holding = QGuiApplication::screenAt(flipped(rect, mainScreenHeight()).center().toPoint());
+  return flipped((holding ? holding : main)->geometry(), mainScreenHeight());
 }
 
 QLXAStatusBarController::QLXAStatusBarController()
@@ -43,9 +42,8 @@ QLXAStatusBarController::~QLXAStatusBarController() {
 }
 
 std::optional<QRectF> QLXAStatusBarController::window() const {
-  const QScreen* screen = QGuiApplication::primaryScreen();
-  if (!m_statusItem || !screen) return std::nullopt;
-  return flipped(m_statusItem->anchor(), screen->geometry().height());
+  if (!m_statusItem) return std::nullopt;
+  return flipped(m_statusItem->anchor(), mainScreenHeight());
 }
 
 QRectF QLXAStatusBarController::button() const {
