@@ -266,6 +266,7 @@ void QuilloAgentAppDelegate::reloadEntryWindow() {
       &m_reminderAlarm);
   m_entryWindowController->setContextualMenu(m_contextualMenu.get());
   m_entryWindowController->window().setCompositorCheck(m_platform.compositorIsRunning);
+  m_entryWindowController->window().setTaskBarHiding(m_platform.keepOutOfTaskBar);
   // What the old journal would not take is not lost with the old window.
   if (before) m_entryWindowController->takeOverUnsavedText(*before);
 }

@@ -38,6 +38,7 @@ struct AgentPlatform {
   Workspace& workspace;
   std::function<std::unique_ptr<StatusItem>()> makeStatusItem;
   std::function<bool()> compositorIsRunning;
+  std::function<void(WId)> keepOutOfTaskBar;
   OutsideClicks& outsideClicks;
   std::function<std::unique_ptr<LocationService>()> makeLocationManager;
   WeatherService& weather;

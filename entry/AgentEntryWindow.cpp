@@ -7,10 +7,8 @@
 #include <QBitmap>
 #include <QCloseEvent>
 #include <QDialog>
-#include <QGuiApplication>
 #include <QLabel>
 #include <QPainter>
-#include <QScreen>
 #include <QWindow>
 
 #include <algorithm>
@@ -35,11 +33,6 @@ static void setLabelLook(QLabel& label, const QFont& font, const QColor& color) 
   QPalette palette = label.palette();
   palette.setColor(QPalette::WindowText, color);
   label.setPalette(palette);
-}
-
-static double mainScreenHeight() {
-  const QScreen* screen = QGuiApplication::primaryScreen();
-  return screen ? screen->geometry().height() : 0;
 }
 
 static QBitmap outlineMask(const EntryBackgroundView& view) {
@@ -222,6 +215,8 @@ void AgentEntryWindow::orderFront(bool activate) {
   // The toolkit passes the attribute on once only, when it makes the window; a window that was shown for the user
   // before would take the keyboard when it is shown for a reminder.
   if (QWindow* handle = windowHandle()) handle->setProperty("_q_showWithoutActivating", !activate);
+  // Window managers forget it each time the window goes.
+  if (m_keepOutOfTaskBar) m_keepOutOfTaskBar(winId());
   show();
   raise();
   // The editor is hidden while the journal cannot be reached. Where the window leaves the keyboard alone, this takes

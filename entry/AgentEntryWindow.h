@@ -39,6 +39,8 @@ class AgentEntryWindow : public QWidget {
 
   // Whether the desktop draws translucent windows; asked each time the window is shown.
   void setCompositorCheck(std::function<bool()> isComposited) { m_isComposited = std::move(isComposited); }
+  // Called before the window shows, to keep it out of lists of open windows: it belongs to the icon.
+  void setTaskBarHiding(std::function<void(WId)> hide) { m_keepOutOfTaskBar = std::move(hide); }
 
   // The frame of the text area, from the bottom left of the window's frame.
   void setScrollBorderFrame(const QRectF& frame);
@@ -86,6 +88,7 @@ class AgentEntryWindow : public QWidget {
   std::unique_ptr<Ui::AgentEntryWindow> m_ui;
   QWidget* m_content;
   std::function<bool()> m_isComposited;
+  std::function<void(WId)> m_keepOutOfTaskBar;
   int m_shadowMargin{0};
   QPointF m_origin;  // of the frame, bottom left
   QRectF m_textContentFrame;

@@ -150,8 +150,8 @@ int main(int argc, char** argv) {
   {
     QuilloAgentAppDelegate delegate(
         config, {runningApplications, workspace, [] { return std::make_unique<TrayStatusItem>(); }, compositorIsRunning,
-                 outsideClicks, [] { return std::make_unique<QLLocationManager>(); }, weather, clock, timers,
-                 [] { QApplication::exit(); }, &userNotifications, &sounds});
+                 keepOutOfTaskBar, outsideClicks, [] { return std::make_unique<QLLocationManager>(); }, weather, clock,
+                 timers, [] { QApplication::exit(); }, &userNotifications, &sounds});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      [&delegate] { delegate.applicationWillTerminate(); });
     runningApplications.setOnToggle([&delegate] { delegate.hitHotKey(nullptr); });

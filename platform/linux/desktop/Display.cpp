@@ -1,11 +1,10 @@
 #include "platform/linux/desktop/Display.h"
 
+#include "platform/linux/desktop/X11.h"
+
 #include <QGuiApplication>
 
 #include <xcb/xcb.h>
-
-#include <cstdlib>
-#include <memory>
 
 namespace quillo {
 
@@ -57,26 +56,25 @@ QString description(DisplayChoice choice) {
   return {};
 }
 
-// Of the first screen, the only one that today's servers have. A compositor owns this selection while it runs.
-static xcb_atom_t compositorSelection(xcb_connection_t* connection) {
-  static constexpr char name[] = "_NET_WM_CM_S0";
-  const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> atom(
-      xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, sizeof name - 1, name), nullptr), &std::free);
-  return atom ? atom->atom : xcb_atom_t{XCB_ATOM_NONE};
+bool compositorIsRunning() {
+  xcb_connection_t* connection = X11::connection();
+  if (!connection) return true;
+  // Of the first screen, the only one that today's servers have. A compositor owns this selection while it runs. Asked
+  // for once: the connection is the process's only one, and this is called whenever a window shows.
+  static const xcb_atom_t selection = X11::atom("_NET_WM_CM_S0");
+  const auto owner =
+      X11::owned(xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selection), nullptr));
+  return owner && owner->owner != XCB_NONE;
 }
 
-bool compositorIsRunning() {
-  const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (!x11) return true;
-  xcb_connection_t* c = x11->connection();
-  // The connection is the process's only one, and an atom stays what it is: asked once, as this is asked whenever a
-  // window shows.
-  static xcb_atom_t selection = XCB_ATOM_NONE;
-  if (selection == XCB_ATOM_NONE) selection = compositorSelection(c);
-  if (selection == XCB_ATOM_NONE) return false;
-  const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> owner(
-      xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, selection), nullptr), &std::free);
-  return owner && owner->owner != XCB_NONE;
+void keepOutOfTaskBar(WId window) {
+  xcb_connection_t* connection = X11::connection();
+  if (!connection) return;
+  static const xcb_atom_t state = X11::atom("_NET_WM_STATE");
+  static const xcb_atom_t skipped[] = {X11::atom("_NET_WM_STATE_SKIP_TASKBAR"), X11::atom("_NET_WM_STATE_SKIP_PAGER")};
+  // The toolkit adds its own when it shows the window.
+  xcb_change_property(connection, XCB_PROP_MODE_APPEND, static_cast<xcb_window_t>(window), state, XCB_ATOM_ATOM, 32, 2,
+                      skipped);
 }
 
 }  // namespace quillo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QWindow>
 
 namespace quillo {
 
@@ -26,5 +27,9 @@ void restoreEnvironment(DisplayChoice choice);
 
 // Whether somebody draws translucent windows as such. Always so in a Wayland session.
 [[nodiscard]] bool compositorIsRunning();
+
+// Asks the window manager to list a window, which is not shown yet, neither in task bars nor in pagers; has to be done
+// anew for each showing. Nothing without an X server.
+void keepOutOfTaskBar(WId window);
 
 }  // namespace quillo

@@ -3,8 +3,6 @@
 #include "foundation/Log.h"
 #include "platform/linux/desktop/X11.h"
 
-#include <QGuiApplication>
-#include <QPointer>
 #include <QSocketNotifier>
 
 #include <xcb/xcb.h>
@@ -29,9 +27,8 @@ constexpr uint32_t leftButton = 1;
 // Whether the window was made by this program's own connection for windows: the server gives each client a range of
 // identifiers.
 bool isOwnWindow(xcb_window_t window) {
-  const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (!x11 || !x11->connection()) return false;
-  const xcb_setup_t* setup = xcb_get_setup(x11->connection());
+  if (!X11::connection()) return false;
+  const xcb_setup_t* setup = xcb_get_setup(X11::connection());
   return setup && (window & ~setup->resource_id_mask) == setup->resource_id_base;
 }
 
@@ -69,7 +66,7 @@ RawButtonPresses::Connection::Connection(xcb_connection_t* connection)
 }
 
 std::shared_ptr<RawButtonPresses::Connection> RawButtonPresses::Connection::open() {
-  if (!qApp->nativeInterface<QNativeInterface::QX11Application>()) return nullptr;
+  if (!X11::connection()) return nullptr;
   xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
   if (xcb_connection_has_error(connection) != 0) {
     xcb_disconnect(connection);

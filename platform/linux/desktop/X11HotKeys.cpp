@@ -1,6 +1,7 @@
 #include "platform/linux/desktop/X11HotKeys.h"
 
 #include "platform/linux/VirtualKeyCodes.h"
+#include "platform/linux/desktop/X11.h"
 
 #include <QGuiApplication>
 
@@ -8,10 +9,11 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <memory>
 
 namespace quillo {
+
+using X11::owned;
 
 namespace {
 
@@ -26,19 +28,6 @@ constexpr quint32 longestRepeatInterval = 1000;
 constexpr std::chrono::milliseconds repetitionWait{30};
 constexpr quint16 highestKeycode = 255;
 
-struct Free {
-  void operator()(void* reply) const { std::free(reply); }
-};
-template <typename T>
-std::unique_ptr<T, Free> owned(T* reply) {
-  return std::unique_ptr<T, Free>(reply);
-}
-
-xcb_connection_t* toolkitConnection() {
-  const auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-  return x11 ? x11->connection() : nullptr;
-}
-
 quint8 firstXkbEvent(xcb_connection_t* connection) {
   static constexpr char name[] = "XKEYBOARD";
   const auto reply =
@@ -49,12 +38,12 @@ quint8 firstXkbEvent(xcb_connection_t* connection) {
 }  // namespace
 
 bool X11HotKeys::isAvailable() {
-  return toolkitConnection() != nullptr;
+  return X11::connection() != nullptr;
 }
 
-X11HotKeys::X11HotKeys() : m_connection(toolkitConnection()) {
+X11HotKeys::X11HotKeys() : m_connection(X11::connection()) {
   if (!m_connection) return;
-  m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+  m_root = X11::rootWindow();
   m_firstXkbEvent = firstXkbEvent(m_connection);
   m_mapSettled.setSingleShot(true);
   m_mapSettled.setInterval(mapSettleTime);

@@ -135,6 +135,7 @@ class AppDelegateTest : public testing::Test {
                              return std::make_unique<SilentStatusItem>(desktop.toolTips);
                            },
                            [] { return true; },
+                           {},
                            desktop,
                            {},
                            desktop,
