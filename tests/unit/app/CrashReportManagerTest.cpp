@@ -1,5 +1,6 @@
 #include "app/CrashReportManager.h"
 #include "app/LogFileManager.h"
+#include "foundation/FileContents.h"
 #include "tests/support/TestHome.h"
 
 #include <QDateTime>
@@ -10,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <signal.h>
-#include <sys/stat.h>
 
 #include <ostream>
 #include <string_view>
@@ -39,8 +39,7 @@ bool sanitizerTakes(int signal, bool isException) {
 }
 
 QString contentOf(const QString& path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+  return QString::fromUtf8(contentsOfFile(path).value_or(""));
 }
 
 class CrashTest : public testing::Test {
@@ -49,11 +48,7 @@ class CrashTest : public testing::Test {
   int run(const QString& manner) {
     QProcess process;
     process.start(QStringLiteral(QUILLO_CRASHER), {m_home.path(), manner});
-    if (!process.waitForFinished(60'000)) {
-      process.kill();
-      process.waitForFinished();
-      return -1;
-    }
+    if (!process.waitForFinished(60'000)) return -1;
     m_output = process.readAllStandardOutput();
     return process.exitStatus() == QProcess::CrashExit ? process.exitCode() : 0;
   }
@@ -64,7 +59,7 @@ class CrashTest : public testing::Test {
   }
   [[nodiscard]] QString onlyReport() const {
     const QStringList found = names(u"*.crash"_s);
-    return found.size() == 1 ? contentOf(reports().filePath(found.first())) : QString();
+    return found.size() == 1 ? contentOf(reports().filePath(found[0])) : QString();
   }
   [[nodiscard]] QString log() const {
     return contentOf(LogFileManager(m_home.path(u"Agent"_s)).sortedLogFilePaths().value(0));
@@ -97,9 +92,7 @@ TEST_P(CrashReportTest, LeavesReportAndLogAndDiesOfItsSignal) {
   for (const auto& part : {u"Application: 0123456789abcdef"_s, u"Company: A Company"_s, u" 1.2.3 (Qt "_s}) {
     EXPECT_TRUE(report.contains(part)) << part.toStdString();
   }
-  struct stat status {};
-  ASSERT_EQ(::stat(QFile::encodeName(reports().filePath(names(u"*.crash"_s).value(0))).constData(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  EXPECT_EQ(modeOf(reports().filePath(names(u"*.crash"_s).value(0))), 0600);
   EXPECT_TRUE(!crash.logIsComplete || log().endsWith(u"the last line\n"));
 }
 
