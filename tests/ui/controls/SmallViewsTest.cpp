@@ -109,20 +109,14 @@ TEST(PlainColorViewTest, FillsOverWhatLiesBehind) {
   EXPECT_EQ(rendered(view, Qt::white).pixelColor(5, 5), QColor(Qt::white));
 }
 
-// Counts how often it is asked to draw.
-class CountingColorView : public PlainColorView {
- public:
-  int drawings{0};
-
- protected:
-  void paintEvent(QPaintEvent* event) override {
-    ++drawings;
-    PlainColorView::paintEvent(event);
-  }
-};
-
 TEST(PlainColorViewTest, NewColorWaitsForTheNextDrawing) {
-  CountingColorView view;
+  struct CountingView : PlainColorView {
+    void paintEvent(QPaintEvent* event) override {
+      ++drawings;
+      PlainColorView::paintEvent(event);
+    }
+    int drawings{0};
+  } view;
   view.resize(10, 10);
   view.show();
   ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
