@@ -1,6 +1,9 @@
 #include "tests/support/TestHome.h"
 
 #include <QDir>
+#include <QFile>
+
+#include <sys/stat.h>
 
 #include <ostream>
 
@@ -24,6 +27,11 @@ LogCapture::LogCapture() {
 
 LogCapture::~LogCapture() {
   setLogSink(std::move(m_before));
+}
+
+int modeOf(const QString& path) {
+  struct stat status {};
+  return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? static_cast<int>(status.st_mode & 0777) : -1;
 }
 
 }  // namespace quillo

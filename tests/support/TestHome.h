@@ -24,6 +24,9 @@ class TestHome {
   UserDirectories m_before;
 };
 
+// The permission bits of a file or folder, -1 where there is none.
+[[nodiscard]] int modeOf(const QString& path);
+
 // Collects the lines logged while it lives.
 class LogCapture {
  public:

@@ -187,18 +187,6 @@ TEST_F(HoverButtonTest, CellsComeAndGoWithTheButton) {
   movePointer(inside);
 }
 
-TEST(HoverButtonCellTest, SetUpTakesThePicturesThatAreThere) {
-  const ImageRef image = colorImage(Qt::red);
-  const ImageRef alternate = colorImage(Qt::blue);
-  const HoverButtonCell cell(image, alternate);
-  EXPECT_EQ(cell.standardImage(), image);
-  EXPECT_EQ(cell.activeImage(), alternate);
-  EXPECT_EQ(cell.imagePosition(), CellImagePosition::ImageAbove);
-  EXPECT_TRUE(cell.isBordered());
-  EXPECT_EQ(cell.highlightsBy() & ContentsCellMask, 0U);
-  EXPECT_EQ(cell.showsStateBy() & ContentsCellMask, 1U);
-}
-
 TEST(HoverButtonCellTest, TitlesAreCentredAndLifted) {
   HoverButtonCell cell(u"Title"_s);
   const QSizeF size = cell.attributedTitle().size();

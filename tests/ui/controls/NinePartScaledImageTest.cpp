@@ -220,15 +220,6 @@ TEST(NinePartScaledImageTest, DegenerateInputDrawsWhatItCan) {
   EXPECT_EQ(qAlpha(drawn.pixel(100, 20)), 0);
 }
 
-TEST(NinePartScaledImageTest, OneShotDrawingIsTheSamePicture) {
-  QImage target(200, 80, QImage::Format_ARGB32_Premultiplied);
-  target.fill(Qt::transparent);
-  QPainter painter(&target);
-  drawNinePartScaledInRect(patternSource(), painter, {0, 0, 200, 80}, topLeft, bottomRight);
-  painter.end();
-  EXPECT_EQ(target, draw(NinePartScaledImage(patternSource(), topLeft, bottomRight), {0, 0, 200, 80}, 1, {200, 80}));
-}
-
 TEST(NinePartScaledImageViewTest, FillsItselfAndDrawsNothingWithoutAnImage) {
   NinePartScaledImageView view;
   view.resize(200, 80);

@@ -1,5 +1,5 @@
+#include "controls/Button.h"
 #include "controls/ColorViews.h"
-#include "controls/CustomCursorButton.h"
 #include "controls/QLScroller.h"
 #include "tests/support/TestHome.h"
 
@@ -22,13 +22,19 @@ QImage rendered(QWidget& widget, const QColor& behind, double ratio = 1) {
   return image;
 }
 
+// 200 points high, of which the knob takes the half.
+struct UprightScroller : QLScroller {
+  UprightScroller() : QLScroller(Qt::Vertical) {
+    setRange(0, 100);
+    setPageStep(100);
+    resize(scrollerWidth, 200);
+  }
+};
+
 TEST(QLScrollerTest, DrawsThePillAndNothingElse) {
   for (const double ratio : {1.0, 1.5, 2.0}) {
     SCOPED_TRACE(ratio);
-    QLScroller scroller(Qt::Vertical);
-    scroller.setRange(0, 100);
-    scroller.setPageStep(100);
-    scroller.resize(QLScroller::scrollerWidth, 200);
+    UprightScroller scroller;
     EXPECT_EQ(scroller.knobRect().left(), 4.0);
     EXPECT_EQ(scroller.knobRect().right(), 11.0);
     EXPECT_FALSE(scroller.isOpaque());
@@ -59,10 +65,7 @@ TEST(QLScrollerTest, HorizontalKnobStandsNearTheLeftEndWhateverTheValue) {
 }
 
 TEST(QLScrollerTest, KnobIsTakenHoldOfWhereItIsDrawn) {
-  QLScroller scroller(Qt::Vertical);
-  scroller.setRange(0, 100);
-  scroller.setPageStep(100);
-  scroller.resize(QLScroller::scrollerWidth, 200);
+  UprightScroller scroller;
   scroller.show();
   ASSERT_TRUE(QTest::qWaitForWindowExposed(&scroller));
   const QPoint start = scroller.rectForKnob().center().toPoint();
@@ -106,20 +109,14 @@ TEST(PlainColorViewTest, FillsOverWhatLiesBehind) {
   EXPECT_EQ(rendered(view, Qt::white).pixelColor(5, 5), QColor(Qt::white));
 }
 
-// Counts how often it is asked to draw.
-class CountingColorView : public PlainColorView {
- public:
-  int drawings{0};
-
- protected:
-  void paintEvent(QPaintEvent* event) override {
-    ++drawings;
-    PlainColorView::paintEvent(event);
-  }
-};
-
 TEST(PlainColorViewTest, NewColorWaitsForTheNextDrawing) {
-  CountingColorView view;
+  struct CountingView : PlainColorView {
+    void paintEvent(QPaintEvent* event) override {
+      ++drawings;
+      PlainColorView::paintEvent(event);
+    }
+    int drawings{0};
+  } view;
   view.resize(10, 10);
   view.show();
   ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
@@ -137,17 +134,6 @@ TEST(ClearColorViewTest, MakesAHole) {
   ClearColorView view;
   view.resize(10, 10);
   EXPECT_EQ(qAlpha(rendered(view, Qt::red).pixel(5, 5)), 0);
-}
-
-TEST(CustomCursorButtonTest, CursorTakesEffectAtOnceAndGoes) {
-  QWidget window;
-  window.setCursor(Qt::IBeamCursor);
-  CustomCursorButton button(&window);
-  EXPECT_EQ(button.cursor().shape(), Qt::IBeamCursor);
-  button.setCustomCursor(QCursor(Qt::PointingHandCursor));
-  EXPECT_EQ(button.cursor().shape(), Qt::PointingHandCursor);
-  button.setCustomCursor(std::nullopt);
-  EXPECT_EQ(button.cursor().shape(), Qt::IBeamCursor);
 }
 
 TEST(ButtonTest, TheFocusRingIsTheKeyboardsAndOutlastsAMenu) {

@@ -8,10 +8,22 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
+using Values = PropertyListDictionary;
+
 const QString agentID = Identifier::agent;
 
 class ManagersTest : public ManagerTest {
  protected:
+  // The shared list and the process's own defaults, of their own for each `what`, hold these and nothing else.
+  std::unique_ptr<UserDefaults> store(const char* what, const Values& own, const Values& shared) {
+    for (const QString& key : onDisk().keys()) a.prefs->removeObjectForKey(key);
+    for (auto it = shared.begin(); it != shared.end(); ++it) a.prefs->setValueForKey(*it, it.key());
+    auto defaults = std::make_unique<UserDefaults>(home.path(), QLatin1StringView(what));
+    for (auto it = own.begin(); it != own.end(); ++it) defaults->setObjectForKey(*it, it.key());
+    take();
+    return defaults;
+  }
+
   FakeProcess a{u"A"_s, listURL(), bus, services, events};
 };
 
@@ -39,15 +51,9 @@ TEST_F(ManagersTest, RefreshingFollowsTheTableAndAsksWhetherItRunsOnlyWhenItMatt
     a.agent->refreshAgentStatus();
     EXPECT_EQ(take(), row.calls);
     EXPECT_EQ(running.timesAsked, row.timesAsked);
+    a.agent->restartAgentIfRunning();
+    EXPECT_EQ(take(), row.runs ? (QStringList{u"disable "_s + agentID, u"enable "_s + agentID}) : QStringList{});
   }
-}
-
-TEST_F(ManagersTest, RestartsTheAgentOnlyIfItRuns) {
-  a.agent->restartAgentIfRunning();
-  EXPECT_EQ(take(), QStringList{});
-  running.applications = {{agentID, 7}};
-  a.agent->restartAgentIfRunning();
-  EXPECT_EQ(take(), (QStringList{u"disable "_s + agentID, u"enable "_s + agentID}));
 }
 
 TEST_F(ManagersTest, EachSettingIsStoredToldAndCarriedOutInOrderInBothProcesses) {
@@ -115,89 +121,60 @@ TEST_F(ManagersTest, WithoutASharedListReadsNoAndLosesWrites) {
 }
 
 TEST_F(ManagersTest, RemindersMigrateOnceWithoutANotice) {
-  const PropertyListValue older(u"NO"_s);
+  const Values older{{Key::remindersEnabled, u"NO"_s}};
+  const Values on{{Key::remindersEnabled, true}};
+  const Values off{{Key::remindersEnabled, false}};
   const struct {
     const char* what;
-    PropertyListDictionary own, shared, ownAfter, sharedAfter;
+    Values own, shared, sharedAfter;
   } rows[] = {
-      {"fresh", {}, {}, {}, {{Key::remindersEnabled, true}}},
-      {"older own value moves as it is", {{Key::remindersEnabled, older}}, {}, {}, {{Key::remindersEnabled, older}}},
-      {"a shared value stays, and so does the own",
-       {{Key::remindersEnabled, older}},
-       {{Key::remindersEnabled, true}},
-       {{Key::remindersEnabled, older}},
-       {{Key::remindersEnabled, true}}},
-      {"a shared NO stays", {}, {{Key::remindersEnabled, false}}, {}, {{Key::remindersEnabled, false}}},
+      {"fresh", {}, {}, on},
+      {"older own value moves as it is", older, {}, older},
+      {"a shared value stays, and so does the own", older, on, on},
+      {"a shared NO stays", {}, off, off},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
-    a.prefs->removeObjectForKey(Key::remindersEnabled);
-    for (auto it = row.shared.begin(); it != row.shared.end(); ++it) a.prefs->setValueForKey(*it, it.key());
-    UserDefaults defaults(home.path(), QLatin1StringView(row.what));
-    for (auto it = row.own.begin(); it != row.own.end(); ++it) defaults.setObjectForKey(*it, it.key());
-    RemindersManager::initialize(a.prefs.get(), defaults);
-    EXPECT_EQ(defaults.persistentDomain(), row.ownAfter);
+    const auto defaults = store(row.what, row.own, row.shared);
+    RemindersManager::initialize(a.prefs.get(), *defaults);
+    EXPECT_EQ(defaults->persistentDomain(), row.shared.isEmpty() ? Values() : row.own);
     EXPECT_EQ(onDisk(), row.sharedAfter);
     EXPECT_EQ(take(), QStringList{});
   }
 }
 
 TEST_F(ManagersTest, TheAgentsSettingsMigrateInTheMainApplicationOnly) {
-  const PropertyListDictionary on{{Key::agentEnabled, true}};
-  const PropertyListDictionary off{{Key::agentEnabled, false}};
+  const Values on{{Key::agentEnabled, true}};
+  const Values off{{Key::agentEnabled, false}};
+  const Values atLogin{{Key::startAgentAtLogin, true}};
+  const Values onButNotAtLogin{{Key::agentEnabled, true}, {Key::startAgentAtLogin, false}};
+  const Values allOff{{Key::agentEnabled, false}, {Key::remindersEnabled, false}};
   const QStringList notice{u"A will agent on"_s, u"A did agent on"_s};
   const QStringList noticeOff{u"A will agent off"_s, u"A did agent off"_s};
   const QStringList remindersOff{u"A will reminders off"_s, u"A did reminders off"_s};
-  const QStringList enable{u"enable "_s + agentID};
+  const QStringList enabled = notice + QStringList{u"enable "_s + agentID} + notice;
+  constexpr auto main = Identifier::mainApplication;
   const struct {
     const char* what;
     QLatin1StringView bundle;
-    PropertyListDictionary own, shared, ownAfter, sharedAfter;
+    Values own, shared, ownAfter, sharedAfter;
     QStringList happens;
   } rows[] = {
-      {"the agent itself",
-       Identifier::agent,
-       on,
-       {{Key::startAgentAtLogin, true}},
-       on,
-       {{Key::startAgentAtLogin, true}},
-       {}},
-      {"fresh", Identifier::mainApplication, {}, {}, {}, off, noticeOff},
-      {"nothing to do", Identifier::mainApplication, {}, on, {}, on, {}},
-      {"own value moves", Identifier::mainApplication, on, {}, {}, on, notice},
-      {"own value yields to the shared", Identifier::mainApplication, on, off, on, off, {}},
-      {"obsolete YES in the shared list",
-       Identifier::mainApplication,
-       {},
-       {{Key::startAgentAtLogin, true}},
-       {},
-       on,
-       notice + enable + notice},
-      {"obsolete NO over a shared YES",
-       Identifier::mainApplication,
-       {},
-       {{Key::agentEnabled, true}, {Key::startAgentAtLogin, false}},
-       {},
-       {{Key::agentEnabled, false}, {Key::remindersEnabled, false}},
-       noticeOff + remindersOff + noticeOff},
-      {"obsolete own YES",
-       Identifier::mainApplication,
-       {{Key::startAgentAtLogin, 1}},
-       {},
-       {},
-       on,
-       notice + enable + notice},
+      {"the agent itself", Identifier::agent, on, atLogin, on, atLogin, {}},
+      {"fresh", main, {}, {}, {}, off, noticeOff},
+      {"nothing to do", main, {}, on, {}, on, {}},
+      {"own value moves", main, on, {}, {}, on, notice},
+      {"own value yields to the shared", main, on, off, on, off, {}},
+      {"obsolete YES in the shared list", main, {}, atLogin, {}, on, enabled},
+      {"obsolete NO over a shared YES", main, {}, onButNotAtLogin, {}, allOff, noticeOff + remindersOff + noticeOff},
+      {"obsolete own YES", main, {{Key::startAgentAtLogin, 1}}, {}, {}, on, enabled},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
-    const PropertyListDictionary before = onDisk();
-    for (auto it = before.begin(); it != before.end(); ++it) a.prefs->removeObjectForKey(it.key());
-    for (auto it = row.shared.begin(); it != row.shared.end(); ++it) a.prefs->setValueForKey(*it, it.key());
-    UserDefaults defaults(home.path(), QLatin1StringView(row.what));
-    for (auto it = row.own.begin(); it != row.own.end(); ++it) defaults.setObjectForKey(*it, it.key());
-    AgentManager::initialize(row.bundle, a.prefs.get(), defaults, a.center,
+    const auto defaults = store(row.what, row.own, row.shared);
+    AgentManager::initialize(row.bundle, a.prefs.get(), *defaults, a.center,
                              [this]() -> AgentManager& { return *a.agent; });
-    EXPECT_EQ(defaults.persistentDomain(), row.ownAfter);
+    EXPECT_EQ(defaults->persistentDomain(), row.ownAfter);
     EXPECT_EQ(onDisk(), row.sharedAfter);
     EXPECT_EQ(take(), row.happens);
   }

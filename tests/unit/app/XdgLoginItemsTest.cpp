@@ -51,9 +51,7 @@ TEST_F(XdgLoginItemsTest, EnablingWritesTheEntryAndStartsTheHelperDisablingUndoe
   ASSERT_TRUE(xdg.setLoginItemEnabled(agentID, true));
   EXPECT_EQ(take(), QStringList{u"start "_s + helper + u"|--home|/a b"_s});
   EXPECT_EQ(xdg.jobDictionaries(), (QList<LoginJob>{{agentID, true}}));
-  struct stat status {};
-  ASSERT_EQ(::stat(QFile::encodeName(entryPath()).constData(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0644U);
+  EXPECT_EQ(modeOf(entryPath()), 0644);
 
   running.applications = {{agentID, 7}, {u"other"_s, 8}};
   EXPECT_TRUE(xdg.setLoginItemEnabled(agentID, false));

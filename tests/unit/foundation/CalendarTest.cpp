@@ -1,9 +1,15 @@
 #include "foundation/Calendar.h"
+#include "foundation/RelativeDateText.h"
+
+#include <QDateTime>
+#include <QProcess>
+#include <QStandardPaths>
 
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <random>
+#include <sstream>
 
 namespace quillo {
 
@@ -26,14 +32,7 @@ std::string textOf(std::optional<Date> date) {
 }
 
 DateComponents reading(qint64 year, qint64 month, qint64 day, qint64 hour = 0, qint64 minute = 0, qint64 second = 0) {
-  DateComponents parts;
-  parts.year = year;
-  parts.month = month;
-  parts.day = day;
-  parts.hour = hour;
-  parts.minute = minute;
-  parts.second = second;
-  return parts;
+  return {{}, year, month, day, hour, minute, second, {}, {}, {}, {}};
 }
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
@@ -191,6 +190,50 @@ TEST(TimeZone, SystemZoneIsAskedAnew) {
   qputenv("TZ", "Mars/Olympus");
   EXPECT_EQ(TimeZone::systemTimeZone().secondsFromUTC(0), 0);
   qunsetenv("TZ");
+}
+
+// Another reader of the same zone files, with the same rule for readings in gaps and in repeated hours.
+TEST(TimeZone, AgreesWithAnotherReaderOfTheZoneFiles) {
+  const QString python = QStandardPaths::findExecutable(u"python3"_s);
+  if (python.isEmpty()) GTEST_SKIP() << "no python3";
+  QProcess oracle;
+  oracle.start(python, {QStringLiteral(QUILLO_TEST_DATA "/calendar_oracle.py")});
+  ASSERT_TRUE(oracle.waitForFinished(60'000));
+  ASSERT_EQ(oracle.exitCode(), 0) << oracle.readAllStandardError().toStdString();
+
+  std::istringstream lines(oracle.readAllStandardOutput().toStdString());
+  std::string kind, name;
+  qint64 given = 0, expected = 0;
+  int checked = 0;
+  int wrong = 0;
+  while (lines >> kind >> name >> given >> expected) {
+    const auto zone = TimeZone::timeZoneWithName(QString::fromStdString(name));
+    ASSERT_TRUE(zone) << name;
+    const qint64 answer = kind == "offset" ? zone->secondsFromUTC(given) : zone->instantOfReading(given);
+    ++checked;
+    if (answer == expected) continue;
+    ADD_FAILURE() << kind << ' ' << name << ' ' << given << ": " << answer << ", expected " << expected;
+    if (++wrong > 20) break;
+  }
+  EXPECT_GT(checked, 20'000);
+}
+
+TEST(RelativeDateText, NamesNearDaysAndReadsInTheCalendarsZone) {
+  // Cairo keeps summer time again since 2023, which older zone data does not know: 19:00 UTC is 22:00 there in July.
+  const QLocale german(u"de_DE"_s);
+  const QLocale british(u"en_GB"_s);
+  EXPECT_EQ(relativeDateText(instant("2024-07-10T19:00:00Z"), calendarIn("Africa/Cairo"), german),
+            u"10.07.24, 22:00"_s);
+  const Calendar utc(TimeZone::utc());
+  const QDateTime noon(QDateTime::currentDateTimeUtc().date(), QTime(12, 0), Qt::UTC);
+  const auto textIn = [&](int days, const QLocale& locale) {
+    return relativeDateText(Date::fromDateTime(noon.addDays(days)), utc, locale);
+  };
+  EXPECT_EQ(textIn(0, british), u"Today at 12:00"_s);
+  EXPECT_EQ(textIn(1, british), u"Tomorrow at 12:00"_s);
+  EXPECT_EQ(textIn(0, german), u"heute um 12:00"_s);
+  EXPECT_EQ(textIn(40, british), noon.addDays(40).toString(u"dd/MM/yyyy, HH:mm"_s));
+  EXPECT_EQ(relativeDateText(Date(1e300), utc), QString());
 }
 
 }  // namespace quillo

@@ -1,4 +1,4 @@
-#include "PropertyListSample.h"
+#include "PropertyListParsing.h"
 
 #include <QtEndian>
 
@@ -42,7 +42,7 @@ struct Binary {
   }
 };
 
-QByteArray hex(const char* digits) {
+QByteArray hex(const QByteArray& digits) {
   return QByteArray::fromHex(digits);
 }
 
@@ -90,49 +90,26 @@ TEST(PropertyListBinary, ReadsEveryWidth) {
 
 TEST(PropertyListBinary, RefusesWhatIsNoObject) {
   const struct {
-    const char* object;
     const char* why;
+    QByteArrayList objects;
   } cases[] = {
-      {"00", "null"},
-      {"01", "unknown object"},
-      {"0f", "unknown object"},
-      {"8001", "UID"},
-      {"7161", "unknown object"},
-      {"b0", "unknown object"},
-      {"e0", "unknown object"},
-      {"ff", "unknown object"},
-      {"15"
-       "0000000000000000000000000000000000000000000000000000000000000000",
-       "width"},
-      {"140000000000000001ffffffffffffffff", "out of range"},
-      {"14ffffffffffffffffffffffffffffffff", "out of range"},
-      {"210000", "width"},
-      {"32"
-       "00000000",
-       "width"},
-      {"13ff", "behind the last"},
-      {"5361", "behind the last"},
-      {"5180", "ASCII"},
-      {"61ff", "behind the last"},
-      {"42ff", "behind the last"},
-      {"a50101", "behind the last"},
-      {"d10101", "names no object"},
-      {"5f09", "not an integer"},
-      {"5f1400000000000000000000000000000001", "not an integer"},
-      {"5f", "not an integer"},
-      {"5f11", "behind the last"},
-      {"4f13ffffffffffffffff", "behind the last"},
-      {"5f13ffffffffffffffff", "behind the last"},
-      {"6f138000000000000000", "behind the last"},
-      {"af132000000000000000", "behind the last"},
-      {"df138000000000000000", "behind the last"},
-      {"a101", "names no object"},
-      {"a100", "holds itself"},
-      {"d10000", "holds itself"},
+      {"null", {"00"}},
+      {"unknown object", {"01", "0f", "7161", "b0", "e0", "ff"}},
+      {"UID", {"8001"}},
+      {"width", {"15" + QByteArray(64, '0'), "210000", "3200000000"}},
+      {"out of range", {"140000000000000001ffffffffffffffff", "14ffffffffffffffffffffffffffffffff"}},
+      {"behind the last",
+       {"13ff", "5361", "61ff", "42ff", "a50101", "5f11", "4f13ffffffffffffffff", "5f13ffffffffffffffff",
+        "6f138000000000000000", "af132000000000000000", "df138000000000000000"}},
+      {"ASCII", {"5180"}},
+      {"names no object", {"d10101", "a101"}},
+      {"not an integer", {"5f09", "5f1400000000000000000000000000000001", "5f"}},
+      {"holds itself", {"a100", "d10000"}},
   };
-  for (const auto& c : cases)
-    EXPECT_THAT(whyRefused(Binary{{hex(c.object)}}.data()), testing::AllOf(HasSubstr(c.why), HasSubstr("offset")))
-        << c.object;
+  for (const auto& [why, objects] : cases)
+    for (const QByteArray& object : objects)
+      EXPECT_THAT(whyRefused(Binary{{hex(object)}}.data()), testing::AllOf(HasSubstr(why), HasSubstr("offset")))
+          << object.toStdString();
   EXPECT_THAT(whyRefused(Binary{{hex("a101"), hex("a102"), hex("a101")}}.data()), HasSubstr("holds itself"));
   EXPECT_THAT(whyRefused(Binary{{hex("d10102"), hex("1001"), hex("09")}}.data()), HasSubstr("key is not a string"));
   EXPECT_THAT(whyRefused(Binary{{hex("d10101"), hex("a0")}}.data()), HasSubstr("key is not a string"));
@@ -142,23 +119,17 @@ TEST(PropertyListBinary, RefusesATrailerThatDoesNotFit) {
   const QList<QByteArray> objects = {hex("a101"), hex("09")};
   constexpr quint64 huge = std::numeric_limits<quint64>::max();
   const struct {
-    Binary list;
     const char* why;
+    QList<Binary> lists;
   } cases[] = {
-      {{objects, 0, 1}, "widths"},
-      {{objects, 1, 0}, "widths"},
-      {{objects, 1, 9}, "widths"},
-      {{objects, 1, 1, 2}, "top object"},
-      {{objects, 1, 1, huge}, "top object"},
-      {{objects, 1, 1, 0, 0}, "number of objects"},
-      {{objects, 1, 1, 0, 3}, "number of objects"},
-      {{objects, 1, 1, 0, huge}, "number of objects"},
-      {{objects, 8, 1, 0, huge / 8 + 2}, "number of objects"},
-      {{objects, 1, 1, 0, {}, 8}, "offset table"},
-      {{objects, 1, 1, 0, {}, 13}, "offset table"},
-      {{objects, 1, 1, 0, {}, huge}, "offset table"},
+      {"widths", {{objects, 0, 1}, {objects, 1, 0}, {objects, 1, 9}}},
+      {"top object", {{objects, 1, 1, 2}, {objects, 1, 1, huge}}},
+      {"number of objects",
+       {{objects, 1, 1, 0, 0}, {objects, 1, 1, 0, 3}, {objects, 1, 1, 0, huge}, {objects, 8, 1, 0, huge / 8 + 2}}},
+      {"offset table", {{objects, 1, 1, 0, {}, 8}, {objects, 1, 1, 0, {}, 13}, {objects, 1, 1, 0, {}, huge}}},
   };
-  for (const auto& c : cases) EXPECT_THAT(whyRefused(c.list.data()), HasSubstr(c.why));
+  for (const auto& [why, lists] : cases)
+    for (const Binary& list : lists) EXPECT_THAT(whyRefused(list.data()), HasSubstr(why));
   QByteArray good = Binary{objects, 1, 1}.data();
   EXPECT_TRUE(parsed(good));
   for (const char offset : {0, 7, 11, 12, 127}) {

@@ -104,7 +104,10 @@ TEST_F(EntrySavingCrashTest, AFullDiskLeavesTheOldEntry) {
   entry->setString(u"new"_s);
   EXPECT_TRUE(entry->saveToJournal(package.get(), nullptr));
 
-  write(home.path(u"disk/filler"_s), QByteArray(1'000'000, 'x'));
+  QFile filler(home.path(u"disk/filler"_s));
+  ASSERT_TRUE(filler.open(QIODevice::WriteOnly));
+  filler.write(QByteArray(1'000'000, 'x'));  // as much of it as there is room for
+  filler.close();
   EXPECT_FALSE(QLJournalPackageFile::openPackage(QUrl::fromLocalFile(home.path(u"disk/New"_s)), true, &error));
   EXPECT_EQ(error.code, JournalError::OutOfSpace) << error.description().toStdString();
   EXPECT_EQ(everythingIn(home.path(u"disk"_s)), (QStringList{u"Full.quillojournal"_s, u"filler"_s}));

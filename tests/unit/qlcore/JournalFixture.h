@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/FileContents.h"
 #include "foundation/PropertyListSerialization.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/QLJournalEntryFile.h"
@@ -28,25 +29,18 @@ class JournalFixture : public testing::Test {
   }
 
   static void write(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.toStdString();
-    file.write(bytes);
+    ASSERT_TRUE(writeFileInPlace(path, bytes)) << path.toStdString();
   }
   static void write(const QString& path, const PropertyListDictionary& fields,
                     PropertyListFormat format = PropertyListFormat::XML) {
     write(path, PropertyListSerialization::dataWithPropertyList(fields, format).value_or("unwritable"));
   }
-  static QByteArray bytesOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-  }
+  static QByteArray bytesOf(const QString& path) { return contentsOfFile(path).value_or(""); }
   static PropertyListDictionary fieldsOf(const QString& path) {
     return PropertyListSerialization::propertyListWithData(bytesOf(path)).value_or(PropertyListValue()).dictionary();
   }
   static QStringList everythingIn(const QString& path) {
-    QStringList names = QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    names.sort();
-    return names;
+    return QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
   }
 
   QString entryPath(const QString& uuid) const {

@@ -30,9 +30,7 @@ TEST_F(QLJournalEntryFileTest, ReadsBackAsItWasSaved) {
 
   EXPECT_EQ(entry->fileURLForEntryProperties(), QUrl::fromLocalFile(entryPath(entry->uuid())));
   EXPECT_TRUE(bytesOf(entryPath(entry->uuid())).startsWith("<?xml"));
-  struct stat status {};
-  ASSERT_EQ(::stat(QFile::encodeName(entryPath(entry->uuid())).constData(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  EXPECT_EQ(modeOf(entryPath(entry->uuid())), 0600);
 
   for (const auto& read : {reread(entry->uuid()), reread(entry->uuid().toLower()),
                            QLJournalEntryFile::load(*entry->fileURLForEntryProperties(), nullptr)}) {

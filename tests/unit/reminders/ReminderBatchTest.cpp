@@ -1,9 +1,6 @@
 #include "reminders/ReminderBatch.h"
 
-#include <QElapsedTimer>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QByteArrayList>
 
 #include <gtest/gtest.h>
 
@@ -24,6 +21,9 @@ TEST(ReminderBatch, AnswersLines) {
   } cases[] = {
       {lineWith(R"("unit":16,"count":1,"period":0,"after":"2014-03-20T21:30:00Z","n":3)"),
        R"({"next":["2014-03-21T20:00:00Z","2014-03-22T20:00:00Z","2014-03-23T20:00:00Z"]})"},
+      // A window of an hour, on both sides of a change of the clock.
+      {lineWith(R"("unit":64,"count":7,"period":3600,"after":"2014-03-29T20:50:00Z","n":3)"),
+       R"({"next":["2014-03-29T20:56:00Z","2014-03-30T19:00:00Z","2014-03-30T19:07:00Z"]})"},
       {lineWith(R"("unit":8,"count":1,"after":"2014-03-20T23:30:00+02:00")"), R"({"next":["2014-04-10T19:00:00Z"]})"},
       {lineWith(R"("unit":4,"count":7000,"after":"2014-03-20T21:30:00Z","n":5)"),
        R"({"next":["9014-03-10T20:00:00Z"]})"},
@@ -35,48 +35,33 @@ TEST(ReminderBatch, AnswersLines) {
        R"({"next":[]})"},
   };
   for (const auto& row : cases) EXPECT_EQ(answerBatchLine(row.line), row.answer) << row.line.constData();
+  EXPECT_EQ(answerBatchLine(lineWith(R"("unit":64,"count":1,"n":1000)")).count('Z'), 1000);
 }
 
 TEST(ReminderBatch, NamesWhatIsWrong) {
+  const QByteArray noBase = R"({"unit":16,"count":1,"base_zone":"UTC")";
+  const QByteArray base = noBase + R"(,"base":"2014-03-10T20:00:00)";
   const struct {
-    QByteArray line;
     const char* about;
+    QByteArrayList lines;
   } cases[] = {
-      {"", "JSON"},
-      {"[1]", "JSON"},
-      {"{", "JSON"},
-      {QByteArray(100'000, '['), "JSON"},
-      {lineWith(R"("count":1)"), "\"unit\""},
-      {lineWith(R"("unit":16,"count":-1)"), "\"count\""},
-      {lineWith(R"("unit":16,"count":1.5)"), "\"count\""},
-      {lineWith(R"("unit":"16","count":1)"), "\"unit\""},
-      {lineWith(R"("unit":16,"count":1,"period":"long")"), "\"period\""},
-      {lineWith(R"("unit":16,"count":1,"after":"yesterday")"), "\"after\""},
-      {lineWith(R"("unit":16,"count":1,"n":0)"), "\"n\""},
-      {lineWith(R"("unit":16,"count":1,"n":1001)"), "\"n\""},
-      {R"({"unit":16,"count":1,"base_zone":"UTC"})", "\"base\""},
-      {R"({"unit":16,"count":1,"base":"2014-03-10T20:00:00","base_zone":"UTC"})", "\"base\""},
-      {R"({"unit":16,"count":1,"base":"2014-03-10T20:00:00Z","base_zone":"Mars/Olympus"})", "\"base_zone\""},
-      {R"({"unit":16,"count":1,"base":"2014-03-10T20:00:00Z","base_zone":"UTC","zone":7})", "\"zone\""},
+      {"JSON", {"", "[1]", "{", QByteArray(100'000, '[')}},
+      {"\"unit\"", {lineWith(R"("count":1)"), lineWith(R"("unit":"16","count":1)")}},
+      {"\"count\"", {lineWith(R"("unit":16,"count":-1)"), lineWith(R"("unit":16,"count":1.5)")}},
+      {"\"period\"", {lineWith(R"("unit":16,"count":1,"period":"long")")}},
+      {"\"after\"", {lineWith(R"("unit":16,"count":1,"after":"yesterday")")}},
+      {"\"n\"", {lineWith(R"("unit":16,"count":1,"n":0)"), lineWith(R"("unit":16,"count":1,"n":1001)")}},
+      {"\"base\"", {noBase + '}', base + "\"}"}},
+      {"\"base_zone\"", {R"({"unit":16,"count":1,"base":"2014-03-10T20:00:00Z","base_zone":"Mars/Olympus"})"}},
+      {"\"zone\"", {base + R"(Z","zone":7})"}},
   };
-  for (const auto& row : cases) {
-    const QByteArray answer = answerBatchLine(row.line);
-    const QJsonObject object = QJsonDocument::fromJson(answer).object();
-    EXPECT_EQ(object.keys(), QStringList(QStringLiteral("error"))) << answer.constData();
-    EXPECT_TRUE(object.value(QStringLiteral("error")).toString().contains(QLatin1StringView(row.about)))
-        << row.line.left(100).constData() << answer.constData();
+  for (const auto& [about, lines] : cases) {
+    for (const QByteArray& line : lines) {
+      QByteArray answer = answerBatchLine(line);
+      EXPECT_TRUE(answer.startsWith(R"({"error":")") && answer.replace("\\\"", "\"").contains(about))
+          << answer.constData();
+    }
   }
-}
-
-TEST(ReminderBatch, EachReminderFollowsTheOneBefore) {
-  const QByteArray answer =
-      answerBatchLine(lineWith(R"("unit":64,"count":7,"period":3600,"after":"2014-03-29T00:00:00Z","n":1000)"));
-  const QJsonArray next = QJsonDocument::fromJson(answer).object().value(QStringLiteral("next")).toArray();
-  ASSERT_EQ(next.size(), 1000);
-  for (qsizetype i = 1; i < next.size(); ++i) ASSERT_LT(next[i - 1].toString(), next[i].toString());
-  // Nine a day: 21:00 to 21:56.
-  EXPECT_EQ(next[0].toString(), QStringLiteral("2014-03-29T20:00:00Z"));
-  EXPECT_EQ(next[9].toString(), QStringLiteral("2014-03-30T19:00:00Z"));
 }
 
 }  // namespace quillo
