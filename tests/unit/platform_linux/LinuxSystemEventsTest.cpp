@@ -43,11 +43,9 @@ class LinuxSystemEventsTest : public testing::Test {
     file.write(text);
   }
 
+  QTemporaryDir m_directory;
   std::vector<SystemEvent> seen;
   std::optional<LinuxSystemEvents> events;
-
- private:
-  QTemporaryDir m_directory;
 };
 
 // Sets the clock by so many nanoseconds; false where this process may not.

@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 
 using namespace quillo;
@@ -95,30 +96,25 @@ TEST_F(LocationManagerTest, EndsAtTheTimeOutWithTheSameFixOrWithNone) {
   start(1e300);
   handlePendingEvents();
   EXPECT_TRUE(manager->isSearching());
+  manager->stop();
+  EXPECT_FALSE(manager->isSearching());
 }
 
 TEST_F(LocationManagerTest, SaysNothingAfterItWasStoppedStartedAgainOrDestroyed) {
-  start();
-  send(52.53, 13.42, 50);  // on its way
-  manager->stop();
-  EXPECT_FALSE(manager->isSearching());
-  EXPECT_FALSE(provider->source);
-  handlePendingEvents();
-  EXPECT_TRUE(calls.empty());
-
-  start(0);
-  send(52.53, 13.42, 50);
-  bool second = false;
-  manager->startWithTimeout(60, [&](const auto&, bool) { second = true; });
-  handlePendingEvents();
-  EXPECT_TRUE(calls.empty());
-  EXPECT_FALSE(second);
-
-  start(0);
-  send(52.53, 13.42, 50);
-  manager.reset();
-  handlePendingEvents();
-  EXPECT_TRUE(calls.empty());
+  const std::function<void()> ends[] = {
+      [&] { manager->stop(); },
+      [&] { manager->startWithTimeout(60, [](const auto&, bool) { ADD_FAILURE() << "the next search hears it"; }); },
+      [&] { manager.reset(); },
+  };
+  for (const auto& end : ends) {
+    start(0);
+    const auto source = provider->source;
+    send(52.53, 13.42, 50);
+    end();
+    EXPECT_FALSE(source);
+    handlePendingEvents();
+    EXPECT_TRUE(calls.empty());
+  }
 }
 
 TEST_F(LocationManagerTest, LetsTheHandlerDoAsItLikes) {

@@ -20,7 +20,7 @@ const QByteArray partlyCloudy = forecast("2026-11-25T12:00:00Z", "18.4", "partly
 
 struct FakeClock final : Clock {
   [[nodiscard]] double secondsSince1970() const override { return now; }
-  double now{noon.timeIntervalSince1970()};
+  double now{0};
 };
 
 struct Outcome {
@@ -32,7 +32,10 @@ class WeatherManagerTest : public testing::Test {
  protected:
   WeatherManagerTest() { restart(); }
 
+  // At noon, with nothing kept and nothing asked so far.
   void restart(int timeoutMilliseconds = 5000) {
+    clock.now = noon.timeIntervalSince1970();
+    server.requests.clear();
     manager = std::make_unique<QLWeatherManager>(
         clock, QLWeatherManager::Settings{.baseURL = server.url(), .timeoutMilliseconds = timeoutMilliseconds});
   }
@@ -140,7 +143,6 @@ TEST_F(WeatherManagerTest, TakesAForecastAndNothingElse) {
     restart();
     server.answer = row.answer;
     server.closesAfterAnswer = row.failure == WeatherError::NotReachable;
-    server.requests.clear();
     EXPECT_EQ(failureOf(ask()), row.failure) << row.name;
     EXPECT_FALSE(server.requests.isEmpty()) << row.name;
     EXPECT_FALSE(server.requests.last().contains("/other")) << row.name;
@@ -164,34 +166,26 @@ TEST_F(WeatherManagerTest, GivesUpOnAnAnswerThatBreaksOffOrHangs) {
   EXPECT_EQ(failureOf(ask()), WeatherError::NotReachable);
 }
 
-TEST_F(WeatherManagerTest, UsesAnAnswerUntilItExpires) {
-  server.answer = response("200 OK", "Expires: Wed, 25 Nov 2026 12:30:00 GMT\r\n", partlyCloudy);
-  ask();
-  clock.now += 29 * 60;
-  EXPECT_EQ(ask(59.91393, 10.75221).weather->temperature, 18.4);
-  EXPECT_EQ(server.requests.size(), 1);
-  ask(60, 10);
-  EXPECT_EQ(server.requests.size(), 2);
-  clock.now += 60;
-  ask();
-  EXPECT_EQ(server.requests.size(), 3);
+TEST_F(WeatherManagerTest, UsesAnAnswerUntilItExpiresButForNoMoreThanADay) {
+  const Date tomorrow = noon.addingTimeInterval(86400);
+  const auto requestsAfterAsking = [&](double latitude, double longitude) {
+    EXPECT_EQ(ask(latitude, longitude, tomorrow).weather->temperature, 1);
+    return server.requests.size();
+  };
+  for (const auto& [expires, seconds] : {std::pair<QByteArray, double>{"Tue, 25 Nov 2036 12:30:00 GMT", 86400},
+                                         {"Wed, 25 Nov 2026 12:30:00 GMT", 1800}}) {
+    restart();
+    server.answer = response("200 OK", "Expires: " + expires + "\r\n", forecast("2026-11-26T12:00:00Z", "1", "fog"));
+    EXPECT_EQ(requestsAfterAsking(59.9139, 10.7522), 1);
+    clock.now += seconds - 1;
+    EXPECT_EQ(requestsAfterAsking(59.91393, 10.75221), 1);
+    EXPECT_EQ(requestsAfterAsking(60, 10), 2);
+    clock.now += 1;
+    EXPECT_EQ(requestsAfterAsking(59.9139, 10.7522), 3);
+  }
   // Set back behind the time of the answer.
   clock.now -= 7200;
-  ask();
-  EXPECT_EQ(server.requests.size(), 4);
-}
-
-TEST_F(WeatherManagerTest, BelievesNoExpiryBeyondADay) {
-  server.answer =
-      response("200 OK", "Expires: Tue, 25 Nov 2036 12:30:00 GMT\r\n", forecast("2026-11-26T12:00:00Z", "1", "fog"));
-  const Date tomorrow = noon.addingTimeInterval(86400);
-  ask(59.9139, 10.7522, tomorrow);
-  clock.now += 86399;
-  ask(59.9139, 10.7522, tomorrow);
-  EXPECT_EQ(server.requests.size(), 1);
-  clock.now += 1;
-  ask(59.9139, 10.7522, tomorrow);
-  EXPECT_EQ(server.requests.size(), 2);
+  EXPECT_EQ(requestsAfterAsking(59.9139, 10.7522), 4);
 }
 
 TEST_F(WeatherManagerTest, AsksForChangesOnly) {
@@ -238,8 +232,6 @@ TEST_F(WeatherManagerTest, IsSilentForAsLongAsTheServiceAsks) {
   };
   for (const auto& row : rows) {
     restart();
-    clock.now = noon.timeIntervalSince1970();
-    server.requests.clear();
     server.answer = response("429 Too Many Requests", row.header, "");
     EXPECT_EQ(failureOf(ask()), WeatherError::TooMany);
     server.answer = response("200 OK", "", partlyCloudy);
