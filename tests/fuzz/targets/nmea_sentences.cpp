@@ -1,13 +1,11 @@
 #include "FuzzTarget.h"
+#include "foundation/FileContents.h"
 #include "qlcore/services/QLLocationManager.h"
 #include "tests/support/FakePositionSource.h"
+#include "tests/support/TestHome.h"
 
 #include <QCoreApplication>
 #include <QNmeaPositionInfoSource>
-
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <functional>
 #include <utility>
@@ -25,22 +23,6 @@ QCoreApplication& application() {
   static QCoreApplication one(count, arguments);
   return one;
 }
-
-// The input as a recording, in memory.
-class Recording {
- public:
-  explicit Recording(const QByteArray& bytes) : m_descriptor(::memfd_create("recording", MFD_CLOEXEC)) {
-    require(::write(m_descriptor, bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size(),
-            "the input can be stored");
-  }
-  ~Recording() { ::close(m_descriptor); }
-  Recording(const Recording&) = delete;
-  Recording& operator=(const Recording&) = delete;
-  [[nodiscard]] QString path() const { return u"/proc/self/fd/%1"_s.arg(m_descriptor); }
-
- private:
-  int m_descriptor;
-};
 
 // Lets the positions of a source be read from sentences at once, without the pace of their clock.
 struct Reader : QNmeaPositionInfoSource {
@@ -78,12 +60,14 @@ void locate(
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   application();
   const QByteArray bytes = inputBytes(data, size);
-  const Recording recording(bytes);
-  const NMEAPositionProvider provider(recording.path());
+  static const TestHome home;
+  const QString recording = home.path(u"recording"_s);
+  require(writeFileInPlace(recording, bytes), "the input can be stored");
+  const NMEAPositionProvider provider(recording);
   require(provider.isEnabled(), "a small file can be played");
   const auto source = provider.makeSource();
   require(source != nullptr, "a small file can be played");
-  locate(std::make_unique<NMEAPositionProvider>(recording.path()));
+  locate(std::make_unique<NMEAPositionProvider>(recording));
   auto fake = std::make_unique<FakePositionProvider>();
   const auto& found = fake->source;
   locate(std::move(fake), [&] {

@@ -1,9 +1,8 @@
 #include "PTHotKey/PTKeyCodeTranslator.h"
 #include "PTHotKey/PTKeyCombo.h"
+#include "foundation/FileContents.h"
 #include "tests/support/FakeKeyboardLayouts.h"
 #include "tests/support/TestHome.h"
-
-#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -148,8 +147,7 @@ TEST_F(PTKeyComboTest, AResourceThatCannotBeReadIsTriedAgain) {
                                     {"{ 122 = \"\xff\xfe\"; }", u"7A"_s},
                                     {"{ 122 = One; }", u"One"_s},
                                     {"{ 122 = Two; }", u"One"_s}}) {
-    QFile file(home.path(u"PTKeyCodes.plist"_s));
-    ASSERT_TRUE(file.open(QFile::WriteOnly) && file.write(bytes) > 0 && file.flush());
+    ASSERT_TRUE(writeFileInPlace(home.path(u"PTKeyCodes.plist"_s), bytes));
     EXPECT_EQ(PTKeyCombo::stringForKeyCode(122), name) << bytes;
   }
 }

@@ -1,3 +1,4 @@
+#include "foundation/FileContents.h"
 #include "platform/linux/LinuxSystemEvents.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/WallClockTimer.h"
@@ -38,9 +39,7 @@ class LinuxSystemEventsTest : public testing::Test {
     ASSERT_EQ(::rename((name + ".new").constData(), name.constData()), 0);
   }
   void write(const QString& name, const QByteArray& text) {
-    QFile file(m_directory.filePath(name));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(text);
+    ASSERT_TRUE(writeFileInPlace(m_directory.filePath(name), text));
   }
 
   QTemporaryDir m_directory;
