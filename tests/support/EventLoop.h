@@ -10,10 +10,10 @@ namespace quillo {
 // Handles events until `condition` holds; false when it does not within five seconds.
 template <typename Condition>
 bool runUntil(Condition condition) {
-  constexpr int milliseconds = 5000;
-  const QDeadlineTimer deadline(milliseconds);
-  // An event at the deadline, for the loop to wait for.
-  QTimer::singleShot(milliseconds, qApp, [] {});
+  const QDeadlineTimer deadline(5000);
+  // Without an event the loop would wait for longer than that.
+  QTimer wakes;
+  wakes.start(100);
   while (!condition() && !deadline.hasExpired()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   return condition();
 }
