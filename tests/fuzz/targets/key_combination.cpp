@@ -8,7 +8,7 @@ using namespace quillo;
 // The input as a property list, the form a combination is stored in. Whatever it says, the combination has a name, and
 // storing it again changes nothing more.
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  SmallKeyboard::plugIn();
+  plugInSmallKeyboard();
   const auto value = PropertyListSerialization::propertyListWithData(inputBytes(data, size));
   if (!value) return 0;
   const auto combo = PTKeyCombo::keyComboWithPlistRepresentation(value->dictionary());

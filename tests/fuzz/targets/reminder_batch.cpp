@@ -17,15 +17,10 @@ namespace {
 // Bytes that are no text stand for a line whose members are all of the right kind: what would take a fuzzer long to
 // write in JSON, while the arithmetic behind it is what can go wrong.
 struct Packed {
-  quint64 unit;
-  quint64 count;
-  qint64 base;  // seconds since 1970
-  qint64 after;
+  quint64 unit, count;
+  qint64 base, after;  // seconds since 1970
   double period;
-  quint8 baseZone;
-  quint8 zone;
-  quint8 howMany;
-  quint8 form;
+  quint8 baseZone, zone, howMany, form;
 };
 
 constexpr std::array zones{"UTC"_L1,

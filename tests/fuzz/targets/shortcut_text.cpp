@@ -6,7 +6,7 @@ using namespace quillo;
 
 // A combination that a text gives can be a hot key, and its own description means the same combination.
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  SmallKeyboard::plugIn();
+  plugInSmallKeyboard();
   QString reason;
   const auto combo = ctl::keyComboFromText(QString::fromUtf8(inputBytes(data, size)), &reason);
   if (!combo) {

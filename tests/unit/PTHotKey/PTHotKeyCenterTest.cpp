@@ -17,9 +17,6 @@ class PTHotKeyCenterTest : public testing::Test {
     key->setAction([this](PTHotKey& pressed) { invoked << pressed.identifier()->string(); });
     return key;
   }
-  OSStatus send(quint32 number, quint32 kind = HotKeyEvent::pressed) {
-    return center.sendCarbonEvent({.kind = kind, .directObject = HotKeyID{PTHotKeyCenter::signature, number}});
-  }
 
   FakeHotKeys platform;
   PTHotKeyCenter center{&platform};
@@ -58,6 +55,17 @@ TEST_F(PTHotKeyCenterTest, NumbersAreNeverUsedAgain) {
   platform.refusal = HotKeyStatus::done;
   EXPECT_TRUE(center.registerHotKey(refused));
   EXPECT_EQ(refused->carbonHotKeyID(), 6U);
+
+  // The platform's status at the end does not matter, and its handler stays.
+  platform.unregisterStatus = -1;
+  for (const auto& key : center.allHotKeys()) center.unregisterHotKey(key);
+  EXPECT_TRUE(center.allHotKeys().isEmpty());
+  center.registerHotKey(one);
+  EXPECT_EQ(platform.handlersInstalled, 1);
+
+  PTHotKeyCenter withoutPlatform;
+  EXPECT_FALSE(withoutPlatform.registerHotKey(hotKey(u"key"_s, 38)));
+  EXPECT_EQ(withoutPlatform.lastStatus(), HotKeyStatus::unsupported);
 }
 
 TEST_F(PTHotKeyCenterTest, WhatCannotBeAHotKeyIsASuccessThatRegistersNothing) {
@@ -81,49 +89,30 @@ TEST_F(PTHotKeyCenterTest, WhatCannotBeAHotKeyIsASuccessThatRegistersNothing) {
   EXPECT_EQ(PTHotKey().description(), u"<PTHotKey: (null), (None)>"_s);
 }
 
-TEST_F(PTHotKeyCenterTest, OneHandlerForGood) {
-  const auto key = hotKey(u"key"_s, 38);
-  for (int i = 0; i < 3; ++i) {
-    center.registerHotKey(key);
-    center.unregisterHotKey(key);
-  }
-  EXPECT_EQ(platform.handlersInstalled, 1);
-  // The platform's status at the end does not matter.
-  center.registerHotKey(key);
-  platform.unregisterStatus = -1;
-  center.unregisterHotKey(key);
-  EXPECT_TRUE(center.allHotKeys().isEmpty());
-}
-
-TEST_F(PTHotKeyCenterTest, APressCallsTheRightOne) {
-  center.registerHotKey(hotKey(u"one"_s, 38));
+TEST_F(PTHotKeyCenterTest, APressCallsTheRightOneOnceAndNoDeadTarget) {
+  auto one = hotKey(u"one"_s, 38);
+  auto mortal = std::make_unique<QObject>();
+  one->setTarget(mortal.get());
+  center.registerHotKey(one);
   center.registerHotKey(hotKey(u"two"_s, 40));
   platform.press(40, 0x100);
   platform.press(40, 0x100, HotKeyEvent::released);
   platform.press(38, 0x100);
   EXPECT_EQ(invoked, (QStringList{u"two"_s, u"one"_s}));
-  EXPECT_EQ(send(99), 0);
-  EXPECT_EQ(invoked.size(), 2);
-}
-
-TEST_F(PTHotKeyCenterTest, ADeadTargetIsNotCalledAndAnActionMayDropItsHotKey) {
-  auto key = hotKey(u"key"_s, 38);
-  auto mortal = std::make_unique<QObject>();
-  key->setTarget(mortal.get());
-  center.registerHotKey(key);
-  platform.press(38, 0x100);
+  EXPECT_EQ(center.sendCarbonEvent({.directObject = HotKeyID{PTHotKeyCenter::signature, 99}}), 0);
   mortal.reset();
   platform.press(38, 0x100);
-  EXPECT_EQ(invoked.size(), 1);
+  EXPECT_EQ(invoked.size(), 2);
 
-  key->setTarget(&target);
-  key->setAction([&](PTHotKey& pressed) {
-    center.unregisterHotKey(key);
-    key.reset();
+  // An action may drop its hot key.
+  one->setTarget(&target);
+  one->setAction([&](PTHotKey& pressed) {
+    center.unregisterHotKey(one);
+    one.reset();
     invoked << pressed.identifier()->string() + u" dropped"_s;
   });
   platform.press(38, 0x100);
-  EXPECT_EQ(invoked.last(), u"key dropped"_s);
+  EXPECT_EQ(invoked.last(), u"one dropped"_s);
 }
 
 TEST_F(PTHotKeyCenterTest, EventsOfNoHotKeyAreReportedAndDropped) {
@@ -143,18 +132,15 @@ TEST_F(PTHotKeyCenterTest, EventsOfNoHotKeyAreReportedAndDropped) {
   for (const auto& c : cases) {
     LogCapture log;
     EXPECT_EQ(center.sendCarbonEvent(c.event), c.status);
-    if (c.message.isEmpty()) {
-      EXPECT_TRUE(log.lines().isEmpty());
-    } else {
-      ASSERT_EQ(log.lines().size(), 1);
-      EXPECT_TRUE(log.lines()[0].endsWith(c.message)) << log.lines()[0].toStdString();
-      EXPECT_TRUE(log.lines()[0].contains(u"PTHotKeyCenter.cpp:"_s));
-    }
+    ASSERT_EQ(log.lines().size(), c.message.isEmpty() ? 0 : 1);
+    if (c.message.isEmpty()) continue;
+    EXPECT_TRUE(log.lines()[0].endsWith(c.message)) << log.lines()[0].toStdString();
+    EXPECT_TRUE(log.lines()[0].contains(u"PTHotKeyCenter.cpp:"_s));
   }
   EXPECT_TRUE(invoked.isEmpty());
 }
 
-TEST_F(PTHotKeyCenterTest, FrameworkEventsNameTheClaim) {
+TEST_F(PTHotKeyCenterTest, FindsByClaimAndIdentifier) {
   const auto key = hotKey(u"key"_s, 38);
   center.registerHotKey(key);
   const auto ref = static_cast<qint64>(key->carbonEventHotKeyRef());
@@ -165,32 +151,17 @@ TEST_F(PTHotKeyCenterTest, FrameworkEventsNameTheClaim) {
   EXPECT_TRUE(invoked.isEmpty());
   center.sendEvent({14, 6, ref});
   EXPECT_EQ(invoked, QStringList{u"key"_s});
-}
 
-TEST_F(PTHotKeyCenterTest, FindsByIdentifier) {
-  const auto key = hotKey(u"key"_s, 38);
-  center.registerHotKey(key);
   EXPECT_EQ(center.hotKeyWithIdentifier(PropertyListValue(u"key"_s)), key);
   EXPECT_EQ(center.hotKeyWithIdentifier(PropertyListValue(u"other"_s)), nullptr);
   EXPECT_EQ(center.hotKeyWithIdentifier(std::nullopt), nullptr);
-}
 
-TEST_F(PTHotKeyCenterTest, LateAnswersReachTheObserver) {
-  const auto key = hotKey(u"key"_s, 38);
-  center.registerHotKey(key);
+  // Answers that come late.
   QStringList heard;
-  center.setStateObserver([&](PTHotKey& hotKey, HotKeyState state, const QString& reason) {
-    if (state == HotKeyState::Refused) heard << hotKey.identifier()->string() + u' ' + reason;
-  });
+  center.setStateObserver([&](PTHotKey&, HotKeyState, const QString& reason) { heard << reason; });
   platform.stateObserver(key->carbonEventHotKeyRef(), HotKeyState::Refused, u"declined"_s);
   platform.stateObserver(key->carbonEventHotKeyRef() + 1, HotKeyState::Refused, u"of another"_s);
-  EXPECT_EQ(heard, QStringList{u"key declined"_s});
-}
-
-TEST_F(PTHotKeyCenterTest, WithoutAPlatformNothingCanBeClaimed) {
-  PTHotKeyCenter none;
-  EXPECT_FALSE(none.registerHotKey(hotKey(u"key"_s, 38)));
-  EXPECT_EQ(none.lastStatus(), HotKeyStatus::unsupported);
+  EXPECT_EQ(heard, QStringList{u"declined"_s});
 }
 
 }  // namespace

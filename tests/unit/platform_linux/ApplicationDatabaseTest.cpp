@@ -1,9 +1,9 @@
+#include "foundation/FileContents.h"
 #include "platform/linux/ApplicationDatabase.h"
 #include "platform/linux/XdgWorkspace.h"
 #include "tests/support/TestHome.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
@@ -68,9 +68,7 @@ class ApplicationDatabaseTest : public testing::Test {
   void write(const QString& relative, const QString& text) {
     const QString path = m_home.path(relative);
     QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(text.toUtf8());
+    ASSERT_TRUE(writeFileInPlace(path, text.toUtf8()));
   }
 
   void install(const QString& relative, const QString& more = u"MimeType=x-scheme-handler/quillo"_s) {

@@ -3,50 +3,11 @@
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
-#include <QFile>
 #include <QObject>
-#include <QProcess>
 #include <QStringList>
-#include <QTemporaryDir>
 #include <QVariantMap>
 
 namespace quillo {
-
-// A session bus of the test's own, for as long as it lives.
-class PrivateBus {
- public:
-  PrivateBus() {
-    const QString socket = m_directory.filePath(QStringLiteral("bus"));
-    QFile configuration(m_directory.filePath(QStringLiteral("bus.conf")));
-    if (!configuration.open(QIODevice::WriteOnly)) return;
-    configuration.write("<busconfig><type>session</type><listen>unix:path=" + QFile::encodeName(socket) +
-                        "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow "
-                        "send_destination=\"*\"/><allow receive_sender=\"*\"/>"
-                        "<allow own=\"*\"/></policy></busconfig>");
-    configuration.close();
-    m_daemon.start(QStringLiteral("dbus-daemon"),
-                   {QStringLiteral("--config-file=") + configuration.fileName(), QStringLiteral("--nofork"),
-                    QStringLiteral("--nopidfile"), QStringLiteral("--print-address=1")});
-    // It says its address when it listens.
-    m_runs = m_daemon.waitForStarted() && m_daemon.waitForReadyRead();
-    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + QFile::encodeName(socket));
-  }
-  ~PrivateBus() {
-    m_daemon.kill();
-    m_daemon.waitForFinished();
-    qputenv("DBUS_SESSION_BUS_ADDRESS", m_before);
-  }
-  PrivateBus(const PrivateBus&) = delete;
-  PrivateBus& operator=(const PrivateBus&) = delete;
-
-  [[nodiscard]] bool runs() const { return m_runs; }
-
- private:
-  QTemporaryDir m_directory;
-  QByteArray m_before = qgetenv("DBUS_SESSION_BUS_ADDRESS");
-  QProcess m_daemon;
-  bool m_runs{false};
-};
 
 // A notification server that keeps what it was told.
 class FakeNotificationServer : public QObject, protected QDBusContext {

@@ -41,32 +41,18 @@ TEST(VirtualKeyCodes, AreOneToOneAndComplete) {
   for (const quint32 noKey : {52U, 127U, 0xFFFFFFFFU}) EXPECT_EQ(evdevCodeOfVirtualKey(noKey), std::nullopt);
 }
 
-// The server's modifier mapping with a keycode of its own for each symbol.
-struct Mapping {
-  std::array<quint8, 16> keycodes{};
-  std::map<quint8, quint32> symbols;
-  void put(size_t modifier, quint32 symbol) {
-    const auto keycode = static_cast<quint8>(10 + symbols.size());
-    keycodes[modifier * 2 + 1] = keycode;
-    symbols[keycode] = symbol;
-  }
-  [[nodiscard]] X11Modifiers read() const {
-    return x11ModifiersOfMapping(keycodes, [this](quint8 keycode, quint32 symbol) {
-      const auto found = symbols.find(keycode);
-      return found != symbols.end() && found->second == symbol;
-    });
-  }
-};
-
 TEST(X11Modifiers, AreFoundWhereverTheMapHasThem) {
-  EXPECT_EQ(Mapping().read(), X11Modifiers{});
-  Mapping swapped;
-  swapped.put(3, XKB_KEY_Super_L);
-  swapped.put(4, XKB_KEY_Num_Lock);
-  swapped.put(5, XKB_KEY_Scroll_Lock);
-  swapped.put(6, XKB_KEY_Alt_R);
-  EXPECT_EQ(swapped.read(), (X11Modifiers{.option = 0x40, .command = 0x08, .numLock = 0x10, .scrollLock = 0x20}));
-  EXPECT_TRUE(x11ModifiersOfMapping({}, [](quint8, quint32) { return true; }) == X11Modifiers{});
+  // The server's mapping, in which a modifier's keycode is its number.
+  const std::map<quint8, quint32> symbols{
+      {3, XKB_KEY_Super_L}, {4, XKB_KEY_Num_Lock}, {5, XKB_KEY_Scroll_Lock}, {6, XKB_KEY_Alt_R}};
+  std::array<quint8, 16> keycodes{};
+  for (const auto& [modifier, symbol] : symbols) keycodes[modifier * 2U + 1] = modifier;
+  EXPECT_EQ(
+      x11ModifiersOfMapping(keycodes, [&](quint8 keycode, quint32 symbol) { return symbols.at(keycode) == symbol; }),
+      (X11Modifiers{.option = 0x40, .command = 0x08, .numLock = 0x10, .scrollLock = 0x20}));
+  const auto always = [](quint8, quint32) { return true; };
+  EXPECT_EQ(x11ModifiersOfMapping(std::array<quint8, 16>{}, always), X11Modifiers{});
+  EXPECT_EQ(x11ModifiersOfMapping({}, always), X11Modifiers{});
 }
 
 TEST(X11Modifiers, NoCombinationTurnsIntoABareKey) {

@@ -1,6 +1,6 @@
-#include "EventLoop.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/WallClockTimer.h"
+#include "tests/support/EventLoop.h"
 
 #include <QDir>
 #include <QFile>

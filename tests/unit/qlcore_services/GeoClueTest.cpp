@@ -1,41 +1,28 @@
-#include "EventLoop.h"
+#include "LocationSearch.h"
 #include "qlcore/services/PositionProvider.h"
-#include "qlcore/services/QLLocationManager.h"
+#include "tests/support/PrivateBus.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
-
-#include <gtest/gtest.h>
 
 using namespace quillo;
 using namespace Qt::StringLiterals;
 
 namespace {
 
-// A system bus of one's own. The program keeps its connection to the system bus, so there is one for all tests.
+// One bus for all tests, as the program keeps its connection to the system bus.
 class GeoClueTest : public testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    daemon = std::make_unique<QProcess>();
-    daemon->start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
-    if (!daemon->waitForReadyRead()) return;
-    address = QString::fromUtf8(daemon->readLine()).trimmed();
-    qputenv("DBUS_SYSTEM_BUS_ADDRESS", address.toUtf8());
-  }
-  static void TearDownTestSuite() {
-    daemon->kill();
-    daemon->waitForFinished();
-    daemon.reset();
-  }
-
+  static void SetUpTestSuite() { bus.emplace("DBUS_SYSTEM_BUS_ADDRESS"); }
+  static void TearDownTestSuite() { bus.reset(); }
   void SetUp() override {
-    if (address.isEmpty()) GTEST_SKIP() << "no dbus-daemon";
+    if (bus->address().isEmpty()) GTEST_SKIP() << "no dbus-daemon";
   }
   void TearDown() override { end(); }
 
   void begin(const QString& mode) {
     end();
-    service.start(QStringLiteral(QUILLO_GEOCLUE_DOUBLE), {address, mode});
+    service.start(QStringLiteral(QUILLO_GEOCLUE_DOUBLE), {bus->address(), mode});
     ASSERT_TRUE(service.waitForReadyRead());
     ASSERT_EQ(service.readLine(), "ready\n");
   }
@@ -45,14 +32,13 @@ class GeoClueTest : public testing::Test {
   }
   // What the service was asked so far.
   bool wasAsked(const QByteArray& line) {
-    return handleEventsUntil([&] {
+    return runUntil([&] {
       heard += service.readAll();
       return heard.contains(line + '\n');
     });
   }
 
-  static inline std::unique_ptr<QProcess> daemon;
-  static inline QString address;
+  static inline std::optional<PrivateBus> bus;
   QProcess service;
   QByteArray heard;
 };
@@ -66,30 +52,17 @@ TEST_F(GeoClueTest, IsEnabledWhenItRunsAndIsSwitchedOn) {
   EXPECT_FALSE(provider.isEnabled());
 }
 
-TEST_F(GeoClueTest, IsNotWaitedForWhenItDoesNotAnswer) {
-  begin(u"mute"_s);
-  QElapsedTimer watch;
-  watch.start();
-  EXPECT_TRUE(GeoCluePositionProvider().isEnabled());
-  EXPECT_LT(watch.elapsed(), 1000);
-}
-
 TEST_F(GeoClueTest, GivesBetterAndBetterFixes) {
   begin(u"finds"_s);
   QLLocationManager manager(std::make_unique<GeoCluePositionProvider>());
   ASSERT_TRUE(manager.isAuthorized());
   for (int search = 0; search < 2; ++search) {
     heard.clear();
-    std::vector<double> accuracies;
-    std::shared_ptr<const QLLocation> last;
-    manager.startWithTimeout(5, [&](const auto& location, bool) {
-      accuracies.push_back(manager.horzAccuracy());
-      last = location;
-    });
-    ASSERT_TRUE(handleEventsUntil([&] { return !manager.isSearching(); }));
-    EXPECT_EQ(accuracies, (std::vector<double>{1200, 40}));
-    ASSERT_TRUE(last);
-    EXPECT_EQ(*last, (QLLocation{52.5219, 13.4132, u"Berlin, Germany"_s}));
+    const auto calls = callsOfSearch(manager, 5);
+    ASSERT_EQ(calls.size(), 2U);
+    EXPECT_EQ(calls[0].accuracy, 1200);
+    EXPECT_EQ(calls[1].accuracy, 40);
+    EXPECT_EQ(*calls[1].location, (QLLocation{52.5219, 13.4132, u"Berlin, Germany"_s}));
     EXPECT_TRUE(wasAsked("DesktopId=quillo-agent"));
     EXPECT_TRUE(wasAsked("Stop"));
   }
@@ -103,41 +76,22 @@ TEST_F(GeoClueTest, IsToldToStopWhenTheSearchIsStopped) {
   EXPECT_TRUE(wasAsked("Stop"));
 }
 
-TEST_F(GeoClueTest, ThatRefusesIsNotAskedAgain) {
-  begin(u"refuses"_s);
-  QLLocationManager manager(std::make_unique<GeoCluePositionProvider>());
-  int finals = 0;
-  manager.startWithTimeout(5, [&](const auto& location, bool isFinal) {
-    EXPECT_FALSE(location);
-    finals += isFinal;
-  });
-  ASSERT_TRUE(handleEventsUntil([&] { return !manager.isSearching(); }));
-  EXPECT_EQ(finals, 1);
-  EXPECT_FALSE(manager.isAuthorized());
-}
-
-TEST_F(GeoClueTest, ThatDoesNotAnswerHoldsNothingUp) {
-  for (const QString& mode : {u"mute"_s, u"stalls"_s}) {
-    begin(mode);
+TEST_F(GeoClueTest, FindsNothingWhereItIsNotThereRefusesOrDoesNotAnswer) {
+  for (const auto& [mode, seconds] :
+       {std::pair<QString, double>{QString(), 60}, {u"refuses"_s, 60}, {u"mute"_s, 0.2}, {u"stalls"_s, 0.2}}) {
+    SCOPED_TRACE(mode.toStdString());
+    if (!mode.isEmpty()) begin(mode);
     QLLocationManager manager(std::make_unique<GeoCluePositionProvider>());
     QElapsedTimer watch;
     watch.start();
-    manager.startWithTimeout(0.2, [](const auto& location, bool) { EXPECT_FALSE(location); });
-    ASSERT_TRUE(handleEventsUntil([&] { return !manager.isSearching(); }));
+    EXPECT_EQ(manager.locationServicesEnabled(), !mode.isEmpty());
+    EXPECT_LT(watch.restart(), 1000);
+    const auto calls = callsOfSearch(manager, seconds);
     EXPECT_LT(watch.elapsed(), 2000);
+    ASSERT_EQ(calls.size(), 1U);
+    EXPECT_FALSE(calls[0].location);
+    EXPECT_EQ(manager.isAuthorized(), mode != u"refuses"_s);
   }
-}
-
-TEST_F(GeoClueTest, ThatIsNotThereEndsTheSearchAtOnce) {
-  QLLocationManager manager(std::make_unique<GeoCluePositionProvider>());
-  int finals = 0;
-  manager.startWithTimeout(60, [&](const auto& location, bool isFinal) {
-    EXPECT_FALSE(location);
-    finals += isFinal;
-  });
-  ASSERT_TRUE(handleEventsUntil([&] { return !manager.isSearching(); }));
-  EXPECT_EQ(finals, 1);
-  EXPECT_TRUE(manager.isAuthorized());
 }
 
 }  // namespace

@@ -1,5 +1,3 @@
-#include "config/Keys.h"
-#include "config/QuilloConfig.h"
 #include "qlcore/services/QLWeatherFormatter.h"
 #include "qlcore/services/WeatherConditions.h"
 #include "tests/support/TestHome.h"
@@ -73,18 +71,6 @@ TEST(WeatherConditions, KnowsEveryCodeOfTheService) {
   for (const QString& none :
        {QString(), u"_"_s, u"_day"_s, u"rain_day"_s, u"fair_dusk"_s, u"fair_day_night"_s, u"Fog"_s, u"fogg"_s, u"fo"_s})
     EXPECT_FALSE(weatherCondition(none)) << none.toStdString();
-}
-
-TEST(PreferredScale, FollowsTheSharedSetting) {
-  const TestHome home;
-  UserDefaults ownDefaults(home.path(), u"test"_s);
-  QuilloConfig config(UserDirectories::current(), ownDefaults, [](const char*) { return QString(); });
-  const auto scale = [&config] { return weatherFormatterWithPreferredScale(config).temperatureScale(); };
-  EXPECT_EQ(scale(), TemperatureScale::Celsius);
-  config.groupProperties()->setBoolForKey(true, Key::useFahrenheitTempScale);
-  EXPECT_EQ(scale(), TemperatureScale::Fahrenheit);
-  config.groupProperties()->setBoolForKey(false, Key::useFahrenheitTempScale);
-  EXPECT_EQ(scale(), TemperatureScale::Celsius);
 }
 
 }  // namespace

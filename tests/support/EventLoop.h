@@ -3,14 +3,18 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QTimer>
 
 namespace quillo {
 
 // Handles events until `condition` holds; false when it does not within five seconds.
 template <typename Condition>
-bool handleEventsUntil(Condition condition) {
+bool runUntil(Condition condition) {
   const QDeadlineTimer deadline(5000);
-  while (!condition() && !deadline.hasExpired()) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+  // Without an event the loop would wait for longer than that.
+  QTimer wakes;
+  wakes.start(100);
+  while (!condition() && !deadline.hasExpired()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   return condition();
 }
 
