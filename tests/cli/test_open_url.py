@@ -1,44 +1,31 @@
 """What quilloctl does in the main application's place: quillo: URLs, the user's editor, the agent's switch."""
 
-import json
 import os
 import plistlib
 import pty
 import re
 import shlex
-import shutil
 import subprocess
-import tempfile
 import time
-import unittest
 from pathlib import Path
 
-QUILLOCTL = Path(os.environ["QUILLO_BIN"]) / "quilloctl"
+from quilloctl import QUILLOCTL, QuilloctlTestCase
+
 COMPLETION = Path(__file__).parents[2] / "quilloctl/completion/quilloctl.bash"
 
 
-class MainApplicationTest(unittest.TestCase):
+def wait_for(path):
+    for _ in range(500):
+        if path.exists():
+            return
+        time.sleep(0.02)
+
+
+class MainApplicationTest(QuilloctlTestCase):
     def setUp(self):
-        self.home = Path(tempfile.mkdtemp(prefix="quillo ü "))
-        self.addCleanup(shutil.rmtree, self.home)
+        super().setUp()
         self.drafts = self.home / ".local/state/quillo/drafts"
-        path = self.ctl("journal", "create", str(self.home / "J"))
-        self.ctl("journal", "set", path)
-        self.journal = Path(path)
-
-    def environment(self, **more):
-        kept = {k: v for k, v in os.environ.items()
-                if k not in ("DISPLAY", "WAYLAND_DISPLAY", "VISUAL", "EDITOR", "XDG_DATA_HOME", "XDG_CONFIG_HOME")}
-        return {**kept, "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent", **more}
-
-    def run_ctl(self, *words, **more):
-        return subprocess.run([QUILLOCTL, "--home", self.home, *words], env=self.environment(**more),
-                              stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=30)
-
-    def ctl(self, *words, **more):
-        result = self.run_ctl(*words, **more)
-        self.assertEqual(result.returncode, 0, result.stderr)
-        return result.stdout.rstrip("\n")
+        self.journal = self.make_journal()
 
     def script(self, name, body):
         """An executable of that name; its path, quoted for $VISUAL."""
@@ -48,7 +35,7 @@ class MainApplicationTest(unittest.TestCase):
         return f'"{path}"'
 
     def entry(self, uuid):
-        return plistlib.loads((self.journal / "Entries" / f"{uuid}.plist").read_bytes())
+        return self.read_entry(self.journal, uuid)
 
     def kept_draft(self, result):
         """The text that a failure has left in a file, which its message names."""
@@ -65,7 +52,7 @@ class MainApplicationTest(unittest.TestCase):
         tagged = self.entry(uuid)
         tagged["tags"].append("by hand")
         tagged["unknown"] = 7
-        (self.journal / "Entries" / f"{uuid}.plist").write_bytes(plistlib.dumps(tagged))
+        self.write_entry(self.journal, uuid, tagged)
         seen = self.home / "seen"
         editor = self.script("notes", f'echo "$1" >"{seen}"; cat "$2" >>"{seen}"; echo "Tuesday #home" >"$2"')
         self.ctl("open-url", f"quillo://edit?entryId={uuid.lower()}", VISUAL=editor + " --wait")
@@ -92,9 +79,7 @@ class MainApplicationTest(unittest.TestCase):
         self.assertEqual(file.read_bytes(), original)
 
         other = self.home / "other.plist"
-        changed = plistlib.loads(original)
-        changed["text"] = "theirs"
-        other.write_bytes(plistlib.dumps(changed))
+        other.write_bytes(plistlib.dumps({**plistlib.loads(original), "text": "theirs"}))
         self.assertEqual(self.kept_draft(edits(f'echo mine >"$1"; cp "{other}" "{file}"')), "mine\n")
         self.assertEqual(self.entry(uuid)["text"], "theirs")
         self.assertEqual(self.kept_draft(edits(f'echo mine >"$1"; rm "{file}"')), "mine\n")
@@ -113,23 +98,16 @@ class MainApplicationTest(unittest.TestCase):
         # Without a terminal around it, quilloctl starts itself again in a terminal window. A pseudo-terminal plays one.
         uuid = self.ctl("entry", "add", "before")
         editor = self.script("vim", 'test -t 0 && test -t 1 && echo "from a terminal" >"$1"')
-        window = self.home / "bin"
-        window.mkdir()
         opened = self.home / "opened"
-        (window / "x-terminal-emulator").write_text(f'#!/bin/sh\nprintf "%s\\n" "$@" >"{opened}.new"; mv "{opened}.new" "{opened}"\n')
-        (window / "x-terminal-emulator").chmod(0o700)
+        self.script("x-terminal-emulator", f'printf "%s\\n" "$@" >"{opened}.new"; mv "{opened}.new" "{opened}"\n')
         for variable in ("VISUAL", "EDITOR"):
             with self.subTest(variable):
-                more = {variable: editor, "PATH": f"{window}:{os.environ['PATH']}"}
+                more = {variable: editor, "PATH": f"{self.home}:{os.environ['PATH']}"}
                 opened.unlink(missing_ok=True)
                 self.ctl("open-url", f"quillo://edit?entryId={uuid}", **more)
-                for _ in range(500):
-                    if opened.exists():
-                        break
-                    time.sleep(0.02)
+                wait_for(opened)
                 words = opened.read_text().splitlines()
-                self.assertEqual(words[0], "-e")
-                self.assertEqual(words[1:4], [str(QUILLOCTL), "--home", str(self.home)])
+                self.assertEqual(words[:4], ["-e", str(QUILLOCTL), "--home", str(self.home)])
                 main, side = pty.openpty()
                 done = subprocess.run(words[1:], env=self.environment(**more), stdin=side, stdout=side, stderr=side, timeout=30)
                 os.close(side)
@@ -153,10 +131,7 @@ class MainApplicationTest(unittest.TestCase):
         (applications / "files.desktop").write_text(
             f'[Desktop Entry]\nType=Application\nName=Files\nExec="{self.home}/files" %f\nMimeType=inode/directory;\n')
         self.ctl("open-url", "quillo://open")
-        for _ in range(500):
-            if shown.exists():
-                break
-            time.sleep(0.02)
+        wait_for(shown)
         self.assertEqual(shown.read_text(), str(self.journal))
 
         for url in ("quillo://nonsense", "quillo:edit", "https://edit", "quillo://edit", "quillo://edit?entryId=../../x",
@@ -167,19 +142,23 @@ class MainApplicationTest(unittest.TestCase):
 
     def test_the_agents_switch(self):
         """The agent itself has no display here and ends at once; what the session would start is what counts."""
-        self.assertEqual(json.loads(self.ctl("--json", "agent", "status")), {"enabled": False, "loginItem": False, "running": []})
+        self.assertEqual(self.ctl_json("agent", "status"), {"enabled": False, "loginItem": False, "running": []})
         autostart = self.home / ".config/autostart/com.quilloapp.quillo-agent.desktop"
         self.ctl("reminder", "on")
         self.assertIn("quillo-agent", autostart.read_text())
-        self.assertEqual(json.loads(self.ctl("--json", "agent", "status")), {"enabled": True, "loginItem": True, "running": []})
+        self.assertEqual(self.ctl_json("agent", "status"), {"enabled": True, "loginItem": True, "running": []})
         # Hidden by hand, it counts as not there, and enabling writes it anew.
         autostart.write_text(autostart.read_text() + "Hidden=true\n")
-        self.assertFalse(json.loads(self.ctl("--json", "agent", "status"))["loginItem"])
+        self.assertFalse(self.ctl_json("agent", "status")["loginItem"])
         self.ctl("agent", "enable")
         self.assertNotIn("Hidden", autostart.read_text())
         self.ctl("agent", "disable")
         self.assertFalse(autostart.exists())
         self.assertEqual(self.ctl("settings", "get", "RemindersEnabled"), "false")
+        # An older setting is taken over.
+        self.ctl("settings", "set", "StartAgentAtLogin", "yes", "--type", "bool")
+        self.assertEqual(self.ctl_json("agent", "status"), {"enabled": True, "loginItem": True, "running": []})
+        self.assertEqual(self.run_ctl("settings", "get", "StartAgentAtLogin").returncode, 1)
         result = self.run_ctl("agent", "restart")
         self.assertEqual((result.returncode, result.stderr), (1, "quilloctl: the agent is not running\n"))
 
@@ -202,13 +181,3 @@ class MainApplicationTest(unittest.TestCase):
                                            "quillo://updatebookmarks"]),
                                ("quillo://p", ["//preferences", "//post"]), ("quillo://edit?entryId=", [])):
             self.assertEqual(self.completions("quilloctl open-url " + typed), offered, typed)
-
-    def test_an_older_setting_is_taken_over(self):
-        self.ctl("settings", "set", "StartAgentAtLogin", "yes", "--type", "bool")
-        status = json.loads(self.ctl("--json", "agent", "status"))
-        self.assertTrue(status["enabled"] and status["loginItem"])
-        self.assertEqual(self.run_ctl("settings", "get", "StartAgentAtLogin").returncode, 1)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -10,10 +10,10 @@ import random
 import subprocess
 import unittest
 from datetime import datetime, timedelta, timezone
-from pathlib import Path
 from zoneinfo import ZoneInfo
 
-QUILLOCTL = Path(os.environ["QUILLO_BIN"]) / "quilloctl"
+from quilloctl import QUILLOCTL
+
 CASES = int(os.environ.get("QUILLO_ORACLE_CASES", "100000"))
 ZONES = ["UTC", "Europe/Berlin", "America/New_York", "Australia/Lord_Howe", "Asia/Kathmandu", "America/St_Johns",
          "Africa/Cairo", "America/Asuncion", "Pacific/Auckland", "Asia/Kolkata", "America/Santiago", "Pacific/Chatham"]
@@ -120,7 +120,3 @@ class ReminderOracleTest(unittest.TestCase):
         self.assertEqual(len(answers), len(cases))
         wrong = [(c, want, got) for c, want, got in zip(cases, expected, answers) if got != {"next": [want]}]
         self.assertEqual(wrong[:3], [], f"{len(wrong)} differ")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -128,6 +128,20 @@ class DesktopTestCase(unittest.TestCase):
         self.addCleanup(started.stop)
         return started
 
+    def start_probe(self, *words, command=None, **environment):
+        """The program of platform services; some do not work before a command."""
+        probe = self.start(program("desktop_probe"), *words, **environment)
+        probe.expect("ready")
+        if command:
+            probe.send(command)
+        return probe
+
+    def start_tray_icon(self):
+        """The probe with an icon that has come into the tray."""
+        probe = self.start_probe(command="tray")
+        probe.expect(r"moved \d.*")
+        return probe
+
 
 # Windows and pixels. Rectangles are (x, y, width, height) in pixels of the screen.
 
@@ -166,11 +180,23 @@ def tray_icon(program_name="desktop_probe"):
     return looks[-1][0]
 
 
-def window(name=None, window_class=None, visible=True):
-    """The X identifier of the first window whose title or class matches a regular expression, once there is one."""
-    what = ["--name", name] if name else ["--class", window_class]
-    command = ["xdotool", "search", *(["--onlyvisible"] if visible else []), *what]
-    return wait_until(lambda: run(*command, check=False).split(), f"a window {what}")[0]
+def windows_named(name, search_by="--name"):
+    """The X identifiers of all that are shown and whose title (or class) matches a regular expression."""
+    return run("xdotool", "search", "--onlyvisible", search_by, name, check=False).split()
+
+
+def window(name=None, window_class=None):
+    """The first of them, once there is one."""
+    what = (name, "--name") if name else (window_class, "--class")
+    return wait_until(lambda: windows_named(*what), f"a window {what}")[0]
+
+
+def active_window():
+    return run("xdotool", "getactivewindow", check=False).strip()
+
+
+def wait_active(identifier):
+    wait_until(lambda: active_window() == identifier, "the window with the keyboard")
 
 
 def window_rect(identifier):

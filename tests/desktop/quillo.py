@@ -3,11 +3,14 @@
 import os
 import plistlib
 import re
+import shutil
 import stat
+import tempfile
 import time
 from pathlib import Path
 
-from desktop import center, click, program, run, screenshot, tray_icon, wait_until, window_rect, window_tree
+from desktop import (DesktopTestCase, active_window, center, click, program, run, screenshot, tray_icon, wait_until,
+                     window_rect, window_tree)
 
 SCALE = int(os.environ.get("QT_SCALE_FACTOR", "1"))
 # The frame of the entry window without the shadow around it, in points.
@@ -34,13 +37,13 @@ def set_own_defaults(home, **values):
     path.write_bytes(plistlib.dumps({**known, **values}))
 
 
-def set_reminder_in(home, seconds, open_window=True):
-    """A daily reminder whose first is so many seconds away; answers when that is."""
+def set_reminder_in(home, seconds, open_window=True, frequency="16"):
+    """A reminder, daily by default, whose first is so many seconds away; answers when that is."""
     if open_window:
         quilloctl(home, "settings", "set", "RemindersOpenMenuBar", "yes")
     due = int(time.time()) + seconds
     stamp = time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(due))
-    for key, value in (("RemindersFrequency", "16"), ("RemindersInterval", "1"), ("RemindersBaseDateTimezone", "UTC"),
+    for key, value in (("RemindersFrequency", frequency), ("RemindersInterval", "1"), ("RemindersBaseDateTimezone", "UTC"),
                        ("RemindersBaseDate", stamp)):
         quilloctl(home, "settings", "set", key, value)
     return due
@@ -63,6 +66,23 @@ def install_handler(home, name="com.example.main", mime_type="x-scheme-handler/q
     launcher.parent.mkdir(parents=True, exist_ok=True)
     launcher.write_text(f'[Desktop Entry]\nType=Application\nName={name}\nExec="{script}" %u\nMimeType={mime_type}\n')
     return written
+
+
+def install_editor(home, script):
+    """A program for VISUAL that does this with the file that it is given."""
+    editor = home / "notes"
+    editor.write_text("#!/bin/sh\n" + script)
+    editor.chmod(stat.S_IRWXU)
+    return f'"{editor}"'
+
+
+def displayed():
+    """How many notifications are shown."""
+    return int(run("dunstctl", "count", "displayed"))
+
+
+def wait_notification_server():
+    wait_until(lambda: run("dunstctl", "count", check=False), "the notification server")
 
 
 class Agent:
@@ -90,11 +110,11 @@ class Agent:
         wait_until(lambda: not self._windows(), "the entry window closed")
 
     def is_active(self):
-        return run("xdotool", "getactivewindow", check=False).strip() in self._windows()
+        return active_window() in self._windows()
 
     def alert_now(self):
         """The identifier of an alert that has the keyboard, or None. Its title is the entry window's."""
-        active = run("xdotool", "getactivewindow", check=False).strip()
+        active = active_window()
         if active not in self._windows():
             return None
         return active if window_rect(active)[3] < FRAME_HEIGHT * SCALE else None
@@ -124,18 +144,54 @@ class Agent:
         self.window()
         wait_until(self.is_active, "the entry window with the keyboard")
         return self.body()
-    def menu(self):
-        """Opens the menu with the mouse; answers its rectangle."""
-        self.click_icon(button=3)
 
-        def found():
-            popups = run("xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.program.pid), "--class", "quillo-agent",
-                         check=False)
-            rects = [window_rect(identifier) for identifier in popups.split()]
-            return [rect for rect in rects if rect[2] > 100 * SCALE and 100 * SCALE < rect[3] < 200 * SCALE]
-        return wait_until(found, "the menu")[0]
+    def shown(self):
+        """All of its windows that are shown, the icon in the tray too."""
+        return run("xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.program.pid), "--class", "quillo-agent",
+                   check=False).split()
+
+    def menus(self):
+        """The rectangle of the icon's menu, while it is shown."""
+        return [rect for rect in map(window_rect, self.shown())
+                if rect[2] > 100 * SCALE and 100 * SCALE < rect[3] < 200 * SCALE]
 
     def choose(self, title):
-        x, y, width, height = self.menu()
+        self.click_icon(button=3)
+        x, y, width, height = wait_until(self.menus, "the menu")[0]
         keep_picture("menu")
         click(x + width // 2, y + height - round(MENU_ITEMS[title] * SCALE))
+
+
+class AgentTestCase(DesktopTestCase):
+    """A home with a journal, and agents that use it."""
+
+    def setUp(self):
+        # A home that a person could have: a space, and letters beyond ASCII.
+        self.home = Path(tempfile.mkdtemp(prefix="home ü "))
+        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
+        self.journal = make_journal(self.home)
+
+    def ctl(self, *words):
+        return quilloctl(self.home, *words)
+
+    def start_agent(self, **environment):
+        return Agent(self.start(program("quillo-agent"), "--home", str(self.home), **environment))
+
+    def start_shown_agent(self, **environment):
+        """An agent whose icon is in the tray."""
+        agent = self.start_agent(**environment)
+        tray_icon("quillo-agent")
+        return agent
+
+    def entries(self, journal=None):
+        files = ((journal or self.journal) / "Entries").glob("*.plist")
+        return sorted((plistlib.loads(file.read_bytes()) for file in files), key=lambda entry: entry["text"])
+
+    def texts(self, journal=None):
+        return [entry["text"] for entry in self.entries(journal)]
+
+    def log(self):
+        return "".join(file.read_text() for file in sorted(self.home.rglob("*.log")))
+
+    def shortcut_problems(self):
+        return [line.split("] ", 1)[1] for line in self.log().splitlines() if "shortcut" in line]

@@ -1,12 +1,7 @@
 """The status menu and the About window under a real mouse."""
 
-import shutil
-import tempfile
-import unittest
-from pathlib import Path
-
-from desktop import DesktopTestCase, click, press, program, run, tray_icon, wait_until, window, window_rect
-from quillo import SCALE, Agent, install_handler, keep_picture, quilloctl
+from desktop import click, press, wait_active, wait_until, window, window_rect, windows_named
+from quillo import SCALE, AgentTestCase, install_handler, keep_picture
 
 # Points in the window, from its top left.
 LOGO = (142, 62)
@@ -14,26 +9,20 @@ PRODUCT = (142, 177)
 LEGAL = (142, 229)
 
 
-class AboutTest(DesktopTestCase):
-    def setUp(self):
-        self.home = Path(tempfile.mkdtemp(prefix="home ü "))
-        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
-        self.agent = Agent(self.start(program("quillo-agent"), "--home", str(self.home)))
-        tray_icon("quillo-agent")
-
+class AboutTest(AgentTestCase):
     def click_point(self, identifier, point):
         x, y, _, _ = window_rect(identifier)
         click(x + round(point[0] * SCALE), y + round(point[1] * SCALE))
 
     def test_about_opens_by_mouse_and_leads_to_pages_and_legal_text(self):
         opened = install_handler(self.home, "com.example.browser", "x-scheme-handler/https;")
-        quilloctl(self.home, "reminder", "set", "--every", "day", "--starting", "2014-03-10T21:00", "--zone", "UTC")
+        self.ctl("reminder", "set", "--every", "day", "--starting", "2014-03-10T21:00", "--zone", "UTC")
+        agent = self.start_shown_agent()
         for _ in range(2):
-            self.agent.choose("About Quillo")
+            agent.choose("About Quillo")
             about = window("^About Quillo$")
-        found = run("xdotool", "search", "--onlyvisible", "--name", "^About Quillo$").split()
-        self.assertEqual(len(found), 1)
-        wait_until(lambda: run("xdotool", "getactivewindow", check=False).strip() == about, "the keyboard")
+        self.assertEqual(windows_named("^About Quillo$"), [about])
+        wait_active(about)
         keep_picture("about")
 
         for point, url in ((LOGO, "https://quilloapp.example/"), (PRODUCT, "https://social.example/quilloapp")):
@@ -46,14 +35,7 @@ class AboutTest(DesktopTestCase):
         sheet = window("^Acknowledgements$")
         keep_picture("legal")
         press("Escape")
-        wait_until(lambda: sheet not in run("xdotool", "search", "--onlyvisible", "--name", "^Acknowledgements$", check=False).split(),
-                   "the sheet gone")
-        self.assertTrue(self.agent.program.is_running)
+        wait_until(lambda: sheet not in windows_named("^Acknowledgements$"), "the sheet gone")
         press("Escape")
-        wait_until(lambda: not run("xdotool", "search", "--onlyvisible", "--name", "^About Quillo$", check=False).split(),
-                   "the window gone")
-        self.assertTrue(self.agent.program.is_running)
-
-
-if __name__ == "__main__":
-    unittest.main()
+        wait_until(lambda: not windows_named("^About Quillo$"), "the window gone")
+        self.assertTrue(agent.program.is_running)

@@ -2,27 +2,19 @@
 
 import json
 import os
-import shutil
 import signal
 import socket
 import subprocess
-import tempfile
 import time
-import unittest
-from pathlib import Path
 
-from desktop import (DesktopTestCase, center, click, program, run, start_part, stop_part, tray_icon, type_text,
-                     wait_until, window, window_rect)
-from quillo import Agent, install_handler, make_journal, quilloctl, set_reminder_in
+from desktop import (center, click, program, run, start_part, stop_part, type_text, wait_active, wait_until, window,
+                     window_rect)
+from quillo import AgentTestCase, displayed, install_editor, install_handler, set_reminder_in, wait_notification_server
 from sound import Recording
 
 SOUND = "RemindersPlaySound"
 WINDOW = "RemindersOpenMenuBar"
 NOTIFICATION = "RemindersSendToNotificationCenter"
-
-
-def displayed():
-    return int(run("dunstctl", "count", "displayed"))
 
 
 def all_history():
@@ -38,16 +30,13 @@ def notify_as_another(summary):
         "other", "0", "", summary, "", "[]", "{}", "0")
 
 
-class DeliveryTest(DesktopTestCase):
+class DeliveryTest(AgentTestCase):
     def setUp(self):
-        self.home = Path(tempfile.mkdtemp(prefix="home ü "))
-        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
-        self.journal = make_journal(self.home)
-        wait_until(lambda: run("dunstctl", "count", check=False), "the notification server")
+        super().setUp()
+        wait_notification_server()
         run("dunstctl", "close-all")
         self.before = len(all_history())
-        self.agent = Agent(self.start(program("quillo-agent"), "--home", str(self.home)))
-        tray_icon("quillo-agent")
+        self.agent = self.start_shown_agent()
 
     def history(self):
         """That of this test."""
@@ -57,12 +46,16 @@ class DeliveryTest(DesktopTestCase):
     def fire(self, *settings):
         """Lets a reminder come with these settings on and the others off."""
         for key in (SOUND, WINDOW, NOTIFICATION):
-            quilloctl(self.home, "settings", "set", key, "yes" if key in settings else "no")
+            self.ctl("settings", "set", key, "yes" if key in settings else "no")
         due = set_reminder_in(self.home, 3, open_window=False)
         time.sleep(max(0, due - time.time()))
 
-    def texts(self):
-        return [line.split("  ")[2] for line in quilloctl(self.home, "entry", "list").splitlines()]
+    def fire_and_listen(self, *settings):
+        """The bursts of sound until well after the reminder."""
+        recording = Recording()
+        self.fire(*settings)
+        time.sleep(2.5)
+        return recording.stop()
 
     def click_notification(self):
         # By the server's usual bindings the middle button does the action, then closes.
@@ -70,12 +63,8 @@ class DeliveryTest(DesktopTestCase):
 
     def test_a_notification_with_its_sound_leads_to_a_new_entry(self):
         opened = install_handler(self.home)
-        recording = Recording()
-        self.fire(SOUND, NOTIFICATION)
-        wait_until(lambda: displayed() == 1, "the notification")
-        time.sleep(2.5)
-        bursts = recording.stop()
-        self.assertEqual(len(bursts), 1, bursts)
+        bursts = self.fire_and_listen(SOUND, NOTIFICATION)
+        self.assertEqual((len(bursts), displayed()), (1, 1), bursts)
         self.assertTrue(0.3 < bursts[0][1] < 2, bursts)
         self.assertFalse(self.agent.is_open())
         self.click_notification()
@@ -86,28 +75,19 @@ class DeliveryTest(DesktopTestCase):
         self.assertIn("—", self.history()[0]["body"])
 
     def test_with_everything_on_one_sound_is_heard_and_a_click_saves_the_text(self):
-        recording = Recording()
-        self.fire(SOUND, WINDOW, NOTIFICATION)
-        identifier = self.agent.window()
-        wait_until(lambda: displayed() == 1, "the notification")
-        time.sleep(2.5)
-        bursts = recording.stop()
-        self.assertEqual(len(bursts), 1, bursts)
-        x, y, width, height = window_rect(identifier)
-        click(x + width // 2, y + height // 2)
-        wait_until(lambda: run("xdotool", "getactivewindow", check=False).strip() == identifier, "the keyboard")
+        self.assertEqual(len(self.fire_and_listen(SOUND, WINDOW, NOTIFICATION)), 1)
+        self.assertEqual(displayed(), 1)
+        click(*center(window_rect(self.agent.window())))
+        wait_active(self.agent.window())
         type_text("Reminded and written")
         self.click_notification()
         self.agent.wait_closed()
         wait_until(lambda: self.texts() == ["Reminded and written"], "the entry saved")
 
     def test_silence_where_no_sound_is_wanted_and_no_sound_alone(self):
-        recording = Recording()
-        self.fire(NOTIFICATION)
-        wait_until(lambda: displayed() == 1, "the notification")
-        self.fire(SOUND)
-        time.sleep(1)
-        self.assertEqual(recording.stop(), [])
+        self.assertEqual(self.fire_and_listen(NOTIFICATION), [])
+        self.assertEqual(displayed(), 1)
+        self.assertEqual(self.fire_and_listen(SOUND), [])
 
     def test_the_latest_stands_alone_beside_those_of_others(self):
         notify_as_another("Somebody else's")
@@ -124,16 +104,13 @@ class DeliveryTest(DesktopTestCase):
         self.fire(NOTIFICATION)
         wait_until(lambda: displayed() == 1, "the notification")
         stop_part("notifications")
-        recording = Recording()
-        self.fire(SOUND, WINDOW, NOTIFICATION)
+        self.assertEqual(len(self.fire_and_listen(SOUND, WINDOW, NOTIFICATION)), 1)
         self.agent.window()
-        time.sleep(2.5)
-        self.assertEqual(len(recording.stop()), 1)
         self.agent.click_icon()
         self.agent.wait_closed()
 
         start_part("notifications")
-        wait_until(lambda: run("dunstctl", "count", check=False), "the server again")
+        wait_notification_server()
         notify_as_another("The new server's first")
         self.fire(NOTIFICATION)
         wait_until(lambda: displayed() == 2, "the reminder from the new server")
@@ -145,36 +122,28 @@ class DeliveryTest(DesktopTestCase):
             server.bind(address)
             server.listen()
             server.settimeout(15)
-            self.agent = Agent(self.start(program("quillo-agent"), "--home", str(self.home),
-                                          PULSE_SERVER="unix:" + address))
-            tray_icon("quillo-agent")
+            self.agent = self.start_shown_agent(PULSE_SERVER="unix:" + address)
             self.fire(SOUND, WINDOW)
             self.agent.window()
             # It is asked, and never answers.
             connection, _ = server.accept()
             with connection:
                 for _ in range(2):
-                    quilloctl(self.home, "agent", "toggle")
+                    self.ctl("agent", "toggle")
                 os.kill(self.agent.program.pid, signal.SIGTERM)
                 begin = time.monotonic()
                 self.assertEqual(self.agent.program.wait(), 0)
                 self.assertLess(time.monotonic() - begin, 5)
 
     def test_a_text_that_was_not_saved_is_told_of_where_nobody_reads_what_is_printed(self):
-        uuid = quilloctl(self.home, "entry", "add", "before")
+        uuid = self.ctl("entry", "add", "before")
         file = self.journal / "Entries" / f"{uuid}.plist"
-        editor = self.home / "notes"
-        editor.write_text(f'#!/bin/sh\necho mine >"$1"\nrm "{file}"\n')
-        editor.chmod(0o700)
+        editor = install_editor(self.home, f'echo mine >"$1"\nrm "{file}"\n')
         done = subprocess.run([program("quilloctl"), "--home", str(self.home), "open-url", f"quillo://edit?entryId={uuid}"],
-                              env={**os.environ, "VISUAL": f'"{editor}"'}, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                              env={**os.environ, "VISUAL": editor}, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                               stderr=subprocess.DEVNULL, timeout=30)
         self.assertEqual(done.returncode, 1)
         wait_until(lambda: displayed() == 1, "the notification")
         run("dunstctl", "close-all")
         wait_until(lambda: [n["summary"] for n in self.history()] == ["Your text was not saved"], "it closed")
         self.assertIn("/drafts/entry-", self.history()[0]["body"])
-
-
-if __name__ == "__main__":
-    unittest.main()

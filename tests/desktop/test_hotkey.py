@@ -2,55 +2,37 @@
 
 import json
 import os
-import plistlib
 import re
-import shutil
 import signal
 import subprocess
-import tempfile
 import time
-import unittest
 from pathlib import Path
 
-from desktop import DesktopTestCase, press, program, run, tray_icon, type_text, wait_until, window
-from quillo import Agent, make_journal, quilloctl
+from desktop import active_window, press, program, run, type_text, wait_active, wait_until, window
+from quillo import AgentTestCase
 
-LOGS = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Logs/Agent"
 SHORTCUT = "super+shift+j"
 
 
-class HotKeyTest(DesktopTestCase):
+class HotKeyTest(AgentTestCase):
     def setUp(self):
-        self.home = Path(tempfile.mkdtemp(prefix="home "))
-        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
+        super().setUp()
         self.addCleanup(run, "setxkbmap", "us")
-        self.journal = make_journal(self.home)
 
-    def agent(self, shortcut="cmd+shift+J"):
-        if shortcut:
-            quilloctl(self.home, "shortcut", "set", shortcut)
-        agent = Agent(self.start(program("quillo-agent"), "--home", str(self.home)))
-        tray_icon("quillo-agent")
-        return agent
+    def agent(self):
+        self.ctl("shortcut", "set", "cmd+shift+J")
+        return self.start_shown_agent()
 
     def terminal(self):
         """A window of another program, which has the keyboard; answers the file that gets what is typed there."""
         typed = self.home / "typed"
         self.start("xterm", "-e", f"stty -icanon -echo; cat >'{typed}'")
-        identifier = window(window_class="xterm")
-        wait_until(lambda: run("xdotool", "getactivewindow", check=False).strip() == identifier, "xterm with the keyboard")
+        wait_active(window(window_class="xterm"))
         wait_until(typed.exists, "xterm listening")
         return typed
 
     def rival(self):
-        rival = self.start(program("desktop_probe"))
-        rival.expect("ready")
-        rival.send("keys x11")
-        return rival
-
-    def problems(self):
-        logs = "".join(p.read_text() for p in (self.home / LOGS).glob("*.log"))
-        return [line.split("] ", 1)[1] for line in logs.splitlines() if "shortcut" in line]
+        return self.start_probe(command="keys x11")
 
     def toggles(self, agent, *keys):
         press(*keys)
@@ -61,9 +43,9 @@ class HotKeyTest(DesktopTestCase):
     def does_nothing(self, agent, *keys):
         """Proved by a press that comes after it and does something."""
         press(*keys)
-        quilloctl(self.home, "agent", "toggle")
-        agent.window()
-        quilloctl(self.home, "agent", "toggle")
+        self.ctl("agent", "toggle")
+        wait_active(agent.window())
+        self.ctl("agent", "toggle")
         agent.wait_closed()
 
     def test_it_toggles_from_another_programs_window_and_takes_the_keyboard(self):
@@ -71,13 +53,12 @@ class HotKeyTest(DesktopTestCase):
         typed = self.terminal()
         press(SHORTCUT)
         identifier = agent.window()
-        wait_until(lambda: run("xdotool", "getactivewindow", check=False).strip() == identifier, "the window with the keyboard")
+        wait_active(identifier)
         type_text("by key")
         press(SHORTCUT)
         agent.wait_closed()
-        entry = plistlib.loads(next((self.journal / "Entries").glob("*.plist")).read_bytes())
-        self.assertEqual(entry["text"], "by key")
-        wait_until(lambda: run("xdotool", "getactivewindow", check=False).strip() not in ("", identifier), "xterm with the keyboard again")
+        self.assertEqual(self.texts(), ["by key"])
+        wait_until(lambda: active_window() not in ("", identifier), "xterm with the keyboard again")
         type_text("x")
         wait_until(lambda: typed.read_text() == "x", "nothing but what was typed there in xterm")
 
@@ -85,10 +66,10 @@ class HotKeyTest(DesktopTestCase):
         agent = self.agent()
         self.terminal()
         self.toggles(agent, SHORTCUT)
-        quilloctl(self.home, "shortcut", "set", "⌃⌥M")
+        self.ctl("shortcut", "set", "⌃⌥M")
         self.toggles(agent, "ctrl+alt+m")
         self.does_nothing(agent, SHORTCUT)
-        quilloctl(self.home, "shortcut", "clear")
+        self.ctl("shortcut", "clear")
         self.does_nothing(agent, "ctrl+alt+m")
         # Free for others from that moment.
         self.assertEqual(self.rival().ask("claim 38 768 1", "claimed (.*)")[1], "0 1 active")
@@ -101,19 +82,17 @@ class HotKeyTest(DesktopTestCase):
         for claim in ("52 768 3", "63 768 3", "38 1024 3"):
             self.assertEqual(rival.ask(f"claim {claim}", "claimed (.*)")[1], "-9879 0 refused")
         agent = self.agent()
-        wait_until(self.problems, "the refusal in the log")
-        self.assertEqual(self.problems(), ["The shortcut ⌘⇧J is not available: another program has claimed it"])
+        wait_until(self.shortcut_problems, "the refusal in the log")
+        self.assertEqual(self.shortcut_problems(), ["The shortcut ⌘⇧J is not available: another program has claimed it"])
         self.does_nothing(agent, SHORTCUT)
         rival.expect("pressed 1")
-        self.toggles_after(agent, "shortcut", "set", "cmd+shift+K", key="super+shift+k")
+        self.ctl("shortcut", "set", "cmd+shift+K")
+        self.toggles(agent, "super+shift+k")
         # Free again, and set once more.
         rival.ask(f"unclaim {ref}", "unclaimed 0")
-        self.toggles_after(agent, "shortcut", "set", "cmd+shift+J", key=SHORTCUT)
-        self.assertEqual(len(self.problems()), 1)
-
-    def toggles_after(self, agent, *words, key):
-        quilloctl(self.home, *words)
-        self.toggles(agent, key)
+        self.ctl("shortcut", "set", "cmd+shift+J")
+        self.toggles(agent, SHORTCUT)
+        self.assertEqual(len(self.shortcut_problems()), 1)
 
     def test_locks_do_not_matter(self):
         agent = self.agent()
@@ -148,44 +127,38 @@ class HotKeyTest(DesktopTestCase):
     def test_its_own_menu_is_no_obstacle(self):
         agent = self.agent()
         agent.click_icon(button=3)
-        self.assertTrue(wait_until(lambda: self.windows_of(agent), "the menu"))
+        wait_until(agent.menus, "the menu")
         press(SHORTCUT)
         identifier = agent.window()
-        wait_until(lambda: self.windows_of(agent) == [identifier], "nothing but the window")
-        wait_until(lambda: run("xdotool", "getactivewindow", check=False).strip() == identifier, "the window with the keyboard")
+        wait_until(lambda: not agent.menus(), "nothing but the window")
+        wait_active(identifier)
         type_text("after the menu")
         press(SHORTCUT)
         agent.wait_closed()
-        entry = plistlib.loads(next((self.journal / "Entries").glob("*.plist")).read_bytes())
-        self.assertEqual(entry["text"], "after the menu")
-
-    def windows_of(self, agent):
-        """All that is shown but for the icon in the tray."""
-        found = run("xdotool", "search", "--all", "--onlyvisible", "--pid", str(agent.program.pid), "--class", "quillo-agent", check=False).split()
-        return [w for w in found if "Width: 22\n" not in run("xwininfo", "-id", w, check=False)]
+        self.assertEqual(self.texts(), ["after the menu"])
 
     def test_layouts_are_followed_without_a_restart(self):
         run("setxkbmap", "de")
-        agent = self.agent(None)
+        agent = self.start_shown_agent()
         self.terminal()
         rival = self.rival()
         # The key between T and U: Z on a German keyboard, Y on the others.
         rival.ask("claim 16 256 1", r"claimed 0 (\d+) active")
         for layout, name in (("de", "⌘Z"), ("us", "⌘Y"), ("fr", "⌘Y"), ("de", "⌘Z")):
             run("setxkbmap", layout)
-            count = len(self.problems())
-            self.assertEqual(quilloctl(self.home, "shortcut", "set", "cmd+" + name[1]), name)
-            wait_until(lambda: len(self.problems()) > count, "the refusal in the log")
-            self.assertEqual(self.problems()[-1], f"The shortcut {name} is not available: another program has claimed it")
+            count = len(self.shortcut_problems())
+            self.assertEqual(self.ctl("shortcut", "set", "cmd+" + name[1]), name)
+            wait_until(lambda: len(self.shortcut_problems()) > count, "the refusal in the log")
+            self.assertEqual(self.shortcut_problems()[-1], f"The shortcut {name} is not available: another program has claimed it")
         for layout, names in (("fr", {"cmd+a": 12, "cmd+q": 0, "cmd+^": 33, "cmd+é": 19}), ("de", {"cmd+z": 16, "cmd+ö": 41, "cmd+^": 50})):
             run("setxkbmap", layout)
             for name, code in names.items():
-                shown = quilloctl(self.home, "shortcut", "set", name)
+                shown = self.ctl("shortcut", "set", name)
                 self.assertEqual(shown, "⌘" + name[4:].upper())
-                self.assertIn(f'"keyCode":{code},', quilloctl(self.home, "settings", "get", "MenuEntryGlobalShortcut"))
+                self.assertIn(f'"keyCode":{code},', self.ctl("settings", "get", "MenuEntryGlobalShortcut"))
         # A key stays where it is when the layout changes: that between Tab and S.
         run("setxkbmap", "fr")
-        quilloctl(self.home, "shortcut", "set", "cmd+q")
+        self.ctl("shortcut", "set", "cmd+q")
         self.toggles(agent, "super+q")
         run("setxkbmap", "us")
         self.toggles(agent, "super+a")
@@ -231,23 +204,12 @@ class HotKeyTest(DesktopTestCase):
         # A sanitizer keeps what was freed.
         if not re.search("lib[at]san", (process / "maps").read_text()):
             self.assertLess(resident() - before[1], 2048)
-        self.assertEqual(self.problems(), [])
+        self.assertEqual(self.shortcut_problems(), [])
         # An odd number leaves it open.
         run("xdotool", "key", "--repeat", "11", "--delay", "1", SHORTCUT)
         agent.window()
         time.sleep(0.3)
         self.assertTrue(agent.is_open())
-
-    def test_quilloctl_toggles_the_running_agent(self):
-        nobody = subprocess.run([program("quilloctl"), "agent", "toggle"], capture_output=True, text=True, timeout=30)
-        self.assertEqual((nobody.returncode, nobody.stderr), (1, "quilloctl: no agent is running in this session\n"))
-        agent = self.agent(None)
-        self.terminal()
-        quilloctl(self.home, "agent", "toggle")
-        identifier = agent.window()
-        wait_until(lambda: run("xdotool", "getactivewindow", check=False).strip() == identifier, "the window with the keyboard")
-        quilloctl(self.home, "agent", "toggle")
-        agent.wait_closed()
 
     def test_the_death_of_the_x_server_ends_it(self):
         receiver, sender = os.pipe()
@@ -258,13 +220,9 @@ class HotKeyTest(DesktopTestCase):
         os.close(sender)
         with os.fdopen(receiver) as numbers:
             display = ":" + numbers.readline().strip()
-        quilloctl(self.home, "shortcut", "set", "cmd+shift+J")
+        self.ctl("shortcut", "set", "cmd+shift+J")
         agent = self.start(program("quillo-agent"), "--home", str(self.home), DISPLAY=display)
         # Its first windows come while the toolkit still gets to know the display, and gives up in its own way.
-        wait_until(lambda: json.loads(quilloctl(self.home, "--json", "agent", "status"))["running"], "the agent on its display")
+        wait_until(lambda: json.loads(self.ctl("--json", "agent", "status"))["running"], "the agent on its display")
         os.kill(server.pid, signal.SIGKILL)
         self.assertEqual(agent.wait(), 1)
-
-
-if __name__ == "__main__":
-    unittest.main()

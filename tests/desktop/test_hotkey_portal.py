@@ -1,30 +1,22 @@
 """Hot keys where the desktop portal claims them, on a portal that does what the test says."""
 
 import os
-import shutil
 import signal
-import tempfile
-import unittest
-from pathlib import Path
 
-from desktop import DesktopTestCase, program, run, wait_until
-from quillo import make_journal, quilloctl
+from desktop import program, wait_until
+from quillo import AgentTestCase
 
-LOGS = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Logs/Agent"
 SESSION = "/org/freedesktop/portal/desktop/session/"
 
 
-class PortalTest(DesktopTestCase):
+class PortalTest(AgentTestCase):
     def portal(self):
         portal = self.start(program("desktop_portal"))
         portal.expect("ready")
         return portal
 
     def probe(self):
-        probe = self.start(program("desktop_probe"), "--no-window")
-        probe.expect("ready")
-        probe.send("keys portal")
-        return probe
+        return self.start_probe("--no-window", command="keys portal")
 
     def claim(self, probe, key=38, number=7):
         return probe.ask(f"claim {key} 768 {number}", r"claimed 0 (\d+) pending")[1]
@@ -92,29 +84,17 @@ class PortalTest(DesktopTestCase):
         self.assertTrue(probe.is_running)
 
     def test_the_agent_reports_refusal_and_absence_in_one_line_each(self):
-        home = Path(tempfile.mkdtemp(prefix="home "))
-        self.addCleanup(shutil.rmtree, home, ignore_errors=True)
-        make_journal(home)
-        quilloctl(home, "shortcut", "set", "cmd+shift+J")
-
-        def complaints():
-            logs = "".join(p.read_text() for p in (home / LOGS).glob("*.log"))
-            return [line.split("] ", 1)[1] for line in logs.splitlines() if "shortcut" in line]
-
-        agent = self.start(program("quillo-agent"), "--home", str(home), QT_QPA_PLATFORM="offscreen")
-        start = "The shortcut ⌘⇧J is not available: "
+        self.ctl("shortcut", "set", "cmd+shift+J")
+        agent = self.start_agent(QT_QPA_PLATFORM="offscreen")
+        complaints = self.shortcut_problems
         wait_until(complaints, "the absence of a portal in the log")
         self.assertEqual(len(complaints()), 1, complaints())
-        self.assertIn(start + "this desktop lets no program claim keys", complaints()[0])
+        self.assertIn("The shortcut ⌘⇧J is not available: this desktop lets no program claim keys", complaints()[0])
         portal = self.portal()
         portal.expect(r"bind key-38-768 .*Write a journal entry")
         portal.ask("answer cancel", "ok")
-        quilloctl(home, "shortcut", "set", "cmd+F12")
+        self.ctl("shortcut", "set", "cmd+F12")
         portal.expect(r"bind key-111-256 \| LOGO\+F12 .*")
         wait_until(lambda: len(complaints()) > 1, "the refusal in the log")
         self.assertEqual(complaints()[1:], ["The shortcut ⌘F12 is not available: it was declined"])
-        self.assertTrue(agent.is_running)
-
-
-if __name__ == "__main__":
-    unittest.main()
+        self.assertTrue(agent.program.is_running)

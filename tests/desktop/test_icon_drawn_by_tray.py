@@ -1,27 +1,20 @@
 """The agent's icon in a tray that draws icons itself and talks over the session bus. The tray comes after the agent."""
 
 import re
-import shutil
-import tempfile
-import unittest
-from pathlib import Path
 
-from desktop import DesktopTestCase, program, run, type_text, wait_until, window_rect
-from quillo import Agent, make_journal, quilloctl, set_reminder_in
+from desktop import program, run, type_text, wait_until, window_rect
+from quillo import AgentTestCase, set_reminder_in
 
 ITEM = "org.kde.StatusNotifierItem"
 MENU = "com.canonical.dbusmenu"
 
 
-class DrawnIcon(DesktopTestCase):
+class DrawnIcon(AgentTestCase):
     def setUp(self):
-        self.home = Path(tempfile.mkdtemp(prefix="home"))
-        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
-        make_journal(self.home)
-        quilloctl(self.home, "reminder", "off")
-        self.agent = Agent(self.start(program("quillo-agent"), "--home", str(self.home)))
-        wait_until(lambda: any("There is no tray yet" in log.read_text() for log in self.home.rglob("*.log")),
-                   "the agent up without a tray")
+        super().setUp()
+        self.ctl("reminder", "off")
+        self.agent = self.start_agent()
+        wait_until(lambda: "There is no tray yet" in self.log(), "the agent up without a tray")
         self.start_host()
 
     def start_host(self):
@@ -40,6 +33,7 @@ class DrawnIcon(DesktopTestCase):
 
     def test_clicks_toggle_the_window_and_change_the_picture(self):
         at_rest = self.property("IconPixmap")
+        self.assertIn("22, 22", at_rest)
         run("xdotool", "mousemove", "700", "300")
         self.activate()
         x, y, width, _ = window_rect(self.agent.window())
@@ -53,10 +47,10 @@ class DrawnIcon(DesktopTestCase):
         self.activate()
         self.agent.wait_closed()
         wait_until(lambda: self.property("IconPixmap") == at_rest, "the picture as before")
-        self.assertIn("drawn", quilloctl(self.home, "entry", "list"))
+        self.assertEqual(self.texts(), ["drawn"])
 
         set_reminder_in(self.home, 2)
-        quilloctl(self.home, "reminder", "on")
+        self.ctl("reminder", "on")
         self.agent.window()
         wait_until(lambda: self.property("IconPixmap") not in (at_rest, highlighted), "the reminder's picture")
 
@@ -82,9 +76,9 @@ class DrawnIcon(DesktopTestCase):
     def test_the_tool_tip_has_the_next_reminder(self):
         self.assertIn("'Quillo'", self.property("ToolTip"))
         set_reminder_in(self.home, 3600)
-        quilloctl(self.home, "reminder", "on")
+        self.ctl("reminder", "on")
         wait_until(lambda: re.search(r"'Next Reminder: .*\d\d", self.property("ToolTip")), "the reminder in the tool tip")
-        quilloctl(self.home, "reminder", "off")
+        self.ctl("reminder", "off")
         wait_until(lambda: "'Quillo'" in self.property("ToolTip"), "the program's name in the tool tip")
 
     def test_registers_with_each_new_tray(self):
@@ -93,7 +87,3 @@ class DrawnIcon(DesktopTestCase):
             self.start_host()
         self.activate()
         self.agent.window()
-
-
-if __name__ == "__main__":
-    unittest.main()

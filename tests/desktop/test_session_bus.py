@@ -1,21 +1,20 @@
 """Notifications and requests to end, between processes on a real session bus that may go away."""
 
 import os
-import stat
 import subprocess
 import tempfile
 import unittest
+from pathlib import Path
 
 from desktop import DesktopTestCase, program, run, start_part, stop_part, wait_until
+from quillo import install_handler
 
 BUNDLE = "com.quilloapp.probe"
 
 
 class SessionBus(DesktopTestCase):
     def start_probe(self, **environment):
-        probe = self.start(program("desktop_probe"), "--no-window", **environment)
-        probe.expect("ready")
-        return probe
+        return super().start_probe("--no-window", **environment)
 
     def test_everybody_hears_a_notification_once_the_sender_too(self):
         first, second = self.start_probe(), self.start_probe()
@@ -111,41 +110,16 @@ class SessionBus(DesktopTestCase):
         probe.send("quit")
         self.assertEqual(probe.wait(), 0)
 
-
-class Workspace(DesktopTestCase):
-    def install(self, name, mime_type=""):
-        """A program that writes its arguments to a file; answers the file's path."""
-        home = os.environ["HOME"]
-        written = os.path.join(home, name + ".arguments")
-        script = os.path.join(home, name + ".sh")
-        with open(script, "w") as file:
-            file.write(f'#!/bin/sh\nprintf "%s\\n" "$#" "$@" >"{written}.new"\nmv "{written}.new" "{written}"\n')
-        os.chmod(script, stat.S_IRWXU)
-        applications = os.path.join(home, ".local/share/applications")
-        os.makedirs(applications, exist_ok=True)
-        launcher = os.path.join(applications, name + ".desktop")
-        with open(launcher, "w") as file:
-            file.write(f"[Desktop Entry]\nType=Application\nName={name}\nExec={script} %u\nMimeType={mime_type}\n")
-        self.addCleanup(os.remove, launcher)
-        return written
-
-    def test_opens_a_url_only_where_a_program_takes_it(self):
-        probe = self.start(program("desktop_probe"), "--no-window")
+    def test_opens_a_url_only_where_a_program_takes_it_and_starts_another_by_its_identifier(self):
+        probe = self.start_probe()
         url = "quillo://edit?entryId=A-1&x='; touch ~/no;%20"
         probe.ask("open " + url, "opened no")
-        written = self.install("com.example.main", "x-scheme-handler/quillo;")
+        written = install_handler(Path(os.environ["HOME"]))
         probe.ask("open " + url, "opened yes")
-        wait_until(lambda: os.path.exists(written), "the program started")
-        with open(written) as file:
-            self.assertEqual(file.read().splitlines(), ["1", "quillo://edit?entryId=A-1&x=';%20touch%20~/no;%20"])
-
-    def test_starts_a_program_by_its_identifier(self):
-        probe = self.start(program("desktop_probe"), "--no-window")
+        wait_until(written.exists, "the program started")
+        self.assertEqual(written.read_text(), "quillo://edit?entryId=A-1&x=';%20touch%20~/no;%20\n")
+        # Another by its identifier.
         probe.ask("launch com.example.other", "launched no")
-        written = self.install("com.example.other")
+        written = install_handler(Path(os.environ["HOME"]), "com.example.other", "")
         probe.ask("launch com.example.other", "launched yes")
-        wait_until(lambda: os.path.exists(written), "the program started")
-
-
-if __name__ == "__main__":
-    unittest.main()
+        wait_until(written.exists, "the program started")

@@ -1,16 +1,11 @@
 """The status item on a fine screen (two pixels per point) with a light panel."""
 
-import unittest
-
-from desktop import DesktopTestCase, center, click, pixel, program, tray_icon, wait_until
+from desktop import DesktopTestCase, center, click, pixel, tray_icon, wait_until
 
 
 class FineStatusItem(DesktopTestCase):
     def test_is_placed_in_points_and_drawn_dark(self):
-        probe = self.start(program("desktop_probe"))
-        probe.expect("ready")
-        probe.send("tray")
-        probe.expect(r"moved \d.*")
+        probe = self.start_tray_icon()
         icon = tray_icon()
         self.assertEqual(icon[2:], (44, 44))
         match = probe.ask("geometry", r"geometry (\S+) (\S+) (\S+) (\S+)")
@@ -22,7 +17,3 @@ class FineStatusItem(DesktopTestCase):
         self.assertEqual(pixel(icon[0] + 7, icon[1] + 22), (0xf0, 0xf0, 0xf0))
         click(*center(icon))
         probe.expect("click")
-
-
-if __name__ == "__main__":
-    unittest.main()

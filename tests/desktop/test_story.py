@@ -2,17 +2,14 @@
 
 import json
 import os
-import shutil
 import subprocess
-import tempfile
 import time
-import unittest
 from pathlib import Path
 from types import SimpleNamespace
 
-from desktop import (DesktopTestCase, click, pixel, press, program, run, tray_icon, type_text, wait_until, window,
+from desktop import (center, click, pixel, press, program, tray_icon, type_text, wait_active, wait_until, window,
                      window_rect)
-from quillo import Agent, keep_picture, make_journal, quilloctl
+from quillo import Agent, AgentTestCase, displayed, install_editor, keep_picture, wait_notification_server
 from sound import Recording
 
 
@@ -33,13 +30,10 @@ def icon_is_red():
     return any(red > 120 and red > 2 * green and red > 2 * blue for red, green, blue in colours)
 
 
-class Story(DesktopTestCase):
+class Story(AgentTestCase):
     def setUp(self):
-        base = Path(tempfile.mkdtemp(prefix="story "))
-        self.addCleanup(shutil.rmtree, base, ignore_errors=True)
-        self.root = base / "root"
-        self.home = base / "home ü"
-        self.home.mkdir()
+        super().setUp()
+        self.root = self.home / "root"
         install(self.root)
         before = dict(os.environ)
         self.addCleanup(lambda: (os.environ.clear(), os.environ.update(before)))
@@ -47,14 +41,10 @@ class Story(DesktopTestCase):
         os.environ["PATH"] = os.environ["QUILLO_BIN"] + ":" + os.environ["PATH"]
         os.environ["XDG_DATA_DIRS"] = f"{self.root}/usr/share:/usr/share"
 
-    def ctl(self, *words):
-        return quilloctl(self.home, *words)
-
     def agent_status(self):
         return json.loads(self.ctl("--json", "agent", "status"))
 
     def test_from_the_installation_to_quit(self):
-        make_journal(self.home)
         for key in ("RemindersPlaySound", "RemindersOpenMenuBar", "RemindersSendToNotificationCenter"):
             self.ctl("settings", "set", key, "yes")
         self.ctl("reminder", "set", "--every", "minute")
@@ -71,12 +61,12 @@ class Story(DesktopTestCase):
         agent = Agent(SimpleNamespace(pid=status["running"][0]))
         tray_icon("quillo-agent")
         self.assertFalse(icon_is_red())
-        wait_until(lambda: run("dunstctl", "count", check=False), "the notification server")
+        wait_notification_server()
 
         # On the next full minute.
         recording = Recording()
         identifier = wait_until(agent._windows, "the reminder", seconds=70)[0]
-        wait_until(lambda: run("dunstctl", "count", "displayed").strip() == "1", "the notification")
+        wait_until(lambda: displayed() == 1, "the notification")
         wait_until(icon_is_red, "the icon red")
         keep_picture("story-reminder")
         time.sleep(2)
@@ -84,9 +74,8 @@ class Story(DesktopTestCase):
         self.assertEqual(len(bursts), 1, bursts)
 
         # Written and saved; the icon is as before.
-        x, y, width, height = window_rect(identifier)
-        click(x + width // 2, y + height // 2)
-        wait_until(lambda: run("xdotool", "getactivewindow", check=False).strip() == identifier, "the keyboard")
+        click(*center(window_rect(identifier)))
+        wait_active(identifier)
         type_text("A line a minute #story")
         press("ctrl+Return")
         agent.wait_closed()
@@ -97,18 +86,16 @@ class Story(DesktopTestCase):
         self.ctl("reminder", "off")
 
         agent.choose("About Quillo")
-        about = window("^About Quillo$")
-        wait_until(lambda: run("xdotool", "getactivewindow", check=False).strip() == about, "About")
+        wait_active(window("^About Quillo$"))
         keep_picture("story-about")
         press("Escape")
 
         # The main application edits the entry; Quit ends both, and what was written is kept.
-        editor = self.home / "notes"
-        editor.write_text('#!/bin/sh\ntrap "exit 0" TERM\nprintf " and one more" >>"$1"\n: >"$1.open"\nwhile :; do sleep 0.05; done\n')
-        editor.chmod(0o700)
+        editor = install_editor(
+            self.home, 'trap "exit 0" TERM\nprintf " and one more" >>"$1"\n: >"$1.open"\nwhile :; do sleep 0.05; done\n')
         uuid = entries[0].split()[0]
         main_application = self.start(program("quilloctl"), "--home", str(self.home), "open-url",
-                                      f"quillo://edit?entryId={uuid}", VISUAL=f'"{editor}"')
+                                      f"quillo://edit?entryId={uuid}", VISUAL=editor)
         drafts = self.home / ".local/state/quillo/drafts"
         wait_until(lambda: list(drafts.glob("*.open")), "the editor open")
         agent.choose("Quit Quillo")
@@ -116,7 +103,3 @@ class Story(DesktopTestCase):
         wait_until(lambda: not self.agent_status()["running"], "the agent ended")
         self.assertIn("A line a minute #story and one more", self.ctl("entry", "show", uuid))
         self.assertEqual(list(drafts.glob("*.txt")), [])
-
-
-if __name__ == "__main__":
-    unittest.main()

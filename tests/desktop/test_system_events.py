@@ -5,18 +5,15 @@ import ctypes
 import os
 import plistlib
 import re
-import shutil
 import struct
 import subprocess
-import tempfile
 import time
-import unittest
 from datetime import datetime, timedelta
 from pathlib import Path
 from zoneinfo import ZoneInfo
 
-from desktop import DesktopTestCase, program, run, tray_icon, wait_until
-from quillo import make_journal, quilloctl
+from desktop import program, run, tray_icon, wait_until
+from quillo import AgentTestCase
 
 LIST = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Preferences/quillo.plist"
 
@@ -52,14 +49,12 @@ def move_clock(nanoseconds):
     return libc.clock_adjtime(clock_realtime, (ctypes.c_char * len(change)).from_buffer(change)) >= 0
 
 
-class SystemEventsTest(DesktopTestCase):
+class SystemEventsTest(AgentTestCase):
     def setUp(self):
-        self.home = Path(tempfile.mkdtemp(prefix="quillo-events-"))
-        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
-        make_journal(self.home)
-        quilloctl(self.home, "reminder", "set", "--every", "1 day", "--starting", "2014-03-10T09:00", "--zone", "Europe/Berlin")
+        super().setUp()
+        self.ctl("reminder", "set", "--every", "1 day", "--starting", "2014-03-10T09:00", "--zone", "Europe/Berlin")
         # Not by "reminder on", which would start an agent of its own.
-        quilloctl(self.home, "settings", "set", "RemindersEnabled", "yes")
+        self.ctl("settings", "set", "RemindersEnabled", "yes")
 
     def agent(self, *before):
         agent = self.start("env", "-u", "TZ", *before, program("quillo-agent"), "--home", str(self.home))
@@ -103,7 +98,3 @@ class SystemEventsTest(DesktopTestCase):
         self.addCleanup(move_clock, -1)
         wait_until(lambda: (now := armed(agent.pid)) and abs(now[0] - here[0]) % 86400 > 3600, "another reminder armed")
         self.assertAlmostEqual((armed(agent.pid)[0] - here[0]) % 86400, 3 * 3600, delta=1)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -7,40 +7,33 @@ In a test:
     self.addCleanup(service.close)
     set_own_defaults(home, WeatherServiceURL=service.url)    # quillo.py
     service.mode = "500"
-    service.requests                                         # what was asked: path, latitude, longitude, headers, status
+    service.requests                                         # what was asked: pairs of latitude and longitude
 
-By itself it prints the URL for the setting WeatherServiceURL, then serves until it is ended. Its control paths:
-/control?mode=429&temperature=-3 changes it, /requests gives what was asked as JSON.
+By itself it prints the URL for the setting WeatherServiceURL, then serves until it is ended.
 """
 
 import argparse
 import json
+import signal
 import threading
 from datetime import datetime, timedelta, timezone
-from email.utils import format_datetime, parsedate_to_datetime
+from email.utils import format_datetime
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from urllib.parse import parse_qs, urlsplit
 
 BASE = "/weatherapi/locationforecast/2.0"
-# ok and deprecated give a forecast, hang gives nothing, the numbers are refusals, large is more than any forecast.
-MODES = ("ok", "deprecated", "403", "429", "500", "redirect", "garbage", "half", "large", "hang")
-
-
-def at_hour(moment):
-    return moment.replace(minute=0, second=0, microsecond=0)
+# hang gives nothing, the numbers are refusals.
+MODES = ("ok", "403", "429", "500", "garbage", "hang")
 
 
 class WeatherService:
     """Serves until it is closed. Everything below may be changed at any time, from any thread."""
 
-    def __init__(self, mode="ok", temperature=18.4, symbol="partlycloudy_day", port=0):
+    def __init__(self, mode="ok", temperature=18.4, symbol="partlycloudy_day"):
         self.mode = mode
         self.temperature = temperature  # degrees Celsius, the same at every hour
         self.symbol = symbol
-        self.valid_minutes = 30
-        self.retry_after = "120"
         self.requests = []
-        self.modified = datetime.now(timezone.utc).replace(microsecond=0)
         self._closing = threading.Event()
         service = self
 
@@ -53,10 +46,9 @@ class WeatherService:
             def log_message(self, *_):
                 pass
 
-        self._server = ThreadingHTTPServer(("127.0.0.1", port), Handler)
+        self._server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
         self._server.daemon_threads = True
-        self._thread = threading.Thread(target=self._server.serve_forever, daemon=True)
-        self._thread.start()
+        threading.Thread(target=self._server.serve_forever, daemon=True).start()
 
     @property
     def url(self):
@@ -67,17 +59,14 @@ class WeatherService:
         self._server.shutdown()
         self._server.server_close()
 
-    def wait(self):
-        self._thread.join()
-
     def forecast(self):
-        first = at_hour(datetime.now(timezone.utc))
+        first = datetime.now(timezone.utc).replace(minute=0, second=0, microsecond=0)
         hours = [0, *range(1, 55), *range(60, 216, 6)]
         return {
             "type": "Feature",
             "geometry": {"type": "Point", "coordinates": [10.75, 59.91, 3]},
             "properties": {
-                "meta": {"updated_at": self._iso(self.modified), "units": {"air_temperature": "celsius"}},
+                "meta": {"units": {"air_temperature": "celsius"}},
                 "timeseries": [self._time(first + timedelta(hours=hour), hour) for hour in hours],
             },
         }
@@ -88,90 +77,54 @@ class WeatherService:
         if hour < 55:
             periods["next_1_hours"] = {**summary, "details": {"precipitation_amount": 0.0}}
         details = {"air_temperature": self.temperature, "cloud_area_fraction": 50.0, "wind_speed": 3.1}
-        return {"time": self._iso(moment), "data": {"instant": {"details": details}, **periods}}
-
-    @staticmethod
-    def _iso(moment):
-        return moment.strftime("%Y-%m-%dT%H:%M:%SZ")
+        return {"time": moment.strftime("%Y-%m-%dT%H:%M:%SZ"), "data": {"instant": {"details": details}, **periods}}
 
     def _answer(self, handler):
         url = urlsplit(handler.path)
         query = {key: values[-1] for key, values in parse_qs(url.query).items()}
-        if url.path == "/control":
-            return self._send(handler, 200, self._control(query))
-        if url.path == "/requests":
-            return self._send(handler, 200, json.dumps(self.requests).encode())
-        request = {"path": handler.path, "latitude": query.get("lat"), "longitude": query.get("lon"),
-                   "headers": {key.lower(): value for key, value in handler.headers.items()}, "status": None}
-        self.requests.append(request)
+        places = query.get("lat", ""), query.get("lon", "")
+        self.requests.append(places)
         if self.mode == "hang":
             self._closing.wait()
-            return None
-        request["status"], headers, body = self._outcome(url.path, query, request["headers"])
-        return self._send(handler, request["status"], body, headers)
-
-    def _control(self, query):
-        if query.get("mode", "ok") not in MODES:
-            return f"unknown mode; one of: {' '.join(MODES)}\n".encode()
-        self.mode = query.get("mode", self.mode)
-        self.symbol = query.get("symbol", self.symbol)
-        self.temperature = float(query.get("temperature", self.temperature))
-        return b"changed\n"
-
-    def _outcome(self, path, query, headers):
-        """Status, headers and body."""
+            return
         # The service's own rules come first.
-        places = (query.get("lat", ""), query.get("lon", ""))
-        if not headers.get("user-agent") or any(len(place.partition(".")[2]) > 4 for place in places):
-            return 403, {}, b"<html>Forbidden</html>"
-        if path != f"{BASE}/compact":
-            return 404, {}, b"<html>Not found</html>"
-        if self.mode in ("403", "500"):
-            return int(self.mode), {}, b"<html>No</html>"
-        if self.mode == "429":
-            return 429, {"Retry-After": self.retry_after}, b""
-        if self.mode == "redirect":
-            return 302, {"Location": f"{self.url}/elsewhere"}, b""
-        if self.mode == "garbage":
-            return 200, {}, b"\x00\xff{\"properties\":[" * 100
-        if self.mode == "large":
-            return 200, {}, json.dumps(self.forecast()).encode() + b" " * 2**21
-
-        expires = datetime.now(timezone.utc) + timedelta(minutes=self.valid_minutes)
-        fresh = {"Expires": format_datetime(expires, usegmt=True), "Last-Modified": format_datetime(self.modified, usegmt=True)}
-        since = headers.get("if-modified-since")
-        if since and parsedate_to_datetime(since) >= self.modified:
-            return 304, fresh, b""
-        body = json.dumps(self.forecast()).encode()
-        return (203 if self.mode == "deprecated" else 200), fresh, body[:1000] if self.mode == "half" else body
-
-    @staticmethod
-    def _send(handler, status, body, headers=None):
+        if not handler.headers.get("User-Agent") or any(len(place.partition(".")[2]) > 4 for place in places):
+            status, headers, body = 403, {}, b"<html>Forbidden</html>"
+        elif url.path != f"{BASE}/compact":
+            status, headers, body = 404, {}, b"<html>Not found</html>"
+        else:
+            status, headers, body = self._outcome()
         handler.send_response(status)
-        for key, value in {"Content-Type": "application/json", **(headers or {})}.items():
+        for key, value in {"Content-Type": "application/json", "Content-Length": str(len(body)), **headers}.items():
             handler.send_header(key, value)
-        if status != 304:
-            handler.send_header("Content-Length", str(len(body)))
         try:
             handler.end_headers()
             handler.wfile.write(body)
         except ConnectionError:
             pass  # whoever asked has had enough
 
+    def _outcome(self):
+        """Status, headers and body."""
+        if self.mode in ("403", "500"):
+            return int(self.mode), {}, b"<html>No</html>"
+        if self.mode == "429":
+            return 429, {"Retry-After": "120"}, b""
+        if self.mode == "garbage":
+            return 200, {}, b"\x00\xff{\"properties\":[" * 100
+        expires = datetime.now(timezone.utc) + timedelta(minutes=30)
+        return 200, {"Expires": format_datetime(expires, usegmt=True)}, json.dumps(self.forecast()).encode()
+
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--port", type=int, default=0, help="any free one by default")
     parser.add_argument("--mode", choices=MODES, default="ok")
     parser.add_argument("--temperature", type=float, default=18.4, help="degrees Celsius")
     parser.add_argument("--symbol", default="partlycloudy_day")
     options = parser.parse_args()
-    service = WeatherService(options.mode, options.temperature, options.symbol, options.port)
+    service = WeatherService(options.mode, options.temperature, options.symbol)
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
     print(service.url, flush=True)
-    try:
-        service.wait()
-    except KeyboardInterrupt:
-        service.close()
+    signal.pause()
 
 
 if __name__ == "__main__":

@@ -3,17 +3,14 @@
 //   answer accept|nothing|cancel|other|silent   what later questions for a shortcut get (accept)
 //   yes                                         answers a question that was met with silence
 //   press | release | close                     of the shortcut bound last, or its session
-#include <QCoreApplication>
+#include "Lines.h"
+
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusVirtualObject>
-#include <QSocketNotifier>
-#include <QTextStream>
-
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -21,10 +18,6 @@ namespace {
 
 const QString root = u"/org/freedesktop/portal/desktop"_s;
 const QString shortcutsInterface = u"org.freedesktop.portal.GlobalShortcuts"_s;
-
-void say(const QString& line) {
-  QTextStream(stdout) << line << Qt::endl;
-}
 
 QString senderPart(const QDBusMessage& message) {
   return message.service().mid(1).replace(u'.', u'_');
@@ -34,6 +27,20 @@ struct Shortcut {
   QString name;
   QVariantMap properties;
 };
+
+QDBusArgument& operator<<(QDBusArgument& argument, const Shortcut& shortcut) {
+  argument.beginStructure();
+  argument << shortcut.name << shortcut.properties;
+  argument.endStructure();
+  return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, Shortcut& shortcut) {
+  argument.beginStructure();
+  argument >> shortcut.name >> shortcut.properties;
+  argument.endStructure();
+  return argument;
+}
 
 }  // namespace
 
@@ -114,14 +121,7 @@ class Portal : public QDBusVirtualObject {
 
   bool bindShortcuts(const QDBusMessage& message, const QDBusConnection& bus) {
     m_session = sessionIn(message);
-    const auto list = message.arguments()[1].value<QDBusArgument>();
-    list.beginArray();
-    while (!list.atEnd()) {
-      list.beginStructure();
-      list >> m_shortcut.name >> m_shortcut.properties;
-      list.endStructure();
-    }
-    list.endArray();
+    for (const auto& shortcut : qdbus_cast<QList<Shortcut>>(message.arguments()[1])) m_shortcut = shortcut;
     say(u"bind %1 | %2 | %3"_s.arg(m_shortcut.name, m_shortcut.properties[u"preferred_trigger"_s].toString(),
                                    m_shortcut.properties[u"description"_s].toString()));
     m_unanswered = {requestFor(message, message.arguments()[3], bus), message.service()};
@@ -137,15 +137,9 @@ class Portal : public QDBusVirtualObject {
     if (how == u"silent") return;
     if (how == u"cancel") return respond(question.request, question.asker, 1, {});
     if (how == u"other") return respond(question.request, question.asker, 2, {});
-    QDBusArgument list;
-    list.beginArray(QMetaType::fromType<Shortcut>());
-    if (how == u"accept") {
-      list.beginStructure();
-      list << m_shortcut.name << QVariantMap{{u"description"_s, u"As the user knows it"_s}};
-      list.endStructure();
-    }
-    list.endArray();
-    respond(question.request, question.asker, 0, {{u"shortcuts"_s, QVariant::fromValue(list)}});
+    QList<Shortcut> granted;
+    if (how == u"accept") granted << Shortcut{m_shortcut.name, {{u"description"_s, u"As the user knows it"_s}}};
+    respond(question.request, question.asker, 0, {{u"shortcuts"_s, QVariant::fromValue(granted)}});
   }
 
   QDBusConnection m_bus;
@@ -156,42 +150,16 @@ class Portal : public QDBusVirtualObject {
   Question m_unanswered;
 };
 
-static QDBusArgument& operator<<(QDBusArgument& argument, const Shortcut& shortcut) {
-  argument.beginStructure();
-  argument << shortcut.name << shortcut.properties;
-  argument.endStructure();
-  return argument;
-}
-
-static const QDBusArgument& operator>>(const QDBusArgument& argument, Shortcut& shortcut) {
-  argument.beginStructure();
-  argument >> shortcut.name >> shortcut.properties;
-  argument.endStructure();
-  return argument;
-}
-
 int main(int argc, char** argv) {
   QCoreApplication application(argc, argv);
   qDBusRegisterMetaType<Shortcut>();
+  qDBusRegisterMetaType<QList<Shortcut>>();
   auto bus = QDBusConnection::sessionBus();
   Portal portal(bus);
   if (!bus.registerVirtualObject(root, &portal, QDBusConnection::SubPath) ||
       !bus.registerService(u"org.freedesktop.portal.Desktop"_s))
     return 1;
-  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-  QByteArray unread;
-  QObject::connect(&input, &QSocketNotifier::activated, [&] {
-    char buffer[4096];
-    const auto length = read(STDIN_FILENO, buffer, sizeof buffer);
-    if (length <= 0) return QCoreApplication::quit();
-    unread.append(buffer, length);
-    for (auto end = unread.indexOf('\n'); end >= 0; end = unread.indexOf('\n')) {
-      portal.run(QString::fromUtf8(unread.left(end)));
-      unread.remove(0, end + 1);
-    }
-  });
-  say(u"ready"_s);
-  return QCoreApplication::exec();
+  return serveLines([&](const QString& line) { portal.run(line); });
 }
 
 #include "portal.moc"

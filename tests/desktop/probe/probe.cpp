@@ -1,5 +1,6 @@
 // A program of platform services and nothing else, for the desktop tests: it does what its standard input says, a
 // command a line, and prints what happens to it, an event a line.
+#include "Lines.h"
 #include "entry/AlertSheet.h"
 #include "entry/QLJournalIndexOSXAdditions.h"
 #include "foundation/Log.h"
@@ -12,13 +13,7 @@
 #include "platform/linux/desktop/X11HotKeys.h"
 #include "qlcore/QLJournalPackageFile.h"
 
-#include <QAction>
 #include <QApplication>
-#include <QMenu>
-#include <QSocketNotifier>
-#include <QTextStream>
-
-#include <unistd.h>
 
 #include <functional>
 #include <map>
@@ -30,14 +25,6 @@ using namespace quillo;
 
 namespace {
 
-void say(const QString& line) {
-  QTextStream(stdout) << line << Qt::endl;
-}
-
-QString textOf(const QRectF& rect) {
-  return u"%1 %2 %3 %4"_s.arg(rect.x()).arg(rect.y()).arg(rect.width()).arg(rect.height());
-}
-
 QString yesOrNo(bool value) {
   return value ? u"yes"_s : u"no"_s;
 }
@@ -46,26 +33,19 @@ QString yesOrNo(bool value) {
 class Tray {
  public:
   Tray() {
-    QObject::connect(m_menu.addAction(u"Choose"_s), &QAction::triggered, [] { say(u"chosen"_s); });
-    QObject::connect(&m_menu, &QMenu::aboutToShow, [] { say(u"menu"_s); });
     m_item.onPrimaryClick([] { say(u"click"_s); });
     m_item.onGeometryChanged([this] { sayGeometry(u"moved"_s); });
-    m_item.setMenu(&m_menu);
-    m_item.setToolTip([] { return u"Probe"_s; });
     m_item.setLength(22);
     m_item.setImage(u"probe"_s, true);
   }
 
   void sayGeometry(const QString& word) {
-    const auto geometry = m_item.geometry();
-    say(word + u' ' + (geometry ? textOf(*geometry) : u"nowhere"_s));
+    const auto rect = m_item.geometry();
+    if (!rect) return say(word + u" nowhere"_s);
+    say(word + u" %1 %2 %3 %4"_s.arg(rect->x()).arg(rect->y()).arg(rect->width()).arg(rect->height()));
   }
-  void sayAnchor() { say(u"anchor "_s + textOf(m_item.anchor())); }
-  void setHighlighted(bool highlighted) { m_item.setHighlighted(highlighted); }
-  void setTemplate(bool isTemplate) { m_item.setImage(u"probe"_s, isTemplate); }
 
  private:
-  QMenu m_menu;
   TrayStatusItem m_item;
 };
 
@@ -100,17 +80,11 @@ class Keys {
 
  private:
   static QString nameOf(HotKeyState state) {
-    switch (state) {
-      case HotKeyState::Pending:
-        return u"pending"_s;
-      case HotKeyState::Active:
-        return u"active"_s;
-      case HotKeyState::Refused:
-        return u"refused"_s;
-      case HotKeyState::Unsupported:
-        return u"unsupported"_s;
-    }
-    return {};
+    static const std::map<HotKeyState, QString> names{{HotKeyState::Pending, u"pending"_s},
+                                                      {HotKeyState::Active, u"active"_s},
+                                                      {HotKeyState::Refused, u"refused"_s},
+                                                      {HotKeyState::Unsupported, u"unsupported"_s}};
+    return names.at(state);
   }
 
   XkbKeyboardLayouts m_layouts;
@@ -124,9 +98,6 @@ class Probe {
     m_commands = {
         {u"tray"_s, [this](const QString&) { m_tray = std::make_unique<Tray>(); }},
         {u"geometry"_s, [this](const QString&) { m_tray->sayGeometry(u"geometry"_s); }},
-        {u"anchor"_s, [this](const QString&) { m_tray->sayAnchor(); }},
-        {u"highlight"_s, [this](const QString& value) { m_tray->setHighlighted(value == u"on"); }},
-        {u"template"_s, [this](const QString& value) { m_tray->setTemplate(value == u"on"); }},
         {u"post"_s, [this](const QString& name) { say(u"posted "_s + yesOrNo(m_notifications.post(name))); }},
         {u"register"_s, [this](const QString& bundle) { registerSelf(bundle); }},
         {u"running"_s, [this](const QString& bundle) { sayRunning(bundle); }},
@@ -189,20 +160,7 @@ class Probe {
 
 int serve() {
   Probe probe;
-  QByteArray unread;
-  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-  QObject::connect(&input, &QSocketNotifier::activated, [&] {
-    char buffer[4096];
-    const auto length = read(STDIN_FILENO, buffer, sizeof buffer);
-    if (length <= 0) return QCoreApplication::quit();
-    unread.append(buffer, length);
-    for (auto end = unread.indexOf('\n'); end >= 0; end = unread.indexOf('\n')) {
-      probe.run(QString::fromUtf8(unread.left(end)));
-      unread.remove(0, end + 1);
-    }
-  });
-  say(u"ready"_s);
-  return QCoreApplication::exec();
+  return serveLines([&](const QString& line) { probe.run(line); });
 }
 
 }  // namespace

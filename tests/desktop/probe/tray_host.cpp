@@ -1,21 +1,13 @@
 // A tray of the kind that draws icons itself: it only keeps the list of items on the session bus, and prints each one.
 // The tests do with an item over the bus what such a tray would do.
-#include <QCoreApplication>
+#include "Lines.h"
+
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QStringList>
-#include <QTextStream>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-void say(const QString& line) {
-  QTextStream(stdout) << line << Qt::endl;
-}
-
-}  // namespace
 
 class TrayHost : public QObject, protected QDBusContext {
   Q_OBJECT
@@ -48,8 +40,7 @@ int main(int argc, char** argv) {
                           QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties) ||
       !bus.registerService(u"org.kde.StatusNotifierWatcher"_s))
     return 1;
-  say(u"ready"_s);
-  return QCoreApplication::exec();
+  return serveLines([](const QString&) {});
 }
 
 #include "tray_host.moc"
