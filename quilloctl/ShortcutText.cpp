@@ -99,6 +99,12 @@ std::optional<qint16> keyNamed(const QString& name) {
   return std::nullopt;
 }
 
+bool typesACharacter(qint16 keyCode) {
+  // One unit, the replacement character where there is none.
+  const QString typed = PTKeyCodeTranslator::currentTranslator()->translateKeyCode(keyCode);
+  return typed[0].isPrint() && typed[0] != QChar(QChar::ReplacementCharacter);
+}
+
 }  // namespace
 
 PTKeyCombo::Pointer keyComboFromText(const QString& text, QString* reason) {
@@ -115,6 +121,8 @@ PTKeyCombo::Pointer keyComboFromText(const QString& text, QString* reason) {
   auto combo = PTKeyCombo::keyComboWithKeyCode(*keyCode, parts.modifiers);
   if (!combo->isValidHotKeyCombo())
     return wrong(u"\"%1\" alone would be lost for typing: add cmd, opt, ctrl or shift"_s.arg(parts.key));
+  if (parts.modifiers == HotKeyModifier::shift && typesACharacter(*keyCode))
+    return wrong(u"shift and \"%1\" would be lost for typing: add cmd, opt or ctrl"_s.arg(parts.key));
   return combo;
 }
 

@@ -103,7 +103,7 @@ class QuilloctlTest(QuilloctlTestCase):
         self.assertEqual(self.ctl_json("shortcut", "set", "cmd+j"), {"keyCode": 38, "modifierFlags": cmd, "text": "⌘J"})
 
         before = self.list.read_bytes()
-        for words, says in [("J", "\"J\" alone would be lost for typing"), ("F13", "alone"), ("cmd", "no key in it"), ("⌘⇧", "no key in it"),
+        for words, says in [("J", "\"J\" alone would be lost for typing"), ("shift+j", "lost for typing"), ("shift+space", "lost for typing"), ("F13", "alone"), ("cmd", "no key in it"), ("⌘⇧", "no key in it"),
                             ("", "no key in it"), (" + ", "no key"), ("cmd+", "no key in it"), ("cmd+foo", "no key \"foo\""), ("cmd+j+k", "no key \"j+k\""),
                             ("hyper+j", "no key \"hyper+j\""), ("cmd+right ⌘", "is a modifier"), ("cmd+\ufffd", "no key"), ("cmd+" + "x" * 100000, "no key"),
                             ("⌘" * 40000, "no key in it")]:
