@@ -33,8 +33,8 @@ struct Session {
 // What every command works with.
 struct Context {
   QuilloConfig& config;
-  // Broadcasts the name to the other processes.
-  std::function<void(QLatin1StringView name)> post;
+  // Broadcasts the name to the other processes; false when none can be told.
+  std::function<bool(QLatin1StringView name)> post;
   // Does in the running agent what its shortcut does. False, with the reason, when none took the request.
   std::function<bool(QString* reason)> toggleAgent;
   bool json{false};

@@ -13,8 +13,8 @@ void addPostCommand(CLI::App& program, Action& action) {
   CLI::App* post = program.add_subcommand("post", "Broadcast a change notification to the user's processes");
   post->add_option("NOTIFICATION-NAME", *name)->required();
   post->callback([&action, name] {
-    action = [name](Context& context) {
-      context.post(QLatin1StringView(*name));
+    action = [name](Context& context) -> int {
+      if (!context.post(QLatin1StringView(*name))) return failed(u"there is no session bus that takes that name"_s);
       if (context.json) printJson(QJsonObject{{u"posted"_s, QString::fromStdString(*name)}});
       return Done;
     };

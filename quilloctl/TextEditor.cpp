@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
@@ -16,6 +17,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 
 namespace quillo::ctl {
@@ -32,6 +34,9 @@ bool drawsInTerminal(const QString& program) {
                                  u"editor"_s};
   return known.contains(QFileInfo(program).fileName());
 }
+
+// Nobody opens an editor, looks and leaves in less.
+constexpr std::chrono::milliseconds fastestPerson{800};
 
 // In a terminal a Ctrl+C is for the editor; it would end us as well, and the text would be left behind.
 class IgnoredInterrupts {
@@ -92,7 +97,7 @@ std::optional<Draft> Draft::withText(const QString& text) {
     failed(u"the text could not be written for the editor: "_s + error.localizedDescription);
     return std::nullopt;
   }
-  return Draft(path);
+  return Draft(path, text);
 }
 
 std::optional<QString> Draft::edit(Context& context, const EditorChoice& editor) const {
@@ -112,6 +117,8 @@ std::optional<QString> Draft::edit(Context& context, const EditorChoice& editor)
   QObject::connect(&process, &QProcess::errorOccurred, &loop, [&loop](QProcess::ProcessError error) {
     if (error == QProcess::FailedToStart) loop.quit();
   });
+  QElapsedTimer sinceStart;
+  sinceStart.start();
   process.start();
   if (process.state() != QProcess::NotRunning) loop.exec();
   context.session().runningApplications.registerSelf(Identifier::mainApplication, [] {});
@@ -130,6 +137,13 @@ std::optional<QString> Draft::edit(Context& context, const EditorChoice& editor)
   const auto bytes = contentsOfFile(m_path, &error);
   if (!bytes) {
     failed(error.localizedDescription);
+    return std::nullopt;
+  }
+  // It has handed the file to another process, where it is still open.
+  if (*bytes == m_text.toUtf8() && std::chrono::milliseconds(sinceStart.elapsed()) < fastestPerson) {
+    static_cast<void>(
+        kept(context,
+             u"the editor %1 did not wait for you to write, it may have an option for that"_s.arg(process.program())));
     return std::nullopt;
   }
   return QString::fromUtf8(*bytes);

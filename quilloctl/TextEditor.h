@@ -34,8 +34,8 @@ class Draft {
   [[nodiscard]] static std::optional<Draft> withText(const QString& text);
 
   // Runs the editor on the file and waits until it has ended, answering what the file then holds; nothing, with the
-  // reason said, when the editor failed. While it waits this process is known as the main application, and a request
-  // to end is passed on to the editor.
+  // reason said, when the editor failed or was gone at once and is open elsewhere, as it seems. While it waits this
+  // process is known as the main application, and a request to end is passed on to the editor.
   std::optional<QString> edit(Context& context, const EditorChoice& editor) const;
 
   // Answers Failed, saying why and where the text is; by a notification, too, where nobody reads what we print.
@@ -43,8 +43,9 @@ class Draft {
   void discard() const;
 
  private:
-  explicit Draft(QString path) : m_path(std::move(path)) {}
+  Draft(QString path, QString text) : m_path(std::move(path)), m_text(std::move(text)) {}
   QString m_path;
+  QString m_text;  // what it began with
 };
 
 }  // namespace quillo::ctl

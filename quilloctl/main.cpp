@@ -55,9 +55,9 @@ class Services {
   Services(const Services&) = delete;
   Services& operator=(const Services&) = delete;
 
-  void post(QLatin1StringView name) {
+  bool post(QLatin1StringView name) {
     joinNotifications();
-    DistributedNotificationCenter::sharedCenter().postNotification(name);
+    return m_notifications->post(name);
   }
 
   ctl::Session session() {
@@ -156,7 +156,7 @@ int main(int argc, char** argv) {
   PTKeyCodeTranslator::setKeyboardLayouts(&keyboardLayouts);
   Services services(homeArguments);
   ctl::Context context{config,
-                       [&services](QLatin1StringView name) { services.post(name); },
+                       [&services](QLatin1StringView name) { return services.post(name); },
                        toggleAgent,
                        json,
                        [&services] { return services.session(); },

@@ -72,10 +72,12 @@ class MainApplicationTest(QuilloctlTestCase):
             return self.run_ctl("open-url", url, VISUAL=self.script("notes", body))
 
         original = file.read_bytes()
-        for body, code in (("true", 0), (': >"$1"', 1)):
+        for body, code in (("sleep 1", 0), (': >"$1"', 1)):
             result = edits(body)
             self.assertEqual((result.returncode, file.read_bytes()), (code, original), result.stderr)
         self.assertEqual(self.kept_draft(edits('echo mine >"$1"; exit 3')), "mine\n")
+        # One that goes on in another process still writes to the file.
+        self.assertEqual(self.kept_draft(edits("true")), "before")
         self.assertEqual(file.read_bytes(), original)
 
         other = self.home / "other.plist"
@@ -89,7 +91,7 @@ class MainApplicationTest(QuilloctlTestCase):
         self.assertEqual(list(self.drafts.iterdir()), [])
 
     def test_a_new_entry_is_written_or_not(self):
-        self.ctl("open-url", "quillo://post", VISUAL=self.script("notes", "true"))
+        self.ctl("open-url", "quillo://post", VISUAL=self.script("notes", "sleep 1"))
         self.assertEqual(self.ctl("entry", "list"), "")
         uuid = self.ctl("open-url", "quillo://post", VISUAL=self.script("notes", 'echo "Fresh #ink" >"$1"'))
         self.assertEqual((self.entry(uuid)["text"], self.entry(uuid)["tags"]), ("Fresh #ink", ["ink"]))

@@ -118,6 +118,7 @@ class QuilloctlTest(QuilloctlTestCase):
             self.write_list({"MenuEntryGlobalShortcut": stored}, plistlib.FMT_XML)
             self.assertEqual(self.ctl("shortcut", "show"), printed)
         self.assert_fails("agent", "toggle", says="quilloctl: no agent is running in this session\n")
+        self.assert_fails("post", "Anything", says="session bus")
 
     def test_other_writers_values_survive_a_set(self):
         content = {f"key {i} ü": value for i, value in enumerate([
