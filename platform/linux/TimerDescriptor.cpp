@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <utility>
 
 namespace quillo {
 
@@ -36,10 +37,13 @@ TimerDescriptor::TimerDescriptor(std::function<void(Outcome)> callback)
 
 TimerDescriptor::~TimerDescriptor() {
   if (m_descriptor < 0) return;
-  // The notifier may be in the middle of the call that led here.
   m_notifier->setEnabled(false);
-  m_notifier->disconnect();
-  m_notifier.release()->deleteLater();
+  if (m_destroyed) {
+    // The notifier is in the middle of the call that led here.
+    *m_destroyed = true;
+    m_notifier->disconnect();
+    m_notifier.release()->deleteLater();
+  }
   ::close(m_descriptor);
 }
 
@@ -66,7 +70,14 @@ void TimerDescriptor::readable() {
   if (size < 0 && errno != ECANCELED) return;  // somebody re-armed it in between
   // A copy, which outlives this object when the callback destroys it.
   const auto callback = m_callback;
+  bool destroyed = false;
+  bool* const outer = std::exchange(m_destroyed, &destroyed);
   callback(size < 0 ? Outcome::ClockWasSet : Outcome::Expired);
+  if (!destroyed) {
+    m_destroyed = outer;
+  } else if (outer) {
+    *outer = true;
+  }
 }
 
 }  // namespace quillo

@@ -38,6 +38,8 @@ class TimerDescriptor {
   int m_descriptor;
   std::function<void(Outcome)> m_callback;
   std::unique_ptr<QSocketNotifier> m_notifier;
+  // Where a callback that is running hears that this object has been destroyed; null while none is.
+  bool* m_destroyed{nullptr};
 };
 
 }  // namespace quillo
