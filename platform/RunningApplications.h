@@ -28,6 +28,8 @@ class RunningApplications {
   [[nodiscard]] virtual QList<RunningApplication> running(const QString& bundleIdentifier) const = 0;
 
   // Asks politely and does not wait. True when the request was sent; the other may still take its time, or refuse.
+  // Copies of one program that end each other as they start would leave none when they start at the same moment: where
+  // the other is a copy of this process and joined the session after it, this process ends in its place.
   virtual bool terminate(const RunningApplication& application) = 0;
 
   [[nodiscard]] virtual qint64 currentProcessIdentifier() const = 0;

@@ -28,6 +28,11 @@ bool canBePartOfBusName(const QString& bundleIdentifier) {
   return bundleIdentifier.size() < longestBusName && form.match(bundleIdentifier).hasMatch();
 }
 
+// A bus numbers its connections in the order in which they were made: ":1.42". 0 for a name of any other form.
+qulonglong connectionNumber(const QString& uniqueName) {
+  return uniqueName.sliced(uniqueName.lastIndexOf(u'.') + 1).toULongLong();
+}
+
 }  // namespace
 
 std::optional<QString> busNameOfApplication(const RunningApplication& application) {
@@ -97,7 +102,13 @@ QList<RunningApplication> SessionBusApplications::running(const QString& bundleI
 
 bool SessionBusApplications::terminate(const RunningApplication& application) {
   const auto name = busNameOfApplication(application);
-  if (!name || !m_bus.askBus(u"NameHasOwner"_s, {*name}).value_or(false).toBool()) return false;
+  if (!name) return false;
+  const QString owner = m_bus.askBus(u"GetNameOwner"_s, {*name}).value_or(QVariant()).toString();
+  if (owner.isEmpty()) return false;
+  if (isNewerCopy(application, owner)) {
+    endSoon();
+    return true;
+  }
   auto call = QDBusMessage::createMethodCall(*name, path, interface, u"Terminate"_s);
   // The name may go in this very moment; nothing is to be started for it then.
   call.setAutoStartService(false);
@@ -111,8 +122,17 @@ qint64 SessionBusApplications::currentProcessIdentifier() const {
   return QCoreApplication::applicationPid();
 }
 
+bool SessionBusApplications::isNewerCopy(const RunningApplication& application, const QString& owner) const {
+  const auto own = busNameOfApplication({application.bundleIdentifier, currentProcessIdentifier()});
+  return own == m_ownName && connectionNumber(owner) > connectionNumber(m_bus.connection().baseService());
+}
+
 void SessionBusApplications::Terminate() {
   if (!calledByOwnUser()) return sendErrorReply(QDBusError::AccessDenied, ownUserOnly);
+  endSoon();
+}
+
+void SessionBusApplications::endSoon() {
   if (m_terminating) return;
   m_terminating = true;
   // The answer leaves when this returns; a callback that quits at once must come after it.

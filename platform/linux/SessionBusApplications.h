@@ -48,6 +48,9 @@ class SessionBusApplications final : public QObject, public RunningApplications,
  private:
   bool claim(QDBusConnection& connection);
   [[nodiscard]] bool calledByOwnUser();
+  // Whether that is a copy of this program whose connection to the bus is younger than ours.
+  [[nodiscard]] bool isNewerCopy(const RunningApplication& application, const QString& owner) const;
+  void endSoon();
 
   std::function<void()> m_onTerminate;
   std::function<void()> m_onToggle;

@@ -55,6 +55,16 @@ class SessionBus(DesktopTestCase):
         asker.ask("terminate " + BUNDLE, "terminated 0")
         self.assertTrue(unrelated.is_running)
 
+    def test_of_two_copies_the_older_ends(self):
+        older, newer = self.start_probe(), self.start_probe()
+        older.ask("register " + BUNDLE, "registered yes")
+        newer.ask("register " + BUNDLE, "registered yes")
+        older.ask("terminate " + BUNDLE, "terminated 1")
+        older.expect("terminate")
+        self.assertEqual(older.wait(), 0)
+        newer.ask("terminate " + BUNDLE, "terminated 0")
+        self.assertTrue(newer.is_running)
+
     def test_the_request_is_answered_before_the_program_ends(self):
         other = self.start_probe()
         other.ask("register " + BUNDLE, "registered yes")

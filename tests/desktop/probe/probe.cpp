@@ -147,7 +147,9 @@ class Probe {
 
   void terminate(const QString& bundle) {
     int sent = 0;
-    for (const auto& application : m_applications.running(bundle)) sent += m_applications.terminate(application);
+    for (const auto& application : m_applications.running(bundle))
+      if (application.processIdentifier != m_applications.currentProcessIdentifier())
+        sent += m_applications.terminate(application);
     say(u"terminated %1"_s.arg(sent));
   }
 
