@@ -4,11 +4,10 @@
 #include "controls/Fonts.h"
 #include "ui_AgentEntryWindow.h"
 
-#include <QBitmap>
 #include <QCloseEvent>
 #include <QDialog>
 #include <QLabel>
-#include <QPainter>
+#include <QPainterPath>
 #include <QWindow>
 
 #include <algorithm>
@@ -33,14 +32,6 @@ static void setLabelLook(QLabel& label, const QFont& font, const QColor& color) 
   QPalette palette = label.palette();
   palette.setColor(QPalette::WindowText, color);
   label.setPalette(palette);
-}
-
-static QBitmap outlineMask(const EntryBackgroundView& view) {
-  QBitmap mask(view.size());
-  mask.clear();
-  QPainter painter(&mask);
-  painter.fillPath(view.outline(), Qt::color1);
-  return mask;
 }
 
 AgentEntryWindow::AgentEntryWindow()
@@ -173,7 +164,8 @@ void AgentEntryWindow::layOut() {
     clearMask();
     m_maskOutline.clear();
   } else if (const QPainterPath outline = m_ui->backgroundView->outline(); outline != m_maskOutline) {
-    setMask(outlineMask(*m_ui->backgroundView));
+    // Not by filling a bitmap: the toolkit starts threads for a shape of this size.
+    setMask(QRegion(outline.toFillPolygon().toPolygon()));
     m_maskOutline = outline;
   }
   setFrameOrigin(m_origin);

@@ -2,12 +2,11 @@
 
 #include <QObject>
 #include <QStringList>
-#include <QThread>
 #include <QUrl>
 
-#include <memory>
 #include <optional>
 #include <stop_token>
+#include <thread>
 
 namespace quillo {
 
@@ -28,7 +27,8 @@ class JournalTags : public QObject {
  private:
   QStringList m_tags;
   std::stop_source m_stop;
-  std::unique_ptr<QThread> m_reading;
+  bool m_isReading{false};
+  std::thread m_thread;
 };
 
 }  // namespace quillo

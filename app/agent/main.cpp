@@ -38,8 +38,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 
@@ -77,6 +79,23 @@ std::optional<int> readArguments(int argc, char** argv) {
   return std::nullopt;
 }
 
+// The toolkit and the X library wait for ever, or end the program, where they get no descriptor; an idle agent has 15.
+// False, with the reason said, where so few are allowed that this is bound to happen.
+bool takeEnoughDescriptors() {
+  static constexpr rlim_t wanted = 4096;
+  static constexpr rlim_t needed = 64;
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return true;
+  if (limit.rlim_cur < wanted) {
+    limit.rlim_cur = std::min(wanted, limit.rlim_max);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+  }
+  if (limit.rlim_cur >= needed) return true;
+  std::cerr << "quillo-agent: only " << limit.rlim_cur << " open files are allowed (ulimit -Hn), " << needed
+            << " are needed\n";
+  return false;
+}
+
 // The program's own, for the frames and lists of windows where no installed theme has it.
 QIcon ownIcon() {
   QIcon icon;
@@ -100,6 +119,7 @@ int main(int argc, char** argv) {
   // Entries, settings and logs are for the user alone.
   ::umask(077);
   if (const auto code = readArguments(argc, argv)) return *code;
+  if (!takeEnoughDescriptors()) return 1;
   if (!displayIsReachable()) {
     std::cerr << "quillo-agent: there is no display to show the tray icon on (is DISPLAY set?)\n";
     return 1;

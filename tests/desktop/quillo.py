@@ -13,6 +13,8 @@ from desktop import (DesktopTestCase, active_window, center, click, program, run
                      window_rect, window_tree)
 
 SCALE = int(os.environ.get("QT_SCALE_FACTOR", "1"))
+# The shared settings, below the home.
+LIST = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Preferences/quillo.plist"
 # The frame of the entry window without the shadow around it, in points.
 FRAME_WIDTH, FRAME_HEIGHT = 328, 268
 # Where the middles of the menu's items are, in points from its lower edge.

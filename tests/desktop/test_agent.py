@@ -9,9 +9,7 @@ import unittest
 from pathlib import Path
 
 from desktop import active_window, press, start_part, stop_part, type_text, wait_until
-from quillo import AgentTestCase, make_journal, set_reminder_in
-
-LIST = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Preferences/quillo.plist"
+from quillo import LIST, AgentTestCase, make_journal, set_reminder_in
 
 
 class AgentTest(AgentTestCase):

@@ -13,9 +13,7 @@ from pathlib import Path
 from zoneinfo import ZoneInfo
 
 from desktop import program, run, tray_icon, wait_until
-from quillo import AgentTestCase
-
-LIST = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Preferences/quillo.plist"
+from quillo import LIST, AgentTestCase
 
 
 def next_reading(hour, zone):
