@@ -155,6 +155,16 @@ TEST_F(ReminderAlarmTest, SettingsAndSystemEventsRecalculateFromNow) {
   timers.setTime(today.timeIntervalSince1970() - 3600);
   events.send(SystemEvent::ClockDidChange);
   expectState(State::Armed, today);
+  // A clock that is set far off, and back. Years before the first reminder, that one is next.
+  for (const auto& [now, next] : {std::pair{"2014-03-21T13:30:00Z", tomorrow},
+                                  {"2014-03-19T13:30:00Z", at("2014-03-19T20:00:00Z")},
+                                  {"2024-03-20T13:30:00Z", at("2024-03-20T20:00:00Z")},
+                                  {"2004-03-20T13:30:00Z", at("2014-03-10T20:00:00Z")},
+                                  {"2014-03-20T13:30:00Z", today}}) {
+    timers.setTime(seconds(now));
+    events.send(SystemEvent::ClockDidChange);
+    expectState(State::Armed, next);
+  }
   // The user has moved to New York: 21:00 there.
   qputenv("TZ", "America/New_York");
   events.send(SystemEvent::TimeZoneDidChange);
