@@ -24,8 +24,12 @@ QString uniqueName(const QString& purpose) {
 }  // namespace
 
 SessionBus::SessionBus(const QString& purpose, std::function<void(QDBusConnection&)> attach)
-    : m_name(uniqueName(purpose)), m_attach(std::move(attach)), m_connection(m_name) {
+    : m_name(uniqueName(purpose)),
+      m_attach(std::move(attach)),
+      m_connection(m_name),
+      m_return([this] { return connect(); }) {
   open();
+  if (!m_connection.isConnected()) m_return.begin();
 }
 
 SessionBus::~SessionBus() {
@@ -39,6 +43,8 @@ void SessionBus::open() {
   m_connection = QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_name);
   if (!m_connection.isConnected()) return m_sinceFailure.start();
   m_sinceFailure.invalidate();
+  m_connection.connect({}, u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s,
+                       &m_return, SLOT(begin()));
   if (m_attach) m_attach(m_connection);
 }
 

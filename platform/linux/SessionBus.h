@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/SessionBusReturn.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QElapsedTimer>
@@ -10,8 +12,9 @@
 
 namespace quillo {
 
-// A connection of our own to the session bus, which comes back after the bus was away: when somebody next uses it.
-// While attempts fail, there is one in two seconds at most. Nothing polls. Needs a QCoreApplication. Main thread only.
+// A connection of our own to the session bus, which comes back after the bus was away: when the bus is there again, or
+// somebody next uses it. While attempts fail, there is one in two seconds at most. Nothing polls. Needs a
+// QCoreApplication. Main thread only.
 class SessionBus {
  public:
   // `attach` is called for every new connection, to subscribe and to claim names.
@@ -38,6 +41,7 @@ class SessionBus {
   QDBusConnection m_connection;
   QElapsedTimer m_sinceFailure;  // invalid when the last attempt succeeded
   bool m_sentUnconfirmed{false};
+  SessionBusReturn m_return;
 };
 
 }  // namespace quillo

@@ -11,8 +11,6 @@ namespace quillo {
 [[nodiscard]] bool isNotificationName(const QString& name);
 
 // Broadcasts as a signal on the session bus. Needs a QCoreApplication; works in programs without a window as well.
-//
-// A process that only listens does not notice the return of a bus that was restarted; it is back with its next post.
 class SessionBusNotifications final : public QObject, public DistributedNotifications {
   Q_OBJECT
 
