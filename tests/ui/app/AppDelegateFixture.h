@@ -127,7 +127,8 @@ class AppDelegateTest : public testing::Test {
     list().setObjectForKey(u"UTC"_s, Key::remindersBaseDateTimezone);
     makeDelegate(&stage);
   }
-  void makeDelegate(FakeReminderStage* reminderStage) {
+  void makeDelegate(FakeReminderStage* reminderStage) { makeDelegate(reminderStage, desktop, desktop); }
+  void makeDelegate(FakeReminderStage* reminderStage, const Clock& clock, OneShotTimerFactory& timers) {
     AgentPlatform platform{desktop,
                            desktop,
                            [this] {
@@ -139,8 +140,8 @@ class AppDelegateTest : public testing::Test {
                            desktop,
                            {},
                            desktop,
-                           desktop,
-                           desktop,
+                           clock,
+                           timers,
                            [this] { desktop.ended = true; },
                            reminderStage,
                            reminderStage};

@@ -1,10 +1,10 @@
-#include "FakeTimers.h"
 #include "config/Keys.h"
 #include "config/PersistentPropertyList.h"
 #include "platform/SystemEvents.h"
 #include "reminders/ReminderAlarm.h"
 #include "reminders/ReminderInterval.h"
 #include "reminders/SystemNotices.h"
+#include "tests/support/FakeTimers.h"
 #include "tests/support/TestHome.h"
 
 #include <gtest/gtest.h>
