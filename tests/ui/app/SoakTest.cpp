@@ -81,6 +81,7 @@ class Soak : public AppDelegateTest {
     changeSettings();
   }
   ~Soak() override {
+    delegate.reset();  // before the timers that it has armed
     QLJournalPackageFile::setDefaultPackageURLProvider({});
     Bundle::setMainBundle(before);
   }
