@@ -113,7 +113,8 @@ def reminders(table, contenders):
             if other not in worst or ratio > worst[other][0]:
                 worst[other] = (ratio, name, ours, values)
     for other, (_, name, ours, values) in worst.items():
-        table.add(f"next reminder, against {other} ({name.replace('_', ' ')})", ours, values, duration, ("<=" if others[other] < 1 else "<", others[other]))
+        goal = ("<=" if others[other] < 1 else "<", others[other])
+        table.add(f"next reminder, against {other} ({name.replace('_', ' ')})", ours, values, duration, goal)
     table.note(f"Reminders: of {len(contenders.rules)} rules that began ten years ago, the one in brackets is the worst for us.")
     table.note("libical starts at the moment asked about (jumping) or at the rule's first date (walking).")
 

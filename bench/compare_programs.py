@@ -173,6 +173,7 @@ def starts(table, programs, runs):
                     contender.stop()
     finally:
         watch.stop()
+    table.note("PSS shares the pages of libraries among all that have them loaded: other Qt programs make it less.")
     for values, what, form, goal in ((icon, "start to icon in the tray", duration, 1.25),
                                      (idle, "start to idle", duration, 1.25),
                                      (size, "memory when idle (PSS)", mebibytes, 1.3)):
