@@ -1,3 +1,4 @@
+#include "SampleLists.h"
 #include "foundation/PropertyListSerialization.h"
 
 #include <QtEndian>
@@ -19,35 +20,6 @@ using namespace Qt::StringLiterals;
 using Format = PropertyListFormat;
 
 constexpr qsizetype largeSize = qsizetype{16} << 20;
-
-// Sixty keys of the kinds that settings have.
-PropertyListValue settings() {
-  PropertyListDictionary list;
-  for (int i = 0; i < 10; ++i) {
-    const QString n = QString::number(i);
-    list[u"ReminderSetting"_s + n] = i % 2 == 0;
-    list[u"WindowPosition"_s + n] = i * 137;
-    list[u"Opacity"_s + n] = 0.1 * i;
-    list[u"JournalLocation"_s + n] = u"/home/someone/Documents/My Journal "_s + n + u".quillojournal"_s;
-    list[u"LastUsed"_s + n] = Date(6e8 + i);
-    list[u"Shortcut"_s + n] = PropertyListDictionary{{u"keyCode"_s, i}, {u"modifierFlags"_s, 1 << 20}};
-  }
-  return list;
-}
-
-// About 16 MiB as XML, half of that in the other forms.
-PropertyListValue large() {
-  PropertyListArray list;
-  for (int i = 0; i < 55000; ++i) {
-    const QString n = QString::number(i);
-    list << PropertyListDictionary{{u"title"_s, u"An entry with the number "_s + n},
-                                   {u"created"_s, Date(6e8 + i)},
-                                   {u"weight"_s, i / 7.0},
-                                   {u"tags"_s, PropertyListArray{u"one"_s, u"tag"_s + n}},
-                                   {u"index"_s, i}};
-  }
-  return list;
-}
 
 QByteArray openStepOf(const PropertyListValue& value) {
   if (value.isDictionary()) {
@@ -206,13 +178,13 @@ void add(const char* name, Arguments... arguments) {
 }
 
 const bool registered = [] {
-  const PropertyListValue small = settings();
+  const PropertyListValue small = sampleSettings();
   add("read/settings/XML", encoded(small, Format::XML));
   add("read/settings/binary", encoded(small, Format::Binary));
   add("read/settings/OpenStep", encoded(small, Format::OpenStep));
   add("write/settings/XML", small, Format::XML);
   add("write/settings/binary", small, Format::Binary);
-  const PropertyListValue entries = large();
+  const PropertyListValue entries = sampleEntries(55000);  // about 16 MiB as XML, half of that in the other forms
   add("read/large/XML", encoded(entries, Format::XML));
   add("read/large/binary", encoded(entries, Format::Binary));
   add("read/large/OpenStep", encoded(entries, Format::OpenStep));

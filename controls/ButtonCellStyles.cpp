@@ -23,7 +23,7 @@ struct CellStyle {
 ImageRef scalableImage(const QString& name, const CellStyle& style) {
   const ImageRef source = Image::imageNamed(name);
   if (!source) return nullptr;
-  return std::make_shared<NinePartScaledImage>(*source, style.scaleTopLeft, style.scaleBottomRight);
+  return std::make_shared<NinePartScaledImage>(source, style.scaleTopLeft, style.scaleBottomRight);
 }
 
 void applyStyle(HoverButtonCell& cell, const CellStyle& style) {

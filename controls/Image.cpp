@@ -1,9 +1,11 @@
 #include "controls/Image.h"
 
 #include <QHash>
+#include <QImageReader>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 // Outside every namespace, as the macro inside declares a function of the global one.
 static void initializeResources() {
@@ -57,15 +59,24 @@ ImageRef Image::imageNamed(const QString& name) {
   static QHash<QString, ImageRef> loaded;
   if (const auto known = loaded.constFind(name); known != loaded.cend()) return *known;
   const QString path = u":/quillo/images/"_s + name;
-  auto image = std::make_shared<Image>(std::vector<QImage>{load(path + u".png"_s, 1), load(path + u"@2x.png"_s, 2)});
-  if (image->bitmaps().empty()) return nullptr;
+  // Only the head of the file is read here.
+  const QSize size = QImageReader(path + u".png"_s).size();
+  if (size.isEmpty()) return nullptr;
+  const ImageRef image(new Image(QSizeF(size), [path] {
+    return std::vector<QImage>{load(path + u".png"_s, 1), load(path + u"@2x.png"_s, 2)};
+  }));
   loaded.insert(name, image);
   return image;
 }
 
+const std::vector<QImage>& Image::bitmaps() const {
+  if (m_load) m_bitmaps = prepared(std::exchange(m_load, nullptr)());
+  return m_bitmaps;
+}
+
 void Image::drawInRect(QPainter& painter, const QRectF& rect, const QRectF& fromRect, CompositingOperation operation,
                        double fraction, bool /*respectFlipped*/, QPainter::RenderHints hints) const {
-  const QImage* bitmap = bitmapForRatio(m_bitmaps, deviceRatio(painter));
+  const QImage* bitmap = bitmapForRatio(bitmaps(), deviceRatio(painter));
   if (!bitmap || rect.isEmpty()) return;
   QRectF part(QPointF(0, 0), QSizeF(bitmap->size()));
   if (!fromRect.isEmpty()) {

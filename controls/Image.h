@@ -6,6 +6,7 @@
 #include <QSizeF>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -30,11 +31,12 @@ class Image {
   Image(const Image&) = delete;
   Image& operator=(const Image&) = delete;
 
-  // The program's own picture of that name at 1x and 2x, loaded once; null where there is none. Main thread only.
+  // The program's own picture of that name at 1x and 2x; null where there is none. Its bitmaps are read when they are
+  // first asked for, as a start that shows only the icon in the tray needs few of them. Main thread only.
   [[nodiscard]] static ImageRef imageNamed(const QString& name);
 
   [[nodiscard]] QSizeF size() const { return m_size; }
-  [[nodiscard]] const std::vector<QImage>& bitmaps() const { return m_bitmaps; }
+  [[nodiscard]] const std::vector<QImage>& bitmaps() const;
 
   // `fromRect`: the part of the picture to draw; an empty rectangle means all of it. `fraction`: 0 to 1, the opacity.
   // `respectFlipped` has nothing to decide, as a painter's y always points down. `hints` are added to the painter's.
@@ -47,8 +49,12 @@ class Image {
   explicit Image(const QSizeF& size) : m_size(size) {}
 
  private:
+  using Loader = std::function<std::vector<QImage>()>;
+  Image(const QSizeF& size, Loader load) : m_size(size), m_load(std::move(load)) {}
+
   QSizeF m_size;
-  std::vector<QImage> m_bitmaps;  // smallest scale first
+  mutable Loader m_load;                  // until the bitmaps are there
+  mutable std::vector<QImage> m_bitmaps;  // smallest scale first
 };
 
 // A copy of the same size, drawn at the opacity `fraction`: the dimmed look of a button at rest.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace quillo {
 
@@ -26,14 +27,32 @@ bool isFinite(const QRectF& rect) {
 
 NinePartScaledImage::NinePartScaledImage(const Image& source, const QPointF& scaleTopLeft,
                                          const QPointF& scaleBottomRight)
-    : Image(source.size()) {
+    : Image(source.size()),
+      m_scaleTopLeft(scaleTopLeft),
+      m_scaleBottomRight(scaleBottomRight),
+      m_pieces(piecesOf(source, scaleTopLeft, scaleBottomRight)) {}
+
+NinePartScaledImage::NinePartScaledImage(ImageRef source, const QPointF& scaleTopLeft, const QPointF& scaleBottomRight)
+    : Image(source->size()),
+      m_scaleTopLeft(scaleTopLeft),
+      m_scaleBottomRight(scaleBottomRight),
+      m_source(std::move(source)) {}
+
+const NinePartScaledImage::Pieces& NinePartScaledImage::pieces() const {
+  if (const ImageRef source = std::exchange(m_source, nullptr))
+    m_pieces = piecesOf(*source, m_scaleTopLeft, m_scaleBottomRight);
+  return m_pieces;
+}
+
+NinePartScaledImage::Pieces NinePartScaledImage::piecesOf(const Image& source, const QPointF& scaleTopLeft,
+                                                          const QPointF& scaleBottomRight) {
   const double left = scaleTopLeft.x();
   const double top = scaleTopLeft.y();
   const double right = scaleBottomRight.x();
   const double bottom = scaleBottomRight.y();
   const double width = source.size().width();
   const double height = source.size().height();
-  m_pieces = {
+  return {
       cut(source, {0, top, left, height - top}),
       cut(source, {left, top, right - left, height - top}),
       cut(source, {right, top, width - right, height - top}),
@@ -101,10 +120,10 @@ void NinePartScaledImage::drawInRect(QPainter& painter, const QRectF& rect, cons
                                                          {columns.beforeLast, columns.end}}};
   const std::array<std::pair<double, double>, 3> down{
       {{rows.start, rows.afterFirst}, {rows.afterFirst, rows.beforeLast}, {rows.beforeLast, rows.end}}};
-  for (size_t index = 0; index < m_pieces.size(); ++index) {
+  for (size_t index = 0; index < pieces().size(); ++index) {
     const auto [left, right] = across[index % 3];
     const auto [top, bottom] = down[index / 3];
-    drawPiece(painter, m_pieces[index], QRectF(left, top, right - left, bottom - top));
+    drawPiece(painter, pieces()[index], QRectF(left, top, right - left, bottom - top));
   }
   painter.restore();
 }

@@ -11,16 +11,18 @@ namespace quillo {
 // The pieces in the order in which they are drawn.
 enum class NinePart { TopLeft, Top, TopRight, Left, Center, Right, BottomLeft, Bottom, BottomRight };
 
-// A picture that grows without its corners changing: cut into nine pieces once, when it is made, at every scale that
-// the source has. Corners keep their size, edges are stretched along, the centre both ways.
+// A picture that grows without its corners changing: cut into nine pieces once, at every scale that the source
+// has. Corners keep their size, edges are stretched along, the centre both ways.
 //
 // The two points are the corners of the part that stretches, in the source's points, y upwards: the top one has the
 // larger y. They are not checked: points outside the source or in the wrong order give pieces without a size, which
 // draw nothing, and pieces that reach beyond the source are transparent there.
 class NinePartScaledImage : public Image {
  public:
-  // `source` is not kept.
+  // Cuts at once; `source` is not kept.
   NinePartScaledImage(const Image& source, const QPointF& scaleTopLeft, const QPointF& scaleBottomRight);
+  // Cuts when it is first drawn or a piece asked for, and keeps `source`, which is not null, until then.
+  NinePartScaledImage(ImageRef source, const QPointF& scaleTopLeft, const QPointF& scaleBottomRight);
 
   // Draws all of it into `rect`, whatever `fromRect` and `hints` say. A rectangle too small for the corners shows what
   // fits of them, unscaled.
@@ -42,11 +44,17 @@ class NinePartScaledImage : public Image {
     std::vector<QImage> bitmaps;
   };
 
-  [[nodiscard]] const Piece& piece(NinePart part) const { return m_pieces[static_cast<size_t>(part)]; }
+  using Pieces = std::array<Piece, 9>;
+  [[nodiscard]] const Pieces& pieces() const;
+  [[nodiscard]] const Piece& piece(NinePart part) const { return pieces()[static_cast<size_t>(part)]; }
+  static Pieces piecesOf(const Image& source, const QPointF& scaleTopLeft, const QPointF& scaleBottomRight);
   static Piece cut(const Image& source, const QRectF& rect);
   static void drawPiece(QPainter& painter, const Piece& piece, const QRectF& rect);
 
-  std::array<Piece, 9> m_pieces;
+  QPointF m_scaleTopLeft;
+  QPointF m_scaleBottomRight;
+  mutable ImageRef m_source;  // until it is cut
+  mutable Pieces m_pieces;
 };
 
 // Cuts `image`, draws it over what is there and forgets the pieces: for a picture that is drawn once.

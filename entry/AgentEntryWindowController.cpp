@@ -82,7 +82,7 @@ void AgentEntryWindowController::awakeFromNib() {
   m_window->setScrollBorderFrame(expandedScrollFrame);
   if (const ImageRef inputBox = Image::imageNamed(u"menubar-inputbox"_s))
     ui.scrollBorderView->setNinePartScaledImage(
-        std::make_shared<NinePartScaledImage>(*inputBox, inputBoxScaleTopLeft, inputBoxScaleBottomRight));
+        std::make_shared<NinePartScaledImage>(inputBox, inputBoxScaleTopLeft, inputBoxScaleBottomRight));
   dressTextView();
   dimAtRest(ui.settingsButton->cell(), settingsButtonFraction);
   dimAtRest(ui.closeButton->cell(), closeButtonFraction);

@@ -1,9 +1,11 @@
 #include "foundation/PropertyListCoding.h"
 
 #include <QLocale>
+#include <QStringEncoder>
 
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 
 namespace quillo::PropertyListCoding {
 
@@ -25,6 +27,7 @@ class Writer {
   bool writeArray(const PropertyListArray& items, qsizetype level);
   bool writeDictionary(const PropertyListDictionary& entries, qsizetype level);
   bool writeText(const char* element, const QString& text);
+  void appendPlain(QStringView text);
   bool writeDate(Date date);
   void writeReal(double value);
   void writeData(const QByteArray& data, qsizetype level);
@@ -112,6 +115,13 @@ bool Writer::writeDictionary(const PropertyListDictionary& entries, qsizetype le
   return true;
 }
 
+void Writer::appendPlain(QStringView text) {
+  const qsizetype before = m_out.size();
+  m_out.resize(before + 3 * text.size());  // the most that UTF-8 takes
+  const char* end = QStringEncoder(QStringEncoder::Utf8).appendToBuffer(m_out.data() + before, text);
+  m_out.resize(end - m_out.constData());
+}
+
 bool Writer::writeText(const char* element, const QString& text) {
   m_out.append('<').append(element).append('>');
   // Stretches without special characters are converted at once.
@@ -132,11 +142,11 @@ bool Writer::writeText(const char* element, const QString& text) {
     // A reader takes a plain carriage return for a line feed.
     if (c == u'\r') escape = "&#13;";
     if (!escape) continue;
-    m_out += QStringView(text).sliced(plain, i - plain).toUtf8();
+    appendPlain(QStringView(text).sliced(plain, i - plain));
     m_out += escape;
     plain = i + 1;
   }
-  m_out += QStringView(text).sliced(plain).toUtf8();
+  appendPlain(QStringView(text).sliced(plain));
   m_out.append("</").append(element).append(">\n");
   return true;
 }
@@ -151,12 +161,11 @@ bool Writer::writeDate(Date date) {
   const std::chrono::hh_mm_ss time(instant - day);
   const int year = int{civil.year()};
   if (year < -9999 || year > 9999) return refuse(u"XML cannot hold the date"_s);
-  element("date",
-          QByteArray::fromStdString(
-              QString::asprintf("%s%04d-%02u-%02uT%02d:%02d:%02dZ", year < 0 ? "-" : "", std::abs(year),
-                                unsigned{civil.month()}, unsigned{civil.day()}, static_cast<int>(time.hours().count()),
-                                static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()))
-                  .toStdString()));
+  char text[32];
+  std::snprintf(text, sizeof text, "%s%04d-%02u-%02uT%02d:%02d:%02dZ", year < 0 ? "-" : "", std::abs(year),
+                unsigned{civil.month()}, unsigned{civil.day()}, static_cast<int>(time.hours().count()),
+                static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
+  element("date", text);
   return true;
 }
 

@@ -29,22 +29,19 @@ def percentile(values, share):
     return ordered[min(len(ordered) - 1, round(share * (len(ordered) - 1)))]
 
 
-def report(lines):
-    times = {AGENT_KEY: ([], []), FLOOR_KEY: ([], [])}
-    for line in lines:
-        code, mapped, painted = map(int, line.split())
-        times[code][0].append(mapped / 1000)
-        times[code][1].append(painted / 1000)
+def report(agent, floor):
     print(f"{'milliseconds from the press':30} {'agent':>8} {'floor':>8} {'ratio':>6}")
     for index, what in enumerate(("window mapped", "first painted frame")):
         for name, value in (("median", statistics.median), ("99th percentile", lambda v: percentile(v, 0.99))):
-            agent, floor = value(times[AGENT_KEY][index]), value(times[FLOOR_KEY][index])
-            print(f"{what + ', ' + name:37} {agent:8.2f} {floor:8.2f} {agent / floor:6.2f}".replace("     ", "", 1))
-    print(f"{len(times[AGENT_KEY][0])} presses each")
+            own, other = (1000 * value([times[index] for times in presses]) for presses in (agent, floor))
+            print(f"{what + ', ' + name:37} {own:8.2f} {other:8.2f} {own / other:6.2f}".replace("     ", "", 1))
+    print(f"{len(agent)} presses each")
 
 
-def inside():
-    from desktop import Program, press, program, tray_icon, wait_until, window_rect
+def measure():
+    """On the private desktop: [(seconds until the window was mapped, until it was painted)] of the agent and the bare
+    window, which took turns."""
+    from desktop import Program, press, program, tray_icon, window_rect
     from quillo import Agent, make_journal, quilloctl
 
     home = tempfile.mkdtemp()
@@ -63,9 +60,13 @@ def inside():
         done = subprocess.run([program("bench_hotkey_driver"), str(COUNT + 5), str(x + width // 2), str(y + height // 2),
                                str(AGENT_KEY), str(FLOOR_KEY)], capture_output=True, text=True)
         if done.returncode != 0:
-            sys.exit(done.stderr.strip())
+            sys.exit(f"bench_hotkey_driver failed: {done.stderr.strip()}")
+        times = {AGENT_KEY: [], FLOOR_KEY: []}
         # The first few warm up.
-        report(done.stdout.splitlines()[10:])
+        for line in done.stdout.splitlines()[10:]:
+            code, mapped, painted = map(int, line.split())
+            times[code].append((mapped / 1e6, painted / 1e6))
+        return times[AGENT_KEY], times[FLOOR_KEY]
     finally:
         if floor:
             floor.stop()
@@ -75,7 +76,7 @@ def inside():
 
 def main():
     if "QUILLO_DESKTOP" in os.environ:
-        return inside()
+        return report(*measure())
     build = Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build" / "release").resolve()
     environment = {**os.environ, "QUILLO_BIN": str(build / "bin")}
     sys.exit(subprocess.run([DESKTOP / "desktop", *sys.argv[2:], "--", sys.executable, "-B", __file__], env=environment,

@@ -1,7 +1,7 @@
 // The floor of a hot key's way to the screen: an empty window of the entry window's size and kind, shown and hidden by
 // the same grab.
 //   bench_hotkey_window X Y WIDTH HEIGHT
-#include "platform/linux/X11HotKeys.h"
+#include "platform/linux/desktop/X11HotKeys.h"
 
 #include <QApplication>
 #include <QPainter>

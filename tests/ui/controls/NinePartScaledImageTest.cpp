@@ -236,6 +236,16 @@ TEST(NinePartScaledImageViewTest, FillsItselfAndDrawsNothingWithoutAnImage) {
   EXPECT_EQ(qAlpha(shown().pixel(100, 40)), 0);
 }
 
+TEST(NinePartScaledImageTest, LooksTheSameWhenItIsCutOnlyOnceItIsDrawn) {
+  auto source = std::make_shared<Image>(patternSource().bitmaps());
+  const std::weak_ptr<Image> kept = source;
+  const NinePartScaledImage later(std::move(source), topLeft, bottomRight);
+  EXPECT_EQ(later.size(), QSizeF(100, 40));
+  EXPECT_EQ(draw(later, {0, 0, 200, 80}, 1, {200, 80}),
+            draw(NinePartScaledImage(patternSource(), topLeft, bottomRight), {0, 0, 200, 80}, 1, {200, 80}));
+  EXPECT_TRUE(kept.expired()) << "the source is not needed any more";
+}
+
 TEST(ImageTest, DrawsThePartAskedForFromTheBottomLeft) {
   QImage bitmap(20, 10, QImage::Format_ARGB32_Premultiplied);
   bitmap.fill(Qt::red);
