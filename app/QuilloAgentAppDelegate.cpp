@@ -262,11 +262,10 @@ void QuilloAgentAppDelegate::reloadEntryWindow() {
   const auto before = m_entryWindowController;
   m_entryWindowController = std::make_shared<AgentEntryWindowController>(
       AgentEntryWindowServices{m_config, m_alerts, m_openPanel, m_draft, &m_platform.workspace,
-                               &m_platform.outsideClicks, m_platform.makeLocationManager, &m_platform.weather},
+                               &m_platform.outsideClicks, m_platform.makeLocationManager, &m_platform.weather,
+                               m_platform.compositorIsRunning, m_platform.keepOutOfTaskBar},
       &m_reminderAlarm);
   m_entryWindowController->setContextualMenu(m_contextualMenu.get());
-  m_entryWindowController->window().setCompositorCheck(m_platform.compositorIsRunning);
-  m_entryWindowController->window().setTaskBarHiding(m_platform.keepOutOfTaskBar);
   // What the old journal would not take is not lost with the old window.
   if (before) m_entryWindowController->takeOverUnsavedText(*before);
 }

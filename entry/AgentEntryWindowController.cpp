@@ -65,21 +65,30 @@ static QPointF mouseLocation() {
 
 AgentEntryWindowController::AgentEntryWindowController(const AgentEntryWindowServices& services,
                                                        ReminderAlarm* reminderAlarm)
-    : m_services(services), m_reminderAlarm(reminderAlarm), m_window(std::make_unique<AgentEntryWindow>()) {
-  awakeFromNib();
-}
+    : m_services(services), m_reminderAlarm(reminderAlarm) {}
 
 AgentEntryWindowController::~AgentEntryWindowController() {
   endFade();
+  if (!m_window) return;
   // The window must not reach a half-destroyed controller.
   m_window->onCloseRequest = {};
   m_window->onActivationChange = {};
 }
 
+AgentEntryWindow& AgentEntryWindowController::window() {
+  if (!m_window) {
+    m_window = std::make_unique<AgentEntryWindow>();
+    m_window->setCompositorCheck(m_services.compositorIsRunning);
+    m_window->setTaskBarHiding(m_services.keepOutOfTaskBar);
+    awakeFromNib();
+  }
+  return *m_window;
+}
+
 void AgentEntryWindowController::awakeFromNib() {
-  Ui::AgentEntryWindow& ui = m_window->ui();
+  Ui::AgentEntryWindow& ui = window().ui();
   ui.backgroundView->setAlpha(0.96);
-  m_window->setScrollBorderFrame(expandedScrollFrame);
+  window().setScrollBorderFrame(expandedScrollFrame);
   if (const ImageRef inputBox = Image::imageNamed(u"menubar-inputbox"_s))
     ui.scrollBorderView->setNinePartScaledImage(
         std::make_shared<NinePartScaledImage>(inputBox, inputBoxScaleTopLeft, inputBoxScaleBottomRight));
@@ -90,7 +99,7 @@ void AgentEntryWindowController::awakeFromNib() {
 }
 
 void AgentEntryWindowController::dressTextView() {
-  EntryViewTextView& textView = *m_window->ui().textView;
+  EntryViewTextView& textView = *window().ui().textView;
   textView.setFont(textFont(15));
   const QColor textColor = QColor::fromRgbF(0.2F, 0.2F, 0.2F);
   QPalette palette = textView.palette();
@@ -105,7 +114,7 @@ void AgentEntryWindowController::dressTextView() {
 
 void AgentEntryWindowController::connectControls() {
   using Self = AgentEntryWindowController;
-  Ui::AgentEntryWindow& ui = m_window->ui();
+  Ui::AgentEntryWindow& ui = window().ui();
   connect(ui.textView, &EntryViewTextView::textDidChange, this, &Self::textDidChange);
   connect(ui.saveButton, &QAbstractButton::clicked, this, &Self::saveButtonClicked);
   connect(ui.openJournalButton, &QAbstractButton::clicked, this, &Self::openJournalButtonClicked);
@@ -119,8 +128,8 @@ void AgentEntryWindowController::connectControls() {
   // The number pad's Enter is another key. Like the button's own, this one is dead while the button is hidden.
   connect(new QShortcut(QKeyCombination(Qt::CTRL, Qt::Key_Enter), ui.saveButton), &QShortcut::activated, ui.saveButton,
           &QAbstractButton::animateClick);
-  m_window->onCloseRequest = [this] { close(); };
-  m_window->onActivationChange = [this] { activationChanged(); };
+  window().onCloseRequest = [this] { close(); };
+  window().onActivationChange = [this] { activationChanged(); };
 }
 
 bool AgentEntryWindowController::haveAccessToJournalFile() {
@@ -135,7 +144,7 @@ void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
   m_currentMode = mode;
   const bool reminder = mode == EntryWindowModeReminder;
   endFade();
-  Ui::AgentEntryWindow& ui = m_window->ui();
+  Ui::AgentEntryWindow& ui = window().ui();
   const bool accessible = haveAccessToJournalFile();
   // Not without the journal: the draft could not go on with the entry that it belongs to.
   if (accessible) restoreDraft();
@@ -149,27 +158,27 @@ void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
   else
     showReconnectPanel();
   m_isShown = true;
-  m_window->orderFront(/*activate=*/!reminder);
+  window().orderFront(/*activate=*/!reminder);
 }
 
 void AgentEntryWindowController::showReconnectPanel() {
   const auto location = m_services.config.configuredJournalFileURL();
-  m_window->ui().reconnectReason->setText(journalAccessProblem(location));
+  window().ui().reconnectReason->setText(journalAccessProblem(location));
   const QString shown = journalLocationForDisplay(location);
-  QLabel& path = *m_window->ui().reconnectPath;
+  QLabel& path = *window().ui().reconnectPath;
   path.setText(shown);
   // A screen reader is to read the path in one go.
   path.setAccessibleName(QString(shown).remove(QChar(0x200b)));
 }
 
 void AgentEntryWindowController::showEditor(bool reminder) {
-  m_window->ui().snoozeButtonContainer->setVisible(reminder);
+  window().ui().snoozeButtonContainer->setVisible(reminder);
   if (reminder) layoutSnoozeButtonsAccordingToUserDefaults();
-  m_window->setScrollBorderFrame(reminder ? condensedScrollFrame : expandedScrollFrame);
+  window().setScrollBorderFrame(reminder ? condensedScrollFrame : expandedScrollFrame);
   PersistentPropertyList* list = m_services.config.groupProperties();
   const auto automatic = list ? list->valueForKey(Key::addLocationAutomatically) : std::nullopt;
   const bool locate = !automatic || automatic->boolValue();
-  m_window->ui().locationToggleButton->setChecked(locate);
+  window().ui().locationToggleButton->setChecked(locate);
   if (locate) fetchLocationAndWeatherIfNeeded();
 }
 
@@ -178,7 +187,7 @@ void AgentEntryWindowController::layoutSnoozeButtonsAccordingToUserDefaults() {
   const auto interval =
       ReminderInterval::reminderIntervalFromUserDefaults(list ? list->allProperties() : PropertyListDictionary());
   const SnoozeOptions options = snoozeOptions(interval.calendarUnit());
-  Ui::AgentEntryWindow& ui = m_window->ui();
+  Ui::AgentEntryWindow& ui = window().ui();
   const QRectF title(options.titleOrigin, QSizeF(ui.snoozeTitle->size()));
   ui.snoozeTitle->setGeometry(flipped(title, ui.snoozeButtonContainer->height()).toRect());
   setSnoozeOption(*ui.snoozeOption1Button, options.option1);
@@ -202,8 +211,8 @@ void AgentEntryWindowController::removeWindowDismissalMonitors() {
 
 void AgentEntryWindowController::clickedElsewhere() {
   // A reminder stays until the user acts on it, and an alert until it is answered.
-  if (m_currentMode == EntryWindowModeReminder || m_window->hasAttachedSheet()) return;
-  if (m_window->frame().contains(mouseLocation())) return;
+  if (m_currentMode == EntryWindowModeReminder || window().hasAttachedSheet()) return;
+  if (window().frame().contains(mouseLocation())) return;
   m_sinceDismissal.start();
   m_dismissedAt = QCursor::pos();
   close();
@@ -217,7 +226,7 @@ bool AgentEntryWindowController::wasJustDismissedHere() const {
 void AgentEntryWindowController::activationChanged() {
   // Stands in for the monitor where there is none. Looked at a turn later: the keyboard may be on its way to an alert
   // or a menu of this program.
-  if (m_globalEventMonitor || !m_isShown || m_window->isActiveWindow()) return;
+  if (m_globalEventMonitor || !m_isShown || window().isActiveWindow()) return;
   QTimer::singleShot(0, this, [this] {
     const bool left = !QApplication::activeWindow() && !QApplication::activePopupWidget();
     if (m_isShown && left) clickedElsewhere();
@@ -231,10 +240,10 @@ void AgentEntryWindowController::close() {
   m_isClosing = true;
   windowWillClose();
   // After the save, so that a click on the icon while an alert is up leaves the observers' flags right in the end.
-  NotificationCenter::localCenter().postNotification(Notice::windowWillClose, m_window.get());
+  NotificationCenter::localCenter().postNotification(Notice::windowWillClose, this);
   m_isShown = false;
   m_isClosing = false;
-  m_window->hide();
+  window().hide();
 }
 
 void AgentEntryWindowController::windowWillClose() {
@@ -261,7 +270,7 @@ void AgentEntryWindowController::textDidChange() {
 }
 
 void AgentEntryWindowController::fadeSnoozeRow() {
-  Ui::AgentEntryWindow& ui = m_window->ui();
+  Ui::AgentEntryWindow& ui = window().ui();
   if (m_snoozeFade || !ui.snoozeButtonContainer->isVisible()) return;
   auto* effect = new QGraphicsOpacityEffect(ui.snoozeButtonContainer);
   ui.snoozeButtonContainer->setGraphicsEffect(effect);
@@ -286,10 +295,10 @@ void AgentEntryWindowController::endFade() {
   m_snoozeFade->deleteLater();
   m_snoozeFade->stop();
   m_snoozeFade = nullptr;
-  QWidget& row = *m_window->ui().snoozeButtonContainer;
+  QWidget& row = *window().ui().snoozeButtonContainer;
   row.hide();
   row.setGraphicsEffect(nullptr);
-  m_window->setScrollBorderFrame(expandedScrollFrame);
+  window().setScrollBorderFrame(expandedScrollFrame);
 }
 
 }  // namespace quillo

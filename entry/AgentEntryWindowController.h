@@ -35,7 +35,7 @@ class ReminderAlarm;
 // journal but keeps the entry active and the text in the window; only the save button and the open button finish the
 // entry. Text is never dropped: what cannot be saved stays in the window, and in a draft on disk for the next start.
 //
-// Posts Notice::windowWillClose, with the window as object, whenever the window closes. An alert handles events, so the
+// Posts Notice::windowWillClose, with itself as object, whenever the window closes. An alert handles events, so the
 // controller can be replaced while one of its methods waits for the answer; it is held by shared pointers and keeps
 // itself until it is done. Main thread only.
 class AgentEntryWindowController : public QObject, public std::enable_shared_from_this<AgentEntryWindowController> {
@@ -46,7 +46,8 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   AgentEntryWindowController(const AgentEntryWindowServices& services, ReminderAlarm* reminderAlarm);
   ~AgentEntryWindowController() override;
 
-  [[nodiscard]] AgentEntryWindow& window() { return *m_window; }
+  // Made at the first call: until the user wants it, it would cost a third of the start and of the memory.
+  [[nodiscard]] AgentEntryWindow& window();
   [[nodiscard]] EntryWindowMode currentMode() const { return m_currentMode; }
   [[nodiscard]] QLJournalEntryFile* activeEntry() const { return m_activeEntry.get(); }
 

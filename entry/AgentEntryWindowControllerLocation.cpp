@@ -41,13 +41,13 @@ void AgentEntryWindowController::fetchLocationAndWeatherIfNeeded() {
       searchTimeout, [this, weatherIsRequested](const std::shared_ptr<const QLLocation>& location, bool isFinal) {
         locationFound(location, isFinal, *weatherIsRequested);
       });
-  m_window->setShowsLocationSpinner(true);
+  window().setShowsLocationSpinner(true);
 }
 
 void AgentEntryWindowController::locationFound(const std::shared_ptr<const QLLocation>& location, bool isFinal,
                                                bool& weatherIsRequested) {
   setLocation(location);
-  m_window->setShowsLocationSpinner(false);
+  window().setShowsLocationSpinner(false);
   if (!location || weatherIsRequested) return;
   if (!isFinal && !(m_locationManager->horzAccuracy() <= weatherAccuracy)) return;
   weatherIsRequested = true;
@@ -61,14 +61,14 @@ void AgentEntryWindowController::updateWeatherFromLocation() {
       m_location->latitude, m_location->longitude, Date::fromDateTime(QDateTime::currentDateTimeUtc()),
       [self = QPointer(this)](const QLWeather& weather) {
         // The user may have switched it off meanwhile.
-        if (self && self->m_window->ui().locationToggleButton->isChecked()) self->setWeather(weather);
+        if (self && self->window().ui().locationToggleButton->isChecked()) self->setWeather(weather);
       },
       [](const Error&) {});
 }
 
 void AgentEntryWindowController::stopLocating() {
   if (m_locationManager) m_locationManager->stop();
-  m_window->setShowsLocationSpinner(false);
+  window().setShowsLocationSpinner(false);
 }
 
 void AgentEntryWindowController::setLocation(std::shared_ptr<const QLLocation> location) {
@@ -87,7 +87,7 @@ void AgentEntryWindowController::updateMetadataLabel() {
   if (m_location) parts << QLLocationFormatter().localLocationStringForLocation(*m_location);
   // A formatter each time: the main application may have changed the scale.
   if (m_weather) parts << weatherFormatterWithPreferredScale(m_services.config).stringForObjectValue(*m_weather);
-  m_window->setEntryMetadataText(parts.join(QString::fromUtf16(metadataSeparator)));
+  window().setEntryMetadataText(parts.join(QString::fromUtf16(metadataSeparator)));
 }
 
 void AgentEntryWindowController::locationButtonToggled(const Button& button) {
@@ -101,7 +101,7 @@ void AgentEntryWindowController::locationButtonToggled(const Button& button) {
   fetchLocationAndWeatherIfNeeded();
   // The desktop may ask for leave to use the place, and take the keyboard for that.
   QTimer::singleShot(refocusDelay, this, [this] {
-    if (m_isShown && !m_window->hasAttachedSheet()) m_window->makeKeyAndOrderFront();
+    if (m_isShown && !window().hasAttachedSheet()) window().makeKeyAndOrderFront();
   });
 }
 

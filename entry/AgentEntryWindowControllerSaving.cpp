@@ -59,8 +59,10 @@ void AgentEntryWindowController::removeActiveEntry() {
 }
 
 bool AgentEntryWindowController::writeActiveEntry(bool force, Error* error) {
-  m_window->ui().textView->commitComposition();
-  const QString written = m_window->ui().textView->string();
+  // Never shown, there is nothing to write.
+  if (!m_window && !force) return true;
+  window().ui().textView->commitComposition();
+  const QString written = window().ui().textView->string();
   if (!force && written.isEmpty()) {
     textIsSafe();
     if (m_activeEntry) removeActiveEntry();
@@ -89,7 +91,7 @@ bool AgentEntryWindowController::saveActiveEntry(bool force) {
   if (writeActiveEntry(force, &error)) return true;
   // Before the alert, which may stay for long.
   keepDraftNow();
-  m_services.alerts.presentError(error, m_window.get());
+  m_services.alerts.presentError(error, &window());
   return false;
 }
 
@@ -102,9 +104,10 @@ bool AgentEntryWindowController::saveForTermination() {
 }
 
 void AgentEntryWindowController::takeOverUnsavedText(AgentEntryWindowController& other) {
-  EntryViewTextView& own = *m_window->ui().textView;
-  EntryViewTextView& others = *other.m_window->ui().textView;
-  if (!other.m_hasUnsavedText || !own.string().isEmpty()) return;
+  if (!other.m_hasUnsavedText) return;
+  EntryViewTextView& own = *window().ui().textView;
+  EntryViewTextView& others = *other.window().ui().textView;
+  if (!own.string().isEmpty()) return;
   own.setString(others.string());
   own.moveCursor(QTextCursor::End);
   m_activeEntry = std::move(other.m_activeEntry);
@@ -133,7 +136,7 @@ void AgentEntryWindowController::saveButtonClicked() {
   if (saveActiveEntry(/*force=*/false)) {
     if (m_activeEntry) trackActiveEntry();
     forgetActiveEntry();
-    m_window->ui().textView->setString({});
+    window().ui().textView->setString({});
   }
   // After a failed save as well: the close saves once more, so that a failure is reported a second time. It is wanted
   // so; the text stays in the window.
@@ -144,7 +147,7 @@ void AgentEntryWindowController::openJournalButtonClicked() {
   const KeepAlive self(*this);
   // An empty text makes an entry too: the main application always has something to open.
   if (!saveActiveEntry(/*force=*/true)) return;
-  EntryViewTextView& textView = *m_window->ui().textView;
+  EntryViewTextView& textView = *window().ui().textView;
   const QString written = textView.string();
   textView.setString({});
   const auto entry = std::exchange(m_activeEntry, nullptr);
@@ -162,13 +165,13 @@ void AgentEntryWindowController::openJournalButtonClicked() {
 void AgentEntryWindowController::settingsButtonClicked() {
   if (!m_contextualMenu) return;
   if (!m_popUpMenu) m_popUpMenu = std::make_unique<PullDownMenu>(*m_contextualMenu);
-  m_popUpMenu->performClick(*m_window->ui().contextualMenuFrame);
+  m_popUpMenu->performClick(*window().ui().contextualMenuFrame);
 }
 
 void AgentEntryWindowController::reconnectButtonClicked() {
   const auto location = m_services.config.configuredJournalFileURL();
   const QString directory = location && location->isLocalFile() ? location->toLocalFile() : QString();
-  m_services.openPanel.beginSheet(u"Choose Quillo Journal Location"_s, directory, m_window.get(), [this] {
+  m_services.openPanel.beginSheet(u"Choose Quillo Journal Location"_s, directory, &window(), [this] {
     // What was chosen is not stored: it is the configured location that is tried again.
     m_services.config.stopAccessingSecurityScopedResources();
     m_services.config.updateBookmarkDataForConfiguredJournalFile();
@@ -190,14 +193,14 @@ void AgentEntryWindowController::keepDraftSoon() {
 }
 
 void AgentEntryWindowController::keepDraftNow() {
-  if (m_window->ui().textView->string().isEmpty()) return;
+  if (!m_window || m_window->ui().textView->string().isEmpty()) return;
   // Also a text that has not changed since it was saved: the journal that has it may be gone.
   m_hasUnsavedText = true;
   m_services.draft.write(draftContent());
 }
 
 void AgentEntryWindowController::restoreDraft() {
-  EntryViewTextView& textView = *m_window->ui().textView;
+  EntryViewTextView& textView = *window().ui().textView;
   if (m_activeEntry || !textView.string().isEmpty()) return;
   const auto left = m_services.draft.takeLeftBehind();
   if (!left || left->text.isEmpty()) return;

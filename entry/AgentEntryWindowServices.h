@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qwindowdefs.h>
+
 #include <functional>
 #include <memory>
 
@@ -27,6 +29,9 @@ struct AgentEntryWindowServices {
   // Called once, when a place is first wanted.
   std::function<std::unique_ptr<LocationService>()> makeLocationManager{};
   WeatherService* weather{nullptr};
+  // See the window's setters.
+  std::function<bool()> compositorIsRunning{};
+  std::function<void(WId)> keepOutOfTaskBar{};
 };
 
 }  // namespace quillo

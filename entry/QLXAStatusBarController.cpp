@@ -91,8 +91,7 @@ void QLXAStatusBarController::setEntryWindowController(std::shared_ptr<AgentEntr
   m_entryWindowController = std::move(controller);
   if (!m_entryWindowController) return;
   NotificationCenter::localCenter().addObserver(
-      this, Notice::windowWillClose, [this](const Notification&) { hideEntryWindow(); },
-      &m_entryWindowController->window());
+      this, Notice::windowWillClose, [this](const Notification&) { hideEntryWindow(); }, m_entryWindowController.get());
   m_opaqueWindowCloseObserver = std::make_unique<Registration>(
       [this] { NotificationCenter::localCenter().removeObserver(this, Notice::windowWillClose); });
 }
