@@ -46,7 +46,7 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   AgentEntryWindowController(const AgentEntryWindowServices& services, ReminderAlarm* reminderAlarm);
   ~AgentEntryWindowController() override;
 
-  // Made at the first call: until the user wants it, it would cost a third of the start and of the memory.
+  // Made at the first call: until the user wants it, it would take a third of the start, and 3 MiB.
   [[nodiscard]] AgentEntryWindow& window();
   [[nodiscard]] EntryWindowMode currentMode() const { return m_currentMode; }
   [[nodiscard]] QLJournalEntryFile* activeEntry() const { return m_activeEntry.get(); }
