@@ -52,14 +52,19 @@ void CrashReportManager::startManager() {
 
 void CrashReportManager::handlePendingReports(const QString& directory) const {
   const QDir reports(directory);
-  const QStringList pending = reports.entryList({u'*' + crashReportSuffix}, QDir::Files | QDir::Hidden, QDir::Name);
-  for (const QString& name : pending) {
+  // Not by a pattern of the listing, which would load the engine of expressions at each start.
+  const auto endingIn = [&reports](const QString& suffix, QDir::Filters filters, QDir::SortFlags sorting) {
+    QStringList names = reports.entryList(filters, sorting);
+    names.removeIf([&suffix](const QString& name) { return !name.endsWith(suffix); });
+    return names;
+  };
+  for (const QString& name : endingIn(crashReportSuffix, QDir::Files | QDir::Hidden, QDir::Name)) {
     const QString path = reports.filePath(name);
     // Another agent that starts at the same time may have taken it.
     if (!QFile::rename(path, path + handledSuffix)) continue;
     QLLogInfo(u"Crash report pending: "_s + path + handledSuffix);
   }
-  const QStringList handled = reports.entryList({u'*' + crashReportSuffix + handledSuffix}, QDir::Files, QDir::Time);
+  const QStringList handled = endingIn(crashReportSuffix + handledSuffix, QDir::Files, QDir::Time);
   for (const QString& name : handled.mid(maximumNumberOfHandledReports)) QFile::remove(reports.filePath(name));
 }
 

@@ -56,7 +56,8 @@ QString LogFileManager::pathOfNumber(quint64 number) const {
 
 QStringList LogFileManager::sortedLogFilePaths() const {
   if (m_directory.isEmpty()) return {};  // QDir would take it for the current directory
-  QStringList names = QDir(m_directory).entryList({filePrefix + u'*' + fileSuffix}, QDir::Files | QDir::Hidden);
+  // By no pattern: those are matched by the engine of expressions, which takes half a megabyte.
+  QStringList names = QDir(m_directory).entryList(QDir::Files | QDir::Hidden);
   names.removeIf([](const QString& name) { return numberOfName(name) == 0; });
   std::sort(names.begin(), names.end(),
             [](const QString& left, const QString& right) { return numberOfName(left) > numberOfName(right); });

@@ -30,8 +30,11 @@ std::vector<QImage> prepared(std::vector<QImage> bitmaps) {
   return bitmaps;
 }
 
+// Said, or the toolkit loads its plug-ins for all others to ask them first.
+constexpr char pictureFormat[] = "PNG";
+
 QImage load(const QString& path, double ratio) {
-  QImage bitmap(path);
+  QImage bitmap(path, pictureFormat);
   bitmap.setDevicePixelRatio(ratio);
   // By hand: the toolkit's conversion starts a thread for each processor where a picture is large, and those wake up
   // once more half a minute later.
@@ -60,7 +63,7 @@ ImageRef Image::imageNamed(const QString& name) {
   if (const auto known = loaded.constFind(name); known != loaded.cend()) return *known;
   const QString path = u":/quillo/images/"_s + name;
   // Only the head of the file is read here.
-  const QSize size = QImageReader(path + u".png"_s).size();
+  const QSize size = QImageReader(path + u".png"_s, pictureFormat).size();
   if (size.isEmpty()) return nullptr;
   const ImageRef image(new Image(QSizeF(size), [path] {
     return std::vector<QImage>{load(path + u".png"_s, 1), load(path + u"@2x.png"_s, 2)};

@@ -40,6 +40,9 @@ QByteArray temporaryName(const QByteArray& name) {
 }
 
 bool isTemporaryNameOfEntry(const QString& name, pid_t& writer) {
+  writer = 0;
+  // Nearly always, and the engine of expressions takes half a megabyte.
+  if (!name.startsWith(u'.')) return false;
   static const QRegularExpression pattern(
       u"^\\.[0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.plist\\.([0-9]{1,9})\\.[0-9]+\\.tmp$"_s);
   const auto match = pattern.match(name);

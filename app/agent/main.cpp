@@ -131,7 +131,10 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(u"quillo-agent"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(u"quillo-agent"_s);
-  QApplication::setWindowIcon(ownIcon());
+  // With the first window that a person sees: the tray's has no use for it.
+  QObject::connect(
+      &application, &QGuiApplication::focusWindowChanged, &application, [] { QApplication::setWindowIcon(ownIcon()); },
+      Qt::SingleShotConnection);
   // There is no main window whose closing would mean the end.
   QApplication::setQuitOnLastWindowClosed(false);
   Bundle::setMainBundle(agentBundle());

@@ -3,7 +3,6 @@
 #include "foundation/Log.h"
 
 #include <QCoreApplication>
-#include <QRegularExpression>
 
 #include <unistd.h>
 
@@ -23,9 +22,16 @@ const QString path = u"/com/quilloapp/Application"_s;
 const QString interface = u"com.quilloapp.Application"_s;
 const QString ownUserOnly = u"it takes requests of its own user only"_s;
 
+// Two parts or more, of ASCII letters, digits, _ and -; none begins with a digit.
 bool canBePartOfBusName(const QString& bundleIdentifier) {
-  static const QRegularExpression form(u"\\A[A-Za-z_-][A-Za-z0-9_-]*(\\.[A-Za-z_-][A-Za-z0-9_-]*)+\\z"_s);
-  return bundleIdentifier.size() < longestBusName && form.match(bundleIdentifier).hasMatch();
+  const QStringList parts = bundleIdentifier.split(u'.');
+  const auto isLetter = [](QChar c) { return c < QChar(0x80) && (c.isLetter() || c == u'_' || c == u'-'); };
+  return bundleIdentifier.size() < longestBusName && parts.size() >= 2 &&
+         std::all_of(parts.begin(), parts.end(), [&isLetter](const QString& part) {
+           return !part.isEmpty() && isLetter(part[0]) && std::all_of(part.begin(), part.end(), [&isLetter](QChar c) {
+             return isLetter(c) || (c < QChar(0x80) && c.isDigit());
+           });
+         });
 }
 
 // A bus numbers its connections in the order in which they were made: ":1.42". 0 for a name of any other form.

@@ -69,8 +69,8 @@ QString XdgLoginItems::filePath(const QString& label) const {
 
 QList<XdgLoginItems::File> XdgLoginItems::files() const {
   QList<File> files;
-  for (const QFileInfo& info : QDir(m_directory).entryInfoList({u'*' + suffix}, QDir::Files, QDir::Name)) {
-    if (info.size() > largestEntry) continue;
+  for (const QFileInfo& info : QDir(m_directory).entryInfoList(QDir::Files, QDir::Name)) {
+    if (!info.fileName().endsWith(suffix) || info.size() > largestEntry) continue;
     const auto bytes = contentsOfFile(info.filePath());
     const auto entry = bytes ? AutostartEntry::fromBytes(*bytes) : std::nullopt;
     if (!entry || entry->isHidden) continue;
