@@ -11,7 +11,7 @@ inline void plugInSmallKeyboard() {
     FakeKeyboardLayouts made;
     made.current->keys.clear();
     for (char16_t character = u'!'; character < 0x7F; ++character)
-      made.current->keys[static_cast<quint16>(character - u'!')] = {character};
+      made.current->keys[static_cast<quint16>(character - u'!')] = std::u16string(1, character);
     return made;
   }();
   PTKeyCodeTranslator::setKeyboardLayouts(&layouts);
