@@ -1,11 +1,10 @@
 #include "app/LogDistributor.h"
 
-#include <spdlog/details/log_msg.h>
-#include <spdlog/sinks/stdout_sinks.h>
-#include <spdlog/sinks/syslog_sink.h>
-
 #include <poll.h>
+#include <syslog.h>
 #include <unistd.h>
+
+#include <utility>
 
 namespace quillo {
 
@@ -13,103 +12,70 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-LogFlag flagOfSpdlogLevel(spdlog::level::level_enum level) {
-  switch (level) {
-    case spdlog::level::trace:
-      return LogFlag::Verbose;
-    case spdlog::level::debug:
-      return LogFlag::Debug;
-    case spdlog::level::warn:
-      return LogFlag::Warning;
-    case spdlog::level::err:
-    case spdlog::level::critical:
-      return LogFlag::Error;
-    default:
-      return LogFlag::Info;
+int systemLogPriority(LogFlag flag) {
+  switch (flag) {
+    case LogFlag::Error:
+      return LOG_ERR;
+    case LogFlag::Warning:
+      return LOG_WARNING;
+    case LogFlag::Info:
+      return LOG_INFO;
+    case LogFlag::Debug:
+    case LogFlag::Verbose:
+      return LOG_DEBUG;
   }
+  return LOG_INFO;
 }
 
-LogRecord recordOfMessage(const spdlog::details::log_msg& message) {
-  const auto sinceEpoch = std::chrono::duration_cast<std::chrono::milliseconds>(message.time.time_since_epoch());
-  return {QString::fromUtf8(message.payload.data(), static_cast<qsizetype>(message.payload.size())),
-          flagOfSpdlogLevel(message.level), message.source.line,
-          QDateTime::fromMSecsSinceEpoch(sinceEpoch.count(), Qt::LocalTime), message.thread_id};
-}
-
-// A terminal that is stopped, or a pipe that nobody reads, must not hold up the log file.
-bool terminalTakesMore() {
+void writeToTerminal(const QByteArray& line) {
   struct pollfd terminal {
     STDERR_FILENO, POLLOUT, 0
   };
-  return ::poll(&terminal, 1, 0) == 1 && (terminal.revents & POLLOUT) != 0;
-}
-
-void passOn(spdlog::sinks::sink& logger, const spdlog::details::log_msg& message) noexcept {
-  try {
-    logger.log(message);
-  } catch (...) {  // Nowhere to report it to.
-  }
+  // A terminal that is stopped, or a pipe that nobody reads, must not hold up the log file.
+  if (::poll(&terminal, 1, 0) != 1 || (terminal.revents & POLLOUT) == 0) return;
+  // One call a line, so that another program's lines fall between ours and not into them.
+  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.constData(), static_cast<size_t>(line.size()));
 }
 
 }  // namespace
 
-spdlog::level::level_enum spdlogLevelOfFlag(LogFlag flag) {
-  switch (flag) {
-    case LogFlag::Error:
-      return spdlog::level::err;
-    case LogFlag::Warning:
-      return spdlog::level::warn;
-    case LogFlag::Info:
-      return spdlog::level::info;
-    case LogFlag::Debug:
-      return spdlog::level::debug;
-    case LogFlag::Verbose:
-      return spdlog::level::trace;
-  }
-  return spdlog::level::info;
-}
-
 LogDistributor::LogDistributor(std::shared_ptr<QLLogFormatter> formatter, const LogFileManager& files,
                                LogProgress& progress)
-    : m_formatter(std::move(formatter)),
-      m_systemLog(std::make_shared<spdlog::sinks::syslog_sink_st>("quillo-agent", LOG_PID, LOG_USER, false)),
-      m_terminal(std::make_shared<spdlog::sinks::stderr_sink_st>()),
-      m_file(files),
-      m_progress(progress) {
-  m_terminal->set_pattern("%v");
+    : m_formatter(std::move(formatter)), m_file(files), m_progress(progress) {
+  ::openlog("quillo-agent", LOG_PID, LOG_USER);
 }
 
-void LogDistributor::log(const spdlog::details::log_msg& message) {
+LogDistributor::~LogDistributor() {
+  ::closelog();
+}
+
+void LogDistributor::log(LogRecord record) noexcept {
   try {
-    distribute(recordOfMessage(message), message);
-    noteLostLines(message);
+    record.time = record.time.toLocalTime();
+    distribute(record);
+    noteLostLines(std::move(record));
   } catch (...) {  // Out of memory: the line is gone, the next may be written.
   }
   ++m_progress.handled;
 }
 
-void LogDistributor::distribute(const LogRecord& record, const spdlog::details::log_msg& message) {
+void LogDistributor::distribute(const LogRecord& record) {
   const std::optional<QString> text = m_formatter->formatLogMessage(record);
   if (!text) return;
-  std::string line = text->toStdString();
-  spdlog::details::log_msg formatted = message;
-  formatted.payload = line;
-  passOn(*m_systemLog, formatted);
-  if (terminalTakesMore()) passOn(*m_terminal, formatted);
+  QByteArray line = text->toUtf8();
+  ::syslog(systemLogPriority(record.flag), "%s", line.constData());
   line += '\n';
-  m_file.append(line);
+  writeToTerminal(line);
+  m_file.append({line.constData(), static_cast<std::size_t>(line.size())});
 }
 
-void LogDistributor::noteLostLines(const spdlog::details::log_msg& message) {
+void LogDistributor::noteLostLines(LogRecord record) {
   const quint64 lost = m_progress.lost;
   if (lost == m_lostAndNoted) return;
-  LogRecord record = recordOfMessage(message);
   record.flag = LogFlag::Warning;
   record.text = u"%1 log lines were lost: the queue was full"_s.arg(lost - m_lostAndNoted);
   m_lostAndNoted = lost;
-  spdlog::details::log_msg note = message;
-  note.level = spdlog::level::warn;
-  distribute(record, note);
+  distribute(record);
 }
 
 }  // namespace quillo

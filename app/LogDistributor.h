@@ -3,11 +3,8 @@
 #include "app/RollingLogFile.h"
 #include "qlcore/QLLogFormatter.h"
 
-#include <spdlog/sinks/sink.h>
-
 #include <atomic>
 #include <memory>
-#include <string>
 
 namespace quillo {
 
@@ -20,29 +17,25 @@ struct LogProgress {
 };
 
 // What the logging thread gives each line to: it has the one formatter lay the line out, or drop it, and passes the
-// result to the system log, the terminal and the log file. A logger that fails does not keep a line from the others.
-// The context of a line travels as the "line" of its source location, which nothing else uses.
-class LogDistributor final : public spdlog::sinks::sink {
+// result to the system log, the terminal and the log file. One that fails does not keep a line from the others.
+class LogDistributor {
  public:
   LogDistributor(std::shared_ptr<QLLogFormatter> formatter, const LogFileManager& files, LogProgress& progress);
+  ~LogDistributor();
+  LogDistributor(const LogDistributor&) = delete;
+  LogDistributor& operator=(const LogDistributor&) = delete;
 
-  void log(const spdlog::details::log_msg& message) override;
-  void flush() override {}
-  void set_pattern(const std::string& /*pattern*/) override {}
-  void set_formatter(std::unique_ptr<spdlog::formatter> /*formatter*/) override {}
+  // Loses the line, and nothing else, where memory is short.
+  void log(LogRecord record) noexcept;
 
  private:
-  void distribute(const LogRecord& record, const spdlog::details::log_msg& message);
-  void noteLostLines(const spdlog::details::log_msg& message);
+  void distribute(const LogRecord& record);
+  void noteLostLines(LogRecord record);
 
   std::shared_ptr<QLLogFormatter> m_formatter;
-  std::shared_ptr<spdlog::sinks::sink> m_systemLog;
-  std::shared_ptr<spdlog::sinks::sink> m_terminal;
   RollingLogFile m_file;
   LogProgress& m_progress;
   quint64 m_lostAndNoted{0};
 };
-
-[[nodiscard]] spdlog::level::level_enum spdlogLevelOfFlag(LogFlag flag);
 
 }  // namespace quillo

@@ -26,14 +26,14 @@ LogQueue::~LogQueue() {
   m_thread.join();
 }
 
-void LogQueue::post(const spdlog::details::log_msg& message) {
+void LogQueue::post(LogRecord record) {
   {
     const std::lock_guard lock(m_mutex);
     if (m_lines.size() >= m_capacity) {
       m_lines.pop_front();
       ++m_progress.lost;
     }
-    m_lines.emplace_back(message);
+    m_lines.push_back(std::move(record));
   }
   m_changed.notify_one();
 }
@@ -44,10 +44,10 @@ void LogQueue::run() {
   for (;;) {
     m_changed.wait(lock, [this] { return m_isEnding || !m_lines.empty(); });
     if (m_lines.empty()) return;
-    const spdlog::details::log_msg_buffer line = std::move(m_lines.front());
+    LogRecord line = std::move(m_lines.front());
     m_lines.pop_front();
     lock.unlock();
-    m_distributor.log(line);
+    m_distributor.log(std::move(line));
     lock.lock();
   }
 }

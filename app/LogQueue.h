@@ -1,6 +1,6 @@
 #pragma once
 
-#include <spdlog/details/log_msg_buffer.h>
+#include "qlcore/QLLogFormatter.h"
 
 #include <condition_variable>
 #include <cstddef>
@@ -15,8 +15,7 @@ class LogDistributor;
 struct LogProgress;
 
 // The way of a line from its caller to the logging thread. Bounded: a full queue drops its oldest line, so that no
-// caller ever waits for a disk. The thread sleeps until there is a line; the logging library's own pool is not used
-// because it wakes every ten seconds to look.
+// caller ever waits for a disk. The thread sleeps until there is a line.
 class LogQueue {
  public:
   // All references must outlive the queue. `atStart` runs on the logging thread before the first line. Throws where
@@ -28,7 +27,7 @@ class LogQueue {
   LogQueue& operator=(const LogQueue&) = delete;
 
   // From any thread.
-  void post(const spdlog::details::log_msg& message);
+  void post(LogRecord record);
 
  private:
   void run();
@@ -38,7 +37,7 @@ class LogQueue {
   LogProgress& m_progress;
   std::mutex m_mutex;
   std::condition_variable m_changed;
-  std::deque<spdlog::details::log_msg_buffer> m_lines;
+  std::deque<LogRecord> m_lines;
   bool m_isEnding{false};
   std::thread m_thread;
 };

@@ -16,7 +16,6 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
-#include <string>
 
 namespace quillo {
 
@@ -52,10 +51,10 @@ void blockSignals() {
 
 void post(LoggingSession& session, const LogMessage& message) noexcept {
   try {
-    const QByteArray text = message.text.toUtf8();
+    // Asked of the system once a thread.
+    thread_local const auto thread = static_cast<quint64>(::gettid());
     ++session.progress.posted;
-    session.queue->post({spdlog::source_loc{"", message.context, ""}, "quillo-agent", spdlogLevelOfFlag(message.flag),
-                         spdlog::string_view_t(text.constData(), static_cast<std::size_t>(text.size()))});
+    session.queue->post({message.text, message.flag, message.context, QDateTime::currentDateTimeUtc(), thread});
   } catch (...) {  // Out of memory: the line is lost, the program goes on.
   }
 }
