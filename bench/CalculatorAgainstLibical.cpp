@@ -1,12 +1,10 @@
 // One calculation of each family of steps against libical's recurrence iterator on the same rule and question. Time is
 // that of ours. "jump" is how many times longer the iterator takes when it may start at the date asked about, "walk"
-// when it starts at the rule's first date, as a plain use of it does. "calls" and "lookups" count what ours asks of the
-// calendar and of the zone's rules; they do not grow with the age of the base date. Walking through centuries takes
-// seconds and is left out.
+// when it starts at the rule's first date, as a plain use of it does. Walking through
+// centuries takes seconds and is left out.
 
 #include "LibicalRule.h"
 #include "Ratio.h"
-#include "tests/support/CalendarCallCounter.h"
 
 #include <benchmark/benchmark.h>
 
@@ -23,9 +21,7 @@ void compare(benchmark::State& state, const Rule& rule) {
   const LibicalRule theirs(rule, baseYear);
   if (!theirs.isUsable()) return state.SkipWithError("libical has no such zone or rule");
 
-  static_cast<void>(takeCalendarCalls());
   const auto answer = ours();
-  const CalendarCalls calls = takeCalendarCalls();
   if (!answer) return state.SkipWithError("no reminder");
   const auto expected = static_cast<time_t>(answer->timeIntervalSince1970());
   const bool walks = state.range(0) <= 50;
@@ -42,8 +38,6 @@ void compare(benchmark::State& state, const Rule& rule) {
                                               [&] { benchmark::DoNotOptimize(theirs.firstAfter(moment, false)); });
     state.counters["walk"] = walk / again;
   }
-  state.counters["calls"] = calls.calendar;
-  state.counters["lookups"] = calls.zone;
 }
 
 const bool registered = [] {

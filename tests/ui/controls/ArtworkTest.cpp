@@ -2,10 +2,6 @@
 #include "controls/gallery/Scenes.h"
 #include "tests/support/TestHome.h"
 
-#include <QDir>
-#include <QFile>
-#include <QtEndian>
-
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -48,51 +44,6 @@ TEST(ArtworkTest, EveryPictureIsThereAtBothScales) {
     }
   }
   EXPECT_EQ(Image::imageNamed(u"no-such-picture"_s), nullptr);
-}
-
-TEST(ArtworkTest, ApplicationIconIsThereInEverySize) {
-  for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512}) {
-    const QImage icon(u":/quillo/icons/hicolor/%1x%1/apps/quillo-agent.png"_s.arg(size));
-    EXPECT_EQ(icon.size(), QSize(size, size));
-  }
-}
-
-TEST(ArtworkTest, StatusIconsStandOutOnTheirPanels) {
-  const std::pair<QString, Panel> cases[]{{u"menubar-black"_s, Panel::Light},
-                                          {u"menubar-white"_s, Panel::Dark},
-                                          {u"menubar-red"_s, Panel::Light},
-                                          {u"menubar-red"_s, Panel::Dark}};
-  for (const auto& [name, panel] : cases) {
-    const QImage icon = Image::imageNamed(name)->bitmaps().front();
-    int solid = 0;
-    for (int y = 0; y < icon.height(); ++y) {
-      for (int x = 0; x < icon.width(); ++x)
-        solid += qAlpha(icon.pixel(x, y)) > 230 && difference(icon.pixel(x, y), panelColor(panel).rgb()) > 150;
-    }
-    // A shape, neither a hairline nor a blot: between an eighth and a half of the 22 x 22.
-    EXPECT_GT(solid, 60) << name.toStdString();
-    EXPECT_LT(solid, 242) << name.toStdString();
-  }
-}
-
-TEST(ArtworkTest, ReminderSoundIsShortAndSoft) {
-  QFile file(u":/quillo/sounds/quillo-reminder.wav"_s);
-  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-  const QByteArray data = file.readAll();
-  ASSERT_EQ(data.left(4), "RIFF");
-  ASSERT_EQ(data.mid(36, 4), "data");
-  const auto sample = [&data](qsizetype index) {
-    return std::abs(int{qFromLittleEndian<qint16>(data.constData() + 44 + 2 * index)});
-  };
-  const qsizetype samples = (data.size() - 44) / 2;
-  EXPECT_LT(samples, 2 * 44100);
-  int peak = 0;
-  for (qsizetype index = 0; index < samples; ++index) peak = std::max(peak, sample(index));
-  EXPECT_GT(peak, 3000);
-  EXPECT_LT(peak, 12000);
-  // It neither starts nor ends with a click.
-  EXPECT_LT(sample(0), 50);
-  EXPECT_LT(sample(samples - 1), 50);
 }
 
 // The mean difference of two pictures' colours, 0 to 255.

@@ -1,7 +1,6 @@
 #include "reminders/DateComponentsQLAdditions.h"
 #include "reminders/ReminderCalculator.h"
 #include "reminders/ReminderInterval.h"
-#include "tests/support/CalendarCallCounter.h"
 #include "tests/support/TestHome.h"
 
 #include <QElapsedTimer>
@@ -166,42 +165,6 @@ TEST(ReminderCalculator, AnswersLaterOrNotAtAllForAnySettings) {
   }
   // Half a millisecond each, sanitizers and reading the zones included, where a walk of steps would take minutes.
   EXPECT_LT(time.elapsed(), rounds / 2);
-}
-
-TEST(ReminderCalculator, AsksTheCalendarNoMoreOftenForAnOlderBase) {
-  const Calendar calendar = *Calendar::withTimeZoneName(u"Europe/Berlin"_s);
-  const struct {
-    CalendarUnit unit;
-    quint64 count;
-    double period;
-  } steps[] = {
-      {CalendarUnit::Day, 1, 0},     {CalendarUnit::Week, 2, 0},     {CalendarUnit::Month, 1, 0},
-      {CalendarUnit::Quarter, 1, 0}, {CalendarUnit::Year, 1, 0},     {CalendarUnit::WeekdayOrdinal, 1, 0},
-      {CalendarUnit::Second, 1, 0},  {CalendarUnit::Hour, 3, 28800}, {CalendarUnit::Minute, 1, 0},
-  };
-  const auto after = Date::fromISO8601(u"2024-03-20T21:30:00Z"_s);
-  for (const auto& step : steps) {
-    SCOPED_TRACE(testing::Message() << static_cast<quint64>(step.unit));
-    std::optional<CalendarCalls> ofYoungest;
-    for (const int years : {1, 10, 50, 500}) {
-      ReminderInterval interval;
-      interval.setCalendarUnit(step.unit);
-      interval.setIntervalValue(step.count);
-      interval.setValidReminderPeriod(step.period);
-      interval.setBaseCalendar(calendar);
-      interval.setBaseDate(Date::fromISO8601(u"%1-03-10T20:00:00Z"_s.arg(2024 - years)));
-      static_cast<void>(takeCalendarCalls());
-      EXPECT_TRUE(ReminderCalculator::firstReminderForInterval(interval, after, calendar));
-      const CalendarCalls calls = takeCalendarCalls();
-      if (!ofYoungest) ofYoungest = calls;
-      EXPECT_EQ(calls.calendar, ofYoungest->calendar) << years;
-      // One try more or less, where the base lies in the other half of the year.
-      EXPECT_NEAR(calls.zone, ofYoungest->zone, 2) << years;
-      EXPECT_GE(calls.calendar, 2) << "nothing was counted";
-      EXPECT_LE(calls.calendar, 7) << years;
-      EXPECT_LE(calls.zone, 16) << years;
-    }
-  }
 }
 
 }  // namespace quillo
