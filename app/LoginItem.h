@@ -24,7 +24,6 @@ class LoginItem {
   explicit LoginItem(QString bundleID, LoginItemServices services = sharedServices());
 
   [[nodiscard]] const QString& bundleID() const { return m_bundleID; }
-  void setBundleID(const QString& bundleID) { m_bundleID = bundleID; }
 
   // Answers the service's result; a failure is logged.
   bool toggleAsLoginItem(bool enabled);

@@ -36,7 +36,6 @@ class ButtonCell {
   ButtonCell& operator=(const ButtonCell&) = delete;
 
   // The view to redraw when the cell changes; the button sets itself. May be null.
-  [[nodiscard]] QWidget* controlView() const { return m_controlView; }
   void setControlView(QWidget* view) { m_controlView = view; }
   // What a programmatic click does; the button sets it.
   void setClickHandler(std::function<void()> handler) { m_clickHandler = std::move(handler); }
@@ -62,15 +61,11 @@ class ButtonCell {
   // Pressed by the pointer or a key just now.
   [[nodiscard]] bool isHighlighted() const { return m_highlighted; }
   void setHighlighted(bool highlighted);
-  [[nodiscard]] bool isBordered() const { return m_bordered; }
   void setBordered(bool bordered);
-  [[nodiscard]] CellImagePosition imagePosition() const { return m_imagePosition; }
   void setImagePosition(CellImagePosition position);
 
   // Sums of CellMask bits. Contents: the alternate picture and title take the place of the usual ones.
-  [[nodiscard]] unsigned highlightsBy() const { return m_highlightsBy; }
   void setHighlightsBy(unsigned mask);
-  [[nodiscard]] unsigned showsStateBy() const { return m_showsStateBy; }
   void setShowsStateBy(unsigned mask);
   void setCellAttribute(CellAttribute attribute, bool value);
 

@@ -12,9 +12,8 @@ struct Alert;
 // Deleting an entry after asking the user. The index and the alerts must outlive the question.
 namespace QLJournalIndexOSXAdditions {
 
-// The codes that an alert ends with.
+// The code that an alert ends with where its first button was chosen.
 inline constexpr int alertDefaultReturn = 1;
-inline constexpr int alertAlternateReturn = 0;
 
 // The window that an alert hangs on: the one that has the keyboard, or else the first of the program's visible ones;
 // null where there is none.

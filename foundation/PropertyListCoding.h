@@ -62,7 +62,6 @@ class Builder {
   // Short strings that repeat share their storage; most lists repeat the same few keys.
   bool addString(const QString& text);
 
-  [[nodiscard]] bool isInArray() const { return !m_open.empty() && !m_open.back().isDictionary; }
   [[nodiscard]] bool isInDictionary() const { return !m_open.empty() && m_open.back().isDictionary; }
   [[nodiscard]] size_t depth() const { return m_open.size(); }
   [[nodiscard]] const QString& problem() const { return m_problem; }
