@@ -180,14 +180,13 @@ bool Reader::readInteger(const Header& header, PropertyListValue* value) {
   const quint64 width = quint64{1} << header.low;
   if (!claim(header, width)) return false;
   const quint64 bits = number(header.body, width);
-  if (width < 8)
-    *value = bits;  // the narrow ones have no sign
-  else if (width == 8)
+  // Of sixteen bytes the first eight.
+  if (width > 8 && number(header.body, 8) != 0) return refuse(u"an integer is out of range"_s, header.start);
+  // Only those of eight bytes have a sign.
+  if (width == 8)
     *value = static_cast<qint64>(bits);
-  else if (number(header.body, 8) == 0)
-    *value = bits;
   else
-    return refuse(u"an integer is out of range"_s, header.start);
+    *value = bits;
   return true;
 }
 

@@ -38,7 +38,7 @@ class MemoryAllowance {
   static constexpr qint64 dictionary = 112;  // and its entries
   static constexpr qint64 entry = 80;
 
-  explicit MemoryAllowance(qsizetype fileSize) : m_left(fileSize * 7 + 32 * 1024 * 1024) {}
+  explicit MemoryAllowance(qsizetype fileSize) : m_left(fileSize * 7 + qint64{32} * 1024 * 1024) {}
   // False once it is used up.
   bool take(qint64 bytes) { return (m_left -= bytes) >= 0; }
 

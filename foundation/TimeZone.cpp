@@ -188,7 +188,7 @@ std::shared_ptr<const TimeZone::Rules> TimeZone::rulesWithIdentifier(const QByte
   static QMutex mutex;
   static QHash<QByteArray, std::shared_ptr<const Rules>> known;
   const QMutexLocker lock(&mutex);
-  if (const auto rules = known.value(identifier)) return rules;
+  if (auto rules = known.value(identifier)) return rules;
   const QTimeZone zone(identifier);
   if (!zone.isValid()) return nullptr;
   auto rules = std::make_shared<const Rules>(zone);
