@@ -137,6 +137,20 @@ class HotKeyTest(AgentTestCase):
         agent.wait_closed()
         self.assertEqual(self.texts(), ["after the menu"])
 
+    def test_a_press_counts_whose_forerunner_was_released_in_another_window(self):
+        agent = self.agent()
+        self.terminal()
+        other = active_window()
+        # Within the time in which the keyboard would repeat.
+        run("xset", "r", "off")
+        self.addCleanup(run, "xset", "r", "on")
+        agent.click_icon(button=3)
+        wait_until(agent.menus, "the menu")
+        run("xdotool", "keydown", "super", "keydown", "shift", "keydown", "j")
+        wait_active(agent.window())
+        run("xdotool", "windowfocus", "--sync", other, "keyup", "j", "keyup", "shift", "keyup", "super", "key", SHORTCUT)
+        agent.wait_closed()
+
     def test_layouts_are_followed_without_a_restart(self):
         run("setxkbmap", "de")
         agent = self.start_shown_agent()

@@ -41,7 +41,7 @@ bool X11HotKeys::isAvailable() {
   return X11::connection() != nullptr;
 }
 
-X11HotKeys::X11HotKeys() : m_connection(X11::connection()) {
+X11HotKeys::X11HotKeys() : m_connection(X11::connection()), m_releases(m_connection) {
   if (!m_connection) return;
   m_root = X11::rootWindow();
   m_firstXkbEvent = firstXkbEvent(m_connection);
@@ -55,6 +55,7 @@ X11HotKeys::~X11HotKeys() {
   // Without an application there is no connection any more either.
   if (!qGuiApp || !m_connection) return;
   for (Claim& claim : m_claims) ungrab(claim);
+  m_releases.listen(false);
   xcb_flush(m_connection);
 }
 
@@ -79,6 +80,7 @@ OSStatus X11HotKeys::unregisterHotKey(HotKeyRef ref) {
   ungrab(*claim);
   xcb_flush(m_connection);
   m_claims.erase(claim);
+  listenForReleases();
   return HotKeyStatus::done;
 }
 
@@ -170,6 +172,7 @@ void X11HotKeys::keyboardMapChanged() {
       if (claim.isGrabbed) ungrab(claim);
     }
     m_modifiers = now;
+    listenForReleases();
   }
   // The observer may unregister what it hears of, so it is told when all is done.
   struct Change {
@@ -220,39 +223,56 @@ bool X11HotKeys::nativeEventFilter(const QByteArray& eventType, void* message, q
     if (type == XCB_MAPPING_NOTIFY || event->pad0 < xkbStateNotify) m_mapSettled.start();
     return false;
   }
-  if (type != XCB_KEY_PRESS && type != XCB_KEY_RELEASE) return false;
   const auto* key = static_cast<const xcb_key_press_event_t*>(message);
-  for (Claim& claim : m_claims) {
-    if (!claim.isGrabbed || key->detail != claim.keycode) continue;
-    if (type == XCB_KEY_RELEASE) {
-      // By then the modifiers may be up.
-      if (!claim.motion.isDown) continue;
-      claim.motion.release(key->time);
-      // Told once no repetition has followed it, or with the next press.
-      QTimer::singleShot(repetitionWait, this, [this, ref = claim.ref, time = key->time] {
-        Claim* still = find(ref);
-        if (still && still->motion.last == time && std::exchange(still->motion.releaseIsPending, false))
-          deliver(*still, HotKeyEvent::released);
-      });
-      return false;
-    }
-    if (withoutLocks(key->state, m_modifiers) != claim.mask) continue;
-    if (claim.motion.press(key->time)) {
-      // After the toolkit has handled the event, and only if the claim is still there then.
-      const bool withRelease = std::exchange(claim.motion.releaseIsPending, false);
-      QMetaObject::invokeMethod(
-          this,
-          [this, ref = claim.ref, withRelease] {
-            if (const Claim* still = withRelease ? find(ref) : nullptr) deliver(*still, HotKeyEvent::released);
-            if (const Claim* still = find(ref)) deliver(*still, HotKeyEvent::pressed);
-          },
-          Qt::QueuedConnection);
-    }
-    // What the grab delivers to the root window goes on to the toolkit, which learns from it when the user last did
-    // something: a window may then take the keyboard. What came to a menu of ours must not reach it.
-    return key->event != m_root;
-  }
+  if (type == XCB_KEY_PRESS) return keyPressed(*key);
+  if (type == XCB_KEY_RELEASE)
+    keyReleased(key->detail, key->time);
+  else if (const auto release = m_releases.releaseIn(message))
+    keyReleased(release->keycode, release->time);
   return false;
+}
+
+bool X11HotKeys::keyPressed(const xcb_key_press_event_t& key) {
+  const auto claim = std::find_if(m_claims.begin(), m_claims.end(), [&](const Claim& c) {
+    return c.isGrabbed && c.keycode == key.detail && c.mask == withoutLocks(key.state, m_modifiers);
+  });
+  if (claim == m_claims.end()) return false;
+  if (claim->motion.press(key.time)) {
+    // A menu of ours that had the keyboard may close because of the press, and the release would go elsewhere.
+    listenForReleases();
+    // After the toolkit has handled the event, and only if the claim is still there then.
+    const bool withRelease = std::exchange(claim->motion.releaseIsPending, false);
+    QMetaObject::invokeMethod(
+        this,
+        [this, ref = claim->ref, withRelease] {
+          if (const Claim* still = withRelease ? find(ref) : nullptr) deliver(*still, HotKeyEvent::released);
+          if (const Claim* still = find(ref)) deliver(*still, HotKeyEvent::pressed);
+        },
+        Qt::QueuedConnection);
+  }
+  // What the grab delivers to the root window goes on to the toolkit, which learns from it when the user last did
+  // something: a window may then take the keyboard. What came to a menu of ours must not reach it.
+  return key.event != m_root;
+}
+
+// By then the modifiers may be up. A release that is heard twice is one.
+void X11HotKeys::keyReleased(quint8 keycode, Milliseconds time) {
+  for (Claim& claim : m_claims) {
+    if (!claim.isGrabbed || claim.keycode != keycode || !claim.motion.isDown) continue;
+    claim.motion.release(time);
+    // Told once no repetition has followed it, or with the next press.
+    QTimer::singleShot(repetitionWait, this, [this, ref = claim.ref, time] {
+      Claim* still = find(ref);
+      if (still && still->motion.last == time && std::exchange(still->motion.releaseIsPending, false)) {
+        listenForReleases();
+        deliver(*still, HotKeyEvent::released);
+      }
+    });
+  }
+}
+
+void X11HotKeys::listenForReleases() {
+  m_releases.listen(std::any_of(m_claims.begin(), m_claims.end(), [](const Claim& c) { return c.motion.isDown; }));
 }
 
 void X11HotKeys::deliver(const Claim& claim, quint32 kind) const {

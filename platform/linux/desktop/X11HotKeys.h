@@ -2,6 +2,7 @@
 
 #include "platform/HotKeys.h"
 #include "platform/linux/X11Modifiers.h"
+#include "platform/linux/desktop/RawKeyReleases.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QObject>
@@ -10,6 +11,7 @@
 #include <vector>
 
 struct xcb_connection_t;
+struct xcb_key_press_event_t;
 
 namespace quillo {
 
@@ -64,11 +66,16 @@ class X11HotKeys final : public QObject, public HotKeys, public QAbstractNativeE
   void ungrab(Claim& claim);
   void readModifiers();
   void keyboardMapChanged();
+  // Whether the event is to be kept from the toolkit.
+  bool keyPressed(const xcb_key_press_event_t& key);
+  void keyReleased(quint8 keycode, Milliseconds time);
+  void listenForReleases();
   void deliver(const Claim& claim, quint32 kind) const;
 
   xcb_connection_t* m_connection{nullptr};  // the toolkit's; null without an X server
   quint32 m_root{0};
   quint8 m_firstXkbEvent{0};  // 0 without the extension
+  RawKeyReleases m_releases;
   X11Modifiers m_modifiers;
   std::vector<Claim> m_claims;
   HotKeyRef m_lastRef{0};
