@@ -2,6 +2,7 @@
 
 #include "config/Keys.h"
 #include "foundation/FileContents.h"
+#include "foundation/FileModeMask.h"
 #include "platform/RunningApplications.h"
 
 #include <QCoreApplication>
@@ -84,6 +85,7 @@ int runInTerminalWindow(const QStringList& arguments) {
   process.setStandardInputFile(QProcess::nullDevice());
   process.setStandardOutputFile(QProcess::nullDevice());
   process.setStandardErrorFile(QProcess::nullDevice());
+  const FileModeMask maskOfUser;
   if (!process.startDetached()) return failed(terminal + u" could not be started: "_s + process.errorString());
   return Done;
 }
@@ -119,7 +121,10 @@ std::optional<QString> Draft::edit(Context& context, const EditorChoice& editor)
   });
   QElapsedTimer sinceStart;
   sinceStart.start();
-  process.start();
+  {
+    const FileModeMask maskOfUser;
+    process.start();
+  }
   if (process.state() != QProcess::NotRunning) loop.exec();
   context.session().runningApplications.registerSelf(Identifier::mainApplication, [] {});
 

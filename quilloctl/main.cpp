@@ -5,6 +5,7 @@
 #include "config/Keys.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
+#include "foundation/FileModeMask.h"
 #include "platform/Sounds.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
@@ -19,8 +20,6 @@
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QTimer>
-
-#include <sys/stat.h>
 
 #include <iostream>
 #include <optional>
@@ -112,7 +111,7 @@ std::string usageMessage(const CLI::App* program, const CLI::Error& error) {
 
 int main(int argc, char** argv) {
   // What we make is for the user alone.
-  ::umask(077);
+  FileModeMask::makePrivate();
 
   CLI::App program("Read and change what Quillo's applications share: settings, journal and entries.", "quilloctl");
   program.set_version_flag("--version", "quilloctl " QUILLO_VERSION);

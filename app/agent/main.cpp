@@ -10,6 +10,7 @@
 #include "config/QuilloConfig.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
+#include "foundation/FileModeMask.h"
 #include "foundation/Log.h"
 #include "platform/linux/LinuxSystemEvents.h"
 #include "platform/linux/SessionBusApplications.h"
@@ -39,7 +40,6 @@
 #include <CLI/CLI.hpp>
 
 #include <sys/resource.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -117,7 +117,7 @@ Bundle agentBundle() {
 
 int main(int argc, char** argv) {
   // Entries, settings and logs are for the user alone.
-  ::umask(077);
+  FileModeMask::makePrivate();
   if (const auto code = readArguments(argc, argv)) return *code;
   if (!takeEnoughDescriptors()) return 1;
   if (!displayIsReachable()) {

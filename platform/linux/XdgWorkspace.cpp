@@ -1,5 +1,6 @@
 #include "platform/linux/XdgWorkspace.h"
 
+#include "foundation/FileModeMask.h"
 #include "foundation/Log.h"
 #include "platform/linux/ApplicationDatabase.h"
 
@@ -27,6 +28,7 @@ bool start(const DesktopEntry& entry, const QUrl& url) {
   process.setStandardInputFile(QProcess::nullDevice());
   process.setStandardOutputFile(QProcess::nullDevice());
   process.setStandardErrorFile(QProcess::nullDevice());
+  const FileModeMask maskOfUser;
   if (process.startDetached()) return true;
   QLLogError(u"%1 could not be started: %2"_s.arg(process.program(), process.errorString()));
   return false;

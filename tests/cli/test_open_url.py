@@ -118,6 +118,26 @@ class MainApplicationTest(QuilloctlTestCase):
                 self.assertEqual(self.entry(uuid)["text"], "from a terminal")
                 self.ctl("open-url", f"quillo://edit?entryId={uuid}", VISUAL=self.script("notes", 'echo before >"$1"'))
 
+    def test_what_other_programs_make_is_as_their_user_wants_it(self):
+        self.addCleanup(os.umask, os.umask(0o027))
+        made = self.home / "made"
+        makes = f'rm -f "{made}"; : >"{made}"'
+        self.script("x-terminal-emulator", makes)
+        self.script("files", makes)
+        applications = self.home / ".local/share/applications"
+        applications.mkdir(parents=True)
+        (applications / "files.desktop").write_text(
+            f'[Desktop Entry]\nType=Application\nName=Files\nExec="{self.home}/files"\nMimeType=inode/directory;\n')
+        for url, more in (("post", {"VISUAL": self.script("notes", makes + '; echo text >"$1"')}),
+                          ("post", {"EDITOR": "vi", "PATH": f"{self.home}:{os.environ['PATH']}"}), ("open", {})):
+            with self.subTest(url, **more):
+                made.unlink(missing_ok=True)
+                self.ctl("open-url", "quillo://" + url, **more)
+                wait_for(made)
+                self.assertEqual(made.stat().st_mode & 0o777, 0o640)
+        # Ours is for its user alone all the same.
+        self.assertEqual(next((self.journal / "Entries").iterdir()).stat().st_mode & 0o777, 0o600)
+
     def test_the_other_urls(self):
         text = self.ctl("open-url", "quillo://preferences")
         for word in ("quilloctl settings set KEY VALUE", "RemindersPlaySound", "JournalPackageURL"):
