@@ -133,10 +133,14 @@ QByteArray LinuxSystemEvents::zoneState() const {
   char target[PATH_MAX] = {};
   const ssize_t length = ::readlink(link.constData(), target, sizeof target - 1);
   struct stat status {};
-  ::stat(link.constData(), &status);
+  const bool isThere = ::stat(link.constData(), &status) == 0;
   QByteArray state(target, std::max<ssize_t>(0, length));
+  // A link says by itself which zone it is; the name in the other file follows a moment later and would make the same
+  // change a second one. That name counts where the link is a copy of the zone or leads nowhere.
+  const bool linkNamesZone = isThere && state.contains("/zoneinfo/");
   state += '\n' + QByteArray::number(quint64{status.st_dev}) + ':' + QByteArray::number(quint64{status.st_ino}) + ':' +
            QByteArray::number(qint64{status.st_mtime}) + '\n';
+  if (linkNamesZone) return state;
   QFile name(m_zoneDirectory + u'/' + QLatin1StringView(zoneName));
   static constexpr qint64 longestName = 256;
   if (name.open(QIODevice::ReadOnly)) state += name.read(longestName);
