@@ -3,7 +3,11 @@
 #include "platform/DistributedNotifications.h"
 #include "platform/linux/SessionBus.h"
 
+#include <QElapsedTimer>
 #include <QObject>
+#include <QSet>
+#include <QStringList>
+#include <QTimer>
 
 namespace quillo {
 
@@ -11,6 +15,10 @@ namespace quillo {
 [[nodiscard]] bool isNotificationName(const QString& name);
 
 // Broadcasts as a signal on the session bus. Needs a QCoreApplication; works in programs without a window as well.
+//
+// A name that comes again while it waits to be passed on adds nothing, since it says no more than "look anew". A flood
+// of broadcasts thus costs little more than reading them from the bus; what comes while its name is being passed on is
+// passed on once more.
 class SessionBusNotifications final : public QObject, public DistributedNotifications {
   Q_OBJECT
 
@@ -24,7 +32,16 @@ class SessionBusNotifications final : public QObject, public DistributedNotifica
   void receive(const QString& name);
 
  private:
+  void passOn();
+
   std::function<void(const QString&)> m_receiver;
+  // What waits, in the order in which it came.
+  QStringList m_names;
+  QSet<QString> m_waiting;
+  // One name a turn of the event loop; of a new round, once its time has come.
+  QTimer m_turn;
+  qsizetype m_leftOfRound{0};
+  QElapsedTimer m_sinceRound;
   SessionBus m_bus;
 };
 

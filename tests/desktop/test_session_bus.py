@@ -33,6 +33,22 @@ class SessionBus(DesktopTestCase):
         for number in range(50):
             listener.expect(f"received Name{number}")
 
+    def test_a_flood_is_heard_as_few_and_its_last_for_certain(self):
+        sender, listener = self.start_probe(), self.start_probe()
+        count = 3000
+        for _ in range(count):
+            sender.send("post com.example.Flood")
+            sender.send("post com.example.Other")
+        for _ in range(2 * count):
+            sender.expect("posted yes")
+        # After the last was sent.
+        sender.expect("received com.example.Flood")
+        sender.ask("post com.example.Last", "posted yes")
+        wait_until(lambda: "received com.example.Last" in listener.unread, "the name behind the flood")
+        heard = listener.unread
+        self.assertEqual(heard[:2], ["received com.example.Flood", "received com.example.Other"])
+        self.assertLess(len(heard), count / 2)
+
     def test_names_that_no_notification_has_are_dropped(self):
         listener = self.start_probe()
         listener.ask("post " + "x" * 256, "posted no")
