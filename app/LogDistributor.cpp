@@ -31,7 +31,7 @@ void writeToTerminal(const QByteArray& line) {
   struct pollfd terminal {
     STDERR_FILENO, POLLOUT, 0
   };
-  // A terminal that is stopped, or a pipe that nobody reads, must not hold up the log file.
+  // A terminal that is stopped must not hold up the log file.
   if (::poll(&terminal, 1, 0) != 1 || (terminal.revents & POLLOUT) == 0) return;
   // One call a line, so that another program's lines fall between ours and not into them.
   [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.constData(), static_cast<size_t>(line.size()));
@@ -41,7 +41,10 @@ void writeToTerminal(const QByteArray& line) {
 
 LogDistributor::LogDistributor(std::shared_ptr<QLLogFormatter> formatter, const LogFileManager& files,
                                LogProgress& progress)
-    : m_formatter(std::move(formatter)), m_file(files), m_progress(progress) {
+    : m_formatter(std::move(formatter)),
+      m_hasTerminal(::isatty(STDERR_FILENO) == 1),
+      m_file(files),
+      m_progress(progress) {
   ::openlog("quillo-agent", LOG_PID, LOG_USER);
 }
 
@@ -65,7 +68,7 @@ void LogDistributor::distribute(const LogRecord& record) {
   QByteArray line = text->toUtf8();
   ::syslog(systemLogPriority(record.flag), "%s", line.constData());
   line += '\n';
-  writeToTerminal(line);
+  if (m_hasTerminal) writeToTerminal(line);
   m_file.append({line.constData(), static_cast<std::size_t>(line.size())});
 }
 

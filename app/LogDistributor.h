@@ -18,6 +18,7 @@ struct LogProgress {
 
 // What the logging thread gives each line to: it has the one formatter lay the line out, or drop it, and passes the
 // result to the system log, the terminal and the log file. One that fails does not keep a line from the others.
+// Standard error counts only where it is a terminal: what the desktop reads of it goes to the system log a second time.
 class LogDistributor {
  public:
   LogDistributor(std::shared_ptr<QLLogFormatter> formatter, const LogFileManager& files, LogProgress& progress);
@@ -33,6 +34,7 @@ class LogDistributor {
   void noteLostLines(LogRecord record);
 
   std::shared_ptr<QLLogFormatter> m_formatter;
+  bool m_hasTerminal;
   RollingLogFile m_file;
   LogProgress& m_progress;
   quint64 m_lostAndNoted{0};

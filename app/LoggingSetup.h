@@ -8,9 +8,9 @@
 
 namespace quillo {
 
-// Sends every line of the program to the system log, the terminal (standard error) and the log files of `directory`,
-// in one layout, and begins the session with three lines: the session mark, the header and the path of the log file.
-// With `verbose` every level is shown, otherwise errors, warnings and information.
+// Sends every line of the program to the system log, the terminal (standard error where it is one) and the log files of
+// `directory`, in one layout, and begins the session with three lines: the session mark, the header and the path of the
+// log file. With `verbose` every level is shown, otherwise errors, warnings and information.
 //
 // Lines are formatted and written on a thread of their own. A caller never waits for it: when `queueLength` lines are
 // waiting, the oldest of them is lost, and a warning says later how many were. A directory or file that cannot be made
