@@ -34,6 +34,10 @@ class DrawnIcon(AgentTestCase):
     def test_clicks_toggle_the_window_and_change_the_picture(self):
         at_rest = self.property("IconPixmap")
         self.assertIn("22, 22", at_rest)
+        # Nobody tells the panel's colour: the picture has to show on black and on white.
+        pixels = bytes.fromhex("".join(re.findall("0x(..)", at_rest.split("]")[0])))
+        opaque = {pixels[at + 1:at + 4] for at in range(0, len(pixels), 4) if pixels[at] == 255}
+        self.assertLessEqual({b"\0\0\0", b"\xff\xff\xff"}, opaque)
         run("xdotool", "mousemove", "700", "300")
         self.activate()
         x, y, width, _ = window_rect(self.agent.window())

@@ -11,6 +11,19 @@ namespace {
 constexpr double highlightOpacity = 0.35;
 constexpr double highlightCornerRadius = 4;
 
+// Puts the canvas' shape in that colour behind it, moved by a point to every side.
+void outline(QImage& canvas, const QColor& colour, double pixelRatio) {
+  QImage shape = canvas;
+  QPainter filler(&shape);
+  filler.setCompositionMode(QPainter::CompositionMode_SourceIn);
+  filler.fillRect(shape.rect(), colour);
+  filler.end();
+  QPainter painter(&canvas);
+  painter.setCompositionMode(QPainter::CompositionMode_DestinationOver);
+  for (const int x : {-1, 0, 1})
+    for (const int y : {-1, 0, 1}) painter.drawImage(QPointF(x, y) * pixelRatio, shape);
+}
+
 }  // namespace
 
 QColor readableOn(const QColor& background) {
@@ -45,6 +58,12 @@ QImage statusImage(const QImage& image, QSizeF points, double pixelRatio, const 
   if (style.tint) {
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(canvas.rect(), *style.tint);
+  }
+  if (style.outline) {
+    painter.end();
+    outline(canvas, *style.outline, pixelRatio);
+    painter.begin(&canvas);
+    painter.setRenderHint(QPainter::Antialiasing);
   }
   if (style.isHighlighted) {
     painter.setCompositionMode(QPainter::CompositionMode_DestinationOver);

@@ -16,7 +16,8 @@ namespace quillo {
 [[nodiscard]] std::optional<QColor> readableOnMost(std::vector<QColor> seen);
 
 struct StatusImageStyle {
-  std::optional<QColor> tint;  // replaces every colour of the image, keeping its shape
+  std::optional<QColor> tint;     // replaces every colour of the image, keeping its shape
+  std::optional<QColor> outline;  // a line of one point around the shape
   bool isHighlighted{false};
   QColor highlight;  // of the pressed look, put behind the image with little opacity
 };

@@ -2,7 +2,6 @@
 
 #include "foundation/Log.h"
 #include "platform/linux/desktop/Display.h"
-#include "platform/linux/desktop/StatusImage.h"
 #include "platform/linux/desktop/StatusItemAnchor.h"
 #include "platform/linux/desktop/X11.h"
 
@@ -176,28 +175,39 @@ bool TrayStatusItem::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void TrayStatusItem::checkForeground() {
-  const QColor before = m_foreground;
-  m_foreground = foreground();
+  const auto before = std::exchange(m_foreground, foreground());
   if (m_foreground != before) updateIcon();
 }
 
-QColor TrayStatusItem::foreground() const {
-  if (const auto colour = m_window.foreground()) return *colour;
+std::optional<QColor> TrayStatusItem::foreground() const {
+  if (const auto colour = m_window.foreground()) return colour;
   // A tray that draws icons itself tells nothing of its colours. Where the screen can be looked at, its panel shows.
-  if (!isWaylandSession()) {
-    std::vector<QColor> seen;
-    X11::appendPixels(pixelsOfGlobalRect(panelStrip(screenAreas()), screenAreas()).toRect(), seen);
-    if (const auto colour = readableOnMost(std::move(seen))) return *colour;
-  }
-  return QApplication::palette().color(QPalette::WindowText);
+  if (isWaylandSession()) return {};
+  std::vector<QColor> seen;
+  X11::appendPixels(pixelsOfGlobalRect(panelStrip(screenAreas()), screenAreas()).toRect(), seen);
+  return readableOnMost(std::move(seen));
 }
 
-QIcon TrayStatusItem::drawnIcon() const {
+StatusImageStyle TrayStatusItem::style() const {
   StatusImageStyle style;
-  if (m_isTemplate) style.tint = m_foreground;
   style.isHighlighted = m_isHighlighted;
-  style.highlight = m_foreground;
+  if (m_foreground) {
+    if (m_isTemplate) style.tint = m_foreground;
+    style.highlight = *m_foreground;
+    return style;
+  }
+  // The windows' colour is a guess only: panels are often dark where windows are light. In two tones the image reads on
+  // either.
+  const QColor guess = QApplication::palette().color(QPalette::WindowText);
+  if (m_isTemplate) {
+    style.tint = guess;
+    style.outline = readableOn(guess);
+  }
+  style.highlight = Qt::gray;
+  return style;
+}
 
+QIcon TrayStatusItem::drawnIcon(const StatusImageStyle& style) const {
   const QString base = u":/quillo/images/"_s + m_imageName;
   QIcon icon;
   for (const int ratio : {1, 2}) {
@@ -213,15 +223,16 @@ QIcon TrayStatusItem::drawnIcon() const {
 
 void TrayStatusItem::updateIcon() {
   if (!m_icon || m_imageName.isEmpty()) return;
-  if (!m_foreground.isValid()) m_foreground = foreground();
+  if (!m_foreground) m_foreground = foreground();
+  const StatusImageStyle wanted = style();
   const QString look = u"%1 %2 %3 %4 %5"_s.arg(m_imageName)
-                           .arg(m_isTemplate)
-                           .arg(m_isHighlighted)
                            .arg(m_length)
-                           .arg(m_foreground.rgba());
+                           .arg(wanted.isHighlighted)
+                           .arg(wanted.highlight.rgba())
+                           .arg(wanted.tint.value_or(Qt::transparent).rgba());
   QIcon icon = m_icons.value(look);
   if (icon.isNull()) {
-    icon = drawnIcon();
+    icon = drawnIcon(wanted);
     // Pressed and not, of the few images there are; more come only from trays that change their colours.
     if (m_icons.size() >= mostIconsKept) m_icons.clear();
     m_icons.insert(look, icon);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/StatusItem.h"
+#include "platform/linux/desktop/StatusImage.h"
 #include "platform/linux/desktop/TrayWatcher.h"
 #include "platform/linux/desktop/TrayWindow.h"
 
@@ -45,10 +46,12 @@ class TrayStatusItem final : public QObject, public StatusItem {
   void activated(QSystemTrayIcon::ActivationReason reason);
   void trayWindowChanged();
   void checkForeground();
-  [[nodiscard]] QColor foreground() const;
+  // The colour that reads on the panel; nothing where that cannot be told.
+  [[nodiscard]] std::optional<QColor> foreground() const;
   void updateIcon();
   void updateToolTip();
-  [[nodiscard]] QIcon drawnIcon() const;
+  [[nodiscard]] StatusImageStyle style() const;
+  [[nodiscard]] QIcon drawnIcon(const StatusImageStyle& style) const;
 
   std::unique_ptr<QSystemTrayIcon> m_icon;  // null until there is a tray
   TrayWindow m_window;
@@ -61,7 +64,7 @@ class TrayStatusItem final : public QObject, public StatusItem {
   bool m_isTemplate{false};
   bool m_isHighlighted{false};
   double m_length{0};
-  QColor m_foreground;
+  std::optional<QColor> m_foreground;
   // By their looks: drawn anew, each would stay in the toolkit's cache as another.
   QHash<QString, QIcon> m_icons;
   std::optional<QPointF> m_lastClick;

@@ -88,6 +88,13 @@ TEST(StatusImage, TintsTheShapeAndPutsTheHighlightBehindIt) {
   style.tint = QColor(Qt::white);
   EXPECT_EQ(at(11, 22), QColor(Qt::white));
   EXPECT_EQ(at(11, 15).alpha(), 0);
+  // Two pixels of another colour on each side, and no more.
+  style.outline = QColor(Qt::black);
+  EXPECT_EQ(at(11, 22), QColor(Qt::white));
+  EXPECT_EQ(at(11, 15), QColor(Qt::black));
+  EXPECT_EQ(at(4, 15), QColor(Qt::black));
+  EXPECT_EQ(at(11, 13).alpha(), 0);
+  style.outline.reset();
   style.isHighlighted = true;
   style.highlight = QColor(Qt::black);
   EXPECT_EQ(at(11, 22), QColor(Qt::white));
