@@ -22,6 +22,8 @@ class QLWeatherManager final : public WeatherService {
     QUrl baseURL;
     // For a whole answer, in milliseconds.
     int timeoutMilliseconds{10'000};
+    // Where the service's answers and wishes are kept for the next start; empty to keep none.
+    QString cacheFile{};
   };
 
   // The base URL that the agent's own defaults name under Key::weatherServiceURL, else the public service's.

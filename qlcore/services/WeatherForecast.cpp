@@ -4,7 +4,6 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 
 #include <algorithm>
 #include <cmath>
@@ -40,11 +39,27 @@ std::optional<QLWeather> weatherAt(const QJsonObject& time) {
 
 std::optional<WeatherForecast> WeatherForecast::fromJSON(const QByteArray& json) {
   // The parser refuses what is nested more than 1024 deep.
-  const QJsonObject properties = QJsonDocument::fromJson(json).object()["properties"_L1].toObject();
+  return fromObject(QJsonDocument::fromJson(json).object());
+}
+
+std::optional<WeatherForecast> WeatherForecast::fromObject(const QJsonObject& object) {
+  const QJsonObject properties = object["properties"_L1].toObject();
   WeatherForecast forecast;
   for (const QJsonValueConstRef time : properties["timeseries"_L1].toArray())
     if (auto weather = weatherAt(time.toObject())) forecast.m_times.push_back(std::move(*weather));
   return forecast.m_times.empty() ? std::nullopt : std::optional(std::move(forecast));
+}
+
+QJsonObject WeatherForecast::toObject() const {
+  QJsonArray times;
+  for (const QLWeather& weather : m_times) {
+    const QJsonObject details{{u"air_temperature"_s, weather.temperature}};
+    const QJsonObject summary{{u"symbol_code"_s, weather.symbolCode}};
+    const QJsonObject data{{u"instant"_s, QJsonObject{{u"details"_s, details}}},
+                           {u"next_1_hours"_s, QJsonObject{{u"summary"_s, summary}}}};
+    times.append(QJsonObject{{u"time"_s, weather.date->toISO8601()}, {u"data"_s, data}});
+  }
+  return {{u"properties"_s, QJsonObject{{u"timeseries"_s, times}}}};
 }
 
 std::optional<QLWeather> WeatherForecast::weatherNearest(Date date, double seconds) const {

@@ -24,17 +24,25 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 largestAnswer = 1024LL * 1024;
-constexpr qsizetype mostAnswers = 16;
 constexpr double farthestForecast = 6 * 3600;
 constexpr double day = 24 * 3600;
-// For a service that asks for silence but does not say for how long.
+// For a service that asks for silence but does not say for how long. One that forbids the question will not think
+// otherwise soon.
 constexpr double usualSilence = 10 * 60;
+constexpr double silenceWhereForbidden = 3600;
 constexpr double shortestSilence = 60;
 
 constexpr int statusOK = 200;
 constexpr int statusNonAuthoritative = 203;  // a forecast, by a version of the service that will go
 constexpr int statusNotModified = 304;
+constexpr int statusForbidden = 403;
 constexpr int statusTooMany = 429;
+constexpr int statusUnavailable = 503;
+constexpr int mostRedirects = 3;
+
+bool asksForSilence(int status) {
+  return status == statusForbidden || status == statusTooMany || status == statusUnavailable;
+}
 
 // Cut, not rounded, to four decimals. What falls short of a fourth decimal by less than the arithmetic's error has it.
 QString cut(double degrees) {
@@ -56,7 +64,8 @@ QNetworkRequest requestFor(const QUrl& baseURL, const QString& place) {
   request.setRawHeader("Accept", "application/json");
   // Or the user's language would be told.
   request.setRawHeader("Accept-Language", "*");
-  request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+  request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::UserVerifiedRedirectPolicy);
+  request.setMaximumRedirectsAllowed(mostRedirects);
   request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
   request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
   request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
@@ -70,7 +79,7 @@ int statusOf(const QNetworkReply& reply) {
 }  // namespace
 
 WeatherRequests::WeatherRequests(const Clock& clock, QLWeatherManager::Settings settings)
-    : m_clock(clock), m_settings(std::move(settings)) {}
+    : m_clock(clock), m_settings(std::move(settings)), m_cache(m_settings.cacheFile, m_settings.baseURL) {}
 
 WeatherRequests::~WeatherRequests() = default;
 
@@ -81,12 +90,10 @@ void WeatherRequests::request(double latitude, double longitude, Date date, Weat
     return tell(waiter, WeatherError::make(WeatherError::InvalidPlace, u"There is no such place."_s));
   const QString place = u"lat=%1&lon=%2"_s.arg(cut(latitude), cut(longitude));
   const double now = m_clock.secondsSince1970();
-  const auto answer = m_answers.constFind(place);
-  // An answer from the future means that the clock was set back: when it expires is not known then.
-  if (answer != m_answers.cend() && answer->received <= now && now < answer->expires)
-    return tell(waiter, answer->forecast);
-  if (now < m_silentUntil)
-    return tell(waiter, WeatherError::make(WeatherError::TooMany, u"The weather service asked for fewer questions."_s));
+  const auto* answer = m_cache.find(place, now);
+  if (answer && answer->isFresh(now)) return tell(waiter, answer->forecast);
+  if (m_cache.isSilent(now))
+    return tell(waiter, WeatherError::make(WeatherError::TooMany, u"The weather service asked for silence."_s));
   std::vector<Waiter>& waiting = m_waiting[place];
   waiting.push_back(waiter);
   if (waiting.size() == 1) send(place);
@@ -95,15 +102,18 @@ void WeatherRequests::request(double latitude, double longitude, Date date, Weat
 void WeatherRequests::send(const QString& place) {
   if (!m_network) m_network = std::make_unique<QNetworkAccessManager>();
   QNetworkRequest request = requestFor(m_settings.baseURL, place);
-  const auto known = m_answers.constFind(place);
-  if (known != m_answers.cend() && !known->lastModified.isEmpty())
-    request.setRawHeader("If-Modified-Since", known->lastModified);
+  if (const auto* known = m_cache.find(place, m_clock.secondsSince1970())) {
+    if (!known->lastModified.isEmpty()) request.setRawHeader("If-Modified-Since", known->lastModified);
+    if (!known->entityTag.isEmpty()) request.setRawHeader("If-None-Match", known->entityTag);
+  }
   QNetworkReply* const reply = m_network->get(request);
 
   connect(reply, &QNetworkReply::finished, this, [this, reply, place] {
     readAnswer(place, *reply);
     drop(*reply);
   });
+  connect(reply, &QNetworkReply::redirected, this,
+          [this, reply, place](const QUrl& url) { redirect(place, *reply, url); });
   connect(reply, &QNetworkReply::readyRead, this, [this, reply, place] {
     if (reply->bytesAvailable() <= largestAnswer) return;
     fail(place, WeatherError::make(WeatherError::BadAnswer, u"The weather service's answer is too large."_s));
@@ -122,9 +132,22 @@ void WeatherRequests::readAnswer(const QString& place, QNetworkReply& reply) {
   if (status == 0) return fail(place, WeatherError::make(WeatherError::NotReachable, reply.errorString()));
   if (status == statusOK || status == statusNonAuthoritative) return readForecast(place, reply);
   if (status == statusNotModified) return readConfirmation(place, reply);
-  if (status == statusTooMany) keepSilentFor(reply);
+  // A redirect that led nowhere; the status is its own.
+  if (reply.error() != QNetworkReply::NoError && reply.error() <= QNetworkReply::UnknownNetworkError)
+    return fail(place, WeatherError::make(WeatherError::NotReachable, reply.errorString()));
+  if (asksForSilence(status)) keepSilentFor(reply);
   fail(place, WeatherError::make(status == statusTooMany ? WeatherError::TooMany : WeatherError::Refused,
                                  u"The weather service answered with status %1."_s.arg(status)));
+}
+
+void WeatherRequests::redirect(const QString& place, QNetworkReply& reply, const QUrl& url) {
+  if (url.scheme() == u"https") {
+    Q_EMIT reply.redirectAllowed();
+    return;
+  }
+  // Where the user is must not be told for all on the way to read.
+  fail(place, WeatherError::make(WeatherError::Refused, u"The weather service redirects to an address without TLS."_s));
+  drop(reply);
 }
 
 void WeatherRequests::readForecast(const QString& place, QNetworkReply& reply) {
@@ -135,20 +158,19 @@ void WeatherRequests::readForecast(const QString& place, QNetworkReply& reply) {
   auto forecast = WeatherForecast::fromJSON(reply.readAll());
   if (!forecast)
     return fail(place, WeatherError::make(WeatherError::BadAnswer, u"The weather service's answer is no forecast."_s));
-  // Before the new one comes, which with a clock set back is not the latest.
-  if (m_answers.size() >= mostAnswers && !m_answers.contains(place)) dropOldestAnswer();
-  m_answers.insert(
-      place, {std::move(*forecast), reply.rawHeader("Last-Modified"), m_clock.secondsSince1970(), expiryFrom(reply)});
-  succeed(place);
+  const double now = m_clock.secondsSince1970();
+  m_cache.insert(place, {*forecast, reply.rawHeader("Last-Modified"), reply.rawHeader("ETag"), now, expiryFrom(reply)},
+                 now);
+  succeed(place, *forecast);
 }
 
 void WeatherRequests::readConfirmation(const QString& place, const QNetworkReply& reply) {
-  const auto answer = m_answers.find(place);
-  if (answer == m_answers.end())
+  const double now = m_clock.secondsSince1970();
+  const auto* answer = m_cache.find(place, now);
+  if (!answer)
     return fail(place, WeatherError::make(WeatherError::BadAnswer, u"The weather service confirmed nothing."_s));
-  answer->received = m_clock.secondsSince1970();
-  answer->expires = expiryFrom(reply);
-  succeed(place);
+  m_cache.confirm(place, now, expiryFrom(reply));
+  succeed(place, answer->forecast);
 }
 
 // An answer that does not say is not used a second time without asking.
@@ -159,19 +181,12 @@ double WeatherRequests::expiryFrom(const QNetworkReply& reply) const {
 
 void WeatherRequests::keepSilentFor(const QNetworkReply& reply) {
   const double now = m_clock.secondsSince1970();
-  const double until = secondsFromRetryAfter(reply.rawHeader("Retry-After"), now).value_or(now + usualSilence);
-  m_silentUntil = std::clamp(until, now + shortestSilence, now + day);
+  const double usual = statusOf(reply) == statusForbidden ? silenceWhereForbidden : usualSilence;
+  const double until = secondsFromRetryAfter(reply.rawHeader("Retry-After"), now).value_or(now + usual);
+  m_cache.keepSilentUntil(std::clamp(until, now + shortestSilence, now + day), now);
 }
 
-void WeatherRequests::dropOldestAnswer() {
-  auto oldest = m_answers.begin();
-  for (auto answer = m_answers.begin(); answer != m_answers.end(); ++answer)
-    if (answer->received < oldest->received) oldest = answer;
-  m_answers.erase(oldest);
-}
-
-void WeatherRequests::succeed(const QString& place) {
-  const WeatherForecast& forecast = m_answers.find(place)->forecast;
+void WeatherRequests::succeed(const QString& place, const WeatherForecast& forecast) {
   for (const Waiter& waiter : m_waiting.take(place)) tell(waiter, forecast);
 }
 

@@ -2,7 +2,7 @@
 
 #include "platform/Clock.h"
 #include "qlcore/services/QLWeatherManager.h"
-#include "qlcore/services/WeatherForecast.h"
+#include "qlcore/services/WeatherCache.h"
 
 #include <QHash>
 #include <QObject>
@@ -33,12 +33,6 @@ class WeatherRequests final : public QObject {
     WeatherService::Success success;
     WeatherService::Failure failure;
   };
-  struct Answer {
-    WeatherForecast forecast;
-    QByteArray lastModified;  // as the service wrote it
-    double received{0};       // seconds since 1970, as below
-    double expires{0};
-  };
 
   void send(const QString& place);
   void readAnswer(const QString& place, QNetworkReply& reply);
@@ -46,10 +40,10 @@ class WeatherRequests final : public QObject {
   void readConfirmation(const QString& place, const QNetworkReply& reply);
   void keepSilentFor(const QNetworkReply& reply);
   [[nodiscard]] double expiryFrom(const QNetworkReply& reply) const;
-  void dropOldestAnswer();
   // Ends the requests that wait for the place.
-  void succeed(const QString& place);
+  void succeed(const QString& place, const WeatherForecast& forecast);
   void fail(const QString& place, const Error& error);
+  void redirect(const QString& place, QNetworkReply& reply, const QUrl& url);
   void drop(QNetworkReply& reply);
 
   void tell(const Waiter& waiter, const WeatherForecast& forecast);
@@ -59,8 +53,7 @@ class WeatherRequests final : public QObject {
   QLWeatherManager::Settings m_settings;
   std::unique_ptr<QNetworkAccessManager> m_network;
   QHash<QString, std::vector<Waiter>> m_waiting;  // by the query that names the place
-  QHash<QString, Answer> m_answers;
-  double m_silentUntil{0};  // seconds since 1970
+  WeatherCache m_cache;
 };
 
 }  // namespace quillo

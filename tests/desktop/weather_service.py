@@ -8,6 +8,7 @@ In a test:
     set_own_defaults(home, WeatherServiceURL=service.url)    # quillo.py
     service.mode = "500"
     service.requests                                         # what was asked: pairs of latitude and longitude
+    service.conditions                                       # the time since which changes were asked for, or None, of each
 
 By itself it prints the URL for the setting WeatherServiceURL, then serves until it is ended.
 """
@@ -22,8 +23,10 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from urllib.parse import parse_qs, urlsplit
 
 BASE = "/weatherapi/locationforecast/2.0"
+# The forecast stays the same.
+MODIFIED = "Wed, 25 Nov 2026 11:45:07 GMT"
 # hang gives nothing, the numbers are refusals.
-MODES = ("ok", "403", "429", "500", "garbage", "hang")
+MODES = ("ok", "403", "429", "500", "503", "garbage", "hang")
 
 
 class WeatherService:
@@ -33,7 +36,9 @@ class WeatherService:
         self.mode = mode
         self.temperature = temperature  # degrees Celsius, the same at every hour
         self.symbol = symbol
+        self.lifetime = 1800  # seconds
         self.requests = []
+        self.conditions = []
         self._closing = threading.Event()
         service = self
 
@@ -84,6 +89,7 @@ class WeatherService:
         query = {key: values[-1] for key, values in parse_qs(url.query).items()}
         places = query.get("lat", ""), query.get("lon", "")
         self.requests.append(places)
+        self.conditions.append(handler.headers.get("If-Modified-Since"))
         if self.mode == "hang":
             self._closing.wait()
             return
@@ -93,7 +99,7 @@ class WeatherService:
         elif url.path != f"{BASE}/compact":
             status, headers, body = 404, {}, b"<html>Not found</html>"
         else:
-            status, headers, body = self._outcome()
+            status, headers, body = self._outcome(self.conditions[-1])
         handler.send_response(status)
         for key, value in {"Content-Type": "application/json", "Content-Length": str(len(body)), **headers}.items():
             handler.send_header(key, value)
@@ -103,16 +109,17 @@ class WeatherService:
         except ConnectionError:
             pass  # whoever asked has had enough
 
-    def _outcome(self):
+    def _outcome(self, condition):
         """Status, headers and body."""
-        if self.mode in ("403", "500"):
+        if self.mode in ("403", "500", "503"):
             return int(self.mode), {}, b"<html>No</html>"
         if self.mode == "429":
             return 429, {"Retry-After": "120"}, b""
         if self.mode == "garbage":
             return 200, {}, b"\x00\xff{\"properties\":[" * 100
-        expires = datetime.now(timezone.utc) + timedelta(minutes=30)
-        return 200, {"Expires": format_datetime(expires, usegmt=True)}, json.dumps(self.forecast()).encode()
+        expires = datetime.now(timezone.utc) + timedelta(seconds=self.lifetime)
+        headers = {"Expires": format_datetime(expires, usegmt=True), "Last-Modified": MODIFIED}
+        return (304, headers, b"") if condition == MODIFIED else (200, headers, json.dumps(self.forecast()).encode())
 
 
 def main():

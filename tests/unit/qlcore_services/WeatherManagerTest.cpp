@@ -1,4 +1,5 @@
 #include "WeatherServer.h"
+#include "foundation/FileContents.h"
 #include "platform/Clock.h"
 #include "qlcore/services/QLWeatherManager.h"
 #include "qlcore/services/WeatherError.h"
@@ -39,6 +40,12 @@ class WeatherManagerTest : public testing::Test {
     manager = std::make_unique<QLWeatherManager>(
         clock, QLWeatherManager::Settings{.baseURL = server.url(), .timeoutMilliseconds = timeoutMilliseconds});
   }
+  // At the time that it is, with what an earlier one has kept.
+  void restartWithCache() {
+    server.requests.clear();
+    manager = std::make_unique<QLWeatherManager>(
+        clock, QLWeatherManager::Settings{.baseURL = server.url(), .cacheFile = cacheFile});
+  }
   void request(double latitude = 59.9139, double longitude = 10.7522, Date date = noon) {
     manager->weatherAtLatitude(
         latitude, longitude, date, [this](const QLWeather& weather) { outcomes.push_back({.weather = weather}); },
@@ -64,6 +71,8 @@ class WeatherManagerTest : public testing::Test {
 
   FakeClock clock;
   WeatherServer server;
+  TestHome home;
+  QString cacheFile{home.path(u".cache/quillo/Weather.json"_s)};
   std::unique_ptr<QLWeatherManager> manager;
   std::vector<Outcome> outcomes;
 };
@@ -221,28 +230,98 @@ TEST_F(WeatherManagerTest, KeepsOnlySomeAnswers) {
 
 TEST_F(WeatherManagerTest, IsSilentForAsLongAsTheServiceAsks) {
   const struct {
+    QByteArray status;
     QByteArray header;
     double seconds;
   } rows[] = {
-      {"Retry-After: 120\r\n", 120},
-      {"Retry-After: Wed, 25 Nov 2026 12:05:00 GMT\r\n", 300},
-      {"", 600},
-      {"Retry-After: soon\r\n", 600},
-      {"Retry-After: 0\r\n", 60},
-      {"Retry-After: 4000000000\r\n", 86400},
+      {"429 Too Many Requests", "Retry-After: 120\r\n", 120},
+      {"403 Forbidden", "Retry-After: 120\r\n", 120},
+      {"503 Service Unavailable", "Retry-After: Wed, 25 Nov 2026 12:05:00 GMT\r\n", 300},
+      {"429 Too Many Requests", "", 600},
+      {"503 Service Unavailable", "Retry-After: soon\r\n", 600},
+      {"403 Forbidden", "", 3600},
+      {"429 Too Many Requests", "Retry-After: 0\r\n", 60},
+      {"429 Too Many Requests", "Retry-After: 4000000000\r\n", 86400},
   };
   for (const auto& row : rows) {
+    const std::string name = row.status.toStdString() + ' ' + row.header.toStdString();
     restart();
-    server.answer = response("429 Too Many Requests", row.header, "");
-    EXPECT_EQ(failureOf(ask()), WeatherError::TooMany);
+    QFile::remove(cacheFile);
+    restartWithCache();
+    server.answer = response(row.status, row.header, "");
+    EXPECT_NE(failureOf(ask()), 0) << name;
     server.answer = response("200 OK", "", partlyCloudy);
     clock.now += row.seconds - 1;
-    EXPECT_EQ(failureOf(ask(60, 10)), WeatherError::TooMany) << row.header.toStdString();
-    EXPECT_EQ(server.requests.size(), 1);
+    EXPECT_EQ(failureOf(ask(60, 10)), WeatherError::TooMany) << name;
+    EXPECT_EQ(server.requests.size(), 1) << name;
+    // The next start keeps to it.
+    restartWithCache();
+    EXPECT_EQ(failureOf(ask()), WeatherError::TooMany) << name;
     clock.now += 1;
-    EXPECT_EQ(failureOf(ask()), 0) << row.header.toStdString();
-    EXPECT_EQ(server.requests.size(), 2);
+    ask();
+    EXPECT_EQ(server.requests.size(), 1) << name;
   }
+}
+
+TEST_F(WeatherManagerTest, ARestartKnowsTheAnswersAndAsksForChangesOnly) {
+  server.answer = response("200 OK",
+                           "Expires: Wed, 25 Nov 2026 12:30:00 GMT\r\nLast-Modified: Wed, 25 Nov 2026 11:45:07 GMT\r\n"
+                           "ETag: \"a-1\"\r\n",
+                           partlyCloudy);
+  restartWithCache();
+  const Outcome first = ask();
+  EXPECT_EQ(modeOf(cacheFile), 0600);
+  restartWithCache();
+  EXPECT_EQ(ask().weather, first.weather);
+  EXPECT_TRUE(server.requests.isEmpty());
+  clock.now += 1800;
+  server.answer = "HTTP/1.1 304 Not Modified\r\nExpires: Wed, 25 Nov 2026 13:00:00 GMT\r\n\r\n";
+  restartWithCache();
+  EXPECT_EQ(ask().weather, first.weather);
+  ASSERT_EQ(server.requests.size(), 1);
+  EXPECT_TRUE(server.requests[0].contains("\r\nif-modified-since: wed, 25 nov 2026 11:45:07 gmt\r\n"));
+  EXPECT_TRUE(server.requests[0].contains("\r\nif-none-match: \"a-1\"\r\n"));
+  restartWithCache();
+  ask();
+  EXPECT_TRUE(server.requests.isEmpty()) << "the confirmation is kept as well";
+
+  // A file that is damaged, too large or another service's has nothing.
+  QFile file(cacheFile);
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  const QByteArray good = file.readAll();
+  file.close();
+  server.answer = response("200 OK", "", partlyCloudy);
+  for (const QByteArray& bad :
+       {QByteArray(), good.chopped(9), QByteArray("[7]"), QByteArray(good).replace("-1", "\\r\\nX: 1"),
+        QByteArray(good).replace("127.0.0.1", "127.0.0.2"), good + QByteArray(1024 * 1024, ' ')}) {
+    ASSERT_TRUE(writeFileInPlace(cacheFile, bad));
+    restartWithCache();
+    EXPECT_EQ(ask().weather, first.weather);
+    ASSERT_EQ(server.requests.size(), 1) << bad.left(80).toStdString();
+    EXPECT_FALSE(server.requests[0].contains("if-")) << bad.left(80).toStdString();
+  }
+}
+
+TEST_F(WeatherManagerTest, FollowsARedirectToASecureAddressOnly) {
+  QTcpServer other;
+  ASSERT_TRUE(other.listen(QHostAddress::LocalHost));
+  QByteArray heard;
+  QObject::connect(&other, &QTcpServer::newConnection, [&] {
+    QTcpSocket* const socket = other.nextPendingConnection();
+    QObject::connect(socket, &QTcpSocket::readyRead, [&heard, socket] {
+      heard += socket->readAll();
+      socket->abort();
+    });
+  });
+  const QByteArray address = "://127.0.0.1:" + QByteArray::number(other.serverPort()) + "/compact\r\n";
+  server.answer = response("307 Temporary Redirect", "Location: http" + address, partlyCloudy);
+  EXPECT_EQ(failureOf(ask()), WeatherError::Refused);
+  handlePendingEvents();
+  EXPECT_EQ(heard, "");
+  // The server there is no weather service, but is greeted as a secure one.
+  server.answer = response("307 Temporary Redirect", "Location: https" + address, partlyCloudy);
+  EXPECT_EQ(failureOf(ask()), WeatherError::NotReachable);
+  EXPECT_TRUE(heard.startsWith("\x16\x03")) << heard.toHex().toStdString();
 }
 
 TEST_F(WeatherManagerTest, AsksOnceForAllThatWaitForAPlaceEvenIfNobodyHears) {
