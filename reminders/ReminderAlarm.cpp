@@ -98,12 +98,12 @@ void ReminderAlarm::alarmTimerFired(quint64 number) {
   if (m_target && m_action) m_action(*this);
   if (life.expired()) return;
 
-  // The second timer of a snooze fires, too. It then counts on from the regular reminder armed here, so that this one
-  // is passed over; that is wanted.
+  // The second timer of a snooze fires, too.
   std::vector<ArmedTimer> seconds;
   std::copy_if(std::make_move_iterator(m_timers.begin()), std::make_move_iterator(m_timers.end()),
                std::back_inserter(seconds), [&fired](const ArmedTimer& timer) { return timer.date == fired.date; });
-  resetFromDate(m_nextAlarmDate);
+  // Not from nextAlarmDate(): when the second timer fires, that is the regular reminder, which is still to come.
+  resetFromDate(fired.date);
   m_timers.insert(m_timers.begin(), std::make_move_iterator(seconds.begin()), std::make_move_iterator(seconds.end()));
 }
 
