@@ -218,22 +218,62 @@ TEST(TimeZone, AgreesWithAnotherReaderOfTheZoneFiles) {
   EXPECT_GT(checked, 20'000);
 }
 
-TEST(RelativeDateText, NamesNearDaysAndReadsInTheCalendarsZone) {
+TEST(RelativeDateText, TakesTheStyleOfOneLocaleAndTheWordsOfAnother) {
   // Cairo keeps summer time again since 2023, which older zone data does not know: 19:00 UTC is 22:00 there in July.
-  const QLocale german(u"de_DE"_s);
-  const QLocale british(u"en_GB"_s);
-  EXPECT_EQ(relativeDateText(instant("2024-07-10T19:00:00Z"), calendarIn("Africa/Cairo"), german),
-            u"10.07.24, 22:00"_s);
+  const Date far = instant("2024-07-10T19:00:00Z");
   const Calendar utc(TimeZone::utc());
-  const QDateTime noon(QDateTime::currentDateTimeUtc().date(), QTime(12, 0), Qt::UTC);
-  const auto textIn = [&](int days, const QLocale& locale) {
-    return relativeDateText(Date::fromDateTime(noon.addDays(days)), utc, locale);
+  const QDateTime evening(QDateTime::currentDateTimeUtc().date(), QTime(21, 0), Qt::UTC);
+  const struct {
+    const char *style, *language;
+    QString today, far;
+  } rows[] = {
+      {"en_US", "en", u"Today at 9:00 PM"_s, u"7/10/24, 10:00 PM"_s},
+      {"en_GB", "en", u"Today at 21:00"_s, u"10/07/2024, 22:00"_s},
+      {"de_DE", "de", u"heute um 21:00"_s, u"10.07.24, 22:00"_s},
+      {"de_DE", "en", u"Today at 21:00"_s, u"10.07.24, 22:00"_s},
+      {"fi_FI", "en", u"Today at 21.00"_s, u"10.7.2024, 22.00"_s},
+      {"ja_JP", "en", u"Today at 21:00"_s, u"2024/07/10, 22:00"_s},
+      // Words of theirs, the digits or the place of "PM", stay out.
+      {"bg_BG", "en", u"Today at 21:00"_s, u"10.07.24, 22:00"_s},
+      {"fr_CA", "en", u"Today at 21:00"_s, u"2024-07-10, 22:00"_s},
+      {"ko_KR", "en", u"Today at 9:00 PM"_s, u"24. 7. 10., 10:00 PM"_s},
+      {"ar_EG", "en", u"Today at 9:00 PM"_s, u"10/7/2024, 10:00 PM"_s},
+      {"th_TH", "en", u"Today at 21:00"_s, u"10/7/67, 22:00"_s},
   };
-  EXPECT_EQ(textIn(0, british), u"Today at 12:00"_s);
-  EXPECT_EQ(textIn(1, british), u"Tomorrow at 12:00"_s);
-  EXPECT_EQ(textIn(0, german), u"heute um 12:00"_s);
-  EXPECT_EQ(textIn(40, british), noon.addDays(40).toString(u"dd/MM/yyyy, HH:mm"_s));
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.style << " in " << row.language);
+    // The space before "PM" is one of several.
+    const auto text = [&row](Date date, const Calendar& calendar) {
+      return relativeDateText(date, calendar, row.style, row.language).simplified();
+    };
+    EXPECT_EQ(text(Date::fromDateTime(evening), utc), row.today)
+        << text(Date::fromDateTime(evening), utc).toStdString();
+    EXPECT_EQ(text(far, calendarIn("Africa/Cairo")), row.far) << text(far, calendarIn("Africa/Cairo")).toStdString();
+  }
+  EXPECT_EQ(relativeDateText(Date::fromDateTime(evening.addDays(1)), utc, "de_DE"), u"Tomorrow at 21:00"_s);
+  EXPECT_EQ(relativeDateText(Date::fromDateTime(evening), utc, "C"), u"Today at 21:00"_s);
   EXPECT_EQ(relativeDateText(Date(1e300), utc), QString());
+  for (const QByteArray& odd : {QByteArray(), QByteArray("x"), QByteArray(4096, '_'), QByteArray("en_\xff")})
+    EXPECT_FALSE(relativeDateText(far, utc, odd).isEmpty()) << odd.constData();
+}
+
+TEST(RelativeDateText, TheStyleIsWhatTheEnvironmentNames) {
+  const struct {
+    const char *all, *time, *lang, *locale;
+  } rows[] = {{"", "de_DE.UTF-8@euro", "en_US.UTF-8", "de_DE"},
+              {"fr_FR", "de_DE", "en_US", "fr_FR"},
+              {"", "", "en_GB.UTF-8", "en_GB"},
+              {"", "C.UTF-8", "de_DE", "C"},
+              {"", "", "", "C"}};
+  const char* const names[] = {"LC_ALL", "LC_TIME", "LANG"};
+  QByteArray before[3];
+  for (int i = 0; i < 3; ++i) before[i] = qgetenv(names[i]);
+  for (const auto& row : rows) {
+    const char* const values[] = {row.all, row.time, row.lang};
+    for (int i = 0; i < 3; ++i) qputenv(names[i], values[i]);
+    EXPECT_EQ(localeOfTimes(), row.locale);
+  }
+  for (int i = 0; i < 3; ++i) qputenv(names[i], before[i]);
 }
 
 }  // namespace quillo
