@@ -1,8 +1,10 @@
 #include "app/LoginItem.h"
 
+#include "config/Keys.h"
 #include "foundation/Log.h"
-#include "platform/LoginItems.h"
 #include "platform/RunningApplications.h"
+
+#include <QCoreApplication>
 
 #include <utility>
 
@@ -23,6 +25,16 @@ LoginItemServices LoginItem::sharedServices() {
   return services();
 }
 
+LoginHelper agentLoginHelper(const QStringList& arguments) {
+  const QString name = u"quillo-agent"_s;
+  return {Identifier::agent,
+          u"Quillo Menu-Bar Agent"_s,
+          u"Write into the journal from the tray"_s,
+          name,
+          QCoreApplication::applicationDirPath() + u'/' + name,
+          arguments};
+}
+
 LoginItem::LoginItem(QString bundleID, LoginItemServices services)
     : m_bundleID(std::move(bundleID)), m_services(services) {}
 
@@ -34,6 +46,10 @@ bool LoginItem::toggleAsLoginItem(bool enabled) {
 
 bool LoginItem::restartLoginItem() {
   return disableAsLoginItem() && enableAsLoginItem();
+}
+
+QString LoginItem::errorString() const {
+  return m_services.loginItems ? m_services.loginItems->errorString() : u"there is no session"_s;
 }
 
 bool LoginItem::existsAsLoginItem() const {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "platform/LoginItems.h"
+
 #include <QString>
 
 namespace quillo {
 
-class LoginItems;
 class RunningApplications;
 
 // The services of the session that login items stand on. Both may be missing: nothing is then a login item, nothing
@@ -13,6 +14,9 @@ struct LoginItemServices {
   LoginItems* loginItems{nullptr};
   RunningApplications* runningApplications{nullptr};
 };
+
+// The agent as a helper, in the folder of this process's own program; the arguments are for when it is started.
+[[nodiscard]] LoginHelper agentLoginHelper(const QStringList& arguments);
 
 // A helper application that the session starts at login, named by its bundle identifier. Keeps no state of its own.
 class LoginItem {
@@ -31,6 +35,9 @@ class LoginItem {
   bool disableAsLoginItem() { return toggleAsLoginItem(false); }
   // Disabling stops the helper and enabling starts it. Does not enable when disabling failed.
   bool restartLoginItem();
+
+  // Why the service's last change failed.
+  [[nodiscard]] QString errorString() const;
 
   [[nodiscard]] bool existsAsLoginItem() const;
   [[nodiscard]] bool isRunning() const;

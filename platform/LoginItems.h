@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 #include <optional>
@@ -16,6 +17,17 @@ struct LoginJob {
   bool operator==(const LoginJob&) const = default;
 };
 
+// The helper program that is registered as a login item. The arguments go with it both now and at login, so that a
+// home directory given on the command line is the helper's too.
+struct LoginHelper {
+  QString bundleIdentifier;
+  QString name;
+  QString comment;  // what a person is told of it beside the name
+  QString icon;     // its name in the icon theme
+  QString program;  // absolute path
+  QStringList arguments;
+};
+
 // The session's login-item service: helpers registered by bundle identifier, and the older list of things that are
 // opened at login, kept by URL. Main thread only.
 class LoginItems {
@@ -23,8 +35,9 @@ class LoginItems {
   virtual ~LoginItems() = default;
 
   // Enabling registers the helper and starts it now; disabling takes it out and asks the running one to end, without
-  // waiting. False when that could not be done.
+  // waiting. False when that could not be done; errorString() then says why.
   virtual bool setLoginItemEnabled(const QString& bundleIdentifier, bool enabled) = 0;
+  [[nodiscard]] virtual QString errorString() const = 0;
   // What is registered and would be started at the next login; empty too when that cannot be read.
   [[nodiscard]] virtual QList<LoginJob> jobDictionaries() const = 0;
 

@@ -55,9 +55,9 @@ int turn(Context& context, bool on) {
   const Session session = context.session();
   AgentManager::sharedManager().setShouldShowInMenuBar(on);
   if (!list->dirtyProperties().isEmpty()) return failed(u"the setting was not saved"_s);
-  if (LoginItem(Identifier::agent).existsAsLoginItem() != on)
-    return failed(on ? u"the agent could not be made a login item"_s
-                     : u"the agent's login item could not be removed"_s);
+  if (const LoginItem item(Identifier::agent); item.existsAsLoginItem() != on)
+    return failed((on ? u"the agent could not be made a login item: "_s : u"the agent still starts at login: "_s) +
+                  item.errorString());
   if (!on && !waitForEnd(session.runningApplications)) return failed(u"the agent was asked to end, and still runs"_s);
   if (context.json) printJson(QJsonObject{{Key::agentEnabled, on}});
   return Done;

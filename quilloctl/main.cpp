@@ -63,9 +63,7 @@ class Services {
     joinNotifications();
     if (!m_loginItems) {
       m_applications.emplace();
-      m_loginItems.emplace(*m_applications,
-                           LoginHelper{Identifier::agent, u"Quillo Menu-Bar Agent"_s,
-                                       LoginHelper::programBesideOwn(u"quillo-agent"_s), m_homeArguments});
+      m_loginItems.emplace(*m_applications, agentLoginHelper(m_homeArguments));
       LoginItem::setSharedServices({&*m_loginItems, &*m_applications});
     }
     return {*m_applications, m_workspace, notify};

@@ -154,8 +154,7 @@ int main(int argc, char** argv) {
   config.setWorkspace(&workspace);
   QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
 
-  XdgLoginItems loginItems(runningApplications, {Identifier::agent, u"Quillo Menu-Bar Agent"_s,
-                                                 LoginHelper::programBesideOwn(u"quillo-agent"_s), homeArguments()});
+  XdgLoginItems loginItems(runningApplications, agentLoginHelper(homeArguments()));
   LoginItem::setSharedServices({&loginItems, &runningApplications});
   const SystemClock clock;
   WallClockTimerFactory timers(clock);

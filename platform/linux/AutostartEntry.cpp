@@ -140,6 +140,8 @@ QByteArray AutostartEntry::toBytes() const {
   QString text = u"[Desktop Entry]\nType=Application\n"_s;
   const auto add = [&text](const QString& key, const QString& value) { text += key + u'=' + escaped(value) + u'\n'; };
   add(u"Name"_s, name);
+  if (!comment.isEmpty()) add(u"Comment"_s, comment);
+  if (!icon.isEmpty()) add(u"Icon"_s, icon);
   if (!tryProgram.isEmpty()) add(u"TryExec"_s, tryProgram);
   add(u"Exec"_s, command);
   if (isHidden) add(u"Hidden"_s, u"true"_s);

@@ -13,6 +13,7 @@ namespace quillo {
 // are not ours are passed over.
 struct AutostartEntry {
   QString name;
+  QString comment, icon;  // written only
   QString program;        // of the Exec line, as written there: a path, or a name to be looked up
   QStringList arguments;  // written only: reading stops after the program
   QString tryProgram;     // of TryExec; empty where there is none

@@ -5,7 +5,6 @@
 #include "platform/RunningApplications.h"
 #include "platform/linux/AutostartEntry.h"
 
-#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -42,17 +41,13 @@ struct XdgLoginItems::File {
   [[nodiscard]] QUrl url() const { return entry.url.value_or(QUrl::fromLocalFile(executable)); }
 };
 
-QString LoginHelper::programBesideOwn(const QString& name) {
-  return QCoreApplication::applicationDirPath() + u'/' + name;
-}
-
 XdgLoginItems::XdgLoginItems(RunningApplications& running, LoginHelper helper, Starter starter)
     : m_running(running),
       m_helper(std::move(helper)),
       m_start(std::move(starter)),
       m_directory(UserDirectories::current().configuration + u"/autostart"_s) {}
 
-bool XdgLoginItems::startDetached(const QString& program, const QStringList& arguments) {
+std::optional<qint64> XdgLoginItems::startDetached(const QString& program, const QStringList& arguments) {
   QProcess process;
   process.setProgram(program);
   process.setArguments(arguments);
@@ -60,7 +55,8 @@ bool XdgLoginItems::startDetached(const QString& program, const QStringList& arg
   process.setStandardOutputFile(QProcess::nullDevice());
   process.setStandardErrorFile(QProcess::nullDevice());
   process.setWorkingDirectory(u"/"_s);
-  return process.startDetached();
+  qint64 identifier = 0;
+  return process.startDetached(&identifier) ? std::optional(identifier) : std::nullopt;
 }
 
 QString XdgLoginItems::filePath(const QString& label) const {
@@ -80,24 +76,40 @@ QList<XdgLoginItems::File> XdgLoginItems::files() const {
   return files;
 }
 
-bool XdgLoginItems::write(const QString& label, const AutostartEntry& entry) const {
+// False always.
+bool XdgLoginItems::fails(const QString& reason) {
+  m_errorString = reason;
+  return false;
+}
+
+bool XdgLoginItems::write(const QString& label, const AutostartEntry& entry) {
+  // The standard has it written twice; GLib, which starts the entries of most desktops, looks for the program with both
+  // and passes over the entry.
+  if (entry.program.contains(u'%'))
+    return fails(u"sessions cannot start a program with a % in its path, %1"_s.arg(entry.program));
   const QString path = filePath(label);
-  if (!QDir().mkpath(m_directory) || !writeFileAtomically(path, entry.toBytes())) return false;
+  Error error;
+  if (!QDir().mkpath(m_directory)) return fails(u"the folder %1 cannot be made"_s.arg(m_directory));
+  if (!writeFileAtomically(path, entry.toBytes(), &error)) return fails(error.localizedDescription);
   // As its neighbours are; there is nothing private in it. Where that fails the session can read it all the same.
   QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
   return true;
 }
 
 bool XdgLoginItems::setLoginItemEnabled(const QString& bundleIdentifier, bool enabled) {
-  if (!isFileName(bundleIdentifier)) return false;
-  if (!enabled) return disable(bundleIdentifier);
-  return bundleIdentifier == m_helper.bundleIdentifier && enableHelper();
+  m_errorString.clear();
+  const bool isKnown = enabled ? bundleIdentifier == m_helper.bundleIdentifier : isFileName(bundleIdentifier);
+  if (!isKnown) return fails(u"\"%1\" names no helper of this program"_s.arg(bundleIdentifier));
+  return enabled ? enableHelper() : disable(bundleIdentifier);
 }
 
 bool XdgLoginItems::enableHelper() {
-  if (QStandardPaths::findExecutable(m_helper.program).isEmpty()) return false;
+  if (QStandardPaths::findExecutable(m_helper.program).isEmpty())
+    return fails(u"there is no program %1"_s.arg(m_helper.program));
   AutostartEntry entry;
   entry.name = m_helper.name;
+  entry.comment = m_helper.comment;
+  entry.icon = m_helper.icon;
   entry.tryProgram = m_helper.program;
   entry.program = m_helper.program;
   entry.arguments = m_helper.arguments;
@@ -113,12 +125,14 @@ bool XdgLoginItems::enableHelper() {
       runs = true;
   }
   m_askedToEnd = stillEnding;
-  return runs || m_start(m_helper.program, m_helper.arguments);
+  return runs || m_start(m_helper.program, m_helper.arguments) ||
+         fails(u"%1 could not be started"_s.arg(m_helper.program));
 }
 
 bool XdgLoginItems::disable(const QString& bundleIdentifier) {
   QFile file(filePath(bundleIdentifier));
-  if (!file.remove() && (file.exists() || QFileInfo(file.fileName()).isSymLink())) return false;
+  if (!file.remove() && (file.exists() || QFileInfo(file.fileName()).isSymLink()))
+    return fails(u"%1 cannot be removed: %2"_s.arg(file.fileName(), file.errorString()));
   for (const RunningApplication& application : m_running.running(bundleIdentifier)) {
     m_askedToEnd.insert(application.processIdentifier);
     m_running.terminate(application);

@@ -12,18 +12,6 @@ namespace quillo {
 class RunningApplications;
 struct AutostartEntry;
 
-// The helper program that is registered as a login item. The arguments go with it both now and at login, so that a
-// home directory given on the command line is the helper's too.
-struct LoginHelper {
-  QString bundleIdentifier;
-  QString name;
-  QString program;  // absolute path
-  QStringList arguments;
-
-  // The path of the program `name` in the folder of this process's own.
-  [[nodiscard]] static QString programBesideOwn(const QString& name);
-};
-
 // Login items as desktop files in the user's autostart folder. The helper's is BUNDLE.desktop; those of the session's
 // list carry their URL and their place. An entry that is switched off by hand, damaged, or whose program is gone does
 // not exist here, as it does not for the session; enabling writes it anew.
@@ -33,10 +21,13 @@ class XdgLoginItems final : public LoginItems {
   using Starter = std::function<bool(const QString& program, const QStringList& arguments)>;
 
   // The folder is `autostart` in the user's configuration directory. `running` must outlive the object.
-  XdgLoginItems(RunningApplications& running, LoginHelper helper, Starter starter = startDetached);
+  XdgLoginItems(
+      RunningApplications& running, LoginHelper helper,
+      Starter starter = [](auto& program, auto& arguments) { return startDetached(program, arguments).has_value(); });
 
   // Only the helper given can be enabled. A helper that runs already is not started a second time.
   bool setLoginItemEnabled(const QString& bundleIdentifier, bool enabled) override;
+  [[nodiscard]] QString errorString() const override { return m_errorString; }
   [[nodiscard]] QList<LoginJob> jobDictionaries() const override;
 
   [[nodiscard]] std::optional<QList<QUrl>> sessionLoginItems() const override;
@@ -45,14 +36,16 @@ class XdgLoginItems final : public LoginItems {
   bool removeSessionLoginItem(const QUrl& url) override;
 
   // With nothing as its input and output: a caller that waits for the end of our output must not wait for the helper's.
-  static bool startDetached(const QString& program, const QStringList& arguments);
+  // Answers the process's identifier.
+  static std::optional<qint64> startDetached(const QString& program, const QStringList& arguments);
 
  private:
   struct File;
   [[nodiscard]] QString filePath(const QString& label) const;
   [[nodiscard]] QList<File> files() const;
   [[nodiscard]] QList<File> sessionFiles() const;
-  bool write(const QString& label, const AutostartEntry& entry) const;
+  bool write(const QString& label, const AutostartEntry& entry);
+  bool fails(const QString& reason);
   bool enableHelper();
   bool disable(const QString& bundleIdentifier);
 
@@ -60,6 +53,7 @@ class XdgLoginItems final : public LoginItems {
   LoginHelper m_helper;
   Starter m_start;
   QString m_directory;
+  QString m_errorString;
   // Processes that were asked to end and may still be there when the helper is started again.
   QSet<qint64> m_askedToEnd;
 };

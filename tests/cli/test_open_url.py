@@ -5,6 +5,7 @@ import plistlib
 import pty
 import re
 import shlex
+import shutil
 import subprocess
 import time
 from pathlib import Path
@@ -183,6 +184,11 @@ class MainApplicationTest(QuilloctlTestCase):
         self.assertEqual(self.run_ctl("settings", "get", "StartAgentAtLogin").returncode, 1)
         result = self.run_ctl("agent", "restart")
         self.assertEqual((result.returncode, result.stderr), (1, "quilloctl: the agent is not running\n"))
+        shutil.rmtree(autostart.parent)
+        autostart.parent.write_text("A file in the folder's place")
+        result = self.run_ctl("agent", "enable")
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stderr, "could not be made a login item: the folder .*/autostart cannot be made\n$")
 
     def completions(self, line):
         """What bash would offer at the end of the line, which it splits into words as it does."""

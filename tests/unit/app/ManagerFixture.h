@@ -24,6 +24,7 @@ class FakeLoginItems : public LoginItems {
     m_events << (enabled ? QStringLiteral("enable ") : QStringLiteral("disable ")) + identifier;
     return enabled ? enablingWorks : disablingWorks;
   }
+  QString errorString() const override { return QStringLiteral("it was told to fail"); }
   QList<LoginJob> jobDictionaries() const override { return jobs; }
   std::optional<QList<QUrl>> sessionLoginItems() const override { return session; }
   bool insertSessionLoginItemAtFront(const QUrl& url) override {

@@ -34,15 +34,15 @@ class XdgLoginItemsTest : public ManagerTest {
     ASSERT_TRUE(writeFileInPlace(entryPath(label), bytes));
   }
   XdgLoginItems service(const QStringList& arguments = {}) {
-    return XdgLoginItems(running, {agentID, u"Quillo Agent"_s, helper, arguments},
+    return XdgLoginItems(running, {agentID, u"Quillo Agent"_s, u"Write"_s, u"quill"_s, helper, arguments},
                          [this](const QString& path, const QStringList& given) {
                            events << u"start "_s + path + u'|' + given.join(u'|');
                            return true;
                          });
   }
 
-  // Every character that an Exec line gives a meaning to.
-  QString helper = program(u"a b\"$`%f\\ %%x"_s);
+  // Every character that an Exec line gives a meaning to, but for the one that cannot be used.
+  QString helper = program(u"a b\"$`\\ x"_s);
 };
 
 TEST_F(XdgLoginItemsTest, EnablingWritesTheEntryAndStartsTheHelperDisablingUndoesBoth) {
@@ -52,6 +52,8 @@ TEST_F(XdgLoginItemsTest, EnablingWritesTheEntryAndStartsTheHelperDisablingUndoe
   EXPECT_EQ(take(), QStringList{u"start "_s + helper + u"|--home|/a b"_s});
   EXPECT_EQ(xdg.jobDictionaries(), (QList<LoginJob>{{agentID, true}}));
   EXPECT_EQ(modeOf(entryPath()), 0644);
+  const QByteArray written = contentsOfFile(entryPath()).value_or(QByteArray());
+  EXPECT_TRUE(written.contains("\nComment=Write\n") && written.contains("\nIcon=quill\n")) << written.constData();
 
   running.applications = {{agentID, 7}, {u"other"_s, 8}};
   EXPECT_TRUE(xdg.setLoginItemEnabled(agentID, false));
@@ -68,6 +70,8 @@ TEST_F(XdgLoginItemsTest, EnablingWritesTheEntryAndStartsTheHelperDisablingUndoe
 TEST_F(XdgLoginItemsTest, TheExecLineIsEscapedAsTheStandardWantsIt) {
   AutostartEntry entry;
   entry.name = u" Quillo"_s;
+  entry.comment = u"Write\nnow"_s;
+  entry.icon = u"quill"_s;
   entry.program = u"/a b/%q\\$"_s;
   entry.tryProgram = entry.program;
   entry.arguments = QStringList{u"--home"_s, u"say \"`\n"_s};
@@ -76,6 +80,8 @@ TEST_F(XdgLoginItemsTest, TheExecLineIsEscapedAsTheStandardWantsIt) {
             "[Desktop Entry]\n"
             "Type=Application\n"
             "Name=\\sQuillo\n"
+            "Comment=Write\\nnow\n"
+            "Icon=quill\n"
             "TryExec=/a b/%q\\\\$\n"
             "Exec=\"/a b/%%q\\\\\\\\\\\\$\" \"--home\" \"say \\\\\"\\\\`\\n\"\n"
             "X-Quillo-OnDemand=true\n");
@@ -144,6 +150,16 @@ TEST_F(XdgLoginItemsTest, FailuresLeaveEverythingAsItWas) {
 
   QFile::remove(helper);
   EXPECT_FALSE(xdg.setLoginItemEnabled(agentID, true));
+  EXPECT_TRUE(xdg.errorString().contains(helper));
+  EXPECT_FALSE(QFileInfo::exists(entryPath()));
+  EXPECT_EQ(take(), QStringList{});
+
+  // GLib would look for "100%%".
+  helper = program(u"100%"_s);
+  XdgLoginItems unstartable = service();
+  EXPECT_FALSE(unstartable.setLoginItemEnabled(agentID, true));
+  EXPECT_TRUE(unstartable.errorString().endsWith(u"a % in its path, "_s + helper));
+  EXPECT_FALSE(unstartable.insertSessionLoginItemAtFront(QUrl::fromLocalFile(helper)));
   EXPECT_FALSE(QFileInfo::exists(entryPath()));
   EXPECT_EQ(take(), QStringList{});
 
