@@ -68,14 +68,9 @@ AgentManager::AgentManager(PersistentPropertyListSource sharedPrefs, Notificatio
     : m_sharedPrefs(std::move(sharedPrefs)),
       m_distributedCenter(distributedCenter),
       m_services(services),
-      m_remindersManager(std::move(remindersManager)) {
-  m_distributedCenter.addObserver(this, Notice::agentManagerValuesDidChange,
-                                  [this](const Notification&) { agentSettingsDidChange(); });
-}
-
-AgentManager::~AgentManager() {
-  m_distributedCenter.removeObserver(this);
-}
+      m_remindersManager(std::move(remindersManager)),
+      m_observation(m_distributedCenter.observe(Notice::agentManagerValuesDidChange,
+                                                [this](const Notification&) { agentSettingsDidChange(); })) {}
 
 bool AgentManager::shouldShowInMenuBar() const {
   const PersistentPropertyList* list = m_sharedPrefs();

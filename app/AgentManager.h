@@ -41,7 +41,6 @@ class AgentManager final : public KeyValueObservable {
   // What is given must outlive the object. The reminders' manager is asked for only when the agent goes off.
   AgentManager(PersistentPropertyListSource sharedPrefs, NotificationCenter& distributedCenter,
                LoginItemServices services, RemindersManagerProvider remindersManager);
-  ~AgentManager() override;
 
   [[nodiscard]] bool shouldShowInMenuBar() const;
   // Stores, tells, and brings the login item in line. NO switches reminders off, too: nobody is there to give them.
@@ -63,6 +62,7 @@ class AgentManager final : public KeyValueObservable {
   NotificationCenter& m_distributedCenter;
   LoginItemServices m_services;
   RemindersManagerProvider m_remindersManager;
+  std::unique_ptr<Registration> m_observation;
 };
 
 }  // namespace quillo

@@ -49,11 +49,7 @@ QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatfo
   buildContextualMenu();
 }
 
-QuilloAgentAppDelegate::~QuilloAgentAppDelegate() {
-  DistributedNotificationCenter::sharedCenter().removeObserver(this);
-  NotificationCenter::localCenter().removeObserver(this);
-  NotificationCenter::workspaceCenter().removeObserver(this);
-}
+QuilloAgentAppDelegate::~QuilloAgentAppDelegate() = default;
 
 void QuilloAgentAppDelegate::buildContextualMenu() {
   m_contextualMenu = std::make_unique<QMenu>();
@@ -106,10 +102,12 @@ QString QuilloAgentAppDelegate::toolTip() const {
 void QuilloAgentAppDelegate::keepToolTipUpToDate() {
   // Whatever makes the alarm calculate anew. Panels that ask for the tip when they show it need none of this.
   const auto update = [this](const Notification&) { m_statusController->updateToolTip(); };
-  NotificationCenter::localCenter().addObserver(this, Notice::systemClockDidChange, update);
-  NotificationCenter::localCenter().addObserver(this, Notice::systemTimeZoneDidChange, update);
-  NotificationCenter::workspaceCenter().addObserver(this, Notice::workspaceDidWake, update);
-  DistributedNotificationCenter::sharedCenter().addObserver(this, Notice::reminderSettingsDidChange, update);
+  NotificationCenter& local = NotificationCenter::localCenter();
+  m_observations.push_back(local.observe(Notice::systemClockDidChange, update));
+  m_observations.push_back(local.observe(Notice::systemTimeZoneDidChange, update));
+  m_observations.push_back(NotificationCenter::workspaceCenter().observe(Notice::workspaceDidWake, update));
+  m_observations.push_back(
+      DistributedNotificationCenter::sharedCenter().observe(Notice::reminderSettingsDidChange, update));
 }
 
 void QuilloAgentAppDelegate::toggleReminders() {
@@ -204,13 +202,13 @@ void QuilloAgentAppDelegate::startApplication() {
   m_statusController->setEntryWindowController(m_entryWindowController);
 
   RemindersManager& reminders = RemindersManager::sharedManager();
-  m_remindersObservation =
-      reminders.addObserver(*this, RemindersManager::remindersAreEnabledKeyPath, &remindersContext);
-  DistributedNotificationCenter::sharedCenter().addObserver(
-      this, Notice::journalPackagePathDidChange, [this](const Notification&) { packagePathDidChangeNotification(); });
-  DistributedNotificationCenter::sharedCenter().addObserver(
-      this, Notice::menuBarEntryShortcutDidChange,
-      [this](const Notification&) { entryShortcutDidChangeNotification(); });
+  m_observations.push_back(
+      reminders.addObserver(*this, RemindersManager::remindersAreEnabledKeyPath, &remindersContext));
+  NotificationCenter& distributed = DistributedNotificationCenter::sharedCenter();
+  m_observations.push_back(distributed.observe(Notice::journalPackagePathDidChange,
+                                               [this](const Notification&) { packagePathDidChangeNotification(); }));
+  m_observations.push_back(distributed.observe(Notice::menuBarEntryShortcutDidChange,
+                                               [this](const Notification&) { entryShortcutDidChangeNotification(); }));
 
   if (reminders.remindersAreEnabled())
     m_reminderAlarm.start();
@@ -224,12 +222,10 @@ void QuilloAgentAppDelegate::startApplication() {
 }
 
 void QuilloAgentAppDelegate::startAlarmOnceSettingsAreReadable() {
-  // Stays registered: taking it off by its name would take off what keeps the tool tip up to date, too.
-  m_waitsForSettings = true;
-  DistributedNotificationCenter::sharedCenter().addObserver(
-      this, Notice::reminderSettingsDidChange, [this](const Notification&) {
-        if (!m_waitsForSettings || !m_config.groupProperties()) return;
-        m_waitsForSettings = false;
+  m_settingsObservation = DistributedNotificationCenter::sharedCenter().observe(
+      Notice::reminderSettingsDidChange, [this](const Notification&) {
+        if (!m_config.groupProperties()) return;
+        m_settingsObservation.reset();
         if (RemindersManager::sharedManager().remindersAreEnabled()) m_reminderAlarm.start();
       });
 }

@@ -24,6 +24,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 class QAction;
 class QMenu;
@@ -134,8 +135,6 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   OpenPanelSheet m_openPanel;
   EntryDraft m_draft{EntryDraft::defaultPath()};
   ReminderAlarm m_reminderAlarm;
-  std::unique_ptr<Registration> m_remindersObservation;
-  bool m_waitsForSettings{false};
   // Declared in the order of need: the window's controller goes before the menu that it shows.
   std::unique_ptr<QMenu> m_contextualMenu;
   std::shared_ptr<AgentEntryWindowController> m_entryWindowController;
@@ -145,6 +144,9 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   GlobalShortcut m_globalShortcut;
   std::unique_ptr<AboutWindowController> m_aboutWindowController;
   ReminderDelivery m_reminderDelivery;
+  std::unique_ptr<Registration> m_settingsObservation;  // until they can be read
+  // Last, so that nothing is heard of while the rest goes.
+  std::vector<std::unique_ptr<Registration>> m_observations;
 };
 
 }  // namespace quillo

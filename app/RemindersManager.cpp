@@ -45,17 +45,9 @@ RemindersManager::RemindersManager(PersistentPropertyListSource sharedPrefs, Not
                                    AgentManagerProvider agentManager)
     : m_sharedPrefs(std::move(sharedPrefs)),
       m_distributedCenter(distributedCenter),
-      m_agentManager(std::move(agentManager)) {
-  m_distributedCenter.addObserver(this, Notice::remindersManagerValuesDidChange,
-                                  [this, alive = std::weak_ptr(m_isAlive)](const Notification&) {
-                                    if (!alive.expired()) reminderSettingsDidChange();
-                                  });
-}
-
-RemindersManager::~RemindersManager() {
-  // Not the name observed above: the two differ, and are wanted so. The shared instance never comes here.
-  m_distributedCenter.removeObserver(this, Notice::agentReminderSettingsDidChange);
-}
+      m_agentManager(std::move(agentManager)),
+      m_observation(m_distributedCenter.observe(Notice::remindersManagerValuesDidChange,
+                                                [this](const Notification&) { reminderSettingsDidChange(); })) {}
 
 bool RemindersManager::remindersAreEnabled() const {
   const PersistentPropertyList* list = m_sharedPrefs();

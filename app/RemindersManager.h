@@ -36,7 +36,6 @@ class RemindersManager final : public KeyValueObservable {
   // The centre must outlive the object. The agent's manager is asked for only when reminders go on.
   RemindersManager(PersistentPropertyListSource sharedPrefs, NotificationCenter& distributedCenter,
                    AgentManagerProvider agentManager);
-  ~RemindersManager() override;
 
   [[nodiscard]] bool remindersAreEnabled() const;
   // Reminders need the agent: YES switches it on, too.
@@ -49,8 +48,9 @@ class RemindersManager final : public KeyValueObservable {
   PersistentPropertyListSource m_sharedPrefs;
   NotificationCenter& m_distributedCenter;
   AgentManagerProvider m_agentManager;
-  // Lasts as long as this object: what stays registered in the centre does nothing afterwards.
-  std::shared_ptr<const bool> m_isAlive{std::make_shared<const bool>(true)};
+  // The main application's manager ends, when it goes, an observation of Notice::agentReminderSettingsDidChange, which
+  // it never began: a name that nobody observes and that must stay free. This one ends what it began.
+  std::unique_ptr<Registration> m_observation;
 };
 
 }  // namespace quillo

@@ -72,12 +72,12 @@ void EntryViewTextView::awakeFromNib() {
 }
 
 void EntryViewTextView::startObservingPrefChanges() {
-  NotificationCenter::localCenter().addObserver(this, Notice::spellingAndGrammarSettingsDidChange,
-                                                [this](const Notification&) { prefsChanged(); });
+  m_prefsObservation = NotificationCenter::localCenter().observe(Notice::spellingAndGrammarSettingsDidChange,
+                                                                 [this](const Notification&) { prefsChanged(); });
 }
 
 void EntryViewTextView::stopObservingPrefChanges() {
-  NotificationCenter::localCenter().removeObserver(this, Notice::spellingAndGrammarSettingsDidChange);
+  m_prefsObservation.reset();
 }
 
 void EntryViewTextView::prefsChanged() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "entry/TextRange.h"
+#include "platform/Registration.h"
 
 #include <QPlainTextEdit>
 #include <QStringList>
@@ -140,6 +141,7 @@ class EntryViewTextView : public QPlainTextEdit {
   std::unique_ptr<AutomaticCorrection> m_correction;
   std::unique_ptr<GrammarReviewer> m_grammar;
   std::unique_ptr<HashtagCompleter> m_completer;
+  std::unique_ptr<Registration> m_prefsObservation;
 };
 
 }  // namespace quillo

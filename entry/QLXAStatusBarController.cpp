@@ -37,9 +37,7 @@ QLXAStatusBarController::QLXAStatusBarController()
   setCurrentMode(EntryWindowModeStandard);
 }
 
-QLXAStatusBarController::~QLXAStatusBarController() {
-  NotificationCenter::localCenter().removeObserver(this);
-}
+QLXAStatusBarController::~QLXAStatusBarController() = default;
 
 std::optional<QRectF> QLXAStatusBarController::window() const {
   if (!m_statusItem) return std::nullopt;
@@ -90,10 +88,8 @@ void QLXAStatusBarController::setEntryWindowController(std::shared_ptr<AgentEntr
   m_opaqueWindowCloseObserver.reset();
   m_entryWindowController = std::move(controller);
   if (!m_entryWindowController) return;
-  NotificationCenter::localCenter().addObserver(
-      this, Notice::windowWillClose, [this](const Notification&) { hideEntryWindow(); }, m_entryWindowController.get());
-  m_opaqueWindowCloseObserver = std::make_unique<Registration>(
-      [this] { NotificationCenter::localCenter().removeObserver(this, Notice::windowWillClose); });
+  m_opaqueWindowCloseObserver = NotificationCenter::localCenter().observe(
+      Notice::windowWillClose, [this](const Notification&) { hideEntryWindow(); }, m_entryWindowController.get());
 }
 
 void QLXAStatusBarController::setToolTip(std::function<QString()> text) {
@@ -165,8 +161,8 @@ void QLXAStatusBarController::showEntryWindowInMode(EntryWindowMode mode) {
   m_entryWindowController->showWindowInMode(mode);
   if (!m_statusItem || !m_isShowingEntryWindow) return;
   // Panels rearrange their icons: the window follows while it is shown.
-  NotificationCenter::localCenter().addObserver(
-      this, Notice::windowDidMove, [this](const Notification&) { positionEntryWindow(); }, m_statusItem.get());
+  m_statusItemObservation = NotificationCenter::localCenter().observe(
+      Notice::windowDidMove, [this](const Notification&) { positionEntryWindow(); }, m_statusItem.get());
 }
 
 void QLXAStatusBarController::hideEntryWindow() {
@@ -177,7 +173,7 @@ void QLXAStatusBarController::hideEntryWindow() {
   // A no-op when it is the closing window that called.
   m_entryWindowController->close();
   // The close may wait for an alert, and the window's successor be shown meanwhile.
-  if (!m_isShowingEntryWindow) NotificationCenter::localCenter().removeObserver(this, Notice::windowDidMove);
+  if (!m_isShowingEntryWindow) m_statusItemObservation.reset();
 }
 
 bool QLXAStatusBarController::shouldHideEntryWindow() const {

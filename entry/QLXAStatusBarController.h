@@ -89,6 +89,7 @@ class QLXAStatusBarController : public QObject {
   std::unique_ptr<StatusItem> m_statusItem;
   std::shared_ptr<AgentEntryWindowController> m_entryWindowController;
   std::unique_ptr<Registration> m_opaqueWindowCloseObserver;
+  std::unique_ptr<Registration> m_statusItemObservation;  // while the window is shown
   EntryWindowMode m_currentMode{EntryWindowModeStandard};
   bool m_isHighlighted{false};
   bool m_isShowingEntryWindow{false};

@@ -3,14 +3,14 @@
 namespace quillo {
 
 struct NotificationCenter::Observation {
-  const void* observer;
   QString name;
   Handler handler;
   const void* object;
   bool ended{false};
 };
 
-NotificationCenter::NotificationCenter() = default;
+NotificationCenter::NotificationCenter()
+    : m_observations(std::make_shared<std::vector<std::shared_ptr<Observation>>>()) {}
 NotificationCenter::~NotificationCenter() = default;
 
 NotificationCenter& NotificationCenter::localCenter() {
@@ -23,17 +23,13 @@ NotificationCenter& NotificationCenter::workspaceCenter() {
   return center;
 }
 
-void NotificationCenter::addObserver(const void* observer, const QString& name, Handler handler, const void* object) {
-  m_observations.push_back(std::make_shared<Observation>(Observation{observer, name, std::move(handler), object}));
-}
-
-void NotificationCenter::removeObserver(const void* observer) {
-  std::erase_if(m_observations, [&](const auto& o) { return o->observer == observer && (o->ended = true); });
-}
-
-void NotificationCenter::removeObserver(const void* observer, const QString& name) {
-  std::erase_if(m_observations,
-                [&](const auto& o) { return o->observer == observer && o->name == name && (o->ended = true); });
+std::unique_ptr<Registration> NotificationCenter::observe(const QString& name, Handler handler, const void* object) {
+  auto observation = std::make_shared<Observation>(Observation{name, std::move(handler), object});
+  m_observations->push_back(observation);
+  return std::make_unique<Registration>([observation, all = std::weak_ptr(m_observations)] {
+    observation->ended = true;
+    if (const auto observations = all.lock()) std::erase(*observations, observation);
+  });
 }
 
 void NotificationCenter::postNotification(const QString& name, const void* object) {
@@ -41,8 +37,8 @@ void NotificationCenter::postNotification(const QString& name, const void* objec
 }
 
 void NotificationCenter::deliver(const Notification& notification) {
-  // A snapshot: a handler may add or remove observers. A removed one no longer hears of this notice.
-  const auto snapshot = m_observations;
+  // A snapshot: a handler may begin and end observations. One that has ended no longer hears of this notice.
+  const auto snapshot = *m_observations;
   for (const auto& o : snapshot)
     if (!o->ended && o->name == notification.name && (!o->object || o->object == notification.object))
       o->handler(notification);

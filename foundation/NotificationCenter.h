@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Registration.h"
+
 #include <QString>
 
 #include <functional>
@@ -16,8 +18,6 @@ struct Notification {
 
 // Passes notices from posters to observers by name. There are three: the local one (in the process), the workspace's
 // (the machine woke) and the distributed one (every process of the user). Main thread only.
-//
-// An observer is named by its address, which is not followed; it must remove itself before it goes.
 class NotificationCenter {
  public:
   using Handler = std::function<void(const Notification&)>;
@@ -30,10 +30,10 @@ class NotificationCenter {
   static NotificationCenter& localCenter();
   static NotificationCenter& workspaceCenter();
 
-  // `object`: only notices of this object; null for those of any.
-  void addObserver(const void* observer, const QString& name, Handler handler, const void* object = nullptr);
-  void removeObserver(const void* observer);
-  void removeObserver(const void* observer, const QString& name);
+  // `object`: only notices of this object; null for those of any. The observation ends with the answer, which may
+  // outlive the centre, and may end while a notice is passed on.
+  [[nodiscard]] std::unique_ptr<Registration> observe(const QString& name, Handler handler,
+                                                      const void* object = nullptr);
 
   virtual void postNotification(const QString& name, const void* object = nullptr);
 
@@ -42,7 +42,7 @@ class NotificationCenter {
 
  private:
   struct Observation;
-  std::vector<std::shared_ptr<Observation>> m_observations;
+  std::shared_ptr<std::vector<std::shared_ptr<Observation>>> m_observations;
 };
 
 }  // namespace quillo

@@ -30,20 +30,18 @@ void ReminderAlarm::start() {
   if (m_isStarted) return;
   m_isStarted = true;
   const auto onSystemEvent = [this](const Notification&) { alarmInvalidatingSystemEventOccurred(); };
-  m_services.localCenter.addObserver(this, Notice::systemClockDidChange, onSystemEvent);
-  m_services.localCenter.addObserver(this, Notice::systemTimeZoneDidChange, onSystemEvent);
-  m_services.workspaceCenter.addObserver(this, Notice::workspaceDidWake, onSystemEvent);
-  m_services.distributedCenter.addObserver(this, Notice::reminderSettingsDidChange,
-                                           [this](const Notification&) { reminderSettingsChanged(); });
+  m_observations.push_back(m_services.localCenter.observe(Notice::systemClockDidChange, onSystemEvent));
+  m_observations.push_back(m_services.localCenter.observe(Notice::systemTimeZoneDidChange, onSystemEvent));
+  m_observations.push_back(m_services.workspaceCenter.observe(Notice::workspaceDidWake, onSystemEvent));
+  m_observations.push_back(m_services.distributedCenter.observe(
+      Notice::reminderSettingsDidChange, [this](const Notification&) { reminderSettingsChanged(); }));
   reset();
 }
 
 void ReminderAlarm::stop() {
   if (!m_isStarted) return;
   m_isStarted = false;
-  m_services.localCenter.removeObserver(this);
-  m_services.workspaceCenter.removeObserver(this);
-  m_services.distributedCenter.removeObserver(this);
+  m_observations.clear();
   m_nextAlarmDate.reset();
   m_isSnoozing = false;
   m_timers.clear();

@@ -76,6 +76,7 @@ class ReminderAlarm {
   QPointer<QObject> m_target;
   Action m_action;
   ReminderAlarmServices m_services;
+  std::vector<std::unique_ptr<Registration>> m_observations;
   bool m_isStarted{false};
   bool m_isSnoozing{false};
   std::optional<Date> m_nextAlarmDate;

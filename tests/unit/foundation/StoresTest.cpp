@@ -163,22 +163,25 @@ TEST(KeyValueObservingTest, TellsByKeyWithContextUntilTheRegistrationEnds) {
 TEST(NotificationCenterTest, DeliversByNameAndObjectToThoseStillObserving) {
   NotificationCenter center;
   std::vector<std::string> seen;
-  const int first = 0;
-  const int second = 0;
-  center.addObserver(&first, u"N"_s, [&](const Notification&) {
+  const int object = 0;
+  std::unique_ptr<Registration> first, second;
+  first = center.observe(u"N"_s, [&](const Notification&) {
     seen.emplace_back("first");
-    center.removeObserver(&second);
+    second.reset();
   });
-  center.addObserver(&second, u"N"_s, [&](const Notification&) { seen.emplace_back("second"); });
-  center.addObserver(
-      &first, u"N"_s, [&](const Notification&) { seen.emplace_back("of object"); }, &second);
+  second = center.observe(u"N"_s, [&](const Notification&) { seen.emplace_back("second"); });
+  auto ofObject = center.observe(
+      u"N"_s, [&](const Notification&) { seen.emplace_back("of object"); }, &object);
   center.postNotification(u"M"_s);
   center.postNotification(u"N"_s);
-  center.postNotification(u"N"_s, &second);
-  center.removeObserver(&first, u"other"_s);
-  center.removeObserver(&first, u"N"_s);
-  center.postNotification(u"N"_s, &second);
+  center.postNotification(u"N"_s, &object);
+  first.reset();
+  ofObject.reset();
+  center.postNotification(u"N"_s, &object);
   EXPECT_THAT(seen, ElementsAre("first", "first", "of object"));
+  auto shortLived = std::make_unique<NotificationCenter>();
+  const auto longer = shortLived->observe(u"N"_s, [](const Notification&) {});
+  shortLived.reset();
 }
 
 TEST(DistributedNotificationCenterTest, GoesThroughTheTransportOrStaysInTheProcess) {
@@ -194,7 +197,7 @@ TEST(DistributedNotificationCenterTest, GoesThroughTheTransportOrStaysInTheProce
   } transport;
   DistributedNotificationCenter center;
   int heard = 0;
-  center.addObserver(&heard, u"N"_s, [&](const Notification& n) { heard += n.object ? 100 : 1; });
+  const auto observation = center.observe(u"N"_s, [&](const Notification& n) { heard += n.object ? 100 : 1; });
   LogCapture log;
   center.setTransport(&transport);
   center.postNotification(u"N"_s, &heard);
