@@ -1,21 +1,17 @@
 #include "app/AgentManager.h"
 #include "config/Keys.h"
+#include "platform/HelperProcesses.h"
 #include "platform/RunningApplications.h"
 #include "quilloctl/Command.h"
 
-#include <QDeadlineTimer>
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QThread>
 
 namespace quillo::ctl {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// An agent saves what is written in its window, and goes.
-constexpr int endMilliseconds = 5000;
 
 // The setting, what the session would start at login, and what runs, each by itself: they can differ.
 int status(Context& context) {
@@ -40,35 +36,65 @@ int status(Context& context) {
   return Done;
 }
 
-// Whether none is left. One that is still ending would be taken for a running one when the next command enables it.
-bool waitForEnd(const RunningApplications& applications) {
-  for (QDeadlineTimer deadline(endMilliseconds); !applications.running(Identifier::agent).isEmpty();) {
-    if (deadline.hasExpired()) return false;
-    QThread::msleep(20);
-  }
-  return true;
+int agentFailed(const QString& what, const QString& reason) {
+  return failed(u"the agent "_s + what + u": "_s + reason);
 }
 
-int turn(Context& context, bool on) {
+int enable(Context& context) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
   const Session session = context.session();
-  AgentManager::sharedManager().setShouldShowInMenuBar(on);
+  AgentManager::sharedManager().setShouldShowInMenuBar(true);
   if (!list->dirtyProperties().isEmpty()) return failed(u"the setting was not saved"_s);
-  if (const LoginItem item(Identifier::agent); item.existsAsLoginItem() != on)
-    return failed((on ? u"the agent could not be made a login item: "_s : u"the agent still starts at login: "_s) +
-                  item.errorString());
-  if (!on && !waitForEnd(session.runningApplications)) return failed(u"the agent was asked to end, and still runs"_s);
-  if (context.json) printJson(QJsonObject{{Key::agentEnabled, on}});
+  const LoginItem item(Identifier::agent);
+  if (!item.existsAsLoginItem()) return agentFailed(u"could not be made a login item"_s, item.errorString());
+  QString reason;
+  if (!session.agent.waitForAnswer(&reason)) return agentFailed(u"starts at login but not now"_s, reason);
+  if (context.json) printJson(QJsonObject{{Key::agentEnabled, true}});
+  return Done;
+}
+
+int disable(Context& context) {
+  PersistentPropertyList* list = sharedList(context);
+  if (!list) return Failed;
+  const Session session = context.session();
+  AgentManager::sharedManager().setShouldShowInMenuBar(false);
+  if (!list->dirtyProperties().isEmpty()) return failed(u"the setting was not saved"_s);
+  // The manager leaves alone what is no login item: an entry that is hidden or starts nothing today goes, too, and so
+  // does an agent that was started in another way.
+  LoginItem item(Identifier::agent);
+  if (!item.disableAsLoginItem()) return agentFailed(u"still starts at login"_s, item.errorString());
+  QString reason;
+  if (!session.agent.end(&reason)) return agentFailed(u"did not end"_s, reason);
+  if (context.json) printJson(QJsonObject{{Key::agentEnabled, false}});
+  return Done;
+}
+
+bool isRunning(const Session& session) {
+  return !session.runningApplications.running(Identifier::agent).isEmpty();
+}
+
+// The login item stays as it is.
+int startAndWait(const Session& session) {
+  QString reason;
+  const bool came = session.agent.start(&reason) && session.agent.waitForAnswer(&reason);
+  return came ? Done : agentFailed(u"did not come"_s, reason);
+}
+
+int start(Context& context) {
+  const Session session = context.session();
+  const bool ran = isRunning(session);
+  if (!ran && startAndWait(session) != Done) return Failed;
+  if (context.json) printJson(QJsonObject{{u"started"_s, !ran}});
   return Done;
 }
 
 int restart(Context& context) {
   const Session session = context.session();
-  if (session.runningApplications.running(Identifier::agent).isEmpty()) return failed(u"the agent is not running"_s);
-  AgentManager::sharedManager().restartAgentIfRunning();
-  // A restart takes the login item out and puts it back.
-  if (!LoginItem(Identifier::agent).existsAsLoginItem()) return failed(u"the agent could not be started again"_s);
+  if (!isRunning(session)) return failed(u"the agent is not running"_s);
+  QString reason;
+  if (!session.agent.end(&reason)) return agentFailed(u"did not end"_s, reason);
+  if (startAndWait(session) != Done) return Failed;
   if (context.json) printJson(QJsonObject{{u"restarted"_s, true}});
   return Done;
 }
@@ -93,20 +119,22 @@ void addStatus(CLI::App& agent, Action& action) {
 }
 
 void addEnable(CLI::App& agent, Action& action) {
-  agent.add_subcommand("enable", "Start the agent, now and at each login")->callback([&action] {
-    action = [](Context& context) { return turn(context, true); };
-  });
+  agent.add_subcommand("enable", "Start the agent, now and at each login")->callback([&action] { action = enable; });
 }
 
 void addDisable(CLI::App& agent, Action& action) {
   agent.add_subcommand("disable", "End the agent, do not start it at login, and switch reminders off")
-      ->callback([&action] { action = [](Context& context) { return turn(context, false); }; });
+      ->callback([&action] { action = disable; });
+}
+
+void addStart(CLI::App& agent, Action& action) {
+  agent.add_subcommand("start", "Start the agent now, where none runs; what happens at login stays")
+      ->callback([&action] { action = start; });
 }
 
 void addRestart(CLI::App& agent, Action& action) {
-  agent.add_subcommand("restart", "End the running agent and start it again")->callback([&action] {
-    action = restart;
-  });
+  agent.add_subcommand("restart", "End the running agent and start it again; what happens at login stays")
+      ->callback([&action] { action = restart; });
 }
 
 }  // namespace
@@ -117,6 +145,7 @@ void addAgentCommand(CLI::App& program, Action& action) {
   addStatus(*agent, action);
   addEnable(*agent, action);
   addDisable(*agent, action);
+  addStart(*agent, action);
   addRestart(*agent, action);
   addToggle(*agent, action);
 }

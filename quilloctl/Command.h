@@ -12,6 +12,7 @@
 #include <memory>
 
 namespace quillo {
+class HelperProcesses;
 class QLJournalPackageFile;
 class RunningApplications;
 class Workspace;
@@ -25,6 +26,7 @@ enum ExitCode : int { Done = 0, Failed = 1, Usage = 2 };
 // The services of the user's session.
 struct Session {
   RunningApplications& runningApplications;
+  HelperProcesses& agent;
   Workspace& workspace;
   // Shows it outside of any terminal; takes a second, whether it is there or not.
   std::function<void(const QString& title, const QString& text)> notify;

@@ -8,6 +8,7 @@
 #include "foundation/FileModeMask.h"
 #include "platform/Sounds.h"
 #include "platform/linux/SessionBusApplications.h"
+#include "platform/linux/SessionBusHelper.h"
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/SessionBusUserNotifications.h"
 #include "platform/linux/XdgLoginItems.h"
@@ -63,10 +64,14 @@ class Services {
     joinNotifications();
     if (!m_loginItems) {
       m_applications.emplace();
-      m_loginItems.emplace(*m_applications, agentLoginHelper(m_homeArguments));
+      const LoginHelper helper = agentLoginHelper(m_homeArguments);
+      m_agent.emplace(*m_applications, helper);
+      m_loginItems.emplace(*m_applications, helper, [this](const QString& program, const QStringList& arguments) {
+        return m_agent->launch(program, arguments);
+      });
       LoginItem::setSharedServices({&*m_loginItems, &*m_applications});
     }
-    return {*m_applications, m_workspace, notify};
+    return {*m_applications, *m_agent, m_workspace, notify};
   }
 
  private:
@@ -94,6 +99,7 @@ class Services {
   XdgWorkspace m_workspace;
   std::optional<SessionBusNotifications> m_notifications;
   std::optional<SessionBusApplications> m_applications;
+  std::optional<SessionBusHelper> m_agent;
   std::optional<XdgLoginItems> m_loginItems;
 };
 

@@ -3,6 +3,7 @@
 #include "foundation/Log.h"
 
 #include <QCoreApplication>
+#include <QDBusServiceWatcher>
 
 #include <unistd.h>
 
@@ -164,6 +165,26 @@ bool SessionBusApplications::toggle(const RunningApplication& application, QStri
   if (reply.type() == QDBusMessage::ReplyMessage) return true;
   *reason = reply.errorMessage();
   return false;
+}
+
+std::unique_ptr<QObject> SessionBusApplications::watch(const QString& bundleIdentifier,
+                                                       std::function<void()> onChange) {
+  if (!m_bus.connect()) return nullptr;
+  // The asterisk: every name below this one.
+  auto watcher = std::make_unique<QDBusServiceWatcher>(bundleIdentifier + u'*', m_bus.connection(),
+                                                       QDBusServiceWatcher::WatchForOwnerChange);
+  connect(watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, watcher.get(), std::move(onChange));
+  return watcher;
+}
+
+bool SessionBusApplications::answers(const RunningApplication& application, const QDeadlineTimer& deadline) {
+  const auto name = busNameOfApplication(application);
+  if (!name || !m_bus.connect()) return false;
+  // Of an object that exists even this is answered in its own thread.
+  auto call = QDBusMessage::createMethodCall(*name, path, u"org.freedesktop.DBus.Peer"_s, u"Ping"_s);
+  call.setAutoStartService(false);
+  const int milliseconds = std::max(1, static_cast<int>(deadline.remainingTime()));
+  return m_bus.connection().call(call, QDBus::Block, milliseconds).type() == QDBusMessage::ReplyMessage;
 }
 
 // A bus may be open to others, such as the administrator.

@@ -5,9 +5,12 @@
 
 #include <QDBusContext>
 #include <QDBusPendingCall>
+#include <QDeadlineTimer>
 #include <QList>
 #include <QObject>
 
+#include <functional>
+#include <memory>
 #include <optional>
 
 namespace quillo {
@@ -40,6 +43,12 @@ class SessionBusApplications final : public QObject, public RunningApplications,
   void setOnToggle(std::function<void()> onToggle) { m_onToggle = std::move(onToggle); }
   // Asks a process to toggle, and waits for its answer. False, with the reason, when it did not take the request.
   bool toggle(const RunningApplication& application, QString* reason);
+
+  [[nodiscard]] bool isOnBus() { return m_bus.connect(); }
+  // Calls back whenever a process of this bundle joins or leaves, for as long as the answer lives. Null without a bus.
+  [[nodiscard]] std::unique_ptr<QObject> watch(const QString& bundleIdentifier, std::function<void()> onChange);
+  // Waits until a process answers from its event loop: it is there for good, not only registered.
+  [[nodiscard]] bool answers(const RunningApplication& application, const QDeadlineTimer& deadline);
 
   // Called over the bus.
   Q_SCRIPTABLE Q_INVOKABLE void Terminate();

@@ -37,7 +37,7 @@ _quilloctl() {
     reminder:set) words="--every --from --until --starting --zone" ;;
     reminder:next) words="-n --after --batch" ;;
     shortcut:) words="show set clear --help" ;;
-    agent:) words="status enable disable restart toggle --help" ;;
+    agent:) words="status enable disable start restart toggle --help" ;;
     open-url:*) _quilloctl_url; return ;;
     post:) words="com.quilloapp.QuilloJournalPackagePathDidChangeNotification
       com.quilloapp.QuilloMenuBarEntryShortcutDidChangeNotification

@@ -173,8 +173,16 @@ class MainApplicationTest(QuilloctlTestCase):
         # Hidden by hand, it counts as not there, and enabling writes it anew.
         autostart.write_text(autostart.read_text() + "Hidden=true\n")
         self.assertFalse(self.ctl_json("agent", "status")["loginItem"])
-        self.ctl("agent", "enable")
+        result = self.run_ctl("agent", "enable")
+        self.assertEqual((result.returncode, result.stderr), (
+            1, "quilloctl: the agent starts at login but not now: there is no session bus on which it would answer\n"))
         self.assertNotIn("Hidden", autostart.read_text())
+        for line in ("Hidden=true", "TryExec=/no/such/program"):
+            # What would start nothing today is gone, too.
+            autostart.write_text(autostart.read_text().replace("TryExec", "X-Old") + line + "\n")
+            self.ctl("agent", "disable")
+            self.assertFalse(autostart.exists())
+            self.run_ctl("agent", "enable")
         self.ctl("agent", "disable")
         self.assertFalse(autostart.exists())
         self.assertEqual(self.ctl("settings", "get", "RemindersEnabled"), "false")

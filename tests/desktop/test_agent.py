@@ -4,11 +4,12 @@ import json
 import os
 import shutil
 import signal
+import subprocess
 import time
 import unittest
 from pathlib import Path
 
-from desktop import active_window, press, start_part, stop_part, type_text, wait_until
+from desktop import active_window, press, program, start_part, stop_part, type_text, wait_until
 from quillo import LIST, AgentTestCase, make_journal, set_reminder_in
 
 
@@ -52,15 +53,45 @@ class AgentTest(AgentTestCase):
                 self.assertIn("before the " + text, self.texts())
         newer[0].open_window()
 
+    def status(self):
+        return json.loads(self.ctl("--json", "agent", "status"))
+
     def test_what_is_switched_off_and_on_again_runs(self):
-        def running():
-            return json.loads(self.ctl("--json", "agent", "status"))["running"]
         self.addCleanup(self.ctl, "agent", "disable")
         for _ in range(3):
             self.ctl("agent", "enable")
-            wait_until(running, "the agent that was enabled")
+            self.ctl("agent", "toggle")
+            self.assertTrue(self.status()["loginItem"])
             self.ctl("agent", "disable")
-            self.assertEqual(running(), [])
+            self.assertEqual(self.status()["running"], [])
+
+    def test_starting_and_restarting_leave_the_login_alone(self):
+        self.addCleanup(self.ctl, "agent", "disable")
+        for enabled in (False, True):
+            if enabled:
+                self.ctl("agent", "enable")
+            self.ctl("agent", "start")
+            first = self.status()["running"]
+            self.ctl("agent", "start")
+            self.assertEqual(self.status(), {"enabled": enabled, "loginItem": enabled, "running": first})
+            self.ctl("agent", "restart")
+            second = self.status()["running"]
+            self.assertEqual(self.status()["loginItem"], enabled)
+            self.assertEqual(len(second), 1)
+            self.assertNotEqual(first, second)
+            # Started by hand or as a login item, it ends.
+            self.ctl("agent", "disable")
+            self.assertEqual(self.status(), {"enabled": False, "loginItem": False, "running": []})
+
+    def test_an_agent_that_does_not_come_is_said_at_once(self):
+        self.addCleanup(self.ctl, "agent", "disable")
+        begin = time.monotonic()
+        for command, what in (("start", "did not come"), ("enable", "starts at login but not now")):
+            result = subprocess.run([program("quilloctl"), "--home", self.home, "agent", command], capture_output=True,
+                                    text=True, env={**os.environ, "DISPLAY": ":none"})
+            self.assertEqual(result.returncode, 1)
+            self.assertRegex(result.stderr, f"^quilloctl: the agent {what}: it ended at once; .*/quillo-agent says why\n$")
+        self.assertLess(time.monotonic() - begin, 10)
 
     def forget_the_journal(self):
         shutil.rmtree(self.home)
