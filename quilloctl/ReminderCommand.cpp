@@ -1,3 +1,4 @@
+#include "app/LoginItem.h"
 #include "app/RemindersManager.h"
 #include "config/Keys.h"
 #include "foundation/Calendar.h"
@@ -12,9 +13,11 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <string>
 
@@ -131,6 +134,21 @@ QString inWords(const ReminderInterval& interval) {
   return rule + u", next: "_s + (next.isEmpty() ? u"never"_s : moment(next[0]));
 }
 
+// A sound only goes with one of these.
+constexpr QLatin1StringView ways[] = {Key::remindersOpenMenuBar, Key::remindersSendToNotificationCenter};
+
+bool isOn(const PersistentPropertyList& list, QLatin1StringView way) {
+  const auto value = list.valueForKey(way);
+  return value && value->boolValue();
+}
+
+// A reminder that nobody would notice; quietly nothing where there is a way.
+void tellMissingDelivery(const PersistentPropertyList& list) {
+  if (std::any_of(std::begin(ways), std::end(ways), [&list](auto way) { return isOn(list, way); })) return;
+  print(u"No way of delivery is on, so reminders pass unnoticed. To open the window, or show a notification:"_s);
+  for (const auto way : ways) print(u"  quilloctl settings set %1 yes"_s.arg(way));
+}
+
 int show(Context& context) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
@@ -140,13 +158,17 @@ int show(Context& context) {
     for (const auto key : {Key::remindersFrequency, Key::remindersInterval, Key::remindersBaseDate,
                            Key::remindersBaseDateTimezone, Key::remindersValidPeriod})
       if (const auto value = list->valueForKey(key)) object[key] = jsonFromPropertyList(*value);
-    object[Key::remindersEnabled] = list->boolForKey(Key::remindersEnabled);
+    object[Key::remindersEnabled] = RemindersManager::sharedManager().remindersAreEnabled();
+    for (const auto way : ways) object[way] = isOn(*list, way);
     object[u"next"_s] = json(nextReminders(interval, now(), 3));
     printJson(object);
     return Done;
   }
   if (interval.intervalValue() == 0 || !interval.baseDate()) return failed(u"no reminder is set"_s);
-  print(inWords(interval) + (list->boolForKey(Key::remindersEnabled) ? QString() : u" (reminders are off)"_s));
+  // The manager knows that they are on where nobody has said otherwise yet.
+  const bool enabled = RemindersManager::sharedManager().remindersAreEnabled();
+  print(inWords(interval) + (enabled ? QString() : u" (reminders are off)"_s));
+  tellMissingDelivery(*list);
   return Done;
 }
 
@@ -207,7 +229,12 @@ int turn(Context& context, bool on) {
   // Reminders need the agent: this enables it, too.
   RemindersManager::sharedManager().setRemindersAreEnabled(on);
   if (!list->dirtyProperties().isEmpty()) return failed(u"the setting was not saved"_s);
-  if (context.json) printJson(QJsonObject{{Key::remindersEnabled, on}});
+  if (const LoginItem item(Identifier::agent); on && !item.existsAsLoginItem())
+    return failed(u"reminders are on, but the agent could not be made a login item: "_s + item.errorString());
+  if (context.json)
+    printJson(QJsonObject{{Key::remindersEnabled, on}});
+  else if (on)
+    tellMissingDelivery(*list);
   return Done;
 }
 

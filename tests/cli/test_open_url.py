@@ -194,9 +194,10 @@ class MainApplicationTest(QuilloctlTestCase):
         self.assertEqual((result.returncode, result.stderr), (1, "quilloctl: the agent is not running\n"))
         shutil.rmtree(autostart.parent)
         autostart.parent.write_text("A file in the folder's place")
-        result = self.run_ctl("agent", "enable")
-        self.assertEqual(result.returncode, 1)
-        self.assertRegex(result.stderr, "could not be made a login item: the folder .*/autostart cannot be made\n$")
+        for words in (["agent", "enable"], ["reminder", "on"]):
+            result = self.run_ctl(*words)
+            self.assertEqual(result.returncode, 1)
+            self.assertRegex(result.stderr, "could not be made a login item: the folder .*/autostart cannot be made\n$")
 
     def completions(self, line):
         """What bash would offer at the end of the line, which it splits into words as it does."""

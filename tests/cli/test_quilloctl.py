@@ -208,9 +208,21 @@ class QuilloctlTest(QuilloctlTestCase):
 
     def test_reminders(self):
         self.assert_fails("reminder", "show", says="no reminder is set")
-        self.assertIn("Every 3 hours between 09:00 and 17:00, next: ",
-                      self.ctl("reminder", "set", "--every", "3 hours", "--from", "09:00", "--until", "17:00",
-                               "--starting", "2014-03-10T21:00", "--zone", "Europe/Berlin"))
+        said = self.ctl("reminder", "set", "--every", "3 hours", "--from", "09:00", "--until", "17:00",
+                        "--starting", "2014-03-10T21:00", "--zone", "Europe/Berlin")
+        self.assertIn("Every 3 hours between 09:00 and 17:00, next: ", said)
+        # On a fresh home they are on, and nothing delivers them; a sound alone does not.
+        self.assertNotIn("reminders are off", said)
+        self.ctl("settings", "set", "RemindersPlaySound", "yes")
+        for words in (["show"], ["on"], ["set", "--every", "day"]):
+            self.assertIn("settings set RemindersOpenMenuBar yes", self.ctl("reminder", *words), words)
+        shown = self.ctl_json("reminder", "show")
+        self.assertTrue(shown["RemindersEnabled"])
+        self.assertFalse(shown["RemindersOpenMenuBar"] or shown["RemindersSendToNotificationCenter"])
+        self.ctl("settings", "set", "RemindersSendToNotificationCenter", "yes")
+        self.assertNotIn("delivery", self.ctl("reminder", "show") + self.ctl("reminder", "on"))
+        self.ctl("reminder", "set", "--every", "3 hours", "--from", "09:00", "--until", "17:00",
+                 "--starting", "2014-03-10T21:00", "--zone", "Europe/Berlin")
         stored = self.read_list()
         self.assertEqual((stored["RemindersFrequency"], stored["RemindersInterval"], stored["RemindersValidPeriod"]), (32, 3, 28800))
         self.assertEqual(stored["RemindersBaseDate"], datetime.datetime(2014, 3, 10, 8))
