@@ -1,7 +1,7 @@
 #include "entry/AutomaticCorrection.h"
 
+#include "entry/ParagraphSeams.h"
 #include "entry/SpellChecker.h"
-#include "entry/SpellingHighlighter.h"
 #include "entry/SpellingWords.h"
 
 #include <QPlainTextEdit>
@@ -44,10 +44,10 @@ void AutomaticCorrection::userDidType() {
   } else if (!endsWordAlone(text[end - 1])) {
     return;
   }
-  if (text.size() > SpellingHighlighter::longestParagraph) return;
   while (end > 0 && mayFollowWord(text[end - 1])) --end;
   const TextRange run = rangeBetweenSpaces(text, end);
   // What the run of characters is (a hashtag, an address) shows only as a whole.
+  if (run.location == 0 && ParagraphSeams::cutsRunBefore(block)) return;
   for (const TextRange& word : wordsToCheck(QStringView(text).sliced(run.location, run.length))) {
     if (run.location + word.end() != end) continue;
     const QString typed = text.mid(run.location + word.location, word.length);

@@ -5,6 +5,7 @@
 #include "entry/AutomaticCorrection.h"
 #include "entry/GrammarReviewer.h"
 #include "entry/HashtagCompleter.h"
+#include "entry/ParagraphSeams.h"
 #include "entry/SpellChecker.h"
 #include "entry/SpellingHighlighter.h"
 #include "entry/WavyUnderline.h"
@@ -13,6 +14,7 @@
 
 #include <QMimeData>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QTextDocument>
 #include <QTextDocumentFragment>
 #include <QTextLayout>
@@ -30,7 +32,9 @@ void EntryViewTextView::initialize() {
 }
 
 EntryViewTextView::EntryViewTextView(QWidget* parent)
-    : QPlainTextEdit(parent), m_completer(std::make_unique<HashtagCompleter>(*this)) {
+    : QPlainTextEdit(parent),
+      m_seams(std::make_unique<ParagraphSeams>(*document())),
+      m_completer(std::make_unique<HashtagCompleter>(*this)) {
   initialize();
   acceptableDragTypes();
   setFrameShape(NoFrame);
@@ -168,18 +172,25 @@ QStringList EntryViewTextView::acceptableDragTypes() {
 }
 
 QString EntryViewTextView::string() const {
-  // toPlainText() would turn no-break spaces into spaces.
-  QString text = document()->toRawText();
-  for (QChar& c : text)
-    if (c == QChar::ParagraphSeparator || c == QChar::LineSeparator) c = u'\n';
-  return text;
+  return m_seams->string();
 }
 
 void EntryViewTextView::setString(const QString& text) {
-  m_isSettingString = true;
-  setPlainText(text);
-  m_isSettingString = false;
-  m_lastText = document()->toRawText();
+  const QScopedValueRollback setting(m_isSettingString, true);
+  m_seams->reset();
+  if (text.size() <= ParagraphSeams::longestUnbroken) {
+    setPlainText(text);
+  } else {
+    setPlainText({});
+    document()->setUndoRedoEnabled(false);
+    QTextCursor start(document());
+    m_seams->insert(start, text);
+    moveCursor(QTextCursor::Start);
+    document()->setUndoRedoEnabled(true);
+    document()->setModified(false);
+  }
+  m_seams->leaveAsItIs();
+  m_lastText = string();
   if (m_correction) m_correction->textWasSet();
   if (m_grammar) m_grammar->somethingToReview();
 }
@@ -192,9 +203,14 @@ void EntryViewTextView::setTextContainerInset(QSizeF inset) {
 }
 
 void EntryViewTextView::contentsChanged() {
-  if (m_isSettingString) return;
-  // The toolkit also tells of text that an input method has not committed yet.
-  QString now = document()->toRawText();
+  if (m_isSettingString || m_seams->isArranging()) return;
+  // A text that is being composed lies in its block.
+  if (m_isUndoing || !textCursor().block().layout()->preeditAreaText().isEmpty())
+    m_seams->leaveAsItIs();
+  else
+    m_seams->arrange();
+  // Qt also tells of text that an input method has not committed yet.
+  QString now = string();
   if (now == m_lastText) return;
   m_lastText = std::move(now);
   if (m_correction) m_correction->textDidChange();
@@ -202,9 +218,37 @@ void EntryViewTextView::contentsChanged() {
   Q_EMIT textDidChange();
 }
 
+void EntryViewTextView::undo() {
+  undoUntilTextChanges(&QPlainTextEdit::undo, &QTextDocument::isUndoAvailable);
+}
+
+void EntryViewTextView::redo() {
+  undoUntilTextChanges(&QPlainTextEdit::redo, &QTextDocument::isRedoAvailable);
+}
+
+// Each turn takes one step off the stack.
+void EntryViewTextView::undoUntilTextChanges(void (QPlainTextEdit::*step)(),
+                                             bool (QTextDocument::*isAvailable)() const) {
+  const QScopedValueRollback undoing(m_isUndoing, true);
+  const QString before = m_lastText;
+  do {
+    (this->*step)();
+  } while (m_lastText == before && (document()->*isAvailable)());
+}
+
 void EntryViewTextView::caretDidMove() {
   if (m_highlighter && m_highlighter->typingPosition() != textCursor().position()) m_highlighter->endTyping();
   m_completer->caretDidMove();
+}
+
+QMimeData* EntryViewTextView::createMimeDataFromSelection() const {
+  QString selected = ParagraphSeams::selectedString(textCursor());
+  // The base class knows no seams.
+  if (selected.size() == textCursor().selectedText().size()) return QPlainTextEdit::createMimeDataFromSelection();
+  selected.replace(QChar::ParagraphSeparator, u'\n').replace(QChar::LineSeparator, u'\n');
+  auto plain = std::make_unique<QMimeData>();
+  plain->setText(selected);
+  return plain.release();
 }
 
 bool EntryViewTextView::canInsertFromMimeData(const QMimeData* source) const {
@@ -213,7 +257,15 @@ bool EntryViewTextView::canInsertFromMimeData(const QMimeData* source) const {
 
 void EntryViewTextView::insertFromMimeData(const QMimeData* source) {
   // Some programs offer formatted text only.
-  insertPlainText(source->hasText() ? source->text() : QTextDocumentFragment::fromHtml(source->html()).toPlainText());
+  const QString text =
+      source->hasText() ? source->text() : QTextDocumentFragment::fromHtml(source->html()).toPlainText();
+  stepOverSeam(QTextCursor::PreviousCharacter);
+  if (text.size() > ParagraphSeams::longestUnbroken) {
+    QTextCursor caret = textCursor();
+    m_seams->insert(caret, text);
+  } else {
+    insertPlainText(text);
+  }
   ensureCursorVisible();
 }
 
@@ -225,7 +277,7 @@ void EntryViewTextView::replaceCharacters(TextRange range, const QString& text) 
   cursor.setPosition(static_cast<int>(range.location));
   cursor.setPosition(static_cast<int>(range.end()), QTextCursor::KeepAnchor);
   caret.beginEditBlock();
-  cursor.insertText(text);
+  m_seams->insert(cursor, text);
   caret.endEditBlock();
   document()->setModified(false);
 }
@@ -234,7 +286,7 @@ void EntryViewTextView::surroundSelectionWithString(const QString& marker) {
   if (isReadOnly()) return;
   const QTextCursor selection = textCursor();
   replaceCharacters(TextRange::between(selection.selectionStart(), selection.selectionEnd()),
-                    marker + selection.selectedText() + marker);
+                    marker + ParagraphSeams::selectedString(selection) + marker);
 }
 
 bool EntryViewTextView::canFormatSelection() const {
@@ -248,10 +300,22 @@ void EntryViewTextView::setCompletionSource(std::function<QStringList()> source)
 TextRange EntryViewTextView::currentWordRangeForCursorLocation(qsizetype location) const {
   // Words do not reach over the ends of a paragraph, so that the rest of a long text need not be looked at.
   const auto within = static_cast<int>(std::clamp(location, qsizetype{0}, qsizetype{document()->characterCount()} - 1));
-  const QTextBlock block = document()->findBlock(within);
-  TextRange range = rangeBetweenSpaces(block.text(), within - block.position());
-  range.location += block.position();
-  return range;
+  const auto runIn = [](const QTextBlock& block, qsizetype place) {
+    TextRange run = rangeBetweenSpaces(block.text(), place);
+    run.location += block.position();
+    return run;
+  };
+  QTextBlock block = document()->findBlock(within);
+  TextRange range = runIn(block, within - block.position());
+  // On over seams, block by block.
+  qsizetype end = range.end();
+  for (QTextBlock next = block.next(); end == next.position() - 1 && ParagraphSeams::isBefore(next); next = next.next())
+    if (const TextRange run = runIn(next, 0); run.length > 0) end = run.end();
+  for (; range.location == block.position() && ParagraphSeams::isBefore(block); block = block.previous()) {
+    const TextRange run = runIn(block.previous(), block.previous().length() - 1);
+    if (run.length > 0) range.location = run.location;
+  }
+  return TextRange::between(range.location, end);
 }
 
 TextRange EntryViewTextView::rangeForUserCompletion() const {

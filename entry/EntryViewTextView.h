@@ -18,6 +18,7 @@ namespace quillo {
 class AutomaticCorrection;
 class GrammarReviewer;
 class HashtagCompleter;
+class ParagraphSeams;
 class SpellChecker;
 class SpellingHighlighter;
 class UserDefaults;
@@ -27,7 +28,8 @@ enum class TextMovement { Other, Return, Tab, Up, Down };
 
 // The text view of the entry window: plain text only, whatever is pasted, and nothing can be dropped into it. It
 // remembers its spelling, grammar and correction switches in the user defaults, wraps the selection in Markdown's
-// emphasis and completes hashtags. Locations count UTF-16 units of string().
+// emphasis and completes hashtags. Locations are the document's: they count UTF-16 units of string() and, where a
+// paragraph is too long to be laid out at once, the seams in it.
 class EntryViewTextView : public QPlainTextEdit {
   Q_OBJECT
 
@@ -50,6 +52,9 @@ class EntryViewTextView : public QPlainTextEdit {
   [[nodiscard]] QString string() const;
   // Replaces the text and forgets what could be undone. Not an edit by the user: textDidChange() stays silent.
   void setString(const QString& text);
+  // Hide the base class's, which would also stop at a seam that came or went: there is nothing to see of those steps.
+  void undo();
+  void redo();
   // Makes text of what an input method has not committed yet, as string() is without it.
   void commitComposition();
 
@@ -104,11 +109,13 @@ class EntryViewTextView : public QPlainTextEdit {
   void textDidChange();
 
  protected:
+  [[nodiscard]] QMimeData* createMimeDataFromSelection() const override;
   [[nodiscard]] bool canInsertFromMimeData(const QMimeData* source) const override;
   void insertFromMimeData(const QMimeData* source) override;
   bool event(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
   void inputMethodEvent(QInputMethodEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
@@ -119,6 +126,13 @@ class EntryViewTextView : public QPlainTextEdit {
  private:
   void contentsChanged();
   void caretDidMove();
+  void undoUntilTextChanges(void (QPlainTextEdit::*step)(), bool (QTextDocument::*isAvailable)() const);
+  // What a key does to the text.
+  enum class KeyEffect { Other, Types, Deletes };
+  [[nodiscard]] static KeyEffect effectOf(const QKeyEvent& event);
+  bool handleEditingKey(const QKeyEvent& event);
+  void passOnKey(QKeyEvent* event, KeyEffect effect);
+  void stepOverSeam(QTextCursor::MoveOperation direction);
   void beginChecking();
   void applySwitches();
   SpellingHighlighter& ensureHighlighter();
@@ -127,11 +141,14 @@ class EntryViewTextView : public QPlainTextEdit {
   void addMisspellingToMenu(QMenu& menu, QAction* before, TextRange range);
   void addReplacementsToMenu(QMenu& menu, QAction* before, const QStringList& replacements, const QTextCursor& place);
   void addSpellingSubmenuToMenu(QMenu& menu);
+  void makeUndoSkipSeams(const QMenu& menu);
   void replaceCharacters(TextRange range, const QString& text);
   [[nodiscard]] QList<QTextBlock> visibleBlocks() const;
 
-  QString m_lastText;  // as the document holds it
+  std::unique_ptr<ParagraphSeams> m_seams;
+  QString m_lastText;
   bool m_isSettingString{false};
+  bool m_isUndoing{false};
   bool m_isAwake{false};
   bool m_checksSpelling{false};
   bool m_checksGrammar{false};

@@ -4,6 +4,7 @@
 #include "entry/EntryViewTextView.h"
 #include "entry/GrammarReviewer.h"
 #include "entry/HashtagCompleter.h"
+#include "entry/ParagraphSeams.h"
 #include "entry/SpellingHighlighter.h"
 
 #include <QGuiApplication>
@@ -11,16 +12,24 @@
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QTextBlock>
 #include <QTextLayout>
+
+#include <algorithm>
+#include <cstdlib>
 
 namespace quillo {
 
 namespace {
 
-enum class KeyEffect { Other, Types, Deletes };
+bool isFormatKey(const QKeyEvent& event) {
+  return event.matches(QKeySequence::Bold) || event.matches(QKeySequence::Italic);
+}
 
-KeyEffect effectOf(const QKeyEvent& event) {
+}  // namespace
+
+EntryViewTextView::KeyEffect EntryViewTextView::effectOf(const QKeyEvent& event) {
   switch (event.key()) {
     case Qt::Key_Backspace:
     case Qt::Key_Delete:
@@ -37,12 +46,6 @@ KeyEffect effectOf(const QKeyEvent& event) {
   const QChar first = event.text().front();
   return first.isPrint() || first.isSurrogate() ? KeyEffect::Types : KeyEffect::Other;
 }
-
-bool isFormatKey(const QKeyEvent& event) {
-  return event.matches(QKeySequence::Bold) || event.matches(QKeySequence::Italic);
-}
-
-}  // namespace
 
 bool EntryViewTextView::event(QEvent* event) {
   switch (event->type()) {
@@ -77,14 +80,78 @@ void EntryViewTextView::keyPressEvent(QKeyEvent* event) {
       makeSelectionItalic();
     return;
   }
+  if (handleEditingKey(*event)) return;
   const KeyEffect effect = effectOf(*event);
   const int revision = document()->revision();
   if (m_highlighter) m_highlighter->setTyping(effect != KeyEffect::Other);
-  QPlainTextEdit::keyPressEvent(event);
+  passOnKey(event, effect);
   if (m_highlighter) m_highlighter->setTyping(false);
   if (effect == KeyEffect::Other || document()->revision() == revision) return;
   if (effect == KeyEffect::Types && m_correctsSpelling) m_correction->userDidType();
   m_completer->userDidType();
+}
+
+// What the base class would get wrong in a paragraph with seams.
+bool EntryViewTextView::handleEditingKey(const QKeyEvent& event) {
+  if (isReadOnly()) return false;
+  if (event.matches(QKeySequence::Undo)) {
+    undo();
+    return true;
+  }
+  if (event.matches(QKeySequence::Redo)) {
+    redo();
+    return true;
+  }
+  QTextCursor rest = textCursor();
+  const QTextBlock last = ParagraphSeams::lastBlock(rest.block());
+  if (last == rest.block() || !event.matches(QKeySequence::DeleteEndOfLine)) return false;
+  rest.setPosition(last.position() + last.length() - 1, QTextCursor::KeepAnchor);
+  rest.removeSelectedText();
+  return true;
+}
+
+// The base class takes a seam for a character.
+void EntryViewTextView::passOnKey(QKeyEvent* event, KeyEffect effect) {
+  if (effect == KeyEffect::Deletes)
+    stepOverSeam(event->key() == Qt::Key_Backspace ? QTextCursor::PreviousCharacter : QTextCursor::NextCharacter);
+  else if (effect == KeyEffect::Types)
+    stepOverSeam(QTextCursor::PreviousCharacter);
+  const int before = textCursor().position();
+  QPlainTextEdit::keyPressEvent(event);
+  const int after = textCursor().position();
+  if (effect != KeyEffect::Other || std::abs(after - before) != 1) return;
+  const QTextBlock block = document()->findBlock(std::max(before, after));
+  // It went over nothing else.
+  if (block.position() == std::max(before, after) && ParagraphSeams::isBefore(block))
+    QPlainTextEdit::keyPressEvent(event);
+}
+
+// The places before and behind a seam are the same one to the user. What is typed goes before it, as it may join the
+// last character there.
+void EntryViewTextView::stepOverSeam(QTextCursor::MoveOperation direction) {
+  QTextCursor caret = textCursor();
+  if (caret.hasSelection()) return;
+  const bool isAtSeam = direction == QTextCursor::PreviousCharacter
+                            ? caret.atBlockStart() && ParagraphSeams::isBefore(caret.block())
+                            : caret.atBlockEnd() && ParagraphSeams::isBehind(caret.block());
+  if (!isAtSeam) return;
+  caret.movePosition(direction);
+  setTextCursor(caret);
+}
+
+void EntryViewTextView::mousePressEvent(QMouseEvent* event) {
+  QPlainTextEdit::mousePressEvent(event);
+  QTextCursor selection = textCursor();
+  const QTextBlock block = document()->findBlock(selection.selectionStart());
+  // A third click has selected the block, with what parts it from the next one.
+  const bool isBlock = selection.hasSelection() && selection.selectionStart() == block.position() &&
+                       selection.selectionEnd() == block.position() + block.length();
+  if (!isBlock || !(ParagraphSeams::isBefore(block) || ParagraphSeams::isBehind(block))) return;
+  const QTextBlock last = ParagraphSeams::lastBlock(block);
+  selection.setPosition(ParagraphSeams::firstBlock(block).position());
+  selection.setPosition(last.position() + last.length() - 1, QTextCursor::KeepAnchor);
+  selection.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
+  setTextCursor(selection);
 }
 
 void EntryViewTextView::commitComposition() {
@@ -104,6 +171,11 @@ void EntryViewTextView::inputMethodEvent(QInputMethodEvent* event) {
   beginChecking();
   const bool commits = !event->commitString().isEmpty();
   const bool composes = !event->preeditString().isEmpty();
+  if (commits || composes) {
+    stepOverSeam(QTextCursor::PreviousCharacter);
+    // The base class would do it in one step with the rest, and a block between seams must not be empty meanwhile.
+    if (m_seams->hasSeams()) textCursor().removeSelectedText();
+  }
   if (m_highlighter) m_highlighter->setTyping(true);
   QPlainTextEdit::inputMethodEvent(event);
   if (m_highlighter) {

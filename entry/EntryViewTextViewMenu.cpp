@@ -60,10 +60,22 @@ std::unique_ptr<QMenu> EntryViewTextView::menuForEvent(const QContextMenuEvent& 
   std::unique_ptr<QMenu> menu(createStandardContextMenu(event.pos()));
   const bool atCaret = event.reason() == QContextMenuEvent::Keyboard;
   addGuessesToMenu(*menu, atCaret ? textCursor().position() : cursorForPosition(event.pos()).position());
+  makeUndoSkipSeams(*menu);
   addSpellingSubmenuToMenu(*menu);
   addFormatSubmenuToMenu(*menu);
   removeLayoutFromMenu(*menu);
   return menu;
+}
+
+void EntryViewTextView::makeUndoSkipSeams(const QMenu& menu) {
+  const auto lead = [&](const QString& name, void (EntryViewTextView::*command)()) {
+    if (auto* item = menu.findChild<QAction*>(name)) {
+      item->disconnect(SIGNAL(triggered(bool)));
+      connect(item, &QAction::triggered, this, command);
+    }
+  };
+  lead(u"edit-undo"_s, &EntryViewTextView::undo);
+  lead(u"edit-redo"_s, &EntryViewTextView::redo);
 }
 
 void EntryViewTextView::addGuessesToMenu(QMenu& menu, int position) {

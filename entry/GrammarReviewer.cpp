@@ -1,5 +1,6 @@
 #include "entry/GrammarReviewer.h"
 
+#include "entry/ParagraphSeams.h"
 #include "entry/SpellingHighlighter.h"
 
 #include <QTextCursor>
@@ -39,6 +40,8 @@ void GrammarReviewer::tryAgain() {
 void GrammarReviewer::reviewNext() {
   if (!m_isEnabled) return;
   for (const QTextBlock& block : m_visibleBlocks()) {
+    // A sentence may reach over the end of a block that is only a part of its paragraph.
+    if (ParagraphSeams::isBefore(block) || ParagraphSeams::isBehind(block)) continue;
     const QString text = block.text();
     if (m_highlighter.isReviewed(block) || text.trimmed().isEmpty() || text.size() > GrammarClient::longestText)
       continue;

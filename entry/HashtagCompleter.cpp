@@ -2,6 +2,7 @@
 
 #include "entry/EntryViewTextView.h"
 #include "entry/HashtagCompletionList.h"
+#include "entry/ParagraphSeams.h"
 
 #include <QKeyEvent>
 #include <QTextBlock>
@@ -86,7 +87,10 @@ void HashtagCompleter::userDidType() {
 void HashtagCompleter::showMatches(TextRange word) {
   QTextCursor start(m_view.document());
   start.setPosition(static_cast<int>(word.location));
-  const QString typed = start.block().text().mid(start.positionInBlock() + 1, word.length - 1);
+  QTextCursor name(start);
+  name.setPosition(static_cast<int>(word.location + 1));
+  name.setPosition(static_cast<int>(word.end()), QTextCursor::KeepAnchor);
+  const QString typed = ParagraphSeams::selectedString(name);
   QStringList matches;
   bool isTag = typed.isEmpty();
   for (const QString& tag : std::as_const(m_tags)) {

@@ -1,5 +1,6 @@
 #include "entry/SpellingHighlighter.h"
 
+#include "entry/ParagraphSeams.h"
 #include "entry/SpellChecker.h"
 #include "entry/SpellingWords.h"
 #include "entry/WavyUnderline.h"
@@ -148,10 +149,14 @@ bool SpellingHighlighter::isBeingTyped(const QString& text, TextRange word, int 
 
 bool SpellingHighlighter::checkSpelling(const QTextBlock& block) {
   QList<TextRange> found;
-  if (m_isSpellingEnabled && block.length() <= longestParagraph) {
+  if (m_isSpellingEnabled) {
     const QString text = block.text();
-    const QList<TextRange> words = wordsToCheck(text);
-    for (const TextRange& word : words) {
+    // What a run of characters is (a word, an address) shows only as a whole.
+    const qsizetype from = ParagraphSeams::cutsRunBefore(block) ? rangeBetweenSpaces(text, 0).end() : 0;
+    const qsizetype to =
+        ParagraphSeams::cutsRunBehind(block) ? rangeBetweenSpaces(text, text.size()).location : text.size();
+    for (TextRange word : wordsToCheck(QStringView(text).sliced(from, std::max(from, to) - from))) {
+      word.location += from;
       if (isBeingTyped(text, word, block.position()))
         m_isHoldingBack = true;
       else if (m_checker.isMisspelled(QStringView(text).sliced(word.location, word.length)))

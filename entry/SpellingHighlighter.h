@@ -22,15 +22,13 @@ class SpellChecker;
 //
 // An edit has only the changed paragraphs checked, at once for as long as a few milliseconds last; what is left over is
 // checked in slices of the same length while nothing else goes on, what is on the screen first. With nothing left to
-// check no timer runs. Paragraphs beyond any written one (longestParagraph) are not checked.
+// check no timer runs. The blocks are short, since longer paragraphs are parted (ParagraphSeams).
 //
 // The word at whose end the user types is left alone until endTyping() or an edit elsewhere.
 class SpellingHighlighter : public QSyntaxHighlighter {
   Q_OBJECT
 
  public:
-  static constexpr qsizetype longestParagraph = 32768;
-
   // What the highlighter has to know of the view.
   struct View {
     std::function<QList<QTextBlock>()> visibleBlocks;  // the paragraphs on the screen

@@ -109,7 +109,7 @@ class EntryViewTest : public testing::Test {
   // The words that are underlined, in order.
   QStringList misspelled() {
     finishChecking();
-    const QString text = view->string();
+    const QString text = view->document()->toRawText();
     QStringList words;
     for (const TextRange& range : view->spellingHighlighter()->misspellings())
       words << text.mid(range.location, range.length);

@@ -140,13 +140,6 @@ TEST_F(EntryViewTest, ALongPasteIsCheckedInSlicesAndThenNothingRuns) {
   EXPECT_TRUE(view->spellingHighlighter()->isIdle());
 }
 
-TEST_F(EntryViewTest, AParagraphBeyondAnyWrittenOneIsNotChecked) {
-  show();
-  paste(u"wrod\n"_s + QString(SpellingHighlighter::longestParagraph / 4, u'x').replace(u"x"_s, u"wrod "_s) +
-        u"\nwrod\n"_s);
-  EXPECT_EQ(misspelled().size(), 2);
-}
-
 TEST_F(EntryViewTest, GuessesReplaceTheWordAndTaughtWordsPass) {
   show();
   paste(u"lihgt Rivr"_s);
