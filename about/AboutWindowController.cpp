@@ -1,5 +1,6 @@
 #include "about/AboutWindowController.h"
 
+#include "about/CreditsView.h"
 #include "about/Deployment.h"
 #include "about/LegalWindowController.h"
 #include "about/LinkStyle.h"
@@ -15,7 +16,6 @@
 #include <QKeyEvent>
 #include <QScreen>
 #include <QTextBlock>
-#include <QTextBrowser>
 #include <QTextCursor>
 
 #include <cmath>
@@ -73,7 +73,7 @@ void AboutWindowController::awakeFromNib() {
 }
 
 void AboutWindowController::makeCreatorText() {
-  m_creatorText = new QTextBrowser(m_window.get());
+  m_creatorText = new CreditsView(m_window.get());
   m_creatorText->setObjectName(u"creatorText"_s);
   m_creatorText->setAccessibleName(u"Credits"_s);
   m_creatorText->setFrameStyle(QFrame::NoFrame);

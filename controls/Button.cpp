@@ -90,8 +90,12 @@ void Button::focusOutEvent(QFocusEvent* event) {
 void Button::drawFocusRing(QPainter& painter) const {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setBrush(Qt::NoBrush);
-  painter.setPen(QPen(QColor(0x8f, 0xc3, 0xff, 0xd0), 2));
-  painter.drawRoundedRect(m_cell->focusRingRectForBounds(rect()).adjusted(1, 1, -1, -1), 4.5, 4.5);
+  const QRectF ring = m_cell->focusRingRectForBounds(rect()).adjusted(2, 2, -2, -2);
+  // A pale line with dark edges shows on light grounds as well as on dark ones.
+  for (const QPen& pen : {QPen(QColor(0x12, 0x4f, 0x96), 4), QPen(QColor(0x8f, 0xc3, 0xff), 2)}) {
+    painter.setPen(pen);
+    painter.drawRoundedRect(ring, 4.5, 4.5);
+  }
 }
 
 }  // namespace quillo

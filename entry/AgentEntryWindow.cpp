@@ -4,6 +4,7 @@
 #include "controls/Fonts.h"
 #include "ui_AgentEntryWindow.h"
 
+#include <QAccessibleWidget>
 #include <QCloseEvent>
 #include <QDialog>
 #include <QLabel>
@@ -34,6 +35,12 @@ static void setLabelLook(QLabel& label, const QFont& font, const QColor& color) 
   label.setPalette(palette);
 }
 
+// A tool window says nothing of what it is; a screen reader reads a dialog out when it opens.
+static QAccessibleInterface* dialogFor(const QString& className, QObject* object) {
+  if (className != QLatin1StringView(AgentEntryWindow::staticMetaObject.className())) return nullptr;
+  return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Dialog);
+}
+
 AgentEntryWindow::AgentEntryWindow()
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
       m_ui(std::make_unique<Ui::AgentEntryWindow>()),
@@ -44,6 +51,7 @@ AgentEntryWindow::AgentEntryWindow()
   setObjectName(u"AgentEntryWindow"_s);
   setWindowTitle(m_content->windowTitle());
   setAccessibleName(u"Quillo entry"_s);
+  QAccessible::installFactory(&dialogFor);
 
   awakeFromNib();
   layOut();

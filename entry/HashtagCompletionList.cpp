@@ -1,12 +1,14 @@
 #include "entry/HashtagCompletionList.h"
 
 #include "controls/Fonts.h"
+#include "entry/AccessibleCompletionList.h"
 
 #include <QLinearGradient>
 #include <QMouseEvent>
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace quillo {
 
@@ -41,6 +43,7 @@ QLinearGradient verticalGradient(const QRectF& rect, const QColor& top, const QC
 HashtagCompletionList::HashtagCompletionList(QWidget* window) : QWidget(window) {
   setObjectName(QStringLiteral("hashtagCompletionList"));
   setAccessibleName(QStringLiteral("Hashtags"));
+  AccessibleCompletionList::install();
   setFocusPolicy(Qt::NoFocus);
   setMouseTracking(true);
   setCursor(Qt::ArrowCursor);
@@ -73,12 +76,15 @@ void HashtagCompletionList::showTags(const QStringList& tags, int selected, QRec
   show();
   raise();
   update();
+  AccessibleCompletionList::rowsDidChange(*this);
+  AccessibleCompletionList::selectionDidMove(*this, -1, m_selected);
 }
 
 void HashtagCompletionList::select(int row) {
   if (row == m_selected) return;
-  m_selected = row;
+  const int before = std::exchange(m_selected, row);
   update();
+  AccessibleCompletionList::selectionDidMove(*this, before, row);
   if (row >= 0) Q_EMIT selectionDidMove(m_tags[row]);
 }
 

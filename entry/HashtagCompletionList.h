@@ -26,6 +26,9 @@ class HashtagCompletionList : public QWidget {
   [[nodiscard]] int selectedRow() const { return m_selected; }
   // Wraps around at both ends.
   void moveSelection(int by);
+  [[nodiscard]] QRect rowRect(int row) const;
+  // -1 where there is none.
+  [[nodiscard]] int rowAt(QPoint point) const;
 
  Q_SIGNALS:
   void selectionDidMove(const QString& tag);
@@ -39,8 +42,6 @@ class HashtagCompletionList : public QWidget {
 
  private:
   void select(int row);
-  [[nodiscard]] QRect rowRect(int row) const;
-  [[nodiscard]] int rowAt(QPoint point) const;
 
   QStringList m_tags;
   int m_selected{-1};

@@ -19,6 +19,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace quillo {
 namespace {
@@ -122,6 +123,32 @@ TEST_F(AboutWindowTest, TheLogosOpenTheSitesAndNeverLookPressed) {
     EXPECT_EQ(button.grab().toImage(), before) << row.name;
     QTest::mouseRelease(&button, Qt::LeftButton);
     EXPECT_EQ(workspace.opened.last(), QString(row.site));
+  }
+}
+
+TEST_F(AboutWindowTest, TheKeyboardsPlaceIsSeenAtEveryStopOnEitherGround) {
+  about.showWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&about.window()));
+  for (const QColor& ground : {QColor(0xef, 0xef, 0xef), QColor(0x2a, 0x2d, 0x33)}) {
+    about.window().setPalette(QPalette(ground));
+    child<CustomCursorButton>("legalButton").setFocus(Qt::MouseFocusReason);
+    child<CustomCursorButton>("brandLogoButton").setFocus(Qt::MouseFocusReason);
+    QApplication::processEvents();
+    const QImage plain = about.window().grab().toImage();
+    // Two logos, four links and the legal text.
+    for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab})
+      for (int stop = 0; stop < 7; ++stop) {
+        QTest::keyClick(QApplication::focusWidget(), key);
+        const QImage focused = about.window().grab().toImage();
+        int contrasting = 0;
+        for (int y = 0; y < plain.height(); ++y)
+          for (int x = 0; x < plain.width(); ++x)
+            if (focused.pixel(x, y) != plain.pixel(x, y) &&
+                std::abs(focused.pixelColor(x, y).lightness() - ground.lightness()) > 90)
+              ++contrasting;
+        EXPECT_GT(contrasting, 20) << "stop " << stop << " on " << ground.name().toStdString();
+      }
+    EXPECT_EQ(QApplication::focusWidget(), &child<CustomCursorButton>("brandLogoButton"));
   }
 }
 

@@ -3,6 +3,7 @@
 #include "entry/AlertSheet.h"
 #include "tests/ui/entry/EntryWindowFixture.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QInputMethodEvent>
 #include <QLabel>
@@ -130,6 +131,7 @@ TEST_F(EntryWindowTest, WithNoJournalTheAlertSaysWhereToConfigureOne) {
 
 TEST_F(EntryWindowTest, NoKeyDismissesTheWindowAndTheKeyboardReachesEverything) {
   show();
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(&controller->window())->role(), QAccessible::Dialog);
   type("x");
   for (const auto key : {Qt::Key_Escape, Qt::Key_Return, Qt::Key_Enter}) QTest::keyClick(textView(), key);
   EXPECT_TRUE(controller->window().isVisible());

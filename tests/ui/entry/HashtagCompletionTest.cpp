@@ -3,6 +3,7 @@
 #include "entry/HashtagCompletionList.h"
 #include "tests/ui/entry/EntryViewFixture.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QVBoxLayout>
 
@@ -140,6 +141,35 @@ TEST_F(HashtagCompletionTest, AClickTakesTheRowAndTheFocusStays) {
   EXPECT_FALSE(list());
   EXPECT_TRUE(view->hasFocus());
   EXPECT_FALSE(QApplication::activePopupWidget());
+}
+
+TEST_F(HashtagCompletionTest, AScreenReaderFindsTheRowsAndTheChoice) {
+  type(u"#e"_s);
+  QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(list());
+  ASSERT_TRUE(accessible);
+  EXPECT_EQ(accessible->role(), QAccessible::List);
+  EXPECT_EQ(accessible->text(QAccessible::Name), u"Hashtags"_s);
+  EXPECT_TRUE(QAccessible::queryAccessibleInterface(view->window())->indexOfChild(accessible) >= 0);
+  ASSERT_EQ(accessible->childCount(), 3);
+  press(Qt::Key_Down);
+  QAccessibleInterface* last = accessible->child(2);
+  for (int row = 0; row < 3; ++row) {
+    QAccessibleInterface* item = accessible->child(row);
+    ASSERT_TRUE(item && item->isValid());
+    EXPECT_EQ(item->role(), QAccessible::ListItem);
+    EXPECT_EQ(item->text(QAccessible::Name), u'#' + rows()[row]);
+    EXPECT_EQ(item->state().selected, row == 1);
+    EXPECT_EQ(item->parent(), accessible);
+    EXPECT_EQ(accessible->indexOfChild(item), row);
+    EXPECT_EQ(accessible->childAt(item->rect().center().x(), item->rect().center().y()), item);
+  }
+  EXPECT_FALSE(accessible->child(3) || accessible->child(-1));
+  // A row that a screen reader still holds when the list has become shorter.
+  type(u"v"_s);
+  type(u"en"_s);
+  ASSERT_EQ(accessible->childCount(), 1);
+  EXPECT_FALSE(last->isValid());
+  EXPECT_EQ(last->text(QAccessible::Name), QString());
 }
 
 TEST_F(HashtagCompletionTest, TheListStaysInsideTheWindow) {
