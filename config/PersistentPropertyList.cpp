@@ -4,11 +4,22 @@
 #include "foundation/Log.h"
 #include "foundation/TildeExpansion.h"
 
+#include <QThread>
+
 #include <utility>
 
 namespace quillo {
 
 using namespace Qt::StringLiterals;
+
+// A writer that is at work is done by then; a file that is really damaged costs its reader no more than this.
+static constexpr unsigned long tornReadMilliseconds = 10;
+
+// The error of a reader or writer that does not know the file's name.
+static Error inFile(const QString& path, Error error) {
+  error.localizedDescription = path + u": "_s + error.localizedDescription;
+  return error;
+}
 
 std::unique_ptr<PersistentPropertyList> PersistentPropertyList::withPropertyListURL(const QUrl& url, Error* error) {
   auto list = std::unique_ptr<PersistentPropertyList>(new PersistentPropertyList(url));
@@ -16,17 +27,35 @@ std::unique_ptr<PersistentPropertyList> PersistentPropertyList::withPropertyList
   return list;
 }
 
-bool PersistentPropertyList::readProps(Error* error) {
+std::optional<PropertyListValue> PersistentPropertyList::parsedFile(Error* error) {
+  const QString path = m_propertyListURL.toLocalFile();
   Error reason;
-  auto bytes = contentsOfFile(m_propertyListURL.toLocalFile(), &reason);
-  if (!bytes && reason.domain == ErrorDomain::cocoa && reason.code == ErrorCode::fileReadNoSuchFile)
-    bytes = PropertyListSerialization::dataWithPropertyList(PropertyListDictionary(), PropertyListFormat::Binary);
-  if (!bytes) return fail(error, reason);
+  // Twice at most: what another program is writing in place reads as damaged for a moment.
+  for (int attempt = 1;; ++attempt) {
+    const auto bytes = contentsOfFile(path, &reason);
+    if (!bytes && reason.domain == ErrorDomain::cocoa && reason.code == ErrorCode::fileReadNoSuchFile) {
+      m_format = PropertyListFormat::Binary;
+      return PropertyListDictionary();
+    }
+    if (!bytes) break;
+    PropertyListFormat format{};
+    if (const auto parsed = PropertyListSerialization::propertyListWithData(*bytes, &format, &reason)) {
+      m_format = format;
+      return *parsed;
+    }
+    if (attempt == 2) {
+      reason = inFile(path, reason);
+      break;
+    }
+    QThread::msleep(tornReadMilliseconds);
+  }
+  fail(error, reason);
+  return std::nullopt;
+}
 
-  PropertyListFormat format{};
-  const auto parsed = PropertyListSerialization::propertyListWithData(*bytes, &format, error);
+bool PersistentPropertyList::readProps(Error* error) {
+  const auto parsed = parsedFile(error);
   if (!parsed) return false;
-  m_format = format;
 
   // A top level that is no dictionary is taken as it comes: every key of it reads as absent.
   m_isDictionary = parsed->isDictionary();
@@ -53,9 +82,11 @@ bool PersistentPropertyList::writeProps(const PropertyListDictionary& properties
     return fail(error,
                 cocoaError(ErrorCode::propertyListWriteInvalid,
                            m_propertyListURL.toLocalFile() + u": the file there is no dictionary; left as it is"_s));
-  const auto bytes = PropertyListSerialization::dataWithPropertyList(properties, m_format, error);
+  Error reason;
+  const auto bytes = PropertyListSerialization::dataWithPropertyList(properties, m_format, &reason);
+  if (!bytes) return fail(error, inFile(m_propertyListURL.toLocalFile(), reason));
   // In place and not by renaming: the other application holds the same file.
-  return bytes && writeFileInPlace(m_propertyListURL.toLocalFile(), *bytes, error);
+  return writeFileInPlace(m_propertyListURL.toLocalFile(), *bytes, error);
 }
 
 PropertyListDictionary PersistentPropertyList::allProperties() const {
@@ -65,22 +96,22 @@ PropertyListDictionary PersistentPropertyList::allProperties() const {
   return all;
 }
 
-bool PersistentPropertyList::synchronize() {
-  Error error;
-  if (!readProps(&error)) {
-    QLLogInfo(u"Failed to read property list %1 - %2"_s.arg(m_propertyListURL.toString(), error.description()));
-    return false;
+bool PersistentPropertyList::synchronize(Error* error) {
+  const auto failed = [this, error](QLatin1StringView what, const Error& reason) {
+    QLLogInfo(u"Failed to %1 property list %2 - %3"_s.arg(what, m_propertyListURL.toString(), reason.description()));
+    m_lastError = reason;
+    return fail(error, reason);
+  };
+  Error reason;
+  if (!readProps(&reason)) return failed(QLatin1StringView("read"), reason);
+  if (!m_dirtyProperties.isEmpty()) {
+    PropertyListDictionary merged = allProperties();
+    merged.removeIf([](std::pair<const QString&, PropertyListValue&> item) { return item.second.isNull(); });
+    if (!writeProps(merged, &reason)) return failed(QLatin1StringView("write"), reason);
+    m_properties = merged;
+    m_dirtyProperties.clear();
   }
-  if (m_dirtyProperties.isEmpty()) return true;
-
-  PropertyListDictionary merged = allProperties();
-  merged.removeIf([](std::pair<const QString&, PropertyListValue&> item) { return item.second.isNull(); });
-  if (!writeProps(merged, &error)) {
-    QLLogInfo(u"Failed to write property list %1 - %2"_s.arg(m_propertyListURL.toString(), error.description()));
-    return false;
-  }
-  m_properties = merged;
-  m_dirtyProperties.clear();
+  m_lastError.reset();
   return true;
 }
 
@@ -96,7 +127,7 @@ void PersistentPropertyList::setValueForKey(const std::optional<PropertyListValu
   willChangeValueForKey(key);
   m_dirtyProperties.insert(key, value.value_or(PropertyListValue::Null{}));
   didChangeValueForKey(key);
-  // The caller is not told: a value that could not be saved stays pending.
+  // A value that could not be saved stays pending; lastError() says why.
   synchronize();
 }
 

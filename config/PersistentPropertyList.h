@@ -19,11 +19,11 @@ namespace quillo {
 // lock and no watcher: a fresh read happens at creation, at every save and at synchronize().
 //
 // A set saves at once. When the save fails the value stays pending: it is visible here and is written at the next
-// synchronize() that succeeds. Typed getters never fail. Main thread only.
+// synchronize() that succeeds; lastError() says why it could not. Typed getters never fail. Main thread only.
 class PersistentPropertyList final : public KeyValueObservable {
  public:
-  // Null, with the read error, when the file exists and cannot be read as a property list. A missing file reads as
-  // empty; it is made, in the binary form, by the first set.
+  // Null, with the read error, when the file exists and cannot be read as a property list; one that another program is
+  // writing is read once more first. A missing file reads as empty; it is made, in the binary form, by the first set.
   [[nodiscard]] static std::unique_ptr<PersistentPropertyList> withPropertyListURL(const QUrl& url,
                                                                                    Error* error = nullptr);
 
@@ -36,7 +36,10 @@ class PersistentPropertyList final : public KeyValueObservable {
   [[nodiscard]] PropertyListDictionary allProperties() const;
 
   // Reads again, merges and writes. False, logged, when the file cannot be read or written; what is pending stays so.
-  bool synchronize();
+  bool synchronize(Error* error = nullptr);
+  // Why the last synchronize(), or the save of the last set, failed: the file's name and the reason. Nothing after one
+  // that succeeded.
+  [[nodiscard]] const std::optional<Error>& lastError() const { return m_lastError; }
 
   // Nothing where the key is absent; the null marker for a removal not yet written.
   [[nodiscard]] std::optional<PropertyListValue> valueForKey(const QString& key) const;
@@ -57,6 +60,8 @@ class PersistentPropertyList final : public KeyValueObservable {
 
  private:
   explicit PersistentPropertyList(const QUrl& url) : m_propertyListURL(url) {}
+  // The file's top level, in whatever form, which is kept; a dictionary of nothing where there is no file.
+  std::optional<PropertyListValue> parsedFile(Error* error);
   bool readProps(Error* error);
   bool writeProps(const PropertyListDictionary& properties, Error* error) const;
 
@@ -65,6 +70,7 @@ class PersistentPropertyList final : public KeyValueObservable {
   PropertyListDictionary m_properties;
   bool m_isDictionary{true};
   PropertyListDictionary m_dirtyProperties;
+  std::optional<Error> m_lastError;
 };
 
 // Where to get a list that may be unreadable for a time: null meanwhile, and asked again at each use.

@@ -58,7 +58,7 @@ QuilloConfig::QuilloConfig(UserDirectories directories, UserDefaults& ownDefault
     m_ownDefaults.removeObjectForKey(Key::webKitDeveloperExtras);
 }
 
-PersistentPropertyList* QuilloConfig::groupProperties() {
+PersistentPropertyList* QuilloConfig::groupProperties(Error* error) {
   if (m_groupPropertyList) return m_groupPropertyList.get();
   const QString path = groupPrefsDirectoryURL().toLocalFile() + u"/quillo.plist"_s;
   if (!QFileInfo::exists(path)) {
@@ -67,8 +67,8 @@ PersistentPropertyList* QuilloConfig::groupProperties() {
         PropertyListSerialization::dataWithPropertyList(PropertyListDictionary(), PropertyListFormat::XML);
     writeFileInPlace(path, *empty);
   }
-  m_groupPropertyList = PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path));
-  // The reason is not passed on: the line ends in the text of a missing object. It is wanted so.
+  m_groupPropertyList = PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path), error);
+  // The log is not told the reason: the line ends in the text of a missing object. It is wanted so.
   if (!m_groupPropertyList)
     QLLogInfo(QLatin1StringView("-[QuilloConfig groupProperties]"),
               u"Unable to initialize group property list - (null)"_s);

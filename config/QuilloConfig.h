@@ -40,8 +40,8 @@ class QuilloConfig {
   void setWorkspace(Workspace* workspace) { m_workspace = workspace; }
 
   // The shared list, made on first use as an empty XML list when there is no file. Null, logged, while it cannot be
-  // read: settings then read as absent and writes are lost; the next call tries again.
-  [[nodiscard]] PersistentPropertyList* groupProperties();
+  // read: settings then read as absent and writes are lost; the next call tries again. The error names the file.
+  [[nodiscard]] PersistentPropertyList* groupProperties(Error* error = nullptr);
 
   void ensureDirectoryAtPath(const QString& path) const;
 

@@ -36,12 +36,17 @@ void printJson(const QJsonValue& value) {
 }
 
 PersistentPropertyList* sharedList(Context& context) {
-  if (PersistentPropertyList* list = context.config.groupProperties()) return list;
-  const QString path = context.config.groupPrefsDirectoryURL().toLocalFile() + u"/quillo.plist"_s;
   Error error;
-  static_cast<void>(PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path), &error));
-  failed(u"the settings cannot be read - %1"_s.arg(error.localizedDescription));
-  return nullptr;
+  PersistentPropertyList* list = context.config.groupProperties(&error);
+  if (!list) failed(u"the settings cannot be read - %1"_s.arg(error.localizedDescription));
+  return list;
+}
+
+bool isSaved(const PersistentPropertyList& list, const QString& what) {
+  if (list.dirtyProperties().isEmpty()) return true;
+  const auto& error = list.lastError();
+  failed(u"%1 was not saved - %2"_s.arg(what, error ? error->localizedDescription : u"the reason is unknown"_s));
+  return false;
 }
 
 std::shared_ptr<QLJournalPackageFile> openJournal(Context& context) {

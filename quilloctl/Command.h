@@ -58,6 +58,9 @@ void printJson(const QJsonValue& value);
 // The shared list; null, with the reason said, when it cannot be read.
 PersistentPropertyList* sharedList(Context& context);
 
+// Whether all that was set in the list is on disk. If not, it says that `what` was not saved, and why.
+[[nodiscard]] bool isSaved(const PersistentPropertyList& list, const QString& what);
+
 // The configured journal; null, with the reason said.
 std::shared_ptr<QLJournalPackageFile> openJournal(Context& context);
 

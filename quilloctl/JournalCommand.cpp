@@ -37,8 +37,12 @@ int set(Context& context, const QUrl& url) {
   if (!QLJournalPackageFile::openPackage(url, /*create=*/false, &error)) return failed(error.localizedDescription);
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
+  const QString what = u"the journal's location"_s;
+  // Before the bookmarks, which must not lead to a journal that was not set.
+  list->setURLForKey(url, Key::journalPackageURL);
+  if (!isSaved(*list, what)) return Failed;
   context.config.setConfiguredJournalFileURL(url);
-  if (!list->dirtyProperties().isEmpty()) return failed(u"the journal's location was not saved"_s);
+  if (!isSaved(*list, what)) return Failed;
   context.post(Notice::journalPackagePathDidChange);
   if (context.json) printJson(QJsonObject{{u"path"_s, url.toLocalFile()}});
   return Done;

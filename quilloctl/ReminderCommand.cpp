@@ -217,7 +217,7 @@ int set(Context& context, const Words& words) {
   PersistentPropertyList* list = interval ? sharedList(context) : nullptr;
   if (!list) return Failed;
   interval->writeToUserDefaults(*list);
-  if (!list->dirtyProperties().isEmpty()) return failed(u"the reminder was not saved"_s);
+  if (!isSaved(*list, u"the reminder"_s)) return Failed;
   context.post(Notice::reminderSettingsDidChange);
   return show(context);
 }
@@ -225,10 +225,15 @@ int set(Context& context, const Words& words) {
 int turn(Context& context, bool on) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
+  // Before the managers, which would make a login item and start the agent for a setting that was not saved.
+  const QString what = u"the setting"_s;
+  list->setBoolForKey(on, Key::remindersEnabled);
+  if (on) list->setBoolForKey(true, Key::agentEnabled);
+  if (!isSaved(*list, what)) return Failed;
   static_cast<void>(context.session());
   // Reminders need the agent: this enables it, too.
   RemindersManager::sharedManager().setRemindersAreEnabled(on);
-  if (!list->dirtyProperties().isEmpty()) return failed(u"the setting was not saved"_s);
+  if (!isSaved(*list, what)) return Failed;
   if (const LoginItem item(Identifier::agent); on && !item.existsAsLoginItem())
     return failed(u"reminders are on, but the agent could not be made a login item: "_s + item.errorString());
   if (context.json)

@@ -1,5 +1,4 @@
 #include "config/Keys.h"
-#include "foundation/Log.h"
 #include "foundation/PropertyListJson.h"
 #include "quilloctl/Command.h"
 
@@ -130,11 +129,8 @@ int change(Context& context, const QString& key, const std::optional<PropertyLis
     return failed(u"%1 is not a shared setting"_s.arg(key));
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
-  QString reason;
-  const LogSink before = setLogSink([&reason](const LogMessage& message) { reason = message.text; });
   list->setValueForKey(value, key);
-  setLogSink(before);
-  if (!list->dirtyProperties().isEmpty()) return failed(u"%1 was not saved - %2"_s.arg(key, reason));
+  if (!isSaved(*list, key)) return Failed;
   if (setting && !setting->notice.isEmpty()) context.post(setting->notice);
   if (context.json)
     printJson(QJsonObject{{u"key"_s, key}, {u"value"_s, value ? jsonFromPropertyList(*value) : QJsonValue()}});

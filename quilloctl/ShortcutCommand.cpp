@@ -40,7 +40,7 @@ int save(Context& context, const std::optional<PropertyListValue>& setting) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
   list->setValueForKey(setting, Key::menuEntryGlobalShortcut);
-  if (!list->dirtyProperties().isEmpty()) return failed(u"the shortcut was not saved"_s);
+  if (!isSaved(*list, u"the shortcut"_s)) return Failed;
   context.post(Notice::menuBarEntryShortcutDidChange);
   return show(context);
 }

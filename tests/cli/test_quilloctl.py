@@ -147,12 +147,22 @@ class QuilloctlTest(QuilloctlTestCase):
         for bad in (b"", b"<plist><dict><key>torn", b"bplist00", b"{ unfinished"):
             self.list.write_bytes(bad)
             self.assert_fails("settings", "set", "K", "V", says="cannot be read")
-            self.assert_fails("settings", "list", says="cannot be read")
+            self.assert_fails("settings", "list", says=f"cannot be read - {self.list}: ")
             self.assertEqual(self.list.read_bytes(), bad)
-        self.list.write_bytes(b"{ Name = old; }")
+
+    def test_a_setter_that_cannot_save_says_why_and_does_nothing_else(self):
+        journal = self.ctl("journal", "create", str(self.home / "J"))
+        # Read, but written by nobody.
+        unwritable = b"{ Name = old; }"
+        self.list.parent.mkdir(parents=True, exist_ok=True)
+        self.list.write_bytes(unwritable)
         self.assertEqual(self.ctl("settings", "get", "Name"), "old")
-        self.assert_fails("settings", "set", "Name", "new", says="not saved")
-        self.assertEqual(self.list.read_bytes(), b"{ Name = old; }")
+        for words in (["settings", "set", "Name", "new"], ["settings", "remove", "Name"], ["shortcut", "set", "cmd+j"],
+                      ["journal", "set", journal], ["reminder", "set", "--every", "day"], ["reminder", "on"], ["reminder", "off"]):
+            reason = self.assert_fails(*words, says=f"not saved - {self.list}: ")
+            self.assertIn("OpenStep", reason)
+        self.assertEqual(self.list.read_bytes(), unwritable)
+        self.assertFalse((self.home / ".config").exists(), "a login item or a bookmark of what was not saved")
 
     def test_journal_and_entries(self):
         self.assert_fails("journal", "path", says="no journal")
