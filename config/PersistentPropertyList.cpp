@@ -1,9 +1,11 @@
 #include "config/PersistentPropertyList.h"
 
 #include "foundation/FileContents.h"
+#include "foundation/FolderLock.h"
 #include "foundation/Log.h"
 #include "foundation/TildeExpansion.h"
 
+#include <QFileInfo>
 #include <QThread>
 
 #include <utility>
@@ -53,15 +55,32 @@ std::optional<PropertyListValue> PersistentPropertyList::parsedFile(Error* error
   return std::nullopt;
 }
 
-bool PersistentPropertyList::readProps(Error* error) {
-  const auto parsed = parsedFile(error);
-  if (!parsed) return false;
+QString PersistentPropertyList::folder() const {
+  return QFileInfo(m_propertyListURL.toLocalFile()).path();
+}
 
+std::optional<PropertyListDictionary> PersistentPropertyList::replaceProperties(Error* error) {
+  const auto parsed = parsedFile(error);
+  if (!parsed) return std::nullopt;
   // A top level that is no dictionary is taken as it comes: every key of it reads as absent.
   m_isDictionary = parsed->isDictionary();
-  const PropertyListDictionary before = std::exchange(m_properties, parsed->dictionary());
+  return std::exchange(m_properties, parsed->dictionary());
+}
+
+bool PersistentPropertyList::readProps(Error* error) {
+  std::optional<PropertyListDictionary> before;
+  {
+    const FolderLock lock(folder(), FolderLock::Mode::Shared);
+    before = replaceProperties(error);
+  }
+  if (!before) return false;
   // A copy: an observer may set a value, which reads the file again.
   const PropertyListDictionary now = m_properties;
+  tellChanges(*before, now);
+  return true;
+}
+
+void PersistentPropertyList::tellChanges(const PropertyListDictionary& before, const PropertyListDictionary& now) {
   for (auto it = now.begin(); it != now.end(); ++it) {
     const auto old = before.find(it.key());
     if (old != before.end() && *old == *it) continue;
@@ -74,7 +93,6 @@ bool PersistentPropertyList::readProps(Error* error) {
     willChangeValueForKey(it.key());
     willChangeValueForKey(it.key());
   }
-  return true;
 }
 
 bool PersistentPropertyList::writeProps(const PropertyListDictionary& properties, Error* error) const {
@@ -105,13 +123,29 @@ bool PersistentPropertyList::synchronize(Error* error) {
   Error reason;
   if (!readProps(&reason)) return failed(QLatin1StringView("read"), reason);
   if (!m_dirtyProperties.isEmpty()) {
-    PropertyListDictionary merged = allProperties();
-    merged.removeIf([](std::pair<const QString&, PropertyListValue&> item) { return item.second.isNull(); });
-    if (!writeProps(merged, &reason)) return failed(QLatin1StringView("write"), reason);
-    m_properties = merged;
-    m_dirtyProperties.clear();
+    std::optional<PropertyListDictionary> before;
+    PropertyListDictionary now;
+    bool isWritten = false;
+    {
+      // Read again, since observers were told of the first reading without the lock: they may take their time.
+      const FolderLock lock(folder(), FolderLock::Mode::Exclusive);
+      before = replaceProperties(&reason);
+      now = m_properties;
+      isWritten = before && writeMerged(&reason);
+    }
+    if (before) tellChanges(*before, now);
+    if (!isWritten) return failed(QLatin1StringView(before ? "write" : "read"), reason);
   }
   m_lastError.reset();
+  return true;
+}
+
+bool PersistentPropertyList::writeMerged(Error* error) {
+  PropertyListDictionary merged = allProperties();
+  merged.removeIf([](std::pair<const QString&, PropertyListValue&> item) { return item.second.isNull(); });
+  if (!writeProps(merged, error)) return false;
+  m_properties = merged;
+  m_dirtyProperties.clear();
   return true;
 }
 

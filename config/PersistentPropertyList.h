@@ -15,8 +15,9 @@
 namespace quillo {
 
 // A key/value store in one property-list file that another process writes too. It reads the file before every save,
-// lays only the keys changed here over it, and tells observers of every key that the other writer changed. There is no
-// lock and no watcher: a fresh read happens at creation, at every save and at synchronize().
+// lays only the keys changed here over it, and tells observers of every key that the other writer changed. Programs
+// that use this class wait for one another while they read or write (FolderLock). There is no watcher: a fresh read
+// happens at creation, at every save and at synchronize().
 //
 // A set saves at once. When the save fails the value stays pending: it is visible here and is written at the next
 // synchronize() that succeeds; lastError() says why it could not. Typed getters never fail. Main thread only.
@@ -62,8 +63,13 @@ class PersistentPropertyList final : public KeyValueObservable {
   explicit PersistentPropertyList(const QUrl& url) : m_propertyListURL(url) {}
   // The file's top level, in whatever form, which is kept; a dictionary of nothing where there is no file.
   std::optional<PropertyListValue> parsedFile(Error* error);
+  // Takes the file's contents and answers those before, without telling anybody.
+  std::optional<PropertyListDictionary> replaceProperties(Error* error);
   bool readProps(Error* error);
+  void tellChanges(const PropertyListDictionary& before, const PropertyListDictionary& now);
+  bool writeMerged(Error* error);
   bool writeProps(const PropertyListDictionary& properties, Error* error) const;
+  [[nodiscard]] QString folder() const;
 
   PropertyListFormat m_format{PropertyListFormat::Binary};
   QUrl m_propertyListURL;

@@ -3,11 +3,13 @@
 #include "config/Keys.h"
 #include "foundation/Bookmark.h"
 #include "foundation/FileContents.h"
+#include "foundation/FolderLock.h"
 #include "foundation/Log.h"
 #include "foundation/PropertyListSerialization.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QThread>
 
 #include <sys/stat.h>
 
@@ -58,20 +60,38 @@ QuilloConfig::QuilloConfig(UserDirectories directories, UserDefaults& ownDefault
     m_ownDefaults.removeObjectForKey(Key::webKitDeveloperExtras);
 }
 
+static bool hasContents(const QString& path) {
+  const QFileInfo file(path);
+  return file.exists() && file.size() > 0;
+}
+
+// Writes an empty list where there is none: as XML, and every later save keeps the form that it reads. A file of no
+// bytes, as a full disk or a crash leaves it, counts as none: nothing is in it, and no program would ever read it.
+static bool makeEmptyList(const QString& path, Error* error) {
+  // Another program may be making it, or rewriting it: asked again when it had the time.
+  const FolderLock lock(QFileInfo(path).path(), FolderLock::Mode::Exclusive);
+  if (QFileInfo::exists(path)) {
+    QThread::msleep(10);
+    if (hasContents(path)) return true;
+    QLLogInfo(u"The group property list was an empty file and is made anew - "_s + path);
+  }
+  const auto empty = PropertyListSerialization::dataWithPropertyList(PropertyListDictionary(), PropertyListFormat::XML);
+  return writeFileInPlace(path, *empty, error);
+}
+
 PersistentPropertyList* QuilloConfig::groupProperties(Error* error) {
   if (m_groupPropertyList) return m_groupPropertyList.get();
   const QString path = groupPrefsDirectoryURL().toLocalFile() + u"/quillo.plist"_s;
-  if (!QFileInfo::exists(path)) {
-    // Made as XML, and every later save keeps the form that it reads.
-    const auto empty =
-        PropertyListSerialization::dataWithPropertyList(PropertyListDictionary(), PropertyListFormat::XML);
-    writeFileInPlace(path, *empty);
-  }
-  m_groupPropertyList = PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path), error);
+  Error reason;
+  const bool isThere = hasContents(path) || makeEmptyList(path, &reason);
+  m_groupPropertyList =
+      PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path), isThere ? &reason : nullptr);
   // The log is not told the reason: the line ends in the text of a missing object. It is wanted so.
-  if (!m_groupPropertyList)
+  if (!m_groupPropertyList) {
     QLLogInfo(QLatin1StringView("-[QuilloConfig groupProperties]"),
               u"Unable to initialize group property list - (null)"_s);
+    fail(error, reason);
+  }
   return m_groupPropertyList.get();
 }
 

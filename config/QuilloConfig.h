@@ -39,8 +39,9 @@ class QuilloConfig {
   // Where URLs are opened; none until the entry function sets it.
   void setWorkspace(Workspace* workspace) { m_workspace = workspace; }
 
-  // The shared list, made on first use as an empty XML list when there is no file. Null, logged, while it cannot be
-  // read: settings then read as absent and writes are lost; the next call tries again. The error names the file.
+  // The shared list, made on first use as an empty XML list when there is no file, or one of no bytes. Null, logged,
+  // while it cannot be read: settings then read as absent and writes are lost; the next call tries again. The error
+  // names the file.
   [[nodiscard]] PersistentPropertyList* groupProperties(Error* error = nullptr);
 
   void ensureDirectoryAtPath(const QString& path) const;

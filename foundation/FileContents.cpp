@@ -71,22 +71,49 @@ std::optional<QByteArray> contentsOfOpenFile(int descriptor, const QString& path
   return bytes;
 }
 
+namespace {
+
+// Answers errno, or 0.
+int fill(FileDescriptor& file, const QByteArray& bytes, qint64 oldSize) {
+  if (bytes.size() > oldSize) {
+    // Claims the blocks without changing the size, so a reader never sees a tail of zeros. A file system that cannot do
+    // this leaves the failure to the write itself.
+    const int claimed = ::fallocate(file.number(), FALLOC_FL_KEEP_SIZE, oldSize, bytes.size() - oldSize);
+    if (claimed != 0 && (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)) return errno;
+  }
+  if (const int number = writeAll(file.number(), bytes)) return number;
+  if (::ftruncate(file.number(), bytes.size()) != 0) return errno;
+  return file.close() ? 0 : errno;
+}
+
+// Opens the file, and makes it where it is missing; `isMade` receives whether this call did. Answers -1 with errno.
+int openToWrite(const QByteArray& path, bool& isMade) {
+  constexpr int flags = O_WRONLY | O_CLOEXEC | O_NONBLOCK;
+  isMade = false;
+  int file = ::open(path.constData(), flags);
+  if (file >= 0 || errno != ENOENT) return file;
+  file = ::open(path.constData(), flags | O_CREAT | O_EXCL, 0600);
+  isMade = file >= 0;
+  // Another program was faster, or a link leads to where nothing is yet.
+  if (file < 0 && errno == EEXIST) file = ::open(path.constData(), flags | O_CREAT, 0600);
+  return file;
+}
+
+}  // namespace
+
 bool writeFileInPlace(const QString& path, const QByteArray& bytes, Error* error) {
-  FileDescriptor file(::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600));
+  const QByteArray encoded = QFile::encodeName(path);
+  bool isMade = false;
+  FileDescriptor file(openToWrite(encoded, isMade));
   if (!file.isOpen()) return fail(error, fileWriteError(errno, path));
   struct stat status {};
   if (::fstat(file.number(), &status) != 0) return fail(error, fileWriteError(errno, path));
   if (!S_ISREG(status.st_mode)) return fail(error, notRegular(path, ErrorCode::fileWriteUnknown));
-  if (bytes.size() > status.st_size) {
-    // Claims the blocks without changing the size, so a reader never sees a tail of zeros. A file system that cannot do
-    // this leaves the failure to the write itself.
-    const int claimed = ::fallocate(file.number(), FALLOC_FL_KEEP_SIZE, status.st_size, bytes.size() - status.st_size);
-    if (claimed != 0 && errno == ENOSPC) return fail(error, fileWriteError(ENOSPC, path));
-  }
-  if (const int number = writeAll(file.number(), bytes)) return fail(error, fileWriteError(number, path));
-  if (::ftruncate(file.number(), bytes.size()) != 0) return fail(error, fileWriteError(errno, path));
-  if (!file.close()) return fail(error, fileWriteError(errno, path));
-  return true;
+  const int number = fill(file, bytes, status.st_size);
+  if (number == 0) return true;
+  // Readers take a missing file for an empty list, but not an empty file.
+  if (isMade) ::unlink(encoded.constData());
+  return fail(error, fileWriteError(number, path));
 }
 
 bool writeFileAtomically(const QString& path, const QByteArray& bytes, Error* error) {

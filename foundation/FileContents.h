@@ -21,7 +21,7 @@ inline constexpr qint64 largestFileRead = qint64{256} * 1024 * 1024;
 
 // Replaces the contents of `path` in place: the same file, no temporary one, so another process that holds it open sees
 // the new bytes. Space for what is longer is claimed first, so that a full disk is an error with the old contents
-// whole. Makes the file, mode 0600, when it is missing.
+// whole. Makes the file, mode 0600, when it is missing, and removes it again when it cannot be filled.
 bool writeFileInPlace(const QString& path, const QByteArray& bytes, Error* error = nullptr);
 
 // Replaces `path` as a whole, mode 0600: readers and a crash find the old contents or the new. A symbolic link stays

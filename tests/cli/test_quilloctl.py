@@ -144,7 +144,7 @@ class QuilloctlTest(QuilloctlTestCase):
 
     def test_a_bad_list_is_one_line_and_stays(self):
         self.list.parent.mkdir(parents=True)
-        for bad in (b"", b"<plist><dict><key>torn", b"bplist00", b"{ unfinished"):
+        for bad in (b"<plist><dict><key>torn", b"bplist00", b"{ unfinished"):
             self.list.write_bytes(bad)
             self.assert_fails("settings", "set", "K", "V", says="cannot be read")
             self.assert_fails("settings", "list", says=f"cannot be read - {self.list}: ")

@@ -1,9 +1,12 @@
 #include "config/PersistentPropertyList.h"
 #include "foundation/FileContents.h"
 #include "foundation/FileDescriptor.h"
+#include "foundation/FolderLock.h"
 #include "tests/support/TestHome.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 
@@ -11,10 +14,15 @@
 #include <gtest/gtest.h>
 
 #include <poll.h>
+#include <sched.h>
 #include <sys/inotify.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
+#include <new>
 #include <thread>
 
 namespace quillo {
@@ -182,6 +190,72 @@ TEST_F(PersistentPropertyListTest, AListCaughtHalfWrittenIsReadOnceMore) {
     writer.join();
   }
   EXPECT_TRUE(wasRead);
+}
+
+// Memory that the processes made by fork() share.
+class SharedCounter {
+ public:
+  SharedCounter()
+      : m_count(new (::mmap(nullptr, sizeof(Count), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
+                    Count{0}) {}
+  ~SharedCounter() { ::munmap(m_count, sizeof(Count)); }
+  SharedCounter(const SharedCounter&) = delete;
+  SharedCounter& operator=(const SharedCounter&) = delete;
+  // Returns when it was called `count` times in all; false after ten seconds.
+  bool countAndWaitFor(int count) {
+    ++*m_count;
+    const QDeadlineTimer deadline(10'000);
+    while (*m_count < count && !deadline.hasExpired()) ::sched_yield();
+    return *m_count >= count;
+  }
+
+ private:
+  using Count = std::atomic<int>;
+  Count* m_count;
+};
+
+TEST_F(PersistentPropertyListTest, TwoProgramsThatSaveAtOneInstantLoseNothing) {
+  constexpr int rounds = 100;
+  const auto key = [](int program, int round) { return u"%1.%2"_s.arg(program).arg(round % 10); };
+  // Longer and shorter by turns, which is what leaves the tail of one writer behind another's text; and so long that
+  // the saves meet, whatever else the machine does.
+  const auto value = [](int round) { return QString((round * 7919) % 20'000, u'x') + QString::number(round); };
+  SharedCounter arrivals;
+  pid_t programs[2];
+  for (int program = 0; program < 2; ++program) {
+    programs[program] = ::fork();
+    ASSERT_GE(programs[program], 0);
+    if (programs[program] > 0) continue;
+    const auto list = PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path()));
+    bool isWell = list != nullptr;
+    for (int round = 0; isWell && round < rounds; ++round) {
+      if (!arrivals.countAndWaitFor(2 * (round + 1))) ::_exit(2);
+      list->setObjectForKey(value(round), key(program, round));
+      isWell = list->synchronize() && list->properties().value(key(program, round)) == PropertyListValue(value(round));
+    }
+    ::_exit(isWell ? 0 : 1);
+  }
+  for (const pid_t program : programs) {
+    int status = 0;
+    ASSERT_EQ(::waitpid(program, &status, 0), program);
+    EXPECT_EQ(status, 0) << "a save failed, or was undone by the other";
+  }
+  const auto now = onDisk();
+  for (int program = 0; program < 2; ++program)
+    for (int round = rounds - 10; round < rounds; ++round)
+      EXPECT_EQ(now.value(key(program, round)), PropertyListValue(value(round)));
+}
+
+TEST_F(PersistentPropertyListTest, ALockThatNobodyLetsGoOfDelaysOneSaveAndStopsNone) {
+  const auto list = open();
+  const FolderLock held(home.path(), FolderLock::Mode::Exclusive);
+  LogCapture log;
+  QElapsedTimer timer;
+  timer.start();
+  for (int i = 0; i < 20; ++i) list->setIntegerForKey(i, u"K"_s);
+  EXPECT_LT(timer.elapsed(), 5000);
+  EXPECT_EQ(log.lines().size(), 1);
+  EXPECT_EQ(onDisk(), (PropertyListDictionary{{u"K"_s, 19}}));
 }
 
 TEST_F(PersistentPropertyListTest, AListThatIsNoDictionaryReadsAsAbsentAndIsLeftAlone) {

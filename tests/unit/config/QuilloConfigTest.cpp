@@ -14,8 +14,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <set>
 
 namespace quillo {
@@ -70,6 +72,35 @@ TEST_F(QuilloConfigTest, AnUnreadableSharedListReadsAsAbsentUntilItIsGood) {
   EXPECT_FALSE(config().verboseLogging());
   config().setVerboseLogging(true);
   EXPECT_TRUE(config().verboseLogging());
+}
+
+// A limit on file sizes stands in for the full disk: files are made, and nothing goes into them.
+TEST_F(QuilloConfigTest, AFullDiskLeavesNoListThatNobodyCouldRead) {
+  const QString path = config().groupPrefsDirectoryURL().toLocalFile() + u"/quillo.plist"_s;
+  struct rlimit before {};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  const auto handlerBefore = std::signal(SIGXFSZ, SIG_IGN);
+  struct rlimit full = before;
+  full.rlim_cur = 0;
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &full), 0);
+  PersistentPropertyList* const empty = config().groupProperties();
+  if (empty) empty->setBoolForKey(true, u"K"_s);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  std::signal(SIGXFSZ, handlerBefore);
+  ASSERT_TRUE(empty && empty->lastError());
+  EXPECT_TRUE(list().lastError()->localizedDescription.startsWith(path + u": "_s));
+  EXPECT_FALSE(QFileInfo::exists(path));
+  EXPECT_TRUE(list().synchronize());
+  EXPECT_TRUE(QFileInfo::exists(path));
+}
+
+TEST_F(QuilloConfigTest, AListOfNoBytesIsMadeAnew) {
+  const QString path = config().groupPrefsDirectoryURL().toLocalFile() + u"/quillo.plist"_s;
+  ASSERT_TRUE(writeFileInPlace(path, ""));
+  LogCapture log;
+  ASSERT_TRUE(config().groupProperties());
+  EXPECT_EQ(log.lines(), QStringList{u"The group property list was an empty file and is made anew - "_s + path});
+  EXPECT_TRUE(contentsOfFile(path)->startsWith("<?xml"));
 }
 
 TEST_F(QuilloConfigTest, EnsuresItsDirectories) {
