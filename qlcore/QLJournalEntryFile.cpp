@@ -20,6 +20,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr QLatin1StringView suffix{".plist"};
 constexpr QLatin1StringView uuidKey{"uuid"};
 constexpr QLatin1StringView textKey{"text"};
 constexpr QLatin1StringView creationDateKey{"creationDate"};
@@ -64,13 +65,29 @@ std::optional<PropertyListDictionary> fieldsOnDisk(const JournalFolder& folder, 
   return std::nullopt;
 }
 
-// Location or weather. What is unchanged stays as it is on disk, with the keys in it that this version does not know.
+// Location or weather. One that is the same on disk stays there, with the keys in it that this version does not know.
 template <typename Value>
 void writeValue(PropertyListDictionary& fields, QLatin1StringView key, const std::optional<Value>& value) {
   if (!value || !value->isValid())
     fields.remove(key);
   else if (Value::fromPropertyList(fields.value(key)) != value)
     fields.insert(key, value->toPropertyList());
+}
+
+// One that is not valid counts as none.
+template <typename Value>
+bool isSame(const std::optional<Value>& a, const std::optional<Value>& b) {
+  const bool isThere = a && a->isValid();
+  return isThere == (b && b->isValid()) && (!isThere || a == b);
+}
+
+// The tags, and whatever else is in the list on disk, which is nobody's to remove.
+PropertyListArray tagList(const QStringList& tags, const PropertyListArray& onDisk) {
+  PropertyListArray list;
+  for (const QString& tag : tags) list << tag;
+  for (const auto& other : onDisk)
+    if (!other.isString()) list << other;
+  return list;
 }
 
 // XML, as entries are; but values of unknown keys may be such that only a binary list holds them. Every reader takes
@@ -93,7 +110,9 @@ std::optional<QString> QLJournalEntryFile::canonicalUUID(const QString& text) {
 std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::newEntry() {
   auto entry = std::shared_ptr<QLJournalEntryFile>(new QLJournalEntryFile);
   entry->m_uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
-  entry->m_creationDate = entry->m_modificationDate = now();
+  entry->m_fileName = fileName(entry->m_uuid);
+  entry->m_modificationDate = now();
+  entry->m_creationDate = entry->m_modificationDate;
   entry->m_timeZone = QString::fromLatin1(QTimeZone::systemTimeZoneId());
   return entry;
 }
@@ -109,8 +128,10 @@ std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::emptyJournalEntry() {
 std::optional<QUrl> QLJournalEntryFile::fileURL(const QLJournalPackageFile& package, const QString& uuid,
                                                 Error* error) {
   const auto canonical = canonicalUUID(uuid);
-  const QString path = canonical ? package.entriesFolder() + u'/' + fileName(*canonical) : QString();
-  if (canonical && QFileInfo::exists(path)) return QUrl::fromLocalFile(path);
+  if (canonical)
+    for (const QString& name : fileNames(*canonical))
+      if (const QString path = package.entriesFolder() + u'/' + name; QFileInfo::exists(path))
+        return QUrl::fromLocalFile(path);
   const QString text = canonical ? u"there is no entry "_s + *canonical : u"\"%1\" is no entry identifier"_s.arg(uuid);
   fail(error, JournalError::make(JournalError::EntryNotFound, text));
   return std::nullopt;
@@ -150,7 +171,13 @@ std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::entryInFolder(const Jour
     return failed(
         JournalError::make(JournalError::EntryNotFound, u"\"%1\" is not an entry's identifier"_s.arg(uuid.left(100))));
   Error reason;
-  const auto fields = fieldsOnDisk(folder, fileName(*canonical), &reason);
+  std::optional<PropertyListDictionary> fields;
+  QString name;
+  for (const QString& possible : fileNames(*canonical)) {
+    name = possible;
+    fields = fieldsOnDisk(folder, name, &reason);
+    if (fields || !isMissing(reason)) break;
+  }
   if (!fields && isMissing(reason))
     return failed(
         JournalError::make(JournalError::EntryNotFound, u"%1: there is no entry %2"_s.arg(folder.path(), *canonical)));
@@ -158,28 +185,33 @@ std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::entryInFolder(const Jour
   if (!fields) return failed(JournalError::make(JournalError::NotReadable, reason.localizedDescription));
   // Taking it for an empty text would let the next save wipe it out.
   if (fields->contains(textKey) && !fields->value(textKey).isString())
-    return failed(damage(folder, fileName(*canonical), u"its text is not a string"_s));
+    return failed(damage(folder, name, u"its text is not a string"_s));
 
   auto entry = std::shared_ptr<QLJournalEntryFile>(new QLJournalEntryFile);
   // The name of the file counts: it is what the entry is found by.
   entry->m_uuid = *canonical;
-  entry->m_fileURL = QUrl::fromLocalFile(folder.path() + u'/' + fileName(*canonical));
+  entry->m_fileName = name;
+  entry->m_fileURL = QUrl::fromLocalFile(folder.path() + u'/' + name);
   entry->readFields(*fields);
   return entry;
 }
 
 QString QLJournalEntryFile::fileName(const QString& canonicalUUID) {
-  return canonicalUUID + u".plist"_s;
+  return canonicalUUID + suffix;
+}
+
+std::array<QString, 2> QLJournalEntryFile::fileNames(const QString& canonicalUUID) {
+  return {fileName(canonicalUUID), fileName(canonicalUUID.toLower())};
 }
 
 void QLJournalEntryFile::setString(const QString& text) {
-  m_string = storableText(text);
+  m_content.string = storableText(text);
 }
 
 void QLJournalEntryFile::setTags(const QStringList& tags) {
-  m_tags.clear();
+  m_content.tags.clear();
   for (const QString& tag : tags)
-    if (!tag.isEmpty()) m_tags << storableText(tag);
+    if (!tag.isEmpty()) m_content.tags << storableText(tag);
 }
 
 // Whatever the file holds, what is taken from it can be written again.
@@ -188,26 +220,34 @@ void QLJournalEntryFile::readFields(const PropertyListDictionary& fields) {
   QStringList tags;
   for (const auto& tag : fields.value(tagsKey).array()) tags << tag.string();
   setTags(tags);
-  const auto created = storableDate(fields.value(creationDateKey));
   const auto modified = storableDate(fields.value(modificationDateKey));
-  m_creationDate = created.value_or(modified.value_or(Date()));
-  m_modificationDate = modified.value_or(m_creationDate);
+  m_creationDate = storableDate(fields.value(creationDateKey));
+  m_modificationDate = modified.value_or(m_creationDate.value_or(Date()));
   m_timeZone = storableText(fields.value(timeZoneKey).string());
-  m_location = QLLocation::fromPropertyList(fields.value(locationKey));
-  m_weather = QLWeather::fromPropertyList(fields.value(weatherKey));
+  m_content.location = QLLocation::fromPropertyList(fields.value(locationKey));
+  m_content.weather = QLWeather::fromPropertyList(fields.value(weatherKey));
+  m_saved = m_content;
 }
 
 void QLJournalEntryFile::writeFields(PropertyListDictionary& fields) const {
-  PropertyListArray tagList;
-  for (const QString& tag : m_tags) tagList << tag;
-  fields.insert(uuidKey, m_uuid);
-  fields.insert(textKey, m_string);
-  fields.insert(tagsKey, tagList);
-  fields.insert(creationDateKey, m_creationDate);
+  const bool isNew = fields.isEmpty();
+  if (isNew) {
+    fields.insert(uuidKey, m_uuid);
+    fields.insert(timeZoneKey, m_timeZone);
+    if (m_creationDate) fields.insert(creationDateKey, *m_creationDate);
+  }
   fields.insert(modificationDateKey, m_modificationDate);
-  fields.insert(timeZoneKey, m_timeZone);
-  writeValue(fields, locationKey, m_location);
-  writeValue(fields, weatherKey, m_weather);
+  writeContent(fields, isNew);
+}
+
+void QLJournalEntryFile::writeContent(PropertyListDictionary& fields, bool isNew) const {
+  const auto& [string, tags, location, weather] = m_content;
+  // A text that another writer has taken away, or made no text of, is not let go.
+  const bool isTextLost = !fields.value(textKey).isString() && !string.isEmpty();
+  if (isNew || isTextLost || string != m_saved.string) fields.insert(textKey, string);
+  if (isNew || tags != m_saved.tags) fields.insert(tagsKey, tagList(tags, fields.value(tagsKey).array()));
+  if (isNew || !isSame(location, m_saved.location)) writeValue(fields, locationKey, location);
+  if (isNew || !isSame(weather, m_saved.weather)) writeValue(fields, weatherKey, weather);
 }
 
 bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Error* error,
@@ -222,7 +262,7 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
   if (!folder) return fail(error, JournalError::forWriting(reason, introduction));
 
   // What another writer added to the file meanwhile is kept.
-  auto fields = fieldsOnDisk(*folder, fileName(m_uuid), &reason);
+  auto fields = fieldsOnDisk(*folder, m_fileName, &reason);
   if (!fields && isDamage(reason))
     QLLogInfo(u"Replaced a damaged entry - "_s + reason.localizedDescription);  // the text here is whole
   else if (!fields && !isMissing(reason))
@@ -232,11 +272,12 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
   const Date before = std::exchange(m_modificationDate, now());
   writeFields(*fields);
   const auto bytes = serialized(*fields, &reason);
-  if (!bytes || !folder->replaceFile(fileName(m_uuid), *bytes, &reason)) {
+  if (!bytes || !folder->replaceFile(m_fileName, *bytes, &reason)) {
     m_modificationDate = before;
     return fail(error, JournalError::forWriting(reason, introduction));
   }
-  m_fileURL = QUrl::fromLocalFile(folder->path() + u'/' + fileName(m_uuid));
+  m_fileURL = QUrl::fromLocalFile(folder->path() + u'/' + m_fileName);
+  m_saved = m_content;
   return true;
 }
 

@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <array>
 #include <memory>
 #include <optional>
 
@@ -19,8 +20,9 @@ namespace quillo {
 class JournalFolder;
 class QLJournalPackageFile;
 
-// One entry of a journal and its file, Entries/UUID.plist. Keys of the file that this version does not know are kept,
-// also those that another writer added since the entry was read.
+// One entry of a journal and its file, Entries/UUID.plist. A save writes what was changed since the entry was read and
+// leaves the rest of the file as it is there now: keys and values that this version does not know, and what another
+// writer changed since. A file whose name has its letters in lower case, as another writer may make it, keeps it.
 class QLJournalEntryFile {
  public:
   // A new, unsaved entry with an identifier of its own; null when no journal is configured or nothing is at its place.
@@ -43,21 +45,24 @@ class QLJournalEntryFile {
                                                    Error* error);
   // `text` in the form that file names have (upper case, no braces); nothing when it is no UUID.
   [[nodiscard]] static std::optional<QString> canonicalUUID(const QString& text);
-  // The name of the file of an entry.
+  // The name of the file of an entry, as we give it.
   [[nodiscard]] static QString fileName(const QString& canonicalUUID);
+  // The names that it can have: that one, then the one in lower case.
+  [[nodiscard]] static std::array<QString, 2> fileNames(const QString& canonicalUUID);
 
   [[nodiscard]] QString uuid() const { return m_uuid; }
-  [[nodiscard]] QString string() const { return m_string; }
+  [[nodiscard]] QString string() const { return m_content.string; }
   // Characters that the file format cannot hold (controls, halves of a surrogate pair: pasted text may have them)
   // become U+FFFD, so that a save never fails because of them. The same holds for tags, place names and weather texts.
   void setString(const QString& text);
-  [[nodiscard]] QStringList tags() const { return m_tags; }
+  [[nodiscard]] QStringList tags() const { return m_content.tags; }
   void setTags(const QStringList& tags);
-  [[nodiscard]] std::optional<QLLocation> location() const { return m_location; }
-  void setLocation(const std::optional<QLLocation>& location) { m_location = location; }
-  [[nodiscard]] std::optional<QLWeather> weather() const { return m_weather; }
-  void setWeather(const std::optional<QLWeather>& weather) { m_weather = weather; }
-  [[nodiscard]] Date creationDate() const { return m_creationDate; }
+  [[nodiscard]] std::optional<QLLocation> location() const { return m_content.location; }
+  void setLocation(const std::optional<QLLocation>& location) { m_content.location = location; }
+  [[nodiscard]] std::optional<QLWeather> weather() const { return m_content.weather; }
+  void setWeather(const std::optional<QLWeather>& weather) { m_content.weather = weather; }
+  // Where the file has none, that of the last save.
+  [[nodiscard]] Date creationDate() const { return m_creationDate.value_or(m_modificationDate); }
   // Of the last save.
   [[nodiscard]] Date modificationDate() const { return m_modificationDate; }
   // The IANA name of the zone that the entry was begun in.
@@ -65,7 +70,7 @@ class QLJournalEntryFile {
   // Nothing before the first save.
   [[nodiscard]] std::optional<QUrl> fileURLForEntryProperties() const { return m_fileURL; }
 
-  // Writes or rewrites the entry's file in the package, as it is on disk now but for the values above. False, with an
+  // Writes the entry's file in the package, or lays over it what was changed above since it was read. False, with an
   // error of JournalError::domain, when it cannot; the file then holds what it held (but for a disk that fails in
   // syncing: then the old or the new). A null package fails with the reason why the
   // configured journal cannot be opened. A location or weather that is not valid counts as
@@ -74,15 +79,22 @@ class QLJournalEntryFile {
 
  private:
   QLJournalEntryFile() = default;
+  // What can be changed here.
+  struct Content {
+    QString string;
+    QStringList tags;
+    std::optional<QLLocation> location;
+    std::optional<QLWeather> weather;
+  };
   void readFields(const PropertyListDictionary& fields);
   void writeFields(PropertyListDictionary& fields) const;
+  void writeContent(PropertyListDictionary& fields, bool isNew) const;
 
   QString m_uuid;
-  QString m_string;
-  QStringList m_tags;
-  std::optional<QLLocation> m_location;
-  std::optional<QLWeather> m_weather;
-  Date m_creationDate;
+  QString m_fileName;
+  Content m_content;
+  Content m_saved;  // as last read or written
+  std::optional<Date> m_creationDate;
   Date m_modificationDate;
   QString m_timeZone;
   std::optional<QUrl> m_fileURL;

@@ -80,6 +80,46 @@ TEST_F(QLJournalEntryFileTest, KeepsWhatAnotherWriterAddedSinceItWasRead) {
   EXPECT_EQ(fieldsOf(path).value(u"starred"_s), PropertyListValue(true));
 }
 
+TEST_F(QLJournalEntryFileTest, AnEditLeavesOnDiskWhatItDoesNotTouch) {
+  const QString uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+  const PropertyListDictionary place{{u"name"_s, u"Oslo"_s}, {u"geo"_s, PropertyListArray{59.9, 10.7}}};
+  const PropertyListDictionary theirs{{u"text"_s, u"old"_s},
+                                      {u"creationDate"_s, u"2014-03-10"_s},
+                                      {u"tags"_s, PropertyListArray{u"one"_s, 7, place}},
+                                      {u"location"_s, place},
+                                      {u"weather"_s, PropertyListDictionary{{u"sky"_s, u"grey"_s}}},
+                                      {u"timeZone"_s, 7},
+                                      {u"starred"_s, true}};
+  PropertyListDictionary undated = theirs;
+  undated.remove(u"creationDate"_s);
+  for (const auto& before : {theirs, undated}) {
+    write(entryPath(uuid), before);
+    const auto entry = reread(uuid);
+    ASSERT_TRUE(entry);
+    entry->setString(u"new"_s);
+    entry->setTags(entry->tags());
+    entry->setLocation({});
+    ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
+    PropertyListDictionary expected = before;
+    expected.insert(u"text"_s, u"new"_s);
+    expected.insert(u"modificationDate"_s, entry->modificationDate());
+    EXPECT_EQ(fieldsOf(entryPath(uuid)), expected);
+  }
+
+  // New tags stand beside what is no tag; a text that others changed stays unless it is changed here.
+  const auto entry = reread(uuid);
+  PropertyListDictionary changed = fieldsOf(entryPath(uuid));
+  changed.insert(u"text"_s, u"theirs"_s);
+  write(entryPath(uuid), changed);
+  entry->setTags({u"two"_s});
+  entry->setLocation(oslo);
+  ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
+  const auto now = fieldsOf(entryPath(uuid));
+  EXPECT_EQ(now.value(u"text"_s), PropertyListValue(u"theirs"_s));
+  EXPECT_EQ(now.value(u"tags"_s), PropertyListValue(PropertyListArray{u"two"_s, 7, place}));
+  EXPECT_EQ(reread(uuid)->location(), oslo);
+}
+
 TEST_F(QLJournalEntryFileTest, SavesAlthoughXMLCannotHoldAnUnknownKey) {
   const auto entry = saved(u"text"_s);
   const QString path = entryPath(entry->uuid());
@@ -158,14 +198,17 @@ TEST_F(QLJournalEntryFileTest, HostileValuesReadAsAbsentAndCanBeSavedAgain) {
     EXPECT_EQ(entry->tags(), (QStringList{u"x"_s, u"y\uFFFD"_s}));
     Error error;
     EXPECT_TRUE(entry->saveToJournal(package.get(), &error)) << error.description().toStdString();
-    EXPECT_TRUE(bytesOf(entryPath(uuid)).startsWith("<?xml"));
+    EXPECT_TRUE(reread(uuid));
   }
-  const auto entry = reread(uuid);
+  const auto entry = saved(u"placed"_s);
+  entry->setLocation(oslo);
+  entry->setWeather(rain);
+  ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
   entry->setLocation(QLLocation{notANumber, 0, {}});
   entry->setWeather(QLWeather{notANumber, {}, {}, {}, {}});
   EXPECT_TRUE(entry->saveToJournal(package.get(), nullptr));
-  EXPECT_FALSE(fieldsOf(entryPath(uuid)).contains(u"location"_s));
-  EXPECT_FALSE(fieldsOf(entryPath(uuid)).contains(u"weather"_s));
+  EXPECT_FALSE(fieldsOf(entryPath(entry->uuid())).contains(u"location"_s));
+  EXPECT_FALSE(fieldsOf(entryPath(entry->uuid())).contains(u"weather"_s));
 }
 
 TEST_F(QLJournalEntryFileTest, IdentifiersFromOutsideAreCheckedBeforeTheyBecomePaths) {
