@@ -129,6 +129,12 @@ std::optional<QByteArray> JournalFolder::readFile(const QString& name, Error* er
   return std::nullopt;
 }
 
+qint64 JournalFolder::timeWritten(const QString& name) const {
+  struct stat status {};
+  if (::fstatat(m_descriptor, QFile::encodeName(name).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) return 0;
+  return qint64{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+}
+
 bool JournalFolder::replaceFile(const QString& name, const QByteArray& bytes, Error* error) const {
   const QString path = pathOf(name);
   const QByteArray target = QFile::encodeName(name);

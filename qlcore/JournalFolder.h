@@ -28,6 +28,9 @@ class JournalFolder {
   // The contents of the file `name`; code 260 when there is none.
   [[nodiscard]] std::optional<QByteArray> readFile(const QString& name, Error* error) const;
 
+  // When the file `name` was last written, in nanoseconds since 1970; 0 where there is none.
+  [[nodiscard]] qint64 timeWritten(const QString& name) const;
+
   // Replaces the file `name` so that a crash, a kill or a full disk leaves the old contents or the new, never half:
   // written to a temporary file beside it, synced, renamed, the folder synced. Mode 0600. False, with an error, when it
   // fails; nothing of it then stays behind.

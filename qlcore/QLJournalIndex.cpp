@@ -7,8 +7,12 @@
 
 #include <QFileInfo>
 #include <QHash>
+#include <QSet>
 
 #include <algorithm>
+#include <array>
+#include <utility>
+#include <vector>
 
 namespace quillo {
 
@@ -25,32 +29,61 @@ QLJournalIndex QLJournalIndex::unread(std::shared_ptr<QLJournalPackageFile> pack
   return index;
 }
 
+namespace {
+
+struct WrittenEntry {
+  std::shared_ptr<QLJournalEntryFile> entry;
+  qint64 timeWritten;  // the dates in the file are of whole seconds
+};
+
+bool isListedBefore(const WrittenEntry& a, const WrittenEntry& b) {
+  if (a.entry->creationDate() != b.entry->creationDate()) return a.entry->creationDate() > b.entry->creationDate();
+  if (a.entry->modificationDate() != b.entry->modificationDate())
+    return a.entry->modificationDate() > b.entry->modificationDate();
+  if (a.timeWritten != b.timeWritten) return a.timeWritten > b.timeWritten;
+  return a.entry->uuid() < b.entry->uuid();
+}
+
+// Why `name` is not read as an entry's file; nothing when it is one. Of two files of one entry the one counts whose
+// name is as we write it.
+QString whyNoEntry(const QString& name, const std::optional<QString>& uuid, const QSet<QString>& names) {
+  const auto possible = uuid ? QLJournalEntryFile::fileNames(*uuid) : std::array<QString, 2>();
+  if (name == possible[0]) return {};
+  if (name != possible[1]) return u"the name is not an entry's identifier"_s;
+  return names.contains(possible[0]) ? u"the entry has another file, "_s + possible[0] : QString();
+}
+
+}  // namespace
+
 void QLJournalIndex::readEntries(const std::stop_token& stop) {
   const QString path = m_package->entriesFolder();
   Error reason;
   const auto folder = JournalFolder::open(path, &reason);
   const auto names = folder ? folder->propertyListNames(&reason) : std::nullopt;
   if (!names) {
-    if (reason.code != ErrorCode::fileReadNoSuchFile) addDamaged(path, reason.localizedDescription);
+    if (reason.code == ErrorCode::fileReadNoSuchFile) return;
+    m_readError = JournalError::make(JournalError::NotReadable, reason.localizedDescription);
+    addDamaged(path, reason.localizedDescription);
     return;
   }
+  const QSet<QString> allNames(names->begin(), names->end());
+  std::vector<WrittenEntry> written;
   for (const QString& name : *names) {
     if (stop.stop_requested()) break;
-    const QString uuid = name.chopped(6);
     const QString file = path + u'/' + name;
-    if (QLJournalEntryFile::canonicalUUID(uuid) != uuid) {
-      addDamaged(file, file + u": the name is not an entry's identifier"_s);
+    const auto uuid = QLJournalEntryFile::canonicalUUID(name.chopped(6));
+    if (const QString why = whyNoEntry(name, uuid, allNames); !why.isEmpty()) {
+      addDamaged(file, file + u": "_s + why);
       continue;
     }
     Error error;
-    if (auto entry = QLJournalEntryFile::entryInFolder(*folder, uuid, &error))
-      m_entries << std::move(entry);
+    if (auto entry = QLJournalEntryFile::entryInFolder(*folder, *uuid, &error))
+      written.push_back({std::move(entry), folder->timeWritten(name)});
     else if (error.code != JournalError::EntryNotFound)  // deleted by another program since the folder was read
       addDamaged(file, error.localizedDescription);
   }
-  std::sort(m_entries.begin(), m_entries.end(), [](const auto& a, const auto& b) {
-    return a->creationDate() != b->creationDate() ? a->creationDate() > b->creationDate() : a->uuid() < b->uuid();
-  });
+  std::sort(written.begin(), written.end(), isListedBefore);
+  for (WrittenEntry& next : written) m_entries << std::move(next.entry);
   std::sort(m_damaged.begin(), m_damaged.end(), [](const auto& a, const auto& b) { return a.url < b.url; });
 }
 
@@ -59,8 +92,11 @@ void QLJournalIndex::addDamaged(const QString& path, const QString& reason) {
   m_damaged.append({QUrl::fromLocalFile(path), reason});
 }
 
-QUrl QLJournalIndex::urlOfEntry(const QString& canonicalUUID) const {
-  return QUrl::fromLocalFile(m_package->entriesFolder() + u'/' + QLJournalEntryFile::fileName(canonicalUUID));
+QList<QUrl> QLJournalIndex::urlsOfEntry(const QString& canonicalUUID) const {
+  QList<QUrl> urls;
+  for (const QString& name : QLJournalEntryFile::fileNames(canonicalUUID))
+    urls << QUrl::fromLocalFile(m_package->entriesFolder() + u'/' + name);
+  return urls;
 }
 
 std::shared_ptr<QLJournalEntryFile> QLJournalIndex::entryFileWithUUID(const QString& uuid) const {
@@ -73,10 +109,11 @@ std::shared_ptr<QLJournalEntryFile> QLJournalIndex::entryFileWithUUID(const QStr
 std::optional<QLEntry> QLJournalIndex::entryWithUUID(const QString& uuid) const {
   const auto canonical = QLJournalEntryFile::canonicalUUID(uuid);
   if (!canonical || !m_package) return std::nullopt;
-  const QLEntry entry{*canonical, urlOfEntry(*canonical)};
-  const bool isDamaged = std::any_of(m_damaged.begin(), m_damaged.end(),
-                                     [&](const DamagedEntry& damaged) { return damaged.url == entry.url; });
-  return isDamaged || entryFileWithUUID(*canonical) ? std::optional(entry) : std::nullopt;
+  if (const auto file = entryFileWithUUID(*canonical)) return QLEntry{*canonical, *file->fileURLForEntryProperties()};
+  const QList<QUrl> urls = urlsOfEntry(*canonical);
+  for (const DamagedEntry& damaged : m_damaged)
+    if (urls.contains(damaged.url)) return QLEntry{*canonical, damaged.url};
+  return std::nullopt;
 }
 
 QStringList QLJournalIndex::tagsByUse() const {
@@ -109,7 +146,7 @@ QStringList QLJournalIndex::tagsByUse() const {
 bool QLJournalIndex::deleteEntry(const QLEntry& entry, Error* error, const DeleteFileBlock& deleteFileBlock) {
   const auto canonical = QLJournalEntryFile::canonicalUUID(entry.uuid);
   // The path is made anew: it is about to be deleted, and may have come from anywhere.
-  if (!canonical || !m_package || entry.url != urlOfEntry(*canonical))
+  if (!canonical || !m_package || !urlsOfEntry(*canonical).contains(entry.url))
     return fail(error, JournalError::make(JournalError::EntryNotFound,
                                           u"%1: not an entry of this journal"_s.arg(entry.url.toString())));
   // Deleting goes by the path, which must not lead out of the journal.

@@ -36,15 +36,18 @@ class QLJournalIndex {
   using DeleteFileBlock = std::function<bool(const QUrl& url, Error* error)>;
 
   // Reads every entry. Damaged ones are logged and listed apart, and so is the folder of entries where it cannot be
-  // read; a folder that is missing holds no entries. A null package has none either. Asked to stop, the index holds
-  // what was read until then.
+  // read, of which readError() tells too; a folder that is missing holds no entries. A null package has none either.
+  // Asked to stop, the index holds what was read until then.
   explicit QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package, const std::stop_token& stop = {});
   // An index that reads nothing and lists nothing: enough to delete an entry whose place is known.
   static QLJournalIndex unread(std::shared_ptr<QLJournalPackageFile> package);
 
-  // Newest first, by creation; entries of the same second by identifier.
+  // Newest first, by creation; entries of the same second by when they were last written.
   [[nodiscard]] const QList<std::shared_ptr<QLJournalEntryFile>>& entries() const { return m_entries; }
   [[nodiscard]] const QList<DamagedEntry>& damagedEntries() const { return m_damaged; }
+  // Why the folder of entries could not be read, in one line with its path: what is listed is then not all there is.
+  // Nothing where it could.
+  [[nodiscard]] const std::optional<Error>& readError() const { return m_readError; }
 
   // The readable entry with this identifier, in any case of letters, or null.
   [[nodiscard]] std::shared_ptr<QLJournalEntryFile> entryFileWithUUID(const QString& uuid) const;
@@ -66,11 +69,13 @@ class QLJournalIndex {
   QLJournalIndex() = default;
   void readEntries(const std::stop_token& stop);
   void addDamaged(const QString& path, const QString& reason);
-  [[nodiscard]] QUrl urlOfEntry(const QString& canonicalUUID) const;
+  // The places where the file of an entry can be.
+  [[nodiscard]] QList<QUrl> urlsOfEntry(const QString& canonicalUUID) const;
 
   std::shared_ptr<QLJournalPackageFile> m_package;
   QList<std::shared_ptr<QLJournalEntryFile>> m_entries;
   QList<DamagedEntry> m_damaged;
+  std::optional<Error> m_readError;
 };
 
 }  // namespace quillo

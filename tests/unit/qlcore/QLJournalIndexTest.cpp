@@ -48,6 +48,7 @@ TEST_F(QLJournalIndexTest, ListsNewestFirstAndDamagedOnesApart) {
   LogCapture log;
   const QLJournalIndex index(package);
   EXPECT_EQ(textsOf(index), (QStringList{u"2"_s, u"3"_s, u"4"_s, u"1"_s}));
+  EXPECT_FALSE(index.readError());
   ASSERT_EQ(index.damagedEntries().size(), 3);
   EXPECT_EQ(log.lines().size(), 3);
   EXPECT_EQ(index.damagedEntries()[0].url, QUrl::fromLocalFile(entryPath(uuidOf(5))));
@@ -67,7 +68,10 @@ TEST_F(QLJournalIndexTest, IsEmptyWithoutAFolderOfEntriesAndSaysSoOfALink) {
   ASSERT_TRUE(QDir().rmdir(package->entriesFolder()));
   EXPECT_TRUE(QLJournalIndex(package).entries().isEmpty());
   EXPECT_TRUE(QLJournalIndex(package).damagedEntries().isEmpty());
+  EXPECT_FALSE(QLJournalIndex(package).readError());
   ASSERT_TRUE(QFile::link(home.path(), package->entriesFolder()));
+  ASSERT_TRUE(QLJournalIndex(package).readError());
+  EXPECT_TRUE(QLJournalIndex(package).readError()->localizedDescription.startsWith(package->entriesFolder()));
   ASSERT_EQ(QLJournalIndex(package).damagedEntries().size(), 1);
   EXPECT_EQ(QLJournalIndex(package).damagedEntries()[0].url, package->entriesURL());
 
@@ -78,6 +82,53 @@ TEST_F(QLJournalIndexTest, IsEmptyWithoutAFolderOfEntriesAndSaysSoOfALink) {
   auto index = QLJournalIndex::unread(package);
   EXPECT_FALSE(index.deleteEntry({uuidOf(1), QUrl::fromLocalFile(entryPath(uuidOf(1)))}, nullptr, remove));
   EXPECT_TRUE(QFile::exists(outside));
+}
+
+TEST_F(QLJournalIndexTest, EntriesOfOneSecondListTheLastWrittenFirst) {
+  const Date second = Date::since1970(1000);
+  const auto writeEdited = [&](int number, double edited, time_t written) {
+    write(entryPath(uuidOf(number)), {{u"text"_s, QString::number(number)},
+                                      {u"creationDate"_s, second},
+                                      {u"modificationDate"_s, Date::since1970(edited)}});
+    const timespec times[] = {{written, 0}, {written, number}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(entryPath(uuidOf(number))).constData(), times, 0), 0);
+  };
+  writeEdited(1, 1000, 5000);
+  writeEdited(2, 1000, 6000);
+  writeEdited(3, 2000, 4000);
+  writeEdited(4, 1000, 6000);  // two nanoseconds later
+  EXPECT_EQ(textsOf(QLJournalIndex(package)), (QStringList{u"3"_s, u"4"_s, u"2"_s, u"1"_s}));
+}
+
+TEST_F(QLJournalIndexTest, FilesNamedInLowerCaseAreEntriesLikeOthers) {
+  const QString uuid = u"ABCDEF00-0000-4000-8000-00000000000A"_s;
+  const QString lower = entryPath(uuid.toLower());
+  write(lower, {{u"text"_s, u"low"_s}, {u"creationDate"_s, Date::since1970(1000)}});
+  const QUrl url = QUrl::fromLocalFile(lower);
+  QLJournalIndex index(package);
+  ASSERT_EQ(textsOf(index), QStringList{u"low"_s});
+  EXPECT_TRUE(index.damagedEntries().isEmpty());
+  EXPECT_EQ(index.entryWithUUID(uuid), (QLEntry{uuid, url}));
+  EXPECT_EQ(QLJournalEntryFile::fileURL(*package, uuid, nullptr), url);
+
+  const auto entry = QLJournalEntryFile::load(url, nullptr);
+  ASSERT_TRUE(entry);
+  entry->setString(u"lower"_s);
+  ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
+  EXPECT_EQ(everythingIn(package->entriesFolder()), QStringList{uuid.toLower() + u".plist"_s});
+  EXPECT_EQ(reread(uuid)->string(), u"lower"_s);
+
+  // Beside one in our own spelling it is not shown as the same entry twice.
+  write(entryPath(uuid), {{u"text"_s, u"high"_s}});
+  const QLJournalIndex both(package);
+  EXPECT_EQ(textsOf(both), QStringList{u"high"_s});
+  ASSERT_EQ(both.damagedEntries().size(), 1);
+  EXPECT_EQ(both.damagedEntries()[0].url, url);
+  QFile::remove(entryPath(uuid));
+
+  const auto remove = [](const QUrl& file, Error* error) { return FileManager::removeItemAtURL(file, false, error); };
+  EXPECT_TRUE(index.deleteEntry(*index.entryWithUUID(uuid), nullptr, remove));
+  EXPECT_TRUE(everythingIn(package->entriesFolder()).isEmpty());
 }
 
 TEST_F(QLJournalIndexTest, TagsCountWithoutCaseInTheirLatestSpelling) {
