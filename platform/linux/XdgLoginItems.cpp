@@ -1,6 +1,7 @@
 #include "platform/linux/XdgLoginItems.h"
 
 #include "foundation/FileContents.h"
+#include "foundation/FileModeMask.h"
 #include "foundation/UserDirectories.h"
 #include "platform/RunningApplications.h"
 #include "platform/linux/AutostartEntry.h"
@@ -56,6 +57,7 @@ std::optional<qint64> XdgLoginItems::startDetached(const QString& program, const
   process.setStandardErrorFile(QProcess::nullDevice());
   process.setWorkingDirectory(u"/"_s);
   qint64 identifier = 0;
+  const FileModeMask maskOfUser;
   return process.startDetached(&identifier) ? std::optional(identifier) : std::nullopt;
 }
 
