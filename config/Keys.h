@@ -3,10 +3,9 @@
 #include <QLatin1StringView>
 #include <QtGlobal>
 
-#include <array>
-
-// Every setting and every change notification that the agent and the main application share, once. The two applications
-// keep this vocabulary together: a name here is spelled exactly as it is stored or broadcast.
+// The name of every setting and change notification that the agent and the main application share, once. The two
+// applications keep this vocabulary together: a name here is spelled exactly as it is stored or broadcast. What the
+// settings are is in Settings.h.
 namespace quillo {
 
 namespace Identifier {
@@ -95,94 +94,5 @@ inline constexpr QLatin1StringView dropboxAppFolderBookmarkData{"DropboxAppFolde
 inline constexpr QLatin1StringView locationNMEASource{"LocationNMEASource"};
 inline constexpr QLatin1StringView weatherServiceURL{"WeatherServiceURL"};
 }  // namespace Key
-
-// Where a setting is kept.
-enum class SettingStore {
-  SharedList,       // quillo.plist of the application group, read and written by both applications
-  OwnDefaults,      // the process's own user defaults
-  Environment,      // a variable of the process environment
-  MainApplication,  // kept for the main application's sake; the agent neither reads nor writes it
-};
-
-enum class SettingType { Bool, Integer, Real, String, Path, URL, Date, Data, Dictionary, Object };
-
-struct Setting {
-  QLatin1StringView key;
-  SettingStore store;
-  SettingType type;
-  // What an absent key means.
-  QLatin1StringView whenAbsent;
-  // The distributed notification that a writer posts after a change; empty where there is none.
-  QLatin1StringView notice{};
-};
-
-// The one table. quilloctl takes the types and the notifications from it.
-inline constexpr std::array settingsTable{
-    // clang-format off
-    Setting{Key::journalPackageURL, SettingStore::SharedList, SettingType::Path, QLatin1StringView("no journal configured"), Notice::journalPackagePathDidChange},
-    Setting{Key::journalFileSharedBookmarkData, SettingStore::SharedList, SettingType::Data, QLatin1StringView("no shared bookmark")},
-    Setting{Key::journalFileBookmarkData, SettingStore::OwnDefaults, SettingType::Data, QLatin1StringView("no bookmark")},
-    Setting{Key::remindersEnabled, SettingStore::SharedList, SettingType::Bool, QLatin1StringView("YES is written at the first start"), Notice::remindersManagerValuesDidChange},
-    Setting{Key::remindersFrequency, SettingStore::SharedList, SettingType::Integer, QLatin1StringView("0, no unit"), Notice::reminderSettingsDidChange},
-    Setting{Key::remindersInterval, SettingStore::SharedList, SettingType::Integer, QLatin1StringView("0"), Notice::reminderSettingsDidChange},
-    Setting{Key::remindersBaseDate, SettingStore::SharedList, SettingType::Date, QLatin1StringView("no base date"), Notice::reminderSettingsDidChange},
-    Setting{Key::remindersBaseDateTimezone, SettingStore::SharedList, SettingType::String, QLatin1StringView("no base calendar"), Notice::reminderSettingsDidChange},
-    Setting{Key::remindersValidPeriod, SettingStore::SharedList, SettingType::Real, QLatin1StringView("0 seconds, the whole day"), Notice::reminderSettingsDidChange},
-    Setting{Key::remindersPlaySound, SettingStore::SharedList, SettingType::Bool, QLatin1StringView("NO"), Notice::reminderSettingsDidChange},
-    Setting{Key::remindersOpenMenuBar, SettingStore::SharedList, SettingType::Bool, QLatin1StringView("NO"), Notice::reminderSettingsDidChange},
-    Setting{Key::remindersSendToNotificationCenter, SettingStore::SharedList, SettingType::Bool, QLatin1StringView("NO"), Notice::reminderSettingsDidChange},
-    Setting{Key::agentEnabled, SettingStore::SharedList, SettingType::Bool, QLatin1StringView("NO is written by the main application"), Notice::agentManagerValuesDidChange},
-    Setting{Key::startAgentAtLogin, SettingStore::SharedList, SettingType::Bool, QLatin1StringView("an older version's key, moved into AgentEnabled"), Notice::agentManagerValuesDidChange},
-    Setting{Key::menuEntryGlobalShortcut, SettingStore::SharedList, SettingType::Dictionary, QLatin1StringView("no hot key"), Notice::menuBarEntryShortcutDidChange},
-    Setting{Key::addLocationAutomatically, SettingStore::SharedList, SettingType::Bool, QLatin1StringView("YES")},
-    Setting{Key::useFahrenheitTempScale, SettingStore::SharedList, SettingType::Bool, QLatin1StringView("NO")},
-    Setting{Key::shouldAddHashtags, SettingStore::SharedList, SettingType::Integer, QLatin1StringView("0; only 2 keeps hashtags out of the tags")},
-    Setting{Key::sendUsageData, SettingStore::SharedList, SettingType::Bool, QLatin1StringView("YES, as for every value that is not a number")},
-    Setting{Key::serverURL, SettingStore::SharedList, SettingType::URL, QLatin1StringView("the production web base URL")},
-    Setting{Key::nativeSyncJournalID, SettingStore::SharedList, SettingType::Object, QLatin1StringView("none")},
-    Setting{Key::nativeSyncSessionIdentifier, SettingStore::SharedList, SettingType::Object, QLatin1StringView("none")},
-    Setting{Key::verboseLogging, SettingStore::SharedList, SettingType::Bool, QLatin1StringView("NO")},
-    Setting{Key::autoBackupLocation, SettingStore::OwnDefaults, SettingType::URL, QLatin1StringView("none; an older version's key")},
-    Setting{Key::autoBackupLocationBookmark, SettingStore::OwnDefaults, SettingType::Data, QLatin1StringView("the default backup folder")},
-    Setting{Key::editorSpellCheckEnabled, SettingStore::OwnDefaults, SettingType::Bool, QLatin1StringView("registered YES")},
-    Setting{Key::editorGrammarCheckEnabled, SettingStore::OwnDefaults, SettingType::Bool, QLatin1StringView("registered NO")},
-    Setting{Key::editorCorrectSpellingEnabled, SettingStore::OwnDefaults, SettingType::Bool, QLatin1StringView("registered YES")},
-    Setting{Key::markdownEnabled, SettingStore::OwnDefaults, SettingType::Bool, QLatin1StringView("NO")},
-    Setting{Key::webKitDeveloperExtras, SettingStore::OwnDefaults, SettingType::String, QLatin1StringView("written \"1\" when the web inspector is allowed, else removed")},
-    Setting{Key::dropboxAppFolderBookmarkData, SettingStore::OwnDefaults, SettingType::Data, QLatin1StringView("no application folder")},
-    Setting{Key::locationNMEASource, SettingStore::OwnDefaults, SettingType::String, QLatin1StringView("the desktop's location service")},
-    Setting{Key::weatherServiceURL, SettingStore::OwnDefaults, SettingType::URL, QLatin1StringView("the public weather service")},
-    Setting{Key::allowWebInspector, SettingStore::Environment, SettingType::Bool, QLatin1StringView("NO")},
-    // The main application's own.
-    Setting{QLatin1StringView("InspirationalMessagesEnabled"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("AskedToStartAgentAtLogin"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("AskedToMoveToDropboxAppFolder"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("PopoverPreviewsEnabled"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("AutoBoldFirstLineTitles"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("SecurityPasswordProtectionEnabled"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("SecuritySleepLockEnabled"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("SecurityIdleLockEnabled"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("SecurityIdleLockTime"), SettingStore::MainApplication, SettingType::Object, {}},
-    Setting{QLatin1StringView("DefaultEntryFileFormat"), SettingStore::MainApplication, SettingType::Object, {}},
-    Setting{QLatin1StringView("FontSize"), SettingStore::MainApplication, SettingType::Object, {}},
-    Setting{QLatin1StringView("TextStyle"), SettingStore::MainApplication, SettingType::Object, {}},
-    Setting{QLatin1StringView("EmbedMediaEnabled"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("LinkTwitterHandles"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("AutoBackupEnabled"), SettingStore::MainApplication, SettingType::Bool, {}},
-    Setting{QLatin1StringView("AutoBackupFrequency"), SettingStore::MainApplication, SettingType::Object, {}},
-    Setting{QLatin1StringView("AutoBackupInterval"), SettingStore::MainApplication, SettingType::Object, {}},
-    Setting{QLatin1StringView("AutoBackupMaxCount"), SettingStore::MainApplication, SettingType::Object, {}},
-    Setting{QLatin1StringView("ListViewSortOrder"), SettingStore::MainApplication, SettingType::Object, {}},
-    Setting{QLatin1StringView("CalendarViewSortOrder"), SettingStore::MainApplication, SettingType::Object, {}},
-    Setting{QLatin1StringView("HasPromptedForUsageTracking"), SettingStore::MainApplication, SettingType::Bool, {}},
-    // clang-format on
-};
-
-// The table's row for `key`, or null.
-constexpr const Setting* settingForKey(QLatin1StringView key) {
-  for (const Setting& setting : settingsTable)
-    if (setting.key == key) return &setting;
-  return nullptr;
-}
 
 }  // namespace quillo

@@ -1,6 +1,7 @@
 #include "config/QuilloConfig.h"
 
 #include "config/Keys.h"
+#include "config/Settings.h"
 #include "foundation/Bookmark.h"
 #include "foundation/FileContents.h"
 #include "foundation/FolderLock.h"
@@ -207,8 +208,8 @@ void QuilloConfig::setVerboseLogging(bool value) {
 }
 
 bool QuilloConfig::sendUsageData() {
-  const auto stored = sharedValue(Key::sendUsageData);
-  return !stored || !stored->isNumber() || stored->boolValue();
+  const PropertyListValue value = settingValue(groupProperties(), Key::sendUsageData).value_or(true);
+  return !value.isNumber() || value.boolValue();
 }
 void QuilloConfig::setSendUsageData(bool value) {
   setSharedValue(PropertyListValue(value), Key::sendUsageData);

@@ -1,10 +1,12 @@
 #include "config/Keys.h"
+#include "config/Settings.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "platform/Workspace.h"
 #include "qlcore/Hashtags.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/SettingText.h"
 #include "quilloctl/TextEditor.h"
 
 #include <QUrl>
@@ -116,10 +118,11 @@ int preferences(Context&) {
       u"Settings that both applications share. Change one with\n"
       "  quilloctl settings set KEY VALUE\n"
       "and take it back to its default with\n"
-      "  quilloctl settings remove KEY"_s);
-  for (const Setting& setting : settingsTable) {
+      "  quilloctl settings remove KEY\n"
+      "These are the defaults:"_s);
+  for (const Setting& setting : settingsTable()) {
     if (setting.store != SettingStore::SharedList) continue;
-    print(u"  %1  absent: %2"_s.arg(QString(setting.key).leftJustified(34), QString(setting.whenAbsent)));
+    print(u"  "_s + absentText(setting));
   }
   print({});
   section(u"With commands of their own:"_s);

@@ -25,8 +25,10 @@ _quilloctl() {
   case $command:$sub in
     :) words="$commands --home --json --help --version" ;;
     settings:) words="list get set remove --help" ;;
-    settings:get|settings:remove|settings:set) words=$(quilloctl settings list 2>/dev/null | sed 's/ = .*//')
-      [ "$sub" = set ] && words+=" --type" ;;
+    settings:list) words="--all" ;;
+    settings:get|settings:set) words=$(quilloctl settings list --all 2>/dev/null | sed 's/ = .*//; s/ is not set.*//')
+      [ "$sub" = set ] && words+=" --type --force" ;;
+    settings:remove) words=$(quilloctl settings list 2>/dev/null | sed 's/ = .*//') ;;
     journal:) words="create set path check --help" ;;
     journal:create|journal:set) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -d -- "$current"); return ;;
     entry:) words="list show add delete --help" ;;

@@ -10,6 +10,7 @@ import unittest
 from pathlib import Path
 
 QUILLOCTL = Path(os.environ["QUILLO_BIN"]) / "quilloctl"
+LIST = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Preferences/quillo.plist"
 NOT_PASSED_ON = ("DISPLAY", "WAYLAND_DISPLAY", "VISUAL", "EDITOR", "XDG_DATA_HOME", "XDG_CONFIG_HOME")
 
 
@@ -18,6 +19,7 @@ class QuilloctlTestCase(unittest.TestCase):
         # A home that a person could have: a space, and letters beyond ASCII.
         self.home = Path(tempfile.mkdtemp(prefix="quillo ü "))
         self.addCleanup(shutil.rmtree, self.home)
+        self.list = self.home / LIST
 
     def environment(self, **more):
         kept = {key: value for key, value in os.environ.items() if key not in NOT_PASSED_ON}
@@ -35,6 +37,14 @@ class QuilloctlTestCase(unittest.TestCase):
     def ctl_json(self, *words):
         return json.loads(self.ctl("--json", *words))
 
+    def assert_fails(self, *words, says="", **more):
+        """With one line, which it answers."""
+        result = self.run_ctl(*words, **more)
+        self.assertEqual((result.returncode, result.stdout), (1, ""), (words, result.stderr))
+        self.assertEqual(result.stderr.count("\n"), 1, result.stderr)
+        self.assertIn(says, result.stderr)
+        return result.stderr
+
     def make_journal(self):
         path = self.ctl("journal", "create", str(self.home / "J"))
         self.ctl("journal", "set", path)
@@ -45,3 +55,10 @@ class QuilloctlTestCase(unittest.TestCase):
 
     def write_entry(self, journal, uuid, content):
         (journal / "Entries" / f"{uuid}.plist").write_bytes(plistlib.dumps(content))
+
+    def read_list(self):
+        return plistlib.loads(self.list.read_bytes())
+
+    def write_list(self, content, fmt):
+        self.list.parent.mkdir(parents=True, exist_ok=True)
+        self.list.write_bytes(plistlib.dumps(content, fmt=fmt))

@@ -6,29 +6,8 @@ import shutil
 
 from quilloctl import QuilloctlTestCase
 
-LIST = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Preferences/quillo.plist"
-
 
 class QuilloctlTest(QuilloctlTestCase):
-    def setUp(self):
-        super().setUp()
-        self.list = self.home / LIST
-
-    def assert_fails(self, *words, says=""):
-        """With one line, which it answers."""
-        result = self.run_ctl(*words)
-        self.assertEqual((result.returncode, result.stdout), (1, ""), (words, result.stderr))
-        self.assertEqual(result.stderr.count("\n"), 1, result.stderr)
-        self.assertIn(says, result.stderr)
-        return result.stderr
-
-    def read_list(self):
-        return plistlib.loads(self.list.read_bytes())
-
-    def write_list(self, content, fmt):
-        self.list.parent.mkdir(parents=True, exist_ok=True)
-        self.list.write_bytes(plistlib.dumps(content, fmt=fmt))
-
     def test_help_and_version(self):
         for words in (["--help"], ["settings", "--help"], ["entry", "add", "--help"], ["--version"]):
             self.assertTrue(self.ctl(*words))
@@ -50,10 +29,10 @@ class QuilloctlTest(QuilloctlTestCase):
             ("MenuEntryGlobalShortcut", ['{"keyCode": 38, "modifierFlags": 768}'], {"keyCode": 38, "modifierFlags": 768},
              '{"keyCode":38,"modifierFlags":768}'),
             ("QLServerURL", ["https://x.example/ü"], "https://x.example/ü", "https://x.example/ü"),
-            ("Unknown", ["text"], "text", "text"),
-            ("Unknown2", ["-5", "--type", "int"], -5, "-5"),
-            ("Unknown3", ["[1, 2.5, true, \"x\"]", "--type", "json"], [1, 2.5, True, "x"], '[1,2.5,true,"x"]'),
-            ("Lines", ["a\nb"], "a\nb", "a\\nb"),
+            ("Unknown", ["text", "--force"], "text", "text"),
+            ("Unknown2", ["-5", "--type", "int", "--force"], -5, "-5"),
+            ("Unknown3", ["[1, 2.5, true, \"x\"]", "--type", "json", "--force"], [1, 2.5, True, "x"], '[1,2.5,true,"x"]'),
+            ("Lines", ["a\nb", "--force"], "a\nb", "a\\nb"),
         ]
         for key, words, stored, printed in cases:
             with self.subTest(key):
@@ -65,10 +44,23 @@ class QuilloctlTest(QuilloctlTestCase):
         self.assertEqual(listed["RemindersEnabled"], True)
         self.assertEqual(listed["RemindersBaseDate"], "2014-03-10T20:00:00Z")
         self.ctl("settings", "remove", "Unknown")
-        self.assert_fails("settings", "get", "Unknown", says="Unknown is not set")
+        self.assert_fails("settings", "get", "Unknown", says="no setting \"Unknown\"")
+
+    def test_a_setting_that_is_not_set_reads_as_its_default(self):
+        for key, printed, value in (("AddLocationAutomatically", "true", True), ("RemindersPlaySound", "false", False), ("RemindersEnabled", "true", True),
+                                    ("RemindersInterval", "0", 0), ("QLServerURL", "https://quilloapp.example", "https://quilloapp.example")):
+            self.assertEqual(self.ctl("settings", "get", key), printed)
+            self.assertEqual(self.ctl_json("settings", "list", "--all")[key], value)
+        for key in ("JournalPackageURL", "FontSize"):
+            self.assert_fails("settings", "get", key, says=key + " is not set")
+        self.assertEqual(self.ctl("settings", "list"), "")
+        self.assertIn("nothing is sent anywhere", self.ctl("settings", "set", "SendUsageData", "no"))
+        lines = self.ctl("settings", "list", "--all").splitlines()
+        for line in ("SendUsageData = false", "AddLocationAutomatically = true (default)", "JournalPackageURL is not set; no journal is configured", "FontSize is not set"):
+            self.assertIn(line, lines)
 
     def test_bad_settings_change_nothing(self):
-        self.ctl("settings", "set", "K", "1")
+        self.ctl("settings", "set", "K", "1", "--force")
         before = self.list.read_bytes()
         for words, says in [
             (["RemindersEnabled", "perhaps"], "true or false"),
@@ -76,12 +68,18 @@ class QuilloctlTest(QuilloctlTestCase):
             (["RemindersInterval", "18446744073709551616"], "whole number"),
             (["RemindersBaseDate", "2014-03-10T21:00:00"], "date"),
             (["MenuEntryGlobalShortcut", "[1]"], "JSON object"),
-            (["K", "{", "--type", "json"], "JSON"),
-            (["K", "null", "--type", "json"], "JSON"),
+            (["K", "{", "--type", "json", "--force"], "JSON"),
+            (["K", "null", "--type", "json", "--force"], "JSON"),
+            (["JournalPackageURL", ""], "absolute path"),
+            (["JournalPackageURL", "J", "--type", "string"], "absolute path"),
+            (["RemindersEnable", "yes"], "the nearest is RemindersEnabled; --force"),
+            (["playsound", "yes"], "RemindersPlaySound"),
+            (["QLServerURL", " "], "absolute URL"),
             (["JournalFileBookmarkData", "AAEC"], "not a shared setting"),
             (["", "x"], "empty"),
         ]:
             self.assert_fails("settings", "set", *words, says=says)
+        self.assert_fails("settings", "remove", "RemindersEnable", says="RemindersEnabled")
         self.assertEqual(self.list.read_bytes(), before)
 
     def test_a_shortcut_is_read_in_every_spelling_without_a_display(self):
@@ -133,7 +131,7 @@ class QuilloctlTest(QuilloctlTestCase):
         for fmt in (plistlib.FMT_XML, plistlib.FMT_BINARY):
             with self.subTest(fmt):
                 self.write_list(content, fmt)
-                self.ctl("settings", "set", "mine", "1", "--type", "int")
+                self.ctl("settings", "set", "mine", "1", "--type", "int", "--force")
                 raw = self.list.read_bytes()
                 self.assertEqual(raw.startswith(b"bplist00"), fmt == plistlib.FMT_BINARY)
                 after = plistlib.loads(raw)
@@ -146,7 +144,7 @@ class QuilloctlTest(QuilloctlTestCase):
         self.list.parent.mkdir(parents=True)
         for bad in (b"<plist><dict><key>torn", b"bplist00", b"{ unfinished"):
             self.list.write_bytes(bad)
-            self.assert_fails("settings", "set", "K", "V", says="cannot be read")
+            self.assert_fails("settings", "set", "RemindersEnabled", "yes", says="cannot be read")
             self.assert_fails("settings", "list", says=f"cannot be read - {self.list}: ")
             self.assertEqual(self.list.read_bytes(), bad)
 
@@ -157,7 +155,7 @@ class QuilloctlTest(QuilloctlTestCase):
         self.list.parent.mkdir(parents=True, exist_ok=True)
         self.list.write_bytes(unwritable)
         self.assertEqual(self.ctl("settings", "get", "Name"), "old")
-        for words in (["settings", "set", "Name", "new"], ["settings", "remove", "Name"], ["shortcut", "set", "cmd+j"],
+        for words in (["settings", "set", "Name", "new", "--force"], ["settings", "remove", "Name"], ["shortcut", "set", "cmd+j"],
                       ["journal", "set", journal], ["reminder", "set", "--every", "day"], ["reminder", "on"], ["reminder", "off"]):
             reason = self.assert_fails(*words, says=f"not saved - {self.list}: ")
             self.assertIn("OpenStep", reason)

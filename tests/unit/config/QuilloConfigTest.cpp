@@ -1,5 +1,6 @@
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
+#include "config/Settings.h"
 #include "config/URLAccess.h"
 #include "foundation/Bookmark.h"
 #include "foundation/FileContents.h"
@@ -243,11 +244,37 @@ TEST_F(QuilloConfigTest, AccessAndTilde) {
   EXPECT_EQ(stringByExpandingTildeInPathToActualUserHomeDirectory(u"~name/x"_s), real + u"name/x"_s);
 }
 
-TEST(Keys, EachNameStandsOnceInTheTable) {
+TEST(Settings, EachStandsOnceInTheTableWithADefaultOfItsKindAndItsNotice) {
   std::set<QString> names;
-  for (const Setting& setting : settingsTable) EXPECT_TRUE(names.insert(setting.key).second) << setting.key.data();
-  EXPECT_EQ(settingForKey(Key::remindersEnabled)->notice, Notice::remindersManagerValuesDidChange);
-  EXPECT_EQ(settingForKey(QLatin1StringView("NoSuchKey")), nullptr);
+  for (const Setting& setting : settingsTable()) {
+    EXPECT_TRUE(names.insert(setting.key).second) << setting.key.data();
+    const auto value = setting.defaultValue();
+    EXPECT_TRUE(setting.type != SettingType::Bool || !value || value->isBool()) << setting.key.data();
+    EXPECT_TRUE(setting.type != SettingType::Integer || !value || value->isInteger()) << setting.key.data();
+  }
+  const struct {
+    QString key;
+    QLatin1StringView notice;
+  } notices[] = {{Key::journalPackageURL, Notice::journalPackagePathDidChange},
+                 {Key::remindersEnabled, Notice::remindersManagerValuesDidChange},
+                 {Key::remindersPlaySound, Notice::reminderSettingsDidChange},
+                 {Key::useFahrenheitTempScale, Notice::tempScaleDidChange},
+                 {Key::markdownEnabled, Notice::markdownDidChange},
+                 {u"FontSize"_s, Notice::fontSizeDidChange},
+                 {u"TextStyle"_s, Notice::textStyleDidChange},
+                 {u"EmbedMediaEnabled"_s, Notice::embedMediaDidChange},
+                 {u"LinkTwitterHandles"_s, Notice::linkTwitterHandlesDidChange},
+                 {u"AutoBoldFirstLineTitles"_s, Notice::autoBoldDidChange}};
+  for (const auto& c : notices) EXPECT_EQ(settingForKey(c.key)->notice, c.notice) << c.key.toStdString();
+  EXPECT_EQ(settingForKey(u"NoSuchKey"_s), nullptr);
+}
+
+TEST_F(QuilloConfigTest, ASettingReadsAsItsDefaultUntilItIsSet) {
+  EXPECT_EQ(settingValue(nullptr, Key::addLocationAutomatically), PropertyListValue(true));
+  EXPECT_EQ(settingValue(&list(), Key::addLocationAutomatically), PropertyListValue(true));
+  EXPECT_EQ(settingValue(&list(), Key::journalPackageURL), std::nullopt);
+  list().setBoolForKey(false, Key::addLocationAutomatically);
+  EXPECT_EQ(settingValue(&list(), Key::addLocationAutomatically), PropertyListValue(false));
 }
 
 }  // namespace

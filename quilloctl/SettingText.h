@@ -1,0 +1,30 @@
+#pragma once
+
+#include "config/Settings.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace quillo::ctl {
+
+// Whether the setting is in the list that both applications write.
+[[nodiscard]] inline bool isShared(const Setting& setting) {
+  return setting.store == SettingStore::SharedList || setting.store == SettingStore::MainApplication;
+}
+
+// The bare value on one line: dates as ISO 8601 in UTC, data as base64, collections as JSON.
+[[nodiscard]] QString bareText(const PropertyListValue& value);
+
+// The line of a setting that is not set: its default, where it has one, and what is to be said of it.
+[[nodiscard]] QString absentText(const Setting& setting);
+
+// The value of that kind that the text means, or nothing; what would have been one is told by expectedText.
+[[nodiscard]] std::optional<PropertyListValue> settingFromText(const QString& text, SettingType type);
+[[nodiscard]] QString expectedText(SettingType type);
+
+// The shared settings whose names are most like the word, the likest first; none where none is.
+[[nodiscard]] QStringList nearestSettings(const QString& key);
+
+}  // namespace quillo::ctl
