@@ -36,7 +36,7 @@ struct Session {
 struct Context {
   QuilloConfig& config;
   // Broadcasts the name to the other processes; false when none can be told.
-  std::function<bool(QLatin1StringView name)> post;
+  std::function<bool(const QString& name)> post;
   // Does in the running agent what its shortcut does. False, with the reason, when none took the request.
   std::function<bool(QString* reason)> toggleAgent;
   bool json{false};

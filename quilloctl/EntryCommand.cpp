@@ -121,6 +121,15 @@ int remove(Context& context, const QString& uuid, bool permanently) {
   return Done;
 }
 
+// The parser's own check tells the range in digits by the hundred.
+CLI::Validator atLeastOne() {
+  return CLI::Validator(
+      [](const std::string& word) {
+        return QString::fromStdString(word).toLongLong() > 0 ? std::string() : "a whole number from 1 is expected";
+      },
+      "");
+}
+
 }  // namespace
 
 void addEntryCommand(CLI::App& program, Action& action) {
@@ -135,11 +144,11 @@ void addEntryCommand(CLI::App& program, Action& action) {
   entry->require_subcommand(1);
 
   CLI::App* lister = entry->add_subcommand("list", "Print the entries, newest first, one a line");
-  lister->add_option("--limit", words->limit, "How many at most")->check(CLI::PositiveNumber);
+  lister->add_option("--limit", words->limit, "How many at most")->type_name("COUNT")->check(atLeastOne());
   lister->callback([&action, words] { action = [words](Context& context) { return list(context, words->limit); }; });
 
   CLI::App* shower = entry->add_subcommand("show", "Print an entry");
-  shower->add_option("UUID", words->uuid)->required();
+  shower->add_option("UUID", words->uuid, "Its identifier, as list prints it")->required();
   shower->callback([&action, uuid] { action = [uuid](Context& context) { return show(context, uuid()); }; });
 
   CLI::App* adder = entry->add_subcommand("add", "Add an entry and print its identifier");
@@ -147,7 +156,7 @@ void addEntryCommand(CLI::App& program, Action& action) {
   adder->callback([&action, words] { action = [words](Context& context) { return add(context, words->text); }; });
 
   CLI::App* deleter = entry->add_subcommand("delete", "Move an entry to the Trash");
-  deleter->add_option("UUID", words->uuid)->required();
+  deleter->add_option("UUID", words->uuid, "Its identifier, as list prints it")->required();
   deleter->add_flag("--permanently", words->permanently, "Delete it for good");
   deleter->callback([&action, uuid, words] {
     action = [uuid, words](Context& context) { return remove(context, uuid(), words->permanently); };

@@ -19,7 +19,9 @@ QUrl urlOfPath(const std::string& path) {
   return QUrl::fromLocalFile(QDir::cleanPath(QDir::current().absoluteFilePath(QString::fromStdString(path))));
 }
 
-int create(Context& context, QUrl url) {
+int create(Context& context, const std::string& path) {
+  if (path.empty()) return failed(u"a journal's path cannot be empty"_s);
+  QUrl url = urlOfPath(path);
   const QString suffix = u".quillojournal"_s;
   if (!url.path().endsWith(suffix)) url.setPath(url.path() + suffix);
   Error error;
@@ -32,7 +34,9 @@ int create(Context& context, QUrl url) {
   return Done;
 }
 
-int set(Context& context, const QUrl& url) {
+int set(Context& context, const std::string& path) {
+  if (path.empty()) return failed(u"a journal's path cannot be empty"_s);
+  const QUrl url = urlOfPath(path);
   Error error;
   if (!QLJournalPackageFile::openPackage(url, /*create=*/false, &error)) return failed(error.localizedDescription);
   PersistentPropertyList* list = sharedList(context);
@@ -94,13 +98,11 @@ void addJournalCommand(CLI::App& program, Action& action) {
 
   CLI::App* creator = journal->add_subcommand("create", "Make a new, empty journal and print its path");
   creator->add_option("PATH", *words, "NAME.quillojournal; the ending is added where it lacks")->required();
-  creator->callback(
-      [&action, words] { action = [words](Context& context) { return create(context, urlOfPath(*words)); }; });
+  creator->callback([&action, words] { action = [words](Context& context) { return create(context, *words); }; });
 
   CLI::App* setter = journal->add_subcommand("set", "Make an existing journal the one that is written to");
-  setter->add_option("PATH", *words)->required();
-  setter->callback(
-      [&action, words] { action = [words](Context& context) { return set(context, urlOfPath(*words)); }; });
+  setter->add_option("PATH", *words, "The journal, a folder NAME.quillojournal")->required();
+  setter->callback([&action, words] { action = [words](Context& context) { return set(context, *words); }; });
 
   journal->add_subcommand("path", "Print the journal's path")->callback([&action] { action = path; });
   journal->add_subcommand("check", "Read every entry and tell of those that are damaged")->callback([&action] {

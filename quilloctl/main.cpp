@@ -22,8 +22,8 @@
 #include <QFileInfo>
 #include <QTimer>
 
-#include <iostream>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -55,7 +55,7 @@ class Services {
   Services(const Services&) = delete;
   Services& operator=(const Services&) = delete;
 
-  bool post(QLatin1StringView name) {
+  bool post(const QString& name) {
     joinNotifications();
     return m_notifications->post(name);
   }
@@ -103,31 +103,29 @@ class Services {
   std::optional<XdgLoginItems> m_loginItems;
 };
 
-// Of a word that is no command the parser says only that one is required.
-std::string usageMessage(const CLI::App* program, const CLI::Error& error) {
-  const auto unknown = program->remaining(/*recurse=*/true);
-  const bool wantsCommand = std::string_view(error.what()) == "A subcommand is required";
-  const std::string reason = wantsCommand && !unknown.empty() ? "There is no command " + unknown.front() : error.what();
-  return reason + "\nRun with --help for more information.\n";
+struct CommonOptions {
+  std::string home;
+  bool json{false};
+};
+
+// An empty variable of a script must not mean the user's own home.
+CLI::Validator notEmpty() {
+  return CLI::Validator(
+      [](const std::string& word) { return word.empty() ? "a directory is expected" : std::string(); }, "");
 }
 
-}  // namespace
+// They may stand before the command and after it.
+void addCommonOptions(CLI::App& command, CommonOptions& options) {
+  const std::string group = command.get_parent() ? "Of every command" : "Options";
+  command.add_option("--home", options.home, "Use this directory in place of the user's home")
+      ->type_name("DIR")
+      ->check(notEmpty())
+      ->group(group);
+  command.add_flag("--json", options.json, "Print one JSON document")->group(group);
+  for (CLI::App* part : command.get_subcommands({})) addCommonOptions(*part, options);
+}
 
-int main(int argc, char** argv) {
-  // What we make is for the user alone.
-  FileModeMask::makePrivate();
-
-  CLI::App program("Read and change what Quillo's applications share: settings, journal and entries.", "quilloctl");
-  program.set_version_flag("--version", "quilloctl " QUILLO_VERSION);
-  program.require_subcommand(1);
-  program.failure_message(usageMessage);
-  program.footer("Exit status: 0 done, 1 failed (one line says why), 2 wrong usage.");
-  std::string home;
-  bool json = false;
-  program.add_option("--home", home, "Use this directory in place of the user's home")->type_name("DIR");
-  program.add_flag("--json", json, "Print one JSON document");
-
-  ctl::Action action;
+void addCommands(CLI::App& program, ctl::Action& action) {
   ctl::addSettingsCommand(program, action);
   ctl::addJournalCommand(program, action);
   ctl::addEntryCommand(program, action);
@@ -136,17 +134,47 @@ int main(int argc, char** argv) {
   ctl::addAgentCommand(program, action);
   ctl::addOpenURLCommand(program, action);
   ctl::addPostCommand(program, action);
+}
+
+// Of a word that is no command the parser says only that one is required.
+std::string reasonOf(const CLI::App& program, const CLI::ParseError& error) {
+  const auto unknown = program.remaining(/*recurse=*/true);
+  const bool wantsCommand = std::string_view(error.what()) == "A subcommand is required";
+  return wantsCommand && !unknown.empty() ? "There is no command " + unknown.front() : error.what();
+}
+
+// What the parser has to say: help that was asked for, or what is wrong with the words.
+int endOfParsing(const CLI::App& program, const CLI::ParseError& error) {
+  if (error.get_exit_code() == 0) {
+    std::ostringstream text;
+    program.exit(error, text, text);
+    ctl::print(QString::fromStdString(text.str()).trimmed());
+    return ctl::Done;
+  }
+  ctl::failed(QString::fromStdString(reasonOf(program, error)) + u" (--help tells more)"_s);
+  return ctl::Usage;
+}
+
+int run(int argc, char** argv) {
+  CLI::App program("Read and change what Quillo's applications share: settings, journal and entries.", "quilloctl");
+  program.set_version_flag("--version", "quilloctl " QUILLO_VERSION);
+  program.require_subcommand(1);
+  program.footer("Exit status: 0 done, 1 failed (one line says why), 2 wrong usage.");
+  ctl::Action action;
+  CommonOptions options;
+  addCommands(program, action);
+  addCommonOptions(program, options);
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return program.exit(error) == 0 ? ctl::Done : ctl::Usage;
+    return endOfParsing(program, error);
   }
 
   QCoreApplication application(argc, argv);
   Bundle::setMainBundle({u":/quillo"_s, {{InfoKey::identifier, QString(Identifier::mainApplication)}}});
   QStringList homeArguments;
-  if (!home.empty()) {
-    const QString directory = QFile::decodeName(QByteArray::fromStdString(home));
+  if (!options.home.empty()) {
+    const QString directory = QFile::decodeName(QByteArray::fromStdString(options.home));
     if (!QFileInfo(directory).isDir()) return ctl::failed(directory + u": no such directory"_s);
     UserDirectories::moveTo(directory);
     homeArguments = {u"--home"_s, UserDirectories::current().home};
@@ -159,12 +187,20 @@ int main(int argc, char** argv) {
   PTKeyCodeTranslator::setKeyboardLayouts(&keyboardLayouts);
   Services services(homeArguments);
   ctl::Context context{config,
-                       [&services](QLatin1StringView name) { return services.post(name); },
+                       [&services](const QString& name) { return services.post(name); },
                        toggleAgent,
-                       json,
+                       options.json,
                        [&services] { return services.session(); },
                        homeArguments};
   const int code = action(context);
   PTKeyCodeTranslator::setKeyboardLayouts(nullptr);
   return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // What we make is for the user alone.
+  FileModeMask::makePrivate();
+  return run(argc, argv);
 }

@@ -47,6 +47,8 @@ _quilloctl() {
       com.quilloapp.QuilloRemindersManagerValuesDidChangeNotification
       com.quilloapp.QuilloAgentManagerValuesDidChangeNotification" ;;
   esac
+  # Of every command, and in the way until a dash is typed.
+  [ "${current:0:1}" = - ] && words+=" --home --json --help"
   mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
 }
 

@@ -1,7 +1,9 @@
 """quilloctl's settings, shortcuts, journals, entries and reminders."""
 
 import datetime
+import json
 import plistlib
+import re
 import shutil
 
 from quilloctl import QuilloctlTestCase
@@ -14,9 +16,31 @@ class QuilloctlTest(QuilloctlTestCase):
         for words in ([], ["settings"], ["nonsense"], ["settings", "set", "K"], ["settings", "set", "K", "1", "--type", "odd"],
                       ["entry", "list", "--limit", "x"]):
             self.assertEqual(self.run_ctl(*words).returncode, 2, words)
-        for words in (["nonsense"], ["agent", "nonsense"]):
-            self.assertIn("nonsense", self.run_ctl(*words).stderr)
+        for words, says in ((["nonsense"], "nonsense"), (["agent", "nonsense"], "nonsense"), (["entry", "list", "--limit", "0"], "from 1"),
+                            (["settings", "get"], "KEY"), (["\x1b[31m\x9b"], "\ufffd[31m\ufffd")):
+            error = self.run_ctl(*words).stderr
+            self.assertRegex(error, r"\Aquilloctl: .{,200}\n\Z")
+            self.assertIn(says, error)
         self.assertFalse(self.list.exists())
+
+    def test_every_argument_is_explained_and_the_common_options_stand_anywhere(self):
+        def leaves(*words):
+            text = self.ctl(*words, "--help")
+            parts = re.findall(r"^  (\S+)", text.partition("\nSubcommands:\n")[2], re.M)
+            return [leaf for part in parts for leaf in leaves(*words, part)] or [(words, text)]
+        found = leaves()
+        self.assertGreater(len(found), 20)
+        for words, text in found:
+            for argument in re.findall(r"^  \S.*$(?!\n {10})", text, re.M):
+                self.assertRegex(argument, r"^  \S.*?(  +| REQUIRED )\s*\S{2}", words)
+            self.assertIn("--home DIR", text)
+        path = f"{self.make_journal()}"
+        for words in (["--json", "journal", "path"], ["journal", "--json", "path"], ["journal", "path", "--json"]):
+            self.assertEqual(json.loads(self.ctl(*words)), path)
+        other = self.home / "other"
+        other.mkdir()
+        self.assert_fails("journal", "path", "--home", str(other), says="no journal")
+        self.assertEqual(self.run_ctl("journal", "path", "--home", "").returncode, 2)
 
     def test_settings_take_the_keys_own_kind(self):
         cases = [
@@ -117,6 +141,7 @@ class QuilloctlTest(QuilloctlTestCase):
             self.assertEqual(self.ctl("shortcut", "show"), printed)
         self.assert_fails("agent", "toggle", says="quilloctl: no agent is running in this session\n")
         self.assert_fails("post", "Anything", says="session bus")
+        self.assert_fails("post", "", says="cannot be empty")
 
     def test_other_writers_values_survive_a_set(self):
         content = {f"key {i} ü": value for i, value in enumerate([
@@ -165,6 +190,8 @@ class QuilloctlTest(QuilloctlTestCase):
     def test_journal_and_entries(self):
         self.assert_fails("journal", "path", says="no journal")
         self.assert_fails("entry", "add", "x", says="")
+        for words in (["create", ""], ["set", ""]):
+            self.assert_fails("journal", *words, says="cannot be empty")
         journal = self.make_journal()
         self.assertEqual(journal.suffix, ".quillojournal")
         self.assertEqual(self.ctl("journal", "path"), str(journal))
