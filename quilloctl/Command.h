@@ -1,8 +1,8 @@
 #pragma once
 
 #include "config/QuilloConfig.h"
+#include "quilloctl/Streams.h"
 
-#include <QJsonValue>
 #include <QString>
 #include <QStringList>
 
@@ -19,9 +19,6 @@ class Workspace;
 }  // namespace quillo
 
 namespace quillo::ctl {
-
-// How a command ends. What failed has been said, in one line on the error stream.
-enum ExitCode : int { Done = 0, Failed = 1, Usage = 2 };
 
 // The services of the user's session.
 struct Session {
@@ -46,14 +43,6 @@ struct Context {
   // What a copy of this program has to be given to use the same home.
   QStringList homeArguments;
 };
-
-// One line on the error stream; answers Failed.
-int failed(const QString& reason);
-
-// A line on the standard output, in UTF-8.
-void print(const QString& line);
-// One JSON document on the standard output, also for a bare value.
-void printJson(const QJsonValue& value);
 
 // The shared list; null, with the reason said, when it cannot be read.
 PersistentPropertyList* sharedList(Context& context);

@@ -6,19 +6,18 @@
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>
 
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace quillo::ctl {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr qint64 largestInput = 64 * 1024 * 1024;
 
 QJsonObject json(const QLJournalEntryFile& entry) {
   QJsonObject object{{u"uuid"_s, entry.uuid()},
@@ -37,7 +36,7 @@ QString summary(const QLJournalEntryFile& entry) {
   constexpr qsizetype shown = 60;
   QString text = entry.string().left(4 * shown).simplified();
   if (text.size() > shown) text = text.left(shown - 1) + u'…';
-  return entry.uuid() + u"  "_s + entry.creationDate().toISO8601() + u"  "_s + text;
+  return withoutControls(entry.uuid() + u"  "_s + entry.creationDate().toISO8601() + u"  "_s + text);
 }
 
 int list(Context& context, int limit) {
@@ -79,21 +78,14 @@ int show(Context& context, const QString& uuid) {
   return Done;
 }
 
-std::optional<QString> textToAdd(const std::string& word) {
-  if (word != "-" && !word.empty()) return QString::fromStdString(word);
-  QFile input;
-  if (!input.open(stdin, QIODevice::ReadOnly)) return std::nullopt;
-  const QByteArray bytes = input.read(largestInput);
-  QString text = QString::fromUtf8(bytes);
-  if (text.endsWith(u'\n')) text.chop(1);
-  return text;
-}
-
-int add(Context& context, const std::string& word) {
+int add(Context& context, const std::optional<std::string>& word) {
   const auto package = openJournal(context);
   if (!package) return Failed;
-  const auto text = textToAdd(word);
-  if (!text || text->isEmpty()) return failed(u"there is no text to add"_s);
+  QString reason;
+  auto text = word ? std::optional(QString::fromStdString(*word)) : textOfStandardInput(&reason);
+  if (!text) return failed(reason);
+  if (!word && text->endsWith(u'\n')) text->chop(1);
+  if (text->trimmed().isEmpty()) return failed(u"there is no text to add"_s);
   const auto entry = QLJournalEntryFile::newEntry();
   entry->setString(*text);
   if (sharedList(context)->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags)
@@ -152,8 +144,14 @@ void addEntryCommand(CLI::App& program, Action& action) {
   shower->callback([&action, uuid] { action = [uuid](Context& context) { return show(context, uuid()); }; });
 
   CLI::App* adder = entry->add_subcommand("add", "Add an entry and print its identifier");
-  adder->add_option("TEXT", words->text, "The text; - or nothing reads the standard input");
-  adder->callback([&action, words] { action = [words](Context& context) { return add(context, words->text); }; });
+  const CLI::Option* text = adder->add_option(
+      "TEXT", words->text, "The text; - or nothing reads the standard input, until Ctrl+D in a terminal");
+  adder->callback([&action, words, text] {
+    const bool isGiven = text->count() > 0 && words->text != "-";
+    action = [word = isGiven ? std::optional(words->text) : std::nullopt](Context& context) {
+      return add(context, word);
+    };
+  });
 
   CLI::App* deleter = entry->add_subcommand("delete", "Move an entry to the Trash");
   deleter->add_option("UUID", words->uuid, "Its identifier, as list prints it")->required();

@@ -14,9 +14,11 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -243,17 +245,18 @@ int turn(Context& context, bool on) {
   return Done;
 }
 
-// A line in, a line out, until the input ends.
+// A line in, a line out, until the input ends or nobody takes the answers.
 int batch() {
   char* line = nullptr;
   size_t capacity = 0;
-  for (ssize_t length = 0; (length = ::getline(&line, &capacity, stdin)) >= 0;) {
+  for (ssize_t length = 0; std::ferror(stdout) == 0 && (length = ::getline(&line, &capacity, stdin)) >= 0;) {
     if (length > 0 && line[length - 1] == '\n') --length;
-    const QByteArray answer = answerBatchLine(QByteArray::fromRawData(line, length)) + '\n';
-    std::fwrite(answer.constData(), 1, static_cast<size_t>(answer.size()), stdout);
+    print(QString::fromUtf8(answerBatchLine(QByteArray::fromRawData(line, length))));
   }
+  const int error = errno;
   std::free(line);
-  return Done;
+  if (std::feof(stdin) != 0 || std::ferror(stdout) != 0) return Done;
+  return failed(u"the standard input cannot be read - "_s + QString::fromLocal8Bit(std::strerror(error)));
 }
 
 int next(Context& context, const Words& words) {

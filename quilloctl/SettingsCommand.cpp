@@ -71,7 +71,7 @@ int list(Context& context, bool all) {
   for (auto it = values.begin(); it != values.end(); ++it) lines[it.key()] = it.key() + u" = "_s + bareText(*it);
   for (const Setting& setting : settingsTable())
     if (all && isShared(setting) && !values.contains(setting.key)) lines[setting.key] = absentText(setting);
-  for (const QString& line : lines) print(line);
+  for (const QString& line : lines) print(withoutControls(line));
   return Done;
 }
 

@@ -155,6 +155,17 @@ int endOfParsing(const CLI::App& program, const CLI::ParseError& error) {
   return ctl::Usage;
 }
 
+bool areTexts(int count, char** words) {
+  for (int i = 1; i < count; ++i) {
+    QString reason;
+    if (!ctl::textFromUtf8(words[i], u"argument %1"_s.arg(i), &reason)) {
+      ctl::failed(reason);
+      return false;
+    }
+  }
+  return true;
+}
+
 int run(int argc, char** argv) {
   CLI::App program("Read and change what Quillo's applications share: settings, journal and entries.", "quilloctl");
   program.set_version_flag("--version", "quilloctl " QUILLO_VERSION);
@@ -164,6 +175,7 @@ int run(int argc, char** argv) {
   CommonOptions options;
   addCommands(program, action);
   addCommonOptions(program, options);
+  if (!areTexts(argc, argv)) return ctl::Failed;
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -200,7 +212,8 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  ctl::holdStandardStreams();
   // What we make is for the user alone.
   FileModeMask::makePrivate();
-  return run(argc, argv);
+  return ctl::finishOutput(run(argc, argv));
 }

@@ -199,6 +199,9 @@ class QuilloctlTest(QuilloctlTestCase):
 
         first = self.ctl("entry", "add", "Walked home #evening #Evening #ümlaut")
         second = self.ctl("entry", "add", "-", stdin="from\nstandard input #x\n")
+        for blank in ("", " \n\t"):
+            self.assert_fails("entry", "add", blank, stdin="not read", says="no text to add")
+            self.assert_fails("entry", "add", stdin=blank, says="no text to add")
         shown = self.ctl_json("entry", "show", first)
         self.assertEqual(shown["text"], "Walked home #evening #Evening #ümlaut")
         self.assertEqual(shown["tags"], ["evening", "ümlaut"])
