@@ -1,11 +1,13 @@
 #include "config/Keys.h"
 #include "foundation/PropertyListJson.h"
+#include "foundation/TimeZone.h"
 #include "qlcore/Hashtags.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalIndexDeletion.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -31,12 +33,22 @@ QJsonObject json(const QLJournalEntryFile& entry) {
   return object;
 }
 
+// As a clock showed it where the entry was written, with that zone's offset: "2014-03-10T21:00:00+01:00".
+QString timeOfEntry(Date date, const QLJournalEntryFile& entry) {
+  const auto zone = TimeZone::timeZoneWithName(entry.timeZone());
+  const QDateTime utc = date.toDateTime();
+  if (!zone || !utc.isValid()) return date.toISO8601();
+  const QString text = utc.toOffsetFromUtc(zone->secondsFromUTC(utc.toSecsSinceEpoch())).toString(Qt::ISODate);
+  // There is none for years of more than four digits.
+  return text.isEmpty() ? date.toISO8601() : text;
+}
+
 // One line: what it is found by, when it was written, how it begins.
 QString summary(const QLJournalEntryFile& entry) {
   constexpr qsizetype shown = 60;
   QString text = entry.string().left(4 * shown).simplified();
   if (text.size() > shown) text = text.left(shown - 1) + u'…';
-  return withoutControls(entry.uuid() + u"  "_s + entry.creationDate().toISO8601() + u"  "_s + text);
+  return withoutControls(entry.uuid() + u"  "_s + timeOfEntry(entry.creationDate(), entry) + u"  "_s + text);
 }
 
 int list(Context& context, int limit) {
@@ -68,8 +80,8 @@ int show(Context& context, const QString& uuid) {
     return Done;
   }
   print(u"uuid:     "_s + entry->uuid());
-  print(u"created:  "_s + entry->creationDate().toISO8601() + u' ' + entry->timeZone());
-  print(u"modified: "_s + entry->modificationDate().toISO8601());
+  print(u"created:  "_s + timeOfEntry(entry->creationDate(), *entry) + u' ' + entry->timeZone());
+  print(u"modified: "_s + timeOfEntry(entry->modificationDate(), *entry));
   if (!entry->tags().isEmpty()) print(u"tags:     "_s + entry->tags().join(u", "_s));
   if (const auto location = entry->location(); location && !location->placeName.isEmpty())
     print(u"place:    "_s + location->placeName);
