@@ -39,13 +39,18 @@ bool drawsInTerminal(const QString& program) {
 // Nobody opens an editor, looks and leaves in less.
 constexpr std::chrono::milliseconds fastestPerson{800};
 
-// In a terminal a Ctrl+C is for the editor; it would end us as well, and the text would be left behind.
+// In a terminal a Ctrl+C is for the editor; it would end us as well, and the text would be left behind. So it is with
+// the end of the terminal, which ends the editor.
 class IgnoredInterrupts {
  public:
-  IgnoredInterrupts() : m_interrupt(std::signal(SIGINT, SIG_IGN)), m_quit(std::signal(SIGQUIT, SIG_IGN)) {}
+  IgnoredInterrupts()
+      : m_interrupt(std::signal(SIGINT, SIG_IGN)),
+        m_quit(std::signal(SIGQUIT, SIG_IGN)),
+        m_hangUp(std::signal(SIGHUP, SIG_IGN)) {}
   ~IgnoredInterrupts() {
     std::signal(SIGINT, m_interrupt);
     std::signal(SIGQUIT, m_quit);
+    std::signal(SIGHUP, m_hangUp);
   }
   IgnoredInterrupts(const IgnoredInterrupts&) = delete;
   IgnoredInterrupts& operator=(const IgnoredInterrupts&) = delete;
@@ -53,7 +58,15 @@ class IgnoredInterrupts {
  private:
   sighandler_t m_interrupt;
   sighandler_t m_quit;
+  sighandler_t m_hangUp;
 };
+
+// Says it; by a notification, too, where nobody reads what we print.
+std::nullopt_t notSaved(Context& context, const QString& reason) {
+  if (outputIsDiscarded()) context.session().notify(u"Your text was not saved"_s, reason);
+  failed(reason);
+  return std::nullopt;
+}
 
 }  // namespace
 
@@ -111,6 +124,7 @@ std::optional<QString> Draft::edit(Context& context, const EditorChoice& editor)
   process.setChildProcessModifier([] {
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGQUIT, SIG_DFL);
+    std::signal(SIGHUP, SIG_DFL);
   });
   const IgnoredInterrupts ignored;
   context.session().runningApplications.registerSelf(Identifier::mainApplication, [&process] { process.terminate(); });
@@ -129,35 +143,43 @@ std::optional<QString> Draft::edit(Context& context, const EditorChoice& editor)
   context.session().runningApplications.registerSelf(Identifier::mainApplication, [] {});
 
   if (process.error() == QProcess::FailedToStart) {
-    failed(u"the editor %1 could not be started"_s.arg(process.program()));
     discard();
-    return std::nullopt;
+    return notSaved(context, u"the editor %1 could not be started"_s.arg(process.program()));
   }
-  // One that was asked to end has done so; what it left counts.
-  if (process.exitStatus() == QProcess::NormalExit && process.exitCode() != 0) {
-    static_cast<void>(kept(context, u"the editor ended with %1; nothing was saved"_s.arg(process.exitCode())));
-    return std::nullopt;
-  }
+  return textAfterEditor(context, process, std::chrono::milliseconds(sinceStart.elapsed()));
+}
+
+std::optional<QString> Draft::textAfterEditor(Context& context, const QProcess& process,
+                                              std::chrono::milliseconds duration) const {
   Error error;
   const auto bytes = contentsOfFile(m_path, &error);
-  if (!bytes) {
-    failed(error.localizedDescription);
-    return std::nullopt;
+  if (!bytes) return notSaved(context, error.localizedDescription);
+  const bool isUnchanged = *bytes == m_text.toUtf8();
+  const bool isWorthKeeping = !isUnchanged && !bytes->trimmed().isEmpty();
+  if (!isWorthKeeping) discard();
+
+  // One that was asked to end has done so; what it left counts.
+  if (process.exitStatus() == QProcess::NormalExit && process.exitCode() != 0) {
+    const QString reason = u"the editor ended with %1; nothing was saved"_s.arg(process.exitCode());
+    return notSaved(context, isWorthKeeping ? withPath(reason) : reason);
   }
-  // It has handed the file to another process, where it is still open.
-  if (*bytes == m_text.toUtf8() && std::chrono::milliseconds(sinceStart.elapsed()) < fastestPerson) {
-    static_cast<void>(
-        kept(context,
-             u"the editor %1 did not wait for you to write, it may have an option for that"_s.arg(process.program())));
-    return std::nullopt;
-  }
-  return QString::fromUtf8(*bytes);
+  // It has handed the file to another process, where it may be open still, and whose saving makes the file anew.
+  if (isUnchanged && duration < fastestPerson)
+    return notSaved(context,
+                    u"the editor %1 did not wait for you to write, it may have an option for that; what is "
+                    "written all the same goes to %2 and into no entry"_s.arg(process.program(), m_path));
+  QString reason;
+  const auto text = textFromUtf8(*bytes, u"the text"_s, &reason);
+  return text ? text : notSaved(context, withPath(reason));
+}
+
+QString Draft::withPath(const QString& reason) const {
+  return reason + u"; the text is in "_s + m_path;
 }
 
 int Draft::kept(Context& context, const QString& reason) const {
-  const QString text = reason + u"; the text is in "_s + m_path;
-  if (outputIsDiscarded()) context.session().notify(u"Your text was not saved"_s, text);
-  return failed(text);
+  static_cast<void>(notSaved(context, withPath(reason)));
+  return Failed;
 }
 
 void Draft::discard() const {

@@ -5,7 +5,10 @@
 #include <QProcessEnvironment>
 #include <QStringList>
 
+#include <chrono>
 #include <optional>
+
+class QProcess;
 
 namespace quillo::ctl {
 
@@ -34,8 +37,9 @@ class Draft {
   [[nodiscard]] static std::optional<Draft> withText(const QString& text);
 
   // Runs the editor on the file and waits until it has ended, answering what the file then holds; nothing, with the
-  // reason said, when the editor failed or was gone at once and is open elsewhere, as it seems. While it waits this
-  // process is known as the main application, and a request to end is passed on to the editor.
+  // reason said, when the editor failed or was gone at once and is open elsewhere, as it seems. A file that is blank or
+  // as it was is gone then. While it waits this process is known as the main application, and a request to end is
+  // passed on to the editor.
   std::optional<QString> edit(Context& context, const EditorChoice& editor) const;
 
   // Answers Failed, saying why and where the text is; by a notification, too, where nobody reads what we print.
@@ -44,6 +48,10 @@ class Draft {
 
  private:
   Draft(QString path, QString text) : m_path(std::move(path)), m_text(std::move(text)) {}
+  std::optional<QString> textAfterEditor(Context& context, const QProcess& process,
+                                         std::chrono::milliseconds duration) const;
+  [[nodiscard]] QString withPath(const QString& reason) const;
+
   QString m_path;
   QString m_text;  // what it began with
 };

@@ -73,12 +73,16 @@ class MainApplicationTest(QuilloctlTestCase):
             return self.run_ctl("open-url", url, VISUAL=self.script("notes", body))
 
         original = file.read_bytes()
-        for body, code in (("sleep 1", 0), (': >"$1"', 1)):
+        # A draft that nobody has written in goes, however the editor ends; true may go on in another process.
+        for body, code in (("sleep 1", 0), (': >"$1"', 1), ("true", 1), ("exit 3", 1), ('echo >"$1"; exit 3', 1), ("kill -HUP $PPID; kill $$", 1)):
             result = edits(body)
             self.assertEqual((result.returncode, file.read_bytes()), (code, original), result.stderr)
+            self.assertEqual(list(self.drafts.iterdir()), [], body)
         self.assertEqual(self.kept_draft(edits('echo mine >"$1"; exit 3')), "mine\n")
-        # One that goes on in another process still writes to the file.
-        self.assertEqual(self.kept_draft(edits("true")), "before")
+        result = edits('printf "in Latin-1: \\374" >"$1"')
+        self.assertIn("byte 12 ", result.stderr)
+        self.assertIn(str(self.drafts), result.stderr)
+        next(self.drafts.iterdir()).unlink()
         self.assertEqual(file.read_bytes(), original)
 
         other = self.home / "other.plist"
@@ -93,7 +97,8 @@ class MainApplicationTest(QuilloctlTestCase):
 
     def test_a_new_entry_is_written_or_not(self):
         self.ctl("open-url", "quillo://post", VISUAL=self.script("notes", "sleep 1"))
-        self.assertEqual(self.ctl("entry", "list"), "")
+        self.assertEqual(self.run_ctl("open-url", "quillo://post", VISUAL="false").returncode, 1)
+        self.assertEqual((self.ctl("entry", "list"), list(self.drafts.iterdir())), ("", []))
         uuid = self.ctl("open-url", "quillo://post", VISUAL=self.script("notes", 'echo "Fresh #ink" >"$1"'))
         self.assertEqual((self.entry(uuid)["text"], self.entry(uuid)["tags"]), ("Fresh #ink", ["ink"]))
 
@@ -214,6 +219,8 @@ class MainApplicationTest(QuilloctlTestCase):
         self.assertEqual({word for word in offered if word[0] != "-"}, commands())
         for command in commands() - {"open-url", "post"}:
             self.assertEqual(set(self.completions(f"quilloctl {command} ")) - {"--help"}, commands(command))
+        for typed, offered in (("journal path --j", ["--json"]), ("settings list --a", ["--all"])):
+            self.assertEqual(self.completions("quilloctl " + typed), offered)
         for typed, offered in (("quillo", ["quillo://open", "quillo://preferences", "quillo://post", "quillo://edit?entryId=",
                                            "quillo://updatebookmarks"]),
                                ("quillo://p", ["//preferences", "//post"]), ("quillo://edit?entryId=", [])):
