@@ -25,13 +25,15 @@ int show(Context& context) {
   if (!list) return Failed;
   const auto combo = storedCombo(*list);
   if (!context.json) {
-    print(combo->description());
+    const QString words = wordsForKeyCombo(*combo);
+    print(words == combo->description() ? words : words + u"  "_s + combo->description());
   } else if (combo->isClearCombo()) {
     printJson(QJsonValue());
   } else {
     printJson(QJsonObject{{u"keyCode"_s, combo->keyCode()},
                           {u"modifierFlags"_s, static_cast<qint64>(combo->modifiers())},
-                          {u"text"_s, combo->description()}});
+                          {u"text"_s, combo->description()},
+                          {u"words"_s, wordsForKeyCombo(*combo)}});
   }
   return Done;
 }

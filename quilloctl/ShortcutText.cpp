@@ -3,6 +3,7 @@
 #include "PTHotKey/PTKeyCodeTranslator.h"
 #include "platform/HotKeys.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -34,12 +35,12 @@ constexpr std::array modifierWords{
 
 // Words for keys whose name is a sign or has a blank, by virtual key code.
 constexpr std::array keyWords{
-    Word{"return"_L1, 36},    Word{"enter"_L1, 36},      Word{"tab"_L1, 48},     Word{"backspace"_L1, 51},
-    Word{"escape"_L1, 53},    Word{"esc"_L1, 53},        Word{"numlock"_L1, 71}, Word{"clear"_L1, 71},
-    Word{"volumeup"_L1, 72},  Word{"volumedown"_L1, 73}, Word{"help"_L1, 114},   Word{"ins"_L1, 114},
-    Word{"pageup"_L1, 116},   Word{"pgup"_L1, 116},      Word{"delete"_L1, 117}, Word{"del"_L1, 117},
-    Word{"pagedown"_L1, 121}, Word{"pgdn"_L1, 121},      Word{"left"_L1, 123},   Word{"right"_L1, 124},
-    Word{"down"_L1, 125},     Word{"up"_L1, 126},
+    Word{"return"_L1, 36},    Word{"enter"_L1, 36},      Word{"tab"_L1, 48},       Word{"backspace"_L1, 51},
+    Word{"escape"_L1, 53},    Word{"esc"_L1, 53},        Word{"numlock"_L1, 71},   Word{"clear"_L1, 71},
+    Word{"volumeup"_L1, 72},  Word{"volumedown"_L1, 73}, Word{"help"_L1, 114},     Word{"ins"_L1, 114},
+    Word{"pageup"_L1, 116},   Word{"pgup"_L1, 116},      Word{"delete"_L1, 117},   Word{"del"_L1, 117},
+    Word{"pagedown"_L1, 121}, Word{"pgdn"_L1, 121},      Word{"left"_L1, 123},     Word{"right"_L1, 124},
+    Word{"down"_L1, 125},     Word{"up"_L1, 126},        Word{"pad enter"_L1, 76},
 };
 
 template <size_t count>
@@ -95,8 +96,19 @@ std::optional<qint16> keyNamed(const QString& name) {
     const QString known = PTKeyCombo::stringForKeyCodeNew(keyCode, keyCodeMap, translator);
     if (known != QChar(QChar::ReplacementCharacter) && known.compare(wanted, Qt::CaseInsensitive) == 0) return keyCode;
   }
-  if (const auto keyCode = lookUp(keyWords, QString(wanted).remove(u' '))) return static_cast<qint16>(*keyCode);
+  for (const QString& word : {wanted, QString(wanted).remove(u' ')})
+    if (const auto keyCode = lookUp(keyWords, word)) return static_cast<qint16>(*keyCode);
   return std::nullopt;
+}
+
+// Signs that few people can name or type are told by the first word for them.
+QString wordForKey(const PTKeyCombo& combo) {
+  QString name = combo.keyCodeString();
+  const auto word = std::ranges::find(keyWords, static_cast<quint32>(combo.keyCode()), &Word::meaning);
+  if (name.size() != 1 || word == keyWords.end()) return name;
+  name = word->word;
+  name[0] = name[0].toUpper();
+  return name;
 }
 
 bool typesACharacter(qint16 keyCode) {
@@ -105,7 +117,23 @@ bool typesACharacter(qint16 keyCode) {
   return typed[0].isPrint() && typed[0] != QChar(QChar::ReplacementCharacter);
 }
 
+// As the keys of a PC are labelled, in the order of the signs.
+constexpr std::array modifierNames{
+    Word{"Super+"_L1, HotKeyModifier::command},
+    Word{"Alt+"_L1, HotKeyModifier::option},
+    Word{"Ctrl+"_L1, HotKeyModifier::control},
+    Word{"Shift+"_L1, HotKeyModifier::shift},
+};
+
 }  // namespace
+
+QString wordsForKeyCombo(const PTKeyCombo& combo) {
+  if (!combo.isValidHotKeyCombo()) return combo.description();
+  QString words;
+  for (const Word& modifier : modifierNames)
+    if ((combo.modifiers() & modifier.meaning) != 0) words += modifier.word;
+  return words + wordForKey(combo);
+}
 
 PTKeyCombo::Pointer keyComboFromText(const QString& text, QString* reason) {
   const auto wrong = [&](const QString& why) {

@@ -11,4 +11,7 @@ namespace quillo::ctl {
 // sentence, for anything else, and for a key without a modifier.
 [[nodiscard]] PTKeyCombo::Pointer keyComboFromText(const QString& text, QString* reason);
 
+// The same in words that keyComboFromText reads, "Super+Shift+J"; "(None)" for what cannot be a hot key.
+[[nodiscard]] QString wordsForKeyCombo(const PTKeyCombo& combo);
+
 }  // namespace quillo::ctl

@@ -119,10 +119,13 @@ class QuilloctlTest(QuilloctlTestCase):
         ]
         for words, code, modifiers, printed in cases:
             with self.subTest(words):
-                self.assertEqual(self.ctl("shortcut", "set", words), printed)
+                in_words, _, in_signs = self.ctl("shortcut", "set", words).partition("  ")
+                self.assertEqual(in_signs, printed)
                 self.assertEqual(self.read_list()["MenuEntryGlobalShortcut"], {"keyCode": code, "modifierFlags": modifiers})
-                self.assertEqual(self.ctl("shortcut", "show"), printed)
-        self.assertEqual(self.ctl_json("shortcut", "set", "cmd+j"), {"keyCode": 38, "modifierFlags": cmd, "text": "⌘J"})
+                self.assertTrue(in_words.isascii())
+                self.assertEqual(self.ctl("shortcut", "set", in_words), f"{in_words}  {printed}")
+        self.assertEqual(self.ctl_json("shortcut", "set", "cmd+opt+ctrl+shift+↩"),
+                         {"keyCode": 36, "modifierFlags": cmd | opt | ctrl | shift, "text": "⌘⌥⌃⇧↩", "words": "Super+Alt+Ctrl+Shift+Return"})
 
         before = self.list.read_bytes()
         for words, says in [("J", "\"J\" alone would be lost for typing"), ("shift+j", "lost for typing"), ("shift+space", "lost for typing"), ("F13", "alone"), ("cmd", "no key in it"), ("⌘⇧", "no key in it"),
@@ -136,7 +139,7 @@ class QuilloctlTest(QuilloctlTestCase):
         self.assertNotIn("MenuEntryGlobalShortcut", self.read_list())
         self.assertEqual(self.ctl("--json", "shortcut", "show"), "null")
         # What somebody else has written is shown as the agent takes it.
-        for stored, printed in (({"keyCode": 2**32 + 38, "modifierFlags": -1}, "⌘⌥⌃⇧J"), ({"keyCode": "38", "modifierFlags": 0}, "(None)"), ({}, "(None)")):
+        for stored, printed in (({"keyCode": 2**32 + 38, "modifierFlags": -1}, "Super+Alt+Ctrl+Shift+J  ⌘⌥⌃⇧J"), ({"keyCode": "38", "modifierFlags": 0}, "(None)"), ({}, "(None)")):
             self.write_list({"MenuEntryGlobalShortcut": stored}, plistlib.FMT_XML)
             self.assertEqual(self.ctl("shortcut", "show"), printed)
         self.assert_fails("agent", "toggle", says="quilloctl: no agent is running in this session\n")
