@@ -9,7 +9,8 @@ import tempfile
 import unittest
 from pathlib import Path
 
-QUILLOCTL = Path(os.environ["QUILLO_BIN"]) / "quilloctl"
+# As the program knows itself, also in a checkout that is reached through a symbolic link.
+QUILLOCTL = (Path(os.environ["QUILLO_BIN"]) / "quilloctl").resolve()
 LIST = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Preferences/quillo.plist"
 NOT_PASSED_ON = ("DISPLAY", "WAYLAND_DISPLAY", "VISUAL", "EDITOR", "XDG_DATA_HOME", "XDG_CONFIG_HOME")
 
