@@ -55,6 +55,8 @@ int list(Context& context, int limit) {
   const auto package = openJournal(context);
   if (!package) return Failed;
   const QLJournalIndex index(package);
+  // An empty list would look like an empty journal.
+  if (const auto& error = index.readError()) return failed(error->localizedDescription);
   const auto entries =
       limit > 0 ? index.entries().first(std::min<qsizetype>(limit, index.entries().size())) : index.entries();
   QJsonArray array;

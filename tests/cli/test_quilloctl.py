@@ -248,6 +248,12 @@ class QuilloctlTest(QuilloctlTestCase):
         self.assert_fails("journal", "create", str(journal), says=str(journal))
         (journal / "Entries" / "00000000-0000-4000-8000-000000000000.plist").write_bytes(b"torn")
         self.assert_fails("journal", "check", says="00000000-0000-4000-8000-000000000000")
+        # No folder of entries is an empty journal; one that cannot be read is a failure.
+        shutil.rmtree(journal / "Entries")
+        self.assertEqual(self.ctl("entry", "list"), "")
+        (journal / "Entries").write_text("")
+        for words in (["entry", "list"], ["--json", "entry", "list"]):
+            self.assert_fails(*words, says=str(journal / "Entries"))
 
     def test_reminders(self):
         self.assert_fails("reminder", "show", says="no reminder is set")
