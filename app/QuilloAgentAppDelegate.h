@@ -133,7 +133,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   AgentPlatform m_platform;
   AlertSheet m_alerts;
   OpenPanelSheet m_openPanel;
-  EntryDraft m_draft{EntryDraft::defaultPath()};
+  EntryDraft m_draft{EntryDraft::defaultPath(), EntryDraft::defaultFormerPath()};
   ReminderAlarm m_reminderAlarm;
   // Declared in the order of need: the window's controller goes before the menu that it shows.
   std::unique_ptr<QMenu> m_contextualMenu;

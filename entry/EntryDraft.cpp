@@ -20,11 +20,13 @@ using namespace std::chrono_literals;
 
 static constexpr auto writeDelay = 1500ms;
 
+static const QString olderSuffix = u".older"_s;
 static const QString textKey = u"text"_s;
 static const QString entryKey = u"entry"_s;
 static const QString beginKey = u"editBeginDate"_s;
 
-EntryDraft::EntryDraft(QString path) : m_path(std::move(path)) {
+EntryDraft::EntryDraft(QString path, QString formerPath)
+    : m_path(std::move(path)), m_formerPath(std::move(formerPath)) {
   m_timer.setSingleShot(true);
   m_timer.setInterval(writeDelay);
   QObject::connect(&m_timer, &QTimer::timeout, [this] {
@@ -34,11 +36,36 @@ EntryDraft::EntryDraft(QString path) : m_path(std::move(path)) {
 }
 
 QString EntryDraft::defaultPath() {
+  return UserDirectories::current().state + u"/quillo/UnsavedEntry.plist"_s;
+}
+
+QString EntryDraft::defaultFormerPath() {
   return UserDirectories::current().caches + u"/quillo/UnsavedEntry.plist"_s;
 }
 
+void EntryDraft::moveHereOnce() {
+  const QString older = m_path + olderSuffix;
+  const QString former = std::exchange(m_formerPath, {});
+  if (!former.isEmpty() && QFileInfo::exists(former)) {
+    const QFileInfo here(m_path);
+    const bool isNewer = here.exists() && here.lastModified() < QFileInfo(former).lastModified();
+    QDir().mkpath(here.path());
+    // One step each, none of which replaces a file; where one fails, both texts stay where they are.
+    if (!isNewer || QFile::rename(m_path, older)) QFile::rename(former, here.exists() && !isNewer ? older : m_path);
+  }
+  if (!QFileInfo::exists(m_path)) QFile::rename(older, m_path);
+}
+
+bool EntryDraft::isLeftBehind() {
+  if (m_isTaken) return false;
+  moveHereOnce();
+  return QFileInfo::exists(m_path);
+}
+
 std::optional<EntryDraft::Content> EntryDraft::takeLeftBehind() {
-  if (std::exchange(m_isTaken, true) || !QFileInfo::exists(m_path)) return std::nullopt;
+  const bool isThere = isLeftBehind();
+  m_isTaken = true;
+  if (!isThere) return std::nullopt;
   m_hasFile = true;
   Error error;
   const auto bytes = contentsOfFile(m_path, &error);
@@ -65,7 +92,11 @@ void EntryDraft::writeSoon(std::function<std::optional<Content>()> content) {
 void EntryDraft::write(const Content& content) {
   m_timer.stop();
   m_content = {};
-  m_isTaken = true;
+  if (!std::exchange(m_isTaken, true)) {
+    // Or a text that nobody has seen yet would be overwritten.
+    moveHereOnce();
+    QFile::rename(m_path, m_path + olderSuffix);
+  }
   PropertyListDictionary fields{{textKey, content.text}};
   if (!content.entryIdentifier.isEmpty()) fields.insert(entryKey, content.entryIdentifier);
   if (content.editBeginDate) fields.insert(beginKey, *content.editBeginDate);

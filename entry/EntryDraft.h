@@ -11,6 +11,8 @@
 namespace quillo {
 
 // Text of the entry window that is not in the journal yet, kept in a file so that a crash does not lose it. Mode 0600.
+// It was among the caches once; what is found there is moved at the first use. Where there are two, the older one waits
+// beside, under a name that ends in ".older", for the first process that finds the newer one gone.
 class EntryDraft {
  public:
   struct Content {
@@ -23,11 +25,15 @@ class EntryDraft {
     bool operator==(const Content&) const = default;
   };
 
-  // `path` of the file; its folder is made on the first write.
-  explicit EntryDraft(QString path);
+  // `path` of the file; its folder is made on the first write. `formerPath` is where an older version kept it.
+  explicit EntryDraft(QString path, QString formerPath = {});
 
-  // The draft in the user's caches.
+  // The draft in the user's state, and where it was.
   [[nodiscard]] static QString defaultPath();
+  [[nodiscard]] static QString defaultFormerPath();
+
+  // Whether takeLeftBehind() has something to answer.
+  [[nodiscard]] bool isLeftBehind();
 
   // What an earlier process left behind; answered once, by the first call that comes before a write. A file that cannot
   // be read is kept beside, under a name that ends in ".damaged".
@@ -40,7 +46,10 @@ class EntryDraft {
   void remove();
 
  private:
+  void moveHereOnce();
+
   QString m_path;
+  QString m_formerPath;  // empty once it was looked at
   QTimer m_timer;
   std::function<std::optional<Content>()> m_content;
   bool m_isTaken{false};

@@ -1,13 +1,14 @@
 """The entry window by mouse and keyboard: its buttons, reminders, clicks elsewhere, and text that outlives a kill."""
 
 import os
+import plistlib
 import signal
 import time
 
 from desktop import active_window, click, press, run, type_text, wait_until, window, windows_named
 from quillo import AgentTestCase, set_reminder_in
 
-DRAFT = ".cache/quillo/UnsavedEntry.plist"
+DRAFT = ".local/state/quillo/UnsavedEntry.plist"
 # Centres of the controls, in points from the frame's top left.
 SAVE, SETTINGS, CLOSE = (269, 232), (277, 32), (306, 32)
 SNOOZE_2, TITLE, TEXT, RECONNECT = (274, 75), (90, 32), (160, 150), (164, 232)
@@ -86,6 +87,17 @@ class EntryWindowTest(AgentTestCase):
         agent.wait_closed()
         self.assertEqual(self.texts(), ["kept through it all"])
         self.assertFalse((self.home / DRAFT).exists())
+
+    def test_a_text_left_among_the_caches_is_found(self):
+        former = self.home / ".cache/quillo/UnsavedEntry.plist"
+        former.parent.mkdir(parents=True)
+        former.write_bytes(plistlib.dumps({"text": "of an older version"}))
+        agent = self.start_agent()
+        agent.open_window()
+        self.assertFalse(former.exists())
+        press("ctrl+Return")
+        agent.wait_closed()
+        self.assertEqual(self.texts(), ["of an older version"])
 
     def test_clicks_elsewhere_and_on_what_is_the_agents_own(self):
         agent = self.start_agent()

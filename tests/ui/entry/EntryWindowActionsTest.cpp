@@ -222,5 +222,46 @@ TEST_F(EntryWindowActionsTest, ADraftSurvivesWhatItCannotBeSavedInAndWhatCannotB
   EXPECT_TRUE(QFile::exists(path));
 }
 
+TEST_F(EntryWindowActionsTest, ADraftAmongTheCachesIsFoundOnceAndNoneIsLost) {
+  const QString here = home.path(u"state/UnsavedEntry.plist"_s);
+  const QString former = home.path(u"cache/UnsavedEntry.plist"_s);
+  const struct {
+    QStringList written;  // the older first
+    QStringList answered;
+  } cases[] = {{{}, {}},
+               {{former}, {u"0"_s}},
+               {{here}, {u"0"_s}},
+               {{here, former}, {u"1"_s, u"0"_s}},
+               {{former, here}, {u"1"_s, u"0"_s}}};
+  for (const auto& c : cases) {
+    for (int i = 0; i < c.written.size(); ++i) {
+      EntryDraft(c.written[i]).write({QString::number(i), {}, {}});
+      QFile file(c.written[i]);
+      ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+      file.setFileTime(QDateTime::currentDateTime().addSecs(i - 10), QFileDevice::FileModificationTime);
+    }
+    // One process after another, each of which saves what it finds.
+    QStringList answered;
+    for (int process = 0; process < 3; ++process) {
+      EntryDraft next(here, former);
+      const bool isLeft = next.isLeftBehind();
+      const auto left = next.takeLeftBehind();
+      EXPECT_EQ(isLeft, left.has_value());
+      if (left) answered << left->text;
+      EXPECT_FALSE(QFile::exists(former));
+      next.remove();
+    }
+    EXPECT_EQ(answered, c.answered);
+  }
+  // One that nobody has asked for is not overwritten.
+  for (const auto& text : {u"first"_s, u"second"_s}) EntryDraft(here).write({text, {}, {}});
+  for (const auto& text : {u"second"_s, u"first"_s}) {
+    EntryDraft next(here);
+    EXPECT_EQ(next.takeLeftBehind().value_or(EntryDraft::Content()).text, text);
+    next.remove();
+  }
+  EXPECT_EQ(EntryDraft::defaultPath(), home.path(u".local/state/quillo/UnsavedEntry.plist"_s));
+}
+
 }  // namespace
 }  // namespace quillo
