@@ -139,6 +139,8 @@ bool AgentEntryWindowController::haveAccessToJournalFile() {
 void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
   // A window that is closing, and waits for an alert, stays closed: the rest of the closing undoes only part of this.
   if (m_isClosing) return;
+  // Whatever was changed from outside shows now, whether or not somebody told of it.
+  if (PersistentPropertyList* list = m_services.config.groupProperties()) list->synchronize();
   m_services.config.startAccessingSecurityScopedResources();
   addWindowDismissalMonitors();
   m_currentMode = mode;

@@ -85,7 +85,9 @@ TEST_F(EntryWindowLocationTest, ItSeeksOnlyWhenTheDesktopAndTheUserAllow) {
   for (const auto& c : cases) {
     FakeLocationService::enabled = c.enabled;
     FakeLocationService::authorized = c.authorized;
-    config.groupProperties()->setValueForKey(c.automatic, Key::addLocationAutomatically);
+    // By another process, which does not tell.
+    PersistentPropertyList::withPropertyListURL(config.groupProperties()->propertyListURL())
+        ->setValueForKey(c.automatic, Key::addLocationAutomatically);
     location = nullptr;
     newController();
     show();
