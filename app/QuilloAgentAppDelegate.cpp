@@ -253,9 +253,8 @@ void QuilloAgentAppDelegate::orderFrontAboutWindow() {
 }
 
 void QuilloAgentAppDelegate::reloadEntryWindow() {
-  if (const auto open = m_entryWindowController) open->close();
-  // Closing may wait for an alert, and the window be replaced meanwhile: the last one holds the text.
   const auto before = m_entryWindowController;
+  if (before) before->closeForReplacement();
   m_entryWindowController = std::make_shared<AgentEntryWindowController>(
       AgentEntryWindowServices{m_config, m_alerts, m_openPanel, m_draft, &m_platform.workspace,
                                &m_platform.outsideClicks, m_platform.makeLocationManager, &m_platform.weather,
@@ -295,7 +294,7 @@ void QuilloAgentAppDelegate::entryShortcutDidChangeNotification() {
 }
 
 void QuilloAgentAppDelegate::applicationWillTerminate() {
-  // Not by closing the window: the end must not wait for somebody to answer an alert.
+  // Not by closing the window: where the save fails, that would show an alert.
   if (m_entryWindowController) m_entryWindowController->saveForTermination();
 }
 

@@ -84,7 +84,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   void applicationDidFinishLaunching();
   // Starts the user interface the first time it is called; later calls do nothing.
   void showMainApplicationWindow() override;
-  // Before the process ends: closes the entry window, which saves its text.
+  // Before the process or the session ends: saves the entry window's text, and asks nobody.
   void applicationWillTerminate();
 
   // Gives the reminder by window, notification and sound, as the settings want it.

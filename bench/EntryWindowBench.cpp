@@ -35,6 +35,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 struct NoAlerts : Alerts {
+  void beginSheet(const Alert& alert, QWidget* window, std::function<void(int)>) override { runAlert(alert, window); }
   int runAlert(const Alert& alert, QWidget*) override {
     std::fprintf(stderr, "%s\n", qPrintable(alert.message));
     std::exit(1);

@@ -204,9 +204,27 @@ void AgentEntryWindow::setArrowEdge(Qt::Edge edge) {
   layOut();
 }
 
+static QList<QDialog*> sheetsOf(const QWidget& window) {
+  QList<QDialog*> sheets = window.findChildren<QDialog*>(Qt::FindDirectChildrenOnly);
+  sheets.removeIf([](const QDialog* dialog) { return !dialog->isVisible(); });
+  return sheets;
+}
+
 bool AgentEntryWindow::hasAttachedSheet() const {
-  const auto dialogs = findChildren<QDialog*>(Qt::FindDirectChildrenOnly);
-  return std::any_of(dialogs.begin(), dialogs.end(), [](const QDialog* dialog) { return dialog->isVisible(); });
+  return !sheetsOf(*this).isEmpty();
+}
+
+void AgentEntryWindow::endSheets() {
+  for (QDialog* sheet : sheetsOf(*this)) {
+    // Hidden, not closed: that would be an answer.
+    sheet->hide();
+    sheet->deleteLater();
+  }
+}
+
+void AgentEntryWindow::orderOut() {
+  endSheets();
+  hide();
 }
 
 void AgentEntryWindow::orderFront(bool activate) {
@@ -256,10 +274,9 @@ void AgentEntryWindow::paintEvent(QPaintEvent*) {
 }
 
 void AgentEntryWindow::closeEvent(QCloseEvent* event) {
-  // The desktop's way to close a window goes the way of the close button. Accepted, since a refusal would also stop the
-  // program from quitting.
+  // The desktop's way to close a window goes the way of the close button, which may leave it up for an alert.
   if (onCloseRequest) onCloseRequest();
-  event->accept();
+  event->setAccepted(!isVisible());
 }
 
 }  // namespace quillo

@@ -59,15 +59,19 @@ class AgentEntryWindow : public QWidget {
   void setShowsMetadata(bool shows);
   [[nodiscard]] bool showsMetadata() const { return m_showsMetadata; }
 
-  // Whether an alert hangs on the window.
+  // Whether an alert or a panel of files hangs on the window.
   [[nodiscard]] bool hasAttachedSheet() const;
+  // Takes what hangs on the window away, unanswered.
+  void endSheets();
+  // Hides the window, and with it what hangs on it.
+  void orderOut();
 
   // Shows it in front; with `activate`, takes the keyboard. The text has the keyboard as soon as the window does.
   void orderFront(bool activate);
   // Takes the keyboard for whichever control had it last; the window must be shown.
   void makeKeyAndOrderFront();
 
-  // Told instead of closing, when the desktop asks the window to close.
+  // Told when the desktop asks the window to close, which it does by hiding.
   std::function<void()> onCloseRequest;
   // The window took or lost the keyboard.
   std::function<void()> onActivationChange;

@@ -7,7 +7,6 @@
 #include "controls/NinePartScaledImage.h"
 #include "entry/AgentEntryWindow.h"
 #include "entry/JournalAccess.h"
-#include "entry/KeepAlive.h"
 #include "entry/PullDownMenu.h"
 #include "entry/SnoozeOptions.h"
 #include "foundation/NotificationCenter.h"
@@ -236,24 +235,32 @@ void AgentEntryWindowController::activationChanged() {
 }
 
 void AgentEntryWindowController::close() {
-  // An alert about the save keeps the event loop turning: a second close meanwhile is the same close.
+  // A second close, while an alert about the save is up, is the same close.
   if (!m_isShown || m_isClosing) return;
-  const KeepAlive self(*this);
   m_isClosing = true;
-  windowWillClose();
+  removeWindowDismissalMonitors();
+  stopLocating();
+  if (saveActiveEntry(/*force=*/false, [this] { finishClosing(); })) finishClosing();
+}
+
+void AgentEntryWindowController::closeForReplacement() {
+  if (!m_isShown) return;
+  m_isClosing = true;
+  removeWindowDismissalMonitors();
+  stopLocating();
+  // A text that an alert is up about is to be seen again, in the next window.
+  if (!window().hasAttachedSheet()) saveForTermination();
+  finishClosing();
+}
+
+void AgentEntryWindowController::finishClosing() {
+  m_currentMode = EntryWindowModeStandard;
+  m_services.config.stopAccessingSecurityScopedResources();
   // After the save, so that a click on the icon while an alert is up leaves the observers' flags right in the end.
   NotificationCenter::localCenter().postNotification(Notice::windowWillClose, this);
   m_isShown = false;
   m_isClosing = false;
-  window().hide();
-}
-
-void AgentEntryWindowController::windowWillClose() {
-  removeWindowDismissalMonitors();
-  stopLocating();
-  saveActiveEntry(/*force=*/false);
-  m_currentMode = EntryWindowModeStandard;
-  m_services.config.stopAccessingSecurityScopedResources();
+  window().orderOut();
 }
 
 void AgentEntryWindowController::closeButtonClicked() {

@@ -14,6 +14,7 @@
 #include <QPoint>
 #include <QPointer>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -35,10 +36,9 @@ class ReminderAlarm;
 // journal but keeps the entry active and the text in the window; only the save button and the open button finish the
 // entry. Text is never dropped: what cannot be saved stays in the window, and in a draft on disk for the next start.
 //
-// Posts Notice::windowWillClose, with itself as object, whenever the window closes. An alert handles events, so the
-// controller can be replaced while one of its methods waits for the answer; it is held by shared pointers and keeps
-// itself until it is done. Main thread only.
-class AgentEntryWindowController : public QObject, public std::enable_shared_from_this<AgentEntryWindowController> {
+// Posts Notice::windowWillClose, with itself as object, whenever the window closes. Nothing here waits: an alert or a
+// panel goes on in a callback, and goes with the window. Main thread only.
+class AgentEntryWindowController : public QObject {
   Q_OBJECT
 
  public:
@@ -56,8 +56,11 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
 
   [[nodiscard]] bool haveAccessToJournalFile();
   void showWindowInMode(EntryWindowMode mode);
-  // Saves and hides the window; nothing when it is not shown.
+  // Saves and hides the window; nothing when it is not shown. While an alert tells of a failed save, the window stays.
   void close();
+  // The same for a window that another is to replace: nobody is asked anything, an alert that is up goes, and the text
+  // that it was about is left to the successor.
+  void closeForReplacement();
 
   // Watch for clicks that dismiss the window; a second call of either does nothing.
   void addWindowDismissalMonitors();
@@ -71,9 +74,10 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   void layoutSnoozeButtonsAccordingToUserDefaults();
 
   // Writes the text into the journal: makes the entry on first need, updates it later, deletes the file of one that was
-  // emptied. With `force`, an empty text makes an entry too. Failures are shown; false then, with the text kept.
-  bool saveActiveEntry(bool force);
-  // As saveActiveEntry(false), when the process is about to end: nobody is asked anything, a failure is logged.
+  // emptied. With `force`, an empty text makes an entry too. A failure is shown; false then, with the text kept, and
+  // `dismissed` is called once the person has seen it.
+  bool saveActiveEntry(bool force, std::function<void()> dismissed = {});
+  // As saveActiveEntry(false) where nobody can be asked, as when the process is about to end: a failure is logged.
   bool saveForTermination();
   // Moves text that could not be saved, and its entry, from the controller that this one replaces. What `other` has
   // saved stays there; a text of one's own is not overwritten.
@@ -102,7 +106,7 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
   void connectControls();
   void showEditor(bool reminder);
   void showReconnectPanel();
-  void windowWillClose();
+  void finishClosing();
   void clickedElsewhere();
   void activationChanged();
   void fadeSnoozeRow();
@@ -115,6 +119,7 @@ class AgentEntryWindowController : public QObject, public std::enable_shared_fro
 
   [[nodiscard]] std::shared_ptr<QLJournalPackageFile> journalFile() const;
   bool writeActiveEntry(bool force, Error* error);
+  void presentError(const Error& error, std::function<void()> dismissed);
   void textIsSafe();
   void keepDraftNow();
   void removeActiveEntry();

@@ -6,7 +6,6 @@
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
 #include "entry/Alerts.h"
-#include "entry/KeepAlive.h"
 #include "entry/OpenPanel.h"
 #include "entry/PullDownMenu.h"
 #include "foundation/FileManager.h"
@@ -85,21 +84,29 @@ void AgentEntryWindowController::textIsSafe() {
   if (std::exchange(m_hasUnsavedText, false)) m_services.draft.remove();
 }
 
-bool AgentEntryWindowController::saveActiveEntry(bool force) {
-  const KeepAlive self(*this);
+bool AgentEntryWindowController::saveActiveEntry(bool force, std::function<void()> dismissed) {
   Error error;
   if (writeActiveEntry(force, &error)) return true;
   // Before the alert, which may stay for long.
   keepDraftNow();
-  m_services.alerts.presentError(error, &window());
+  presentError(error, std::move(dismissed));
   return false;
+}
+
+void AgentEntryWindowController::presentError(const Error& error, std::function<void()> dismissed) {
+  // The newest is the one to answer: a click on the icon closes the window under the alert of its save button.
+  window().endSheets();
+  m_services.alerts.beginSheet(Alert::withError(error), &window(),
+                               [self = QPointer(this), dismissed = std::move(dismissed)](int) {
+                                 if (self && dismissed) dismissed();
+                               });
 }
 
 bool AgentEntryWindowController::saveForTermination() {
   Error error;
   if (writeActiveEntry(/*force=*/false, &error)) return true;
   keepDraftNow();
-  QLLogError(u"The entry could not be saved before the end - %1"_s.arg(error.description()));
+  QLLogError(u"What was written is kept in a draft - %1"_s.arg(error.description()));
   return false;
 }
 
@@ -132,19 +139,16 @@ void AgentEntryWindowController::trackActiveEntry() {
 }
 
 void AgentEntryWindowController::saveButtonClicked() {
-  const KeepAlive self(*this);
-  if (saveActiveEntry(/*force=*/false)) {
-    if (m_activeEntry) trackActiveEntry();
-    forgetActiveEntry();
-    window().ui().textView->setString({});
-  }
   // After a failed save as well: the close saves once more, so that a failure is reported a second time. It is wanted
   // so; the text stays in the window.
+  if (!saveActiveEntry(/*force=*/false, [this] { close(); })) return;
+  if (m_activeEntry) trackActiveEntry();
+  forgetActiveEntry();
+  window().ui().textView->setString({});
   close();
 }
 
 void AgentEntryWindowController::openJournalButtonClicked() {
-  const KeepAlive self(*this);
   // An empty text makes an entry too: the main application always has something to open.
   if (!saveActiveEntry(/*force=*/true)) return;
   EntryViewTextView& textView = *window().ui().textView;
@@ -186,9 +190,8 @@ EntryDraft::Content AgentEntryWindowController::draftContent() const {
 
 void AgentEntryWindowController::keepDraftSoon() {
   // The draft outlives its windows.
-  m_services.draft.writeSoon([self = weak_from_this()]() -> std::optional<EntryDraft::Content> {
-    const auto controller = self.lock();
-    return controller ? std::optional(controller->draftContent()) : std::nullopt;
+  m_services.draft.writeSoon([self = QPointer(this)]() -> std::optional<EntryDraft::Content> {
+    return self ? std::optional(self->draftContent()) : std::nullopt;
   });
 }
 

@@ -4,13 +4,15 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include <utility>
+
 namespace quillo {
 
-int AlertSheet::runAlert(const Alert& alert, QWidget* window) {
+// Not on the stack: the window that owns it may be destroyed while it is up.
+static QMessageBox* boxFor(const Alert& alert, QWidget* window) {
   // A window that is not on the screen cannot carry a sheet.
   QWidget* parent = window && window->isVisible() ? window : nullptr;
-  // Not on the stack: the window that owns it may be destroyed while it is up.
-  const QPointer<QMessageBox> box = new QMessageBox(parent);
+  auto* box = new QMessageBox(parent);
   box->setObjectName(QStringLiteral("alert"));
   box->setWindowTitle(QStringLiteral("Quillo"));
   box->setIcon(QMessageBox::Warning);
@@ -27,13 +29,28 @@ int AlertSheet::runAlert(const Alert& alert, QWidget* window) {
     box->setDefaultButton(buttons.first());
     box->setEscapeButton(buttons.last());
   }
-  box->exec();
+  return box;
+}
 
-  const int dismissed = static_cast<int>(alert.buttons.size()) - 1;
-  if (!box) return dismissed;
-  int answer = dismissed;
-  for (int i = 0; i < buttons.size(); ++i)
-    if (box->clickedButton() == buttons[i]) answer = i;
+// The box lists its buttons in the order in which they were added, as they have one role.
+static int answerOf(const QMessageBox& box) {
+  const auto buttons = box.buttons();
+  const auto clicked = buttons.indexOf(box.clickedButton());
+  return static_cast<int>(clicked < 0 ? buttons.size() - 1 : clicked);
+}
+
+void AlertSheet::beginSheet(const Alert& alert, QWidget* window, std::function<void(int)> answered) {
+  QMessageBox* box = boxFor(alert, window);
+  box->setAttribute(Qt::WA_DeleteOnClose);
+  QObject::connect(box, &QDialog::finished, box, [box, answered = std::move(answered)] { answered(answerOf(*box)); });
+  box->open();
+}
+
+int AlertSheet::runAlert(const Alert& alert, QWidget* window) {
+  const QPointer<QMessageBox> box = boxFor(alert, window);
+  box->exec();
+  if (!box) return static_cast<int>(alert.buttons.size()) - 1;
+  const int answer = answerOf(*box);
   delete box;
   return answer;
 }

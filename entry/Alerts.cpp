@@ -4,10 +4,10 @@
 
 namespace quillo {
 
-void Alerts::presentError(const Error& error, QWidget* window) {
+Alert Alert::withError(const Error& error) {
   const QStringList buttons =
       error.recoveryOptions.isEmpty() ? QStringList{QStringLiteral("OK")} : error.recoveryOptions;
-  runAlert({error.localizedDescription, error.recoverySuggestion, buttons}, window);
+  return {error.localizedDescription, error.recoverySuggestion, buttons};
 }
 
 }  // namespace quillo

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 class QWidget;
 
 namespace quillo {
@@ -11,6 +13,10 @@ struct Error;
 
 // A question to the user, or news of a failure.
 struct Alert {
+  // The error's texts with its recovery options as buttons, or "OK". There is nobody to carry an option out: each only
+  // dismisses.
+  [[nodiscard]] static Alert withError(const Error& error);
+
   QString message;
   QString informativeText;
   QStringList buttons;  // the default one first
@@ -21,12 +27,12 @@ class Alerts {
  public:
   virtual ~Alerts() = default;
 
-  // Waits for the answer: the index of the button, or of the last one when the sheet was dismissed otherwise.
-  virtual int runAlert(const Alert& alert, QWidget* window) = 0;
+  // Returns at once. `answered` is told the index of the button, or of the last one when the sheet was dismissed
+  // otherwise; an alert that goes with its window is never answered.
+  virtual void beginSheet(const Alert& alert, QWidget* window, std::function<void(int)> answered) = 0;
 
-  // The error's texts with its recovery options as buttons, or "OK". There is nobody to carry an option out: each only
-  // dismisses.
-  void presentError(const Error& error, QWidget* window);
+  // Waits for the answer, as above; dismissed when the program ends meanwhile.
+  virtual int runAlert(const Alert& alert, QWidget* window) = 0;
 };
 
 }  // namespace quillo

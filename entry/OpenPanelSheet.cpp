@@ -33,7 +33,9 @@ QString nearestThatExists(QString path) {
 
 void OpenPanelSheet::beginSheet(const QString& title, const QString& directory, QWidget* window,
                                 std::function<void()> chosen) {
-  if (window->findChild<QFileDialog*>()) return;
+  // One that has ended is about to go.
+  for (const QFileDialog* panel : window->findChildren<QFileDialog*>())
+    if (panel->isVisible()) return;
   const QString parent = QFileInfo(directory).path();
   auto* panel =
       new FileOrFolderDialog(window, title, QFileInfo::exists(parent) ? directory : nearestThatExists(parent));

@@ -48,7 +48,7 @@ bool deleteEntryOrEntryFileInteractively(QLJournalIndex& index, const Deletable&
     return false;
   error = {};
   if (deleteEntryOrEntryFile(index, item, /*moveToTrash=*/false, &error)) return true;
-  alerts.presentError(error, alertParent());
+  alerts.runAlert(Alert::withError(error), alertParent());
   return false;
 }
 

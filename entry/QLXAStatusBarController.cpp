@@ -83,7 +83,7 @@ void QLXAStatusBarController::setStatusItem(std::unique_ptr<StatusItem> item) {
 
 void QLXAStatusBarController::setEntryWindowController(std::shared_ptr<AgentEntryWindowController> controller) {
   if (m_entryWindowController) m_entryWindowController->close();
-  // Where that window is still waiting for an alert, its closing will no longer be heard.
+  // Where an alert holds that window up, its closing will no longer be heard.
   hideEntryWindow();
   m_opaqueWindowCloseObserver.reset();
   m_entryWindowController = std::move(controller);
@@ -172,8 +172,7 @@ void QLXAStatusBarController::hideEntryWindow() {
   setCurrentMode(EntryWindowModeStandard);
   // A no-op when it is the closing window that called.
   m_entryWindowController->close();
-  // The close may wait for an alert, and the window's successor be shown meanwhile.
-  if (!m_isShowingEntryWindow) m_statusItemObservation.reset();
+  m_statusItemObservation.reset();
 }
 
 bool QLXAStatusBarController::shouldHideEntryWindow() const {

@@ -6,6 +6,7 @@
 #include "app/LoggingSetup.h"
 #include "app/LoginItem.h"
 #include "app/QuilloAgentAppDelegate.h"
+#include "app/SessionEnd.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
 #include "foundation/Bundle.h"
@@ -176,6 +177,7 @@ int main(int argc, char** argv) {
                  timers, [] { QApplication::exit(); }, &userNotifications, &sounds});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      [&delegate] { delegate.applicationWillTerminate(); });
+    const SessionEnd sessionEnd(application, [&delegate] { delegate.applicationWillTerminate(); });
     runningApplications.setOnToggle([&delegate] { delegate.hitHotKey(nullptr); });
     delegate.applicationWillFinishLaunching();
     delegate.applicationDidFinishLaunching();

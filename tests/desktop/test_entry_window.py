@@ -74,6 +74,17 @@ class EntryWindowTest(AgentTestCase):
         agent.wait_closed()
         self.assertTrue((self.home / DRAFT).exists())
 
+        # The icon closes the window under the panel of files, which goes with it; the save fails again.
+        agent.click_icon()
+        agent.window()
+        agent.push(RECONNECT)
+        window("^Choose Quillo Journal Location$")
+        agent.click_icon()
+        agent.alert()
+        self.assertFalse(windows_named("^Choose Quillo"))
+        press("Return")
+        agent.wait_closed()
+
         agent.click_icon()
         agent.window()
         agent.push(RECONNECT)

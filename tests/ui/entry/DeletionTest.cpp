@@ -27,6 +27,7 @@ constexpr auto unable = "Unable to move to Trash";
 
 class AnsweringAlerts : public Alerts {
  public:
+  void beginSheet(const Alert&, QWidget*, std::function<void(int)>) override { ADD_FAILURE(); }
   int runAlert(const Alert& alert, QWidget* window) override {
     seen << alert;
     parent = window;

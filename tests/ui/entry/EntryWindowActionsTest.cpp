@@ -112,6 +112,7 @@ TEST_F(EntryWindowActionsTest, ThePanelBeginsAtTheJournalOrNearestToIt) {
     bool chosen = false;
     // A second one is not opened beside it.
     for (int i = 0; i < 2; ++i) sheet.beginSheet(u"Choose"_s, c.path, &controller->window(), [&] { chosen = true; });
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     const auto panels = controller->window().findChildren<QFileDialog*>();
     ASSERT_EQ(panels.size(), 1);
     EXPECT_EQ(panels[0]->windowTitle(), u"Choose"_s);
@@ -120,8 +121,13 @@ TEST_F(EntryWindowActionsTest, ThePanelBeginsAtTheJournalOrNearestToIt) {
     panels[0]->selectFile(there);
     QTest::keyClick(panels[0], Qt::Key_Return);
     EXPECT_TRUE(chosen);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
+  // Closed under it, by the icon, the window takes it along.
+  sheet.beginSheet(u"Choose"_s, there, &controller->window(), [] { ADD_FAILURE(); });
+  controller->close();
+  EXPECT_FALSE(controller->window().hasAttachedSheet());
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_FALSE(controller->window().findChild<QFileDialog*>());
 }
 
 TEST_F(EntryWindowActionsTest, UnsavedTextIsInADraftUntilItIsSaved) {
@@ -206,8 +212,10 @@ TEST_F(EntryWindowActionsTest, ADraftSurvivesWhatItCannotBeSavedInAndWhatCannotB
   type("homeless");
   breakJournal();
   alerts.expected = 1;
-  alerts.whileShown = [&] { EXPECT_TRUE(QFile::exists(path)); };
+  alerts.isHeld = true;
   controller->close();
+  EXPECT_TRUE(QFile::exists(path));
+  alerts.dismiss();
   EXPECT_EQ(EntryDraft(path).takeLeftBehind().value_or(EntryDraft::Content()).text, u"homeless"_s);
 
   QFile file(path);

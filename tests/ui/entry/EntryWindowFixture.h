@@ -28,18 +28,23 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-// Records what it is asked; a question that no test expects fails it.
+// Records what it is asked, and dismisses it at once or when told; a question that no test expects fails it.
 class ScriptedAlerts : public Alerts {
  public:
+  void beginSheet(const Alert& alert, QWidget* window, std::function<void(int)> answered) override {
+    const int answer = runAlert(alert, window);
+    dismiss = [answer, answered = std::move(answered)] { answered(answer); };
+    if (!isHeld) dismiss();
+  }
   int runAlert(const Alert& alert, QWidget*) override {
     seen.push_back(alert);
     if (expected-- <= 0) ADD_FAILURE() << "unexpected alert: " << alert.message.toStdString();
-    if (const auto meanwhile = std::exchange(whileShown, {})) meanwhile();
     return static_cast<int>(alert.buttons.size()) - 1;
   }
   std::vector<Alert> seen;
   int expected{0};
-  std::function<void()> whileShown;  // once: what the user does before answering
+  bool isHeld{false};
+  std::function<void()> dismiss;
 };
 
 // Keeps what to do once the user has chosen.

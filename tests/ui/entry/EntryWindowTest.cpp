@@ -272,22 +272,35 @@ TEST_F(EntryWindowTest, AnAlertHangsOnTheWindowAndShowsTextAsItIs) {
   show();
   AlertSheet sheet;
   const Alert question{u"<b>not bold</b>"_s, u"Really?"_s, {u"Do"_s, u"Do && Not"_s}};
+  AgentEntryWindow& window = controller->window();
+  const auto press = [&window](Qt::Key key) {
+    auto* box = window.findChild<QMessageBox*>();
+    ASSERT_TRUE(box);
+    EXPECT_TRUE(window.hasAttachedSheet());
+    EXPECT_EQ(box->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(box->textFormat(), Qt::PlainText);
+    QTest::keyClick(box, key);
+  };
   const struct {
     Qt::Key key;
     int answer;
   } cases[] = {{Qt::Key_Return, 0}, {Qt::Key_Escape, 1}};
   for (const auto& c : cases) {
-    QTimer::singleShot(0, [&] {
-      auto* box = controller->window().findChild<QMessageBox*>();
-      ASSERT_TRUE(box);
-      EXPECT_TRUE(controller->window().hasAttachedSheet());
-      EXPECT_EQ(box->windowModality(), Qt::WindowModal);
-      EXPECT_EQ(box->textFormat(), Qt::PlainText);
-      QTest::keyClick(box, c.key);
-    });
-    EXPECT_EQ(sheet.runAlert(question, &controller->window()), c.answer);
-    EXPECT_FALSE(controller->window().hasAttachedSheet());
+    QList<int> answers;
+    sheet.beginSheet(question, &window, [&](int answer) { answers << answer; });
+    press(c.key);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QTimer::singleShot(0, [&] { press(c.key); });
+    answers << sheet.runAlert(question, &window);
+    EXPECT_EQ(answers, (QList<int>{c.answer, c.answer}));
+    EXPECT_FALSE(window.hasAttachedSheet());
   }
+  // What goes with its window is not answered.
+  sheet.beginSheet(question, &window, [](int) { ADD_FAILURE(); });
+  QTimer::singleShot(0, [&] { controller->close(); });
+  EXPECT_EQ(sheet.runAlert(question, &window), 1);
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_FALSE(window.findChild<QMessageBox*>());
 }
 }  // namespace
 }  // namespace quillo

@@ -206,12 +206,14 @@ TEST_F(StatusBarControllerTest, WhatHappensWhileAnAlertIsUpLeavesEverythingInSte
   item.click();
   type("kept");
   breakJournal();
-  alerts.expected = 1;
-  alerts.whileShown = [this] {
-    item.click();
-    item.click();
-  };
+  alerts.expected = 2;
+  alerts.isHeld = true;
   click("closeButton");
+  item.click();
+  item.click();
+  controller->window().close();
+  EXPECT_TRUE(controller->window().isVisible());
+  alerts.dismiss();
   EXPECT_FALSE(controller->window().isVisible());
   EXPECT_FALSE(status.isShowingEntryWindow() || item.highlighted);
   // Nothing of the second click is left: a monitor would take the next click on the icon for one elsewhere.
@@ -219,18 +221,17 @@ TEST_F(StatusBarControllerTest, WhatHappensWhileAnAlertIsUpLeavesEverythingInSte
 
   // The window replaced, by the last who hold it.
   item.click();
-  alerts.expected = 2;
-  alerts.whileShown = [this] {
-    const auto before = controller;
-    newController();
-    controller->takeOverUnsavedText(*before);
-    status.setEntryWindowController(controller);
-  };
-  const std::weak_ptr<AgentEntryWindowController> before = controller;
   click("closeButton");
+  auto before = std::exchange(controller, nullptr);
+  before->closeForReplacement();
+  EXPECT_FALSE(before->window().isVisible());
   EXPECT_FALSE(status.isShowingEntryWindow() || item.highlighted);
+  newController();
+  controller->takeOverUnsavedText(*before);
+  status.setEntryWindowController(controller);
+  before.reset();
   EXPECT_EQ(textView()->toPlainText(), u"kept"_s);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return before.expired(); }, 2000));
+  alerts.dismiss();
   controller->saveForTermination();
 }
 
