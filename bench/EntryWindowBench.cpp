@@ -43,7 +43,7 @@ struct NoAlerts : Alerts {
 };
 
 struct NoPanel : OpenPanel {
-  void beginSheet(const QString&, const QString&, QWidget*, std::function<void()>) override {}
+  void beginSheet(const QString&, const QString&, QWidget*, std::function<void(const QString&)>) override {}
 };
 
 double median(std::vector<double> milliseconds) {

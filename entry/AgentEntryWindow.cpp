@@ -2,6 +2,7 @@
 
 #include "controls/Coordinates.h"
 #include "controls/Fonts.h"
+#include "entry/JournalAccess.h"
 #include "ui_AgentEntryWindow.h"
 
 #include <QAccessibleWidget>
@@ -64,8 +65,10 @@ void AgentEntryWindow::awakeFromNib() {
   m_ui->reminderIcon->setNinePartScaledImage(Image::imageNamed(u"menubar-reminder"_s));
   setLabelLook(*m_ui->headerTitle, textFont(13, QFont::DemiBold), titleColor);
   setLabelLook(*m_ui->reconnectTitle, textFont(14, QFont::DemiBold), titleColor);
-  setLabelLook(*m_ui->reconnectReason, textFont(12), quietColor);
-  setLabelLook(*m_ui->reconnectPath, textFont(12, QFont::Medium), titleColor);
+  setLabelLook(*m_ui->reconnectReason, textFont(12), titleColor);
+  setLabelLook(*m_ui->reconnectAboutText, textFont(12), quietColor);
+  // Narrower, so that its last word does not stand alone.
+  m_ui->reconnectAboutText->setContentsMargins(30, 0, 30, 0);
   setLabelLook(*m_ui->snoozeTitle, textFont(12), quietColor);
   setLabelLook(*m_ui->locationField, textFont(11), metadataColor);
   m_ui->locationIcon->setNinePartScaledImage(Image::imageNamed(u"menubar-location"_s));
@@ -204,6 +207,25 @@ void AgentEntryWindow::setArrowEdge(Qt::Edge edge) {
   layOut();
 }
 
+void AgentEntryWindow::setJournalPanel(const JournalPanel& panel, const QString& aboutText) {
+  m_ui->reconnectTitle->setText(panel.title);
+  m_ui->reconnectReason->setText(panel.reason);
+  m_ui->reconnectAboutText->setText(aboutText);
+  m_ui->reconnectAboutText->setVisible(!aboutText.isEmpty());
+  const bool reconnects = panel.offer == JournalPanel::Offer::Reconnect;
+  m_ui->reconnectButton->setVisible(reconnects);
+  m_ui->chooseJournalButton->setVisible(!reconnects);
+  m_ui->createJournalButton->setVisible(!reconnects);
+  const bool exists = panel.offer == JournalPanel::Offer::UseOrChoose;
+  const QString title = exists ? u"Use Journal"_s : u"Create Journal"_s;
+  m_ui->createJournalButton->setText(title);
+  m_ui->createJournalButton->setAccessibleName(title);
+  // Has the keyboard when it is shown, so a screen reader begins with all of it; in one go, without the places to
+  // break.
+  m_ui->reconnectView->setAccessibleName(
+      QStringList{panel.title + u'.', panel.reason, aboutText}.join(u' ').remove(QChar(0x200b)).trimmed());
+}
+
 static QList<QDialog*> sheetsOf(const QWidget& window) {
   QList<QDialog*> sheets = window.findChildren<QDialog*>(Qt::FindDirectChildrenOnly);
   sheets.removeIf([](const QDialog* dialog) { return !dialog->isVisible(); });
@@ -237,12 +259,11 @@ void AgentEntryWindow::orderFront(bool activate) {
   if (m_keepOutOfTaskBar) m_keepOutOfTaskBar(winId());
   show();
   raise();
-  // The editor is hidden while the journal cannot be reached. Where the window leaves the keyboard alone, this takes
-  // effect with the first click anywhere in it.
-  if (m_ui->textView->isVisible())
-    m_ui->textView->setFocus();
-  else
-    m_ui->reconnectButton->setFocus();
+  // The editor is hidden while the journal cannot be reached. No button gets the keyboard then: the panel appears under
+  // somebody who is typing, and a space would press it. Where the window leaves the keyboard alone, this takes effect
+  // with the first click anywhere in it.
+  QWidget* const first = m_ui->textView->isVisible() ? static_cast<QWidget*>(m_ui->textView) : m_ui->reconnectView;
+  first->setFocus();
   if (activate) activateWindow();
 }
 

@@ -12,6 +12,8 @@ class AgentEntryWindow;
 
 namespace quillo {
 
+struct JournalPanel;
+
 // The borderless window that hangs under the status item: its look, its frame, taking the keyboard, and the line of
 // place and weather below the text with its switch. What it does is the controller's.
 //
@@ -58,6 +60,9 @@ class AgentEntryWindow : public QWidget {
   // Shows or hides the band of the line, and makes room for it above.
   void setShowsMetadata(bool shows);
   [[nodiscard]] bool showsMetadata() const { return m_showsMetadata; }
+
+  // The panel in the editor's place, and what it says of a text; nothing where there is none.
+  void setJournalPanel(const JournalPanel& panel, const QString& aboutText);
 
   // Whether an alert or a panel of files hangs on the window.
   [[nodiscard]] bool hasAttachedSheet() const;

@@ -120,6 +120,8 @@ void AgentEntryWindowController::connectControls() {
   connect(ui.settingsButton, &QAbstractButton::clicked, this, &Self::settingsButtonClicked);
   connect(ui.closeButton, &QAbstractButton::clicked, this, &Self::closeButtonClicked);
   connect(ui.reconnectButton, &QAbstractButton::clicked, this, &Self::reconnectButtonClicked);
+  connect(ui.createJournalButton, &QAbstractButton::clicked, this, &Self::createJournalButtonClicked);
+  connect(ui.chooseJournalButton, &QAbstractButton::clicked, this, &Self::chooseJournalButtonClicked);
   connect(ui.locationToggleButton, &QAbstractButton::clicked, this,
           [this, &ui] { locationButtonToggled(*ui.locationToggleButton); });
   for (HoverButton* option : {ui.snoozeOption1Button, ui.snoozeOption2Button})
@@ -163,13 +165,10 @@ void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
 }
 
 void AgentEntryWindowController::showReconnectPanel() {
-  const auto location = m_services.config.configuredJournalFileURL();
-  window().ui().reconnectReason->setText(journalAccessProblem(location));
-  const QString shown = journalLocationForDisplay(location);
-  QLabel& path = *window().ui().reconnectPath;
-  path.setText(shown);
-  // A screen reader is to read the path in one go.
-  path.setAccessibleName(QString(shown).remove(QChar(0x200b)));
+  const bool isConfigurable = m_services.config.groupProperties() != nullptr;
+  const JournalPanel panel = journalPanel(m_services.config.configuredJournalFileURL(), isConfigurable);
+  const bool hasText = !window().ui().textView->string().isEmpty() || m_services.draft.isLeftBehind();
+  window().setJournalPanel(panel, hasText ? whatWasWrittenIsKept() : QString());
 }
 
 void AgentEntryWindowController::showEditor(bool reminder) {

@@ -98,6 +98,10 @@ class AgentEntryWindowController : public QObject {
   void closeButtonClicked();
   void snoozeOptionButtonClicked(const Button& sender);
   void reconnectButtonClicked();
+  // Where no journal is configured: makes one at the suggested place, or takes the one that is there; lets the user
+  // choose another.
+  void createJournalButtonClicked();
+  void chooseJournalButtonClicked();
   void textDidChange();
 
  private:
@@ -120,6 +124,7 @@ class AgentEntryWindowController : public QObject {
   [[nodiscard]] std::shared_ptr<QLJournalPackageFile> journalFile() const;
   bool writeActiveEntry(bool force, Error* error);
   void presentError(const Error& error, std::function<void()> dismissed);
+  void useJournal(const QUrl& location, bool create);
   void textIsSafe();
   void keepDraftNow();
   void removeActiveEntry();

@@ -6,10 +6,12 @@
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
 #include "entry/Alerts.h"
+#include "entry/JournalAccess.h"
 #include "entry/OpenPanel.h"
 #include "entry/PullDownMenu.h"
 #include "foundation/FileManager.h"
 #include "foundation/Log.h"
+#include "foundation/UserDirectories.h"
 #include "platform/Workspace.h"
 #include "qlcore/Hashtags.h"
 #include "qlcore/JournalError.h"
@@ -17,6 +19,9 @@
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
 #include "ui_AgentEntryWindow.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <utility>
@@ -74,7 +79,12 @@ bool AgentEntryWindowController::writeActiveEntry(bool force, Error* error) {
   m_activeEntry->setLocation(m_location ? std::optional(*m_location) : std::nullopt);
   m_activeEntry->setWeather(m_weather);
   // When this fails the entry stays active: the next save tries again.
-  if (!m_activeEntry->saveToJournal(journalFile().get(), error)) return false;
+  if (!m_activeEntry->saveToJournal(journalFile().get(), error)) {
+    // What is wrong with the journal itself is told as its path and the reason.
+    const QString introduction = u"The entry could not be saved: "_s;
+    if (!error->localizedDescription.startsWith(introduction)) error->localizedDescription.prepend(introduction);
+    return false;
+  }
   textIsSafe();
   return true;
 }
@@ -96,10 +106,15 @@ bool AgentEntryWindowController::saveActiveEntry(bool force, std::function<void(
 void AgentEntryWindowController::presentError(const Error& error, std::function<void()> dismissed) {
   // The newest is the one to answer: a click on the icon closes the window under the alert of its save button.
   window().endSheets();
-  m_services.alerts.beginSheet(Alert::withError(error), &window(),
-                               [self = QPointer(this), dismissed = std::move(dismissed)](int) {
-                                 if (self && dismissed) dismissed();
-                               });
+  Alert alert = Alert::withError(error);
+  if (!window().ui().textView->string().isEmpty()) {
+    if (!alert.informativeText.isEmpty()) alert.informativeText += u"\n\n"_s;
+    alert.informativeText +=
+        haveAccessToJournalFile() ? u"What you wrote is kept in this window."_s : whatWasWrittenIsKept();
+  }
+  m_services.alerts.beginSheet(alert, &window(), [self = QPointer(this), dismissed = std::move(dismissed)](int) {
+    if (self && dismissed) dismissed();
+  });
 }
 
 bool AgentEntryWindowController::saveForTermination() {
@@ -175,12 +190,42 @@ void AgentEntryWindowController::settingsButtonClicked() {
 void AgentEntryWindowController::reconnectButtonClicked() {
   const auto location = m_services.config.configuredJournalFileURL();
   const QString directory = location && location->isLocalFile() ? location->toLocalFile() : QString();
-  m_services.openPanel.beginSheet(u"Choose Quillo Journal Location"_s, directory, &window(), [this] {
+  m_services.openPanel.beginSheet(u"Choose Quillo Journal Location"_s, directory, &window(), [this](const QString&) {
     // What was chosen is not stored: it is the configured location that is tried again.
     m_services.config.stopAccessingSecurityScopedResources();
     m_services.config.updateBookmarkDataForConfiguredJournalFile();
     showWindowInMode(m_currentMode);
   });
+}
+
+void AgentEntryWindowController::createJournalButtonClicked() {
+  // Looked at anew: much may have happened since the panel was shown.
+  const SuggestedJournal suggested = suggestedJournal();
+  useJournal(suggested.location, /*create=*/!suggested.exists);
+}
+
+void AgentEntryWindowController::chooseJournalButtonClicked() {
+  m_services.openPanel.beginSheet(
+      u"Choose Quillo Journal"_s, UserDirectories::current().documents, &window(),
+      [this](const QString& path) { useJournal(QUrl::fromLocalFile(path), /*create=*/false); });
+}
+
+void AgentEntryWindowController::useJournal(const QUrl& location, bool create) {
+  Error error;
+  // A home that is new has no folder of documents yet.
+  if (create) QDir().mkpath(QFileInfo(location.toLocalFile()).path());
+  const auto package = QLJournalPackageFile::openPackage(location, create, &error);
+  if (!package) return presentError(error, {});
+  m_services.config.setConfiguredJournalFileURL(package->url());
+  showWindowInMode(m_currentMode);
+  PersistentPropertyList* list = m_services.config.groupProperties();
+  if (list && !list->dirtyProperties().contains(Key::journalPackageURL)) return;
+  presentError({JournalError::domain,
+                JournalError::NotWritable,
+                u"The place of the journal could not be saved in the settings."_s,
+                u"It is used until Quillo ends. The log has the reason."_s,
+                {}},
+               {});
 }
 
 EntryDraft::Content AgentEntryWindowController::draftContent() const {

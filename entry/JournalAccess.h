@@ -10,10 +10,25 @@ namespace quillo {
 // Whether entries can be written at the journal's location: it is configured, readable and writable.
 [[nodiscard]] bool haveAccessToJournal(const std::optional<QUrl>& location);
 
-// Why entries cannot be written there, as a sentence for the user; empty when they can.
-[[nodiscard]] QString journalAccessProblem(const std::optional<QUrl>& location);
+// A place for a journal of somebody who has configured none: in the folder of documents.
+struct SuggestedJournal {
+  QUrl location;
+  bool exists{false};  // there is a journal already
+};
+[[nodiscard]] SuggestedJournal suggestedJournal();
 
-// The location as a line that can be wrapped anywhere after a slash; empty where none is configured.
-[[nodiscard]] QString journalLocationForDisplay(const std::optional<QUrl>& location);
+// What the window shows in the editor's place while the journal cannot be reached.
+struct JournalPanel {
+  enum class Offer { Reconnect, CreateOrChoose, UseOrChoose };
+
+  QString title;
+  QString reason;  // whole sentences
+  Offer offer{Offer::Reconnect};
+};
+// For the configured location, if any; `isConfigurable` says whether the settings can be read at all.
+[[nodiscard]] JournalPanel journalPanel(const std::optional<QUrl>& location, bool isConfigurable);
+
+// What becomes of a text meanwhile.
+[[nodiscard]] QString whatWasWrittenIsKept();
 
 }  // namespace quillo

@@ -32,7 +32,7 @@ QString nearestThatExists(QString path) {
 }  // namespace
 
 void OpenPanelSheet::beginSheet(const QString& title, const QString& directory, QWidget* window,
-                                std::function<void()> chosen) {
+                                std::function<void(const QString& path)> chosen) {
   // One that has ended is about to go.
   for (const QFileDialog* panel : window->findChildren<QFileDialog*>())
     if (panel->isVisible()) return;
@@ -48,7 +48,8 @@ void OpenPanelSheet::beginSheet(const QString& title, const QString& directory, 
   panel->setWindowModality(Qt::WindowModal);
   // Above the entry window, which itself stays on top.
   panel->setWindowFlag(Qt::WindowStaysOnTopHint);
-  QObject::connect(panel, &QDialog::accepted, window, [chosen = std::move(chosen)] { chosen(); });
+  QObject::connect(panel, &QDialog::accepted, window,
+                   [panel, chosen = std::move(chosen)] { chosen(panel->selectedFiles().value(0)); });
   panel->open();
 }
 

@@ -8,7 +8,7 @@ namespace quillo {
 class OpenPanelSheet final : public OpenPanel {
  public:
   void beginSheet(const QString& title, const QString& directory, QWidget* window,
-                  std::function<void()> chosen) override;
+                  std::function<void(const QString& path)> chosen) override;
 };
 
 }  // namespace quillo

@@ -99,6 +99,21 @@ class EntryWindowTest(AgentTestCase):
         self.assertEqual(self.texts(), ["kept through it all"])
         self.assertFalse((self.home / DRAFT).exists())
 
+    def test_with_no_journal_one_is_made_on_the_spot(self):
+        self.ctl("settings", "remove", "JournalPackageURL")
+        agent = self.start_agent()
+        agent.open_window()
+        # Somebody who does not look: no word of it presses anything.
+        type_text("a few words ")
+        press("Tab", "space")
+        made = self.home / "Documents/Journal.quillojournal"
+        wait_until(made.exists, "the journal")
+        wait_until(lambda: self.ctl("journal", "path") == str(made), "the journal in the settings")
+        type_text("the first words")
+        press("ctrl+Return")
+        agent.wait_closed()
+        self.assertEqual(self.texts(made), ["the first words"])
+
     def test_a_text_left_among_the_caches_is_found(self):
         former = self.home / ".cache/quillo/UnsavedEntry.plist"
         former.parent.mkdir(parents=True)

@@ -1,11 +1,14 @@
-// The open, settings and reconnect buttons, and the draft of what is not saved yet.
+// The open and settings buttons, the panel without a journal, and the draft of what is not saved yet.
 
+#include "controls/Button.h"
 #include "entry/OpenPanelSheet.h"
 #include "tests/ui/entry/EntryWindowFixture.h"
 
 #include <QFileDialog>
 #include <QMenu>
 #include <QScreen>
+
+#include <algorithm>
 
 namespace quillo {
 namespace {
@@ -88,16 +91,72 @@ TEST_F(EntryWindowActionsTest, ReconnectingShowsTheEditorAgain) {
   EXPECT_EQ(openPanel.title, u"Choose Quillo Journal Location"_s);
   EXPECT_EQ(openPanel.directory, path);
   // Chosen too early: the panel stays.
-  openPanel.choose();
+  openPanel.choose(path);
   EXPECT_FALSE(textView()->isVisible());
   ASSERT_TRUE(QDir().rename(path + u".away"_s, path));
-  openPanel.choose();
+  openPanel.choose(home.path());
   EXPECT_TRUE(textView()->isVisible());
   EXPECT_FALSE(named<QWidget>("reconnectView")->isVisible());
   EXPECT_EQ(config.configuredJournalFileURL(), journalURL);
   type("back");
   controller->close();
   EXPECT_EQ(entries().value(0)->string(), u"back"_s);
+}
+
+TEST_F(EntryWindowActionsTest, WithNoJournalOneIsMadeOrChosenOnTheSpot) {
+  const QString documents = home.path(u"Documents"_s);
+  const QUrl first = QUrl::fromLocalFile(documents + u"/Journal.quillojournal"_s);
+  const QUrl second = QUrl::fromLocalFile(documents + u"/Journal 2.quillojournal"_s);
+  const auto occupy = [&] {
+    ASSERT_TRUE(QDir(first.toLocalFile()).removeRecursively());
+    ASSERT_TRUE(QFile(first.toLocalFile()).open(QIODevice::WriteOnly));
+  };
+  const struct {
+    const char* name;
+    std::function<void()> before;
+    const char* button;
+    QString title;
+    QUrl journal;
+  } cases[] = {{"none", {}, "createJournalButton", u"Create Journal"_s, first},
+               {"there is one", {}, "createJournalButton", u"Use Journal"_s, first},
+               {"something else is there", occupy, "createJournalButton", u"Create Journal"_s, second},
+               {"chosen", {}, "chooseJournalButton", u"Use Journal"_s, journalURL}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    if (c.before) c.before();
+    config.setConfiguredJournalFileURL(std::nullopt);
+    show();
+    EXPECT_FALSE(named<QWidget>("reconnectButton")->isVisible());
+    EXPECT_EQ(named<Button>("createJournalButton")->title(), c.title);
+    click(c.button);
+    if (c.journal == journalURL) {
+      EXPECT_EQ(openPanel.directory, documents);
+      alerts.expected = 1;
+      openPanel.choose(documents);  // no journal
+      EXPECT_EQ(config.configuredJournalFileURL(), std::nullopt);
+      openPanel.choose(journalURL.toLocalFile());
+    }
+    // Saved for the other programs, and the keyboard is in the editor.
+    const auto saved = PersistentPropertyList::withPropertyListURL(config.groupProperties()->propertyListURL());
+    EXPECT_EQ(saved->URLForKey(Key::journalPackageURL), c.journal);
+    ASSERT_TRUE(textView()->isVisible());
+    QTest::keyClicks(controller->window().focusWidget(), QLatin1StringView(c.name));
+    click("saveButton");
+    Error error;
+    const auto written = QLJournalIndex(QLJournalPackageFile::openPackage(c.journal, false, &error)).entries();
+    EXPECT_TRUE(std::any_of(written.begin(), written.end(),
+                            [&](const auto& entry) { return entry->string() == QLatin1StringView(c.name); }));
+  }
+
+  // Where none can be made, the reason is told and the panel stays.
+  config.setConfiguredJournalFileURL(std::nullopt);
+  ASSERT_TRUE(QDir(documents).removeRecursively());
+  ASSERT_TRUE(QFile(documents).open(QIODevice::WriteOnly));
+  show();
+  alerts.expected = 1;
+  click("createJournalButton");
+  EXPECT_TRUE(alerts.seen.back().message.contains(documents)) << alerts.seen.back().message.toStdString();
+  EXPECT_TRUE(named<QWidget>("reconnectView")->isVisible());
 }
 
 TEST_F(EntryWindowActionsTest, ThePanelBeginsAtTheJournalOrNearestToIt) {
@@ -109,9 +168,10 @@ TEST_F(EntryWindowActionsTest, ThePanelBeginsAtTheJournalOrNearestToIt) {
   } cases[] = {{there + u"/J"_s, there + u"/J"_s}, {there + u"/gone"_s, there}, {there + u"/drive/gone/J"_s, there}};
   OpenPanelSheet sheet;
   for (const auto& c : cases) {
-    bool chosen = false;
+    QString chosen;
     // A second one is not opened beside it.
-    for (int i = 0; i < 2; ++i) sheet.beginSheet(u"Choose"_s, c.path, &controller->window(), [&] { chosen = true; });
+    for (int i = 0; i < 2; ++i)
+      sheet.beginSheet(u"Choose"_s, c.path, &controller->window(), [&](const QString& path) { chosen = path; });
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     const auto panels = controller->window().findChildren<QFileDialog*>();
     ASSERT_EQ(panels.size(), 1);
@@ -120,10 +180,10 @@ TEST_F(EntryWindowActionsTest, ThePanelBeginsAtTheJournalOrNearestToIt) {
     EXPECT_TRUE(controller->window().hasAttachedSheet());
     panels[0]->selectFile(there);
     QTest::keyClick(panels[0], Qt::Key_Return);
-    EXPECT_TRUE(chosen);
+    EXPECT_EQ(chosen, there);
   }
   // Closed under it, by the icon, the window takes it along.
-  sheet.beginSheet(u"Choose"_s, there, &controller->window(), [] { ADD_FAILURE(); });
+  sheet.beginSheet(u"Choose"_s, there, &controller->window(), [](const QString&) { ADD_FAILURE(); });
   controller->close();
   EXPECT_FALSE(controller->window().hasAttachedSheet());
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

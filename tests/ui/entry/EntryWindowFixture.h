@@ -49,13 +49,14 @@ class ScriptedAlerts : public Alerts {
 
 // Keeps what to do once the user has chosen.
 struct FakeOpenPanel : OpenPanel {
-  void beginSheet(const QString& panelTitle, const QString& startsAt, QWidget*, std::function<void()> then) override {
+  void beginSheet(const QString& panelTitle, const QString& startsAt, QWidget*,
+                  std::function<void(const QString&)> then) override {
     title = panelTitle;
     directory = startsAt;
     choose = std::move(then);
   }
   QString title, directory;
-  std::function<void()> choose;
+  std::function<void(const QString& path)> choose;
 };
 
 struct FakeWorkspace : Workspace {

@@ -96,8 +96,9 @@ TEST_F(EntryWindowTest, AFailedSaveIsReportedTwiceAndLosesNothing) {
   alerts.expected = 2;
   click("saveButton");
   ASSERT_EQ(alerts.seen.size(), 2U);
-  EXPECT_TRUE(alerts.seen[0].message.contains(journalURL.toLocalFile()));
+  EXPECT_TRUE(alerts.seen[0].message.startsWith(u"The entry could not be saved: "_s + journalURL.toLocalFile()));
   EXPECT_TRUE(alerts.seen[0].message.contains(u"newer"_s));
+  EXPECT_EQ(alerts.seen[0].informativeText, u"What you wrote is kept in this window."_s);
   EXPECT_EQ(alerts.seen[0].buttons, QStringList{u"OK"_s});
   EXPECT_FALSE(controller->window().isVisible());
   EXPECT_EQ(textView()->toPlainText(), u"kept"_s);
@@ -112,7 +113,9 @@ TEST_F(EntryWindowTest, WithNoJournalTheAlertSaysWhereToConfigureOne) {
   controller->close();
   ASSERT_EQ(alerts.seen.size(), 1U);
   EXPECT_EQ(alerts.seen[0].message, u"Quillo Journal file not found"_s);
-  EXPECT_EQ(alerts.seen[0].informativeText, u"Configure the location in the application preferences."_s);
+  const QString kept = u"What you wrote is kept, and comes back with the journal."_s;
+  EXPECT_EQ(alerts.seen[0].informativeText,
+            u"Configure the location in the application preferences."_s + u"\n\n"_s + kept);
   EXPECT_EQ(alerts.seen[0].buttons, (QStringList{u"Show Preferences"_s, u"Cancel"_s}));
   EXPECT_EQ(textView()->toPlainText(), u"kept"_s);
 
@@ -120,13 +123,25 @@ TEST_F(EntryWindowTest, WithNoJournalTheAlertSaysWhereToConfigureOne) {
   show();
   EXPECT_TRUE(named<QWidget>("reconnectView")->isVisible());
   EXPECT_FALSE(named<QWidget>("entryContainerView")->isVisible());
-  EXPECT_EQ(named<QLabel>("reconnectReason")->text(), u"There is nothing at its place:"_s);
-  EXPECT_EQ(named<QLabel>("reconnectPath")->text().remove(QChar(0x200b)), journalURL.toLocalFile());
-  EXPECT_EQ(named<QLabel>("reconnectPath")->accessibleName(), journalURL.toLocalFile());
-  // A key pressed by somebody who expects the editor does no harm: the close button does not have the keyboard.
-  EXPECT_EQ(controller->window().focusWidget(), named<QWidget>("reconnectButton"));
+  const QString reason = u"There is nothing at ~/J.quillojournal. Its drive may be unplugged, or the folder moved."_s;
+  EXPECT_EQ(named<QLabel>("reconnectReason")->text().remove(QChar(0x200b)), reason);
+  EXPECT_EQ(named<QLabel>("reconnectAboutText")->text(), kept);
+  EXPECT_EQ(named<QWidget>("reconnectView")->accessibleName(),
+            u"The journal cannot be reached. "_s + reason + u' ' + kept);
+  // Keys of somebody who expects the editor do no harm; on purpose, they reach the button.
+  for (const auto key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Tab}) {
+    EXPECT_TRUE(openPanel.title.isEmpty());
+    QTest::keyClick(controller->window().focusWidget(), key);
+  }
+  QTest::keyClick(controller->window().focusWidget(), Qt::Key_Space);
+  EXPECT_FALSE(openPanel.title.isEmpty());
   alerts.expected = 1;
   controller->close();
+
+  // Where nothing was written, nothing is said of it.
+  textView()->clear();
+  show();
+  EXPECT_FALSE(named<QLabel>("reconnectAboutText")->isVisible());
 }
 
 TEST_F(EntryWindowTest, NoKeyDismissesTheWindowAndTheKeyboardReachesEverything) {
