@@ -45,7 +45,7 @@ int enable(Context& context) {
   if (!list) return Failed;
   const Session session = context.session();
   AgentManager::sharedManager().setShouldShowInMenuBar(true);
-  if (!list->dirtyProperties().isEmpty()) return failed(u"the setting was not saved"_s);
+  if (!isSaved(*list, u"the setting"_s)) return Failed;
   const LoginItem item(Identifier::agent);
   if (!item.existsAsLoginItem()) return agentFailed(u"could not be made a login item"_s, item.errorString());
   QString reason;
@@ -59,7 +59,7 @@ int disable(Context& context) {
   if (!list) return Failed;
   const Session session = context.session();
   AgentManager::sharedManager().setShouldShowInMenuBar(false);
-  if (!list->dirtyProperties().isEmpty()) return failed(u"the setting was not saved"_s);
+  if (!isSaved(*list, u"the setting"_s)) return Failed;
   // The manager leaves alone what is no login item: an entry that is hidden or starts nothing today goes, too, and so
   // does an agent that was started in another way.
   LoginItem item(Identifier::agent);
