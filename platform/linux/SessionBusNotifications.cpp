@@ -13,8 +13,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype longestName = 255;
-// From one round to the next. The first name after a silence does not wait.
-constexpr std::chrono::milliseconds roundTime{20};
+// Within it a name is passed on once.
+constexpr std::chrono::milliseconds pauseTime{20};
 
 const QString path = u"/com/quilloapp/DistributedNotifications"_s;
 const QString interface = u"com.quilloapp.DistributedNotifications"_s;
@@ -36,8 +36,8 @@ SessionBusNotifications::SessionBusNotifications()
         if (!connection.connect({}, path, interface, member, signature, this, SLOT(receive(QString))))
           QLLogError(u"Notifications of other programs cannot be received: %1"_s.arg(connection.lastError().message()));
       }) {
-  m_turn.setSingleShot(true);
-  connect(&m_turn, &QTimer::timeout, this, &SessionBusNotifications::passOn);
+  m_pause.setSingleShot(true);
+  connect(&m_pause, &QTimer::timeout, this, &SessionBusNotifications::tellWaiting);
 }
 
 void SessionBusNotifications::setReceiver(std::function<void(const QString& name)> receiver) {
@@ -57,25 +57,22 @@ bool SessionBusNotifications::post(const QString& name) {
 void SessionBusNotifications::receive(const QString& name) {
   // Anybody on the bus can send anything.
   if (!isNotificationName(name) || !m_receiver || m_waiting.contains(name)) return;
-  m_names << name;
-  m_waiting.insert(name);
-  if (m_turn.isActive()) return;
-  const bool isSoon = m_sinceRound.isValid() && !m_sinceRound.hasExpired(roundTime.count());
-  m_turn.start(isSoon ? roundTime : std::chrono::milliseconds(0));
+  if (m_told.contains(name))
+    m_waiting << name;
+  else
+    tell(name);
 }
 
-void SessionBusNotifications::passOn() {
-  if (m_leftOfRound == 0) {
-    m_leftOfRound = m_names.size();
-    m_sinceRound.start();
-  }
-  --m_leftOfRound;
-  const QString name = m_names.takeFirst();
-  m_waiting.remove(name);
-  // Before the receiver, which may wait for a person in an event loop of its own.
-  if (!m_names.isEmpty()) m_turn.start(m_leftOfRound > 0 ? std::chrono::milliseconds(0) : roundTime);
+void SessionBusNotifications::tell(const QString& name) {
+  m_told.insert(name);
+  if (!m_pause.isActive()) m_pause.start(pauseTime);
   // A copy, as the receiver may replace itself while it runs.
   if (const auto receiver = m_receiver) receiver(name);
+}
+
+void SessionBusNotifications::tellWaiting() {
+  m_told.clear();
+  for (const QString& name : std::exchange(m_waiting, {})) tell(name);
 }
 
 }  // namespace quillo

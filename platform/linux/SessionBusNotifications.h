@@ -3,7 +3,6 @@
 #include "platform/DistributedNotifications.h"
 #include "platform/linux/SessionBus.h"
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QSet>
 #include <QStringList>
@@ -16,9 +15,8 @@ namespace quillo {
 
 // Broadcasts as a signal on the session bus. Needs a QCoreApplication; works in programs without a window as well.
 //
-// A name that comes again while it waits to be passed on adds nothing, since it says no more than "look anew". A flood
-// of broadcasts thus costs little more than reading them from the bus; what comes while its name is being passed on is
-// passed on once more.
+// A name is passed on at once, and when it comes again soon after that, once more a moment later, however often it
+// came: it says no more than "look anew". A flood of broadcasts thus costs little more than reading them from the bus.
 class SessionBusNotifications final : public QObject, public DistributedNotifications {
   Q_OBJECT
 
@@ -32,16 +30,14 @@ class SessionBusNotifications final : public QObject, public DistributedNotifica
   void receive(const QString& name);
 
  private:
-  void passOn();
+  void tell(const QString& name);
+  void tellWaiting();
 
   std::function<void(const QString&)> m_receiver;
-  // What waits, in the order in which it came.
-  QStringList m_names;
-  QSet<QString> m_waiting;
-  // One name a turn of the event loop; of a new round, once its time has come.
-  QTimer m_turn;
-  qsizetype m_leftOfRound{0};
-  QElapsedTimer m_sinceRound;
+  // What was passed on since the pause began, and what waits for its end, in the order in which it came.
+  QSet<QString> m_told;
+  QStringList m_waiting;
+  QTimer m_pause;
   SessionBus m_bus;
 };
 
