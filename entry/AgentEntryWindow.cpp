@@ -46,13 +46,14 @@ AgentEntryWindow::AgentEntryWindow()
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
       m_ui(std::make_unique<Ui::AgentEntryWindow>()),
       m_content(new QWidget(this)) {
+  // Before anything that tells screen readers of the window: the first question decides what it is to them.
+  QAccessible::installFactory(&dialogFor);
   setAttribute(Qt::WA_TranslucentBackground);
   setAttribute(Qt::WA_QuitOnClose, false);
   m_ui->setupUi(m_content);
   setObjectName(u"AgentEntryWindow"_s);
   setWindowTitle(m_content->windowTitle());
   setAccessibleName(u"Quillo entry"_s);
-  QAccessible::installFactory(&dialogFor);
 
   awakeFromNib();
   layOut();

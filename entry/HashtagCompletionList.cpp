@@ -41,9 +41,10 @@ QLinearGradient verticalGradient(const QRectF& rect, const QColor& top, const QC
 }  // namespace
 
 HashtagCompletionList::HashtagCompletionList(QWidget* window) : QWidget(window) {
+  // Before anything that tells screen readers of the list: the first question decides what it is to them.
+  AccessibleCompletionList::install();
   setObjectName(QStringLiteral("hashtagCompletionList"));
   setAccessibleName(QStringLiteral("Hashtags"));
-  AccessibleCompletionList::install();
   setFocusPolicy(Qt::NoFocus);
   setMouseTracking(true);
   setCursor(Qt::ArrowCursor);

@@ -4,6 +4,7 @@
 #include "entry/QLJournalIndexOSXAdditions.h"
 #include "entry/WindowConvertPoint.h"
 #include "foundation/FileManager.h"
+#include "foundation/UserDirectories.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "tests/support/TestHome.h"
 
@@ -44,8 +45,6 @@ class AnsweringAlerts : public Alerts {
 class DeletionTest : public testing::Test {
  protected:
   DeletionTest() {
-    dataHome = qgetenv("XDG_DATA_HOME");
-    qputenv("XDG_DATA_HOME", QFile::encodeName(home.path(u"data"_s)));
     if (::geteuid() == 0) {
       constexpr uid_t nobody = 65534;
       EXPECT_EQ(::chown(QFile::encodeName(home.path()).constData(), nobody, nobody), 0);
@@ -64,7 +63,6 @@ class DeletionTest : public testing::Test {
     makeWritable(true);
     const bool isRestored = ::getuid() != 0 || ::seteuid(0) == 0;
     EXPECT_TRUE(isRestored);
-    qputenv("XDG_DATA_HOME", dataHome);
   }
 
   bool deleteInteractively(const QList<int>& answers) {
@@ -77,17 +75,18 @@ class DeletionTest : public testing::Test {
   }
   // A file where the folder of the Trash would be.
   void blockTrash() {
-    QFile blocker(home.path(u"data"_s));
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(trashFolder()).path()));
+    QFile blocker(trashFolder());
     ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
   }
-  QStringList trash() const { return QDir(home.path(u"data/Trash/files"_s)).entryList(QDir::Files); }
+  static QString trashFolder() { return UserDirectories::current().data + u"/Trash"_s; }
+  QStringList trash() const { return QDir(trashFolder() + u"/files"_s).entryList(QDir::Files); }
   QStringList messages() const {
     QStringList texts;
     for (const Alert& alert : alerts.seen) texts << alert.message;
     return texts;
   }
 
-  QByteArray dataHome;
   TestHome home;
   std::shared_ptr<QLJournalPackageFile> package;
   QString file;
