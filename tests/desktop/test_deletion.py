@@ -1,8 +1,5 @@
 """Interactive deletion of an entry, answered on the keyboard."""
 
-import os
-from pathlib import Path
-
 from desktop import press, wait_active, window
 from quillo import AgentTestCase
 
@@ -11,7 +8,8 @@ class Deletion(AgentTestCase):
     def test_asks_and_moves_to_the_trash(self):
         uuid = self.ctl("entry", "add", "to be deleted")
         file = self.journal / "Entries" / f"{uuid}.plist"
-        probe = self.start_probe()
+        data = self.home / "data"
+        probe = self.start_probe(XDG_DATA_HOME=str(data))
 
         def answer(key):
             probe.send(f"delete {uuid} {self.journal}")
@@ -24,4 +22,4 @@ class Deletion(AgentTestCase):
         answer("Return")
         probe.expect("deleted yes")
         self.assertFalse(file.exists())
-        self.assertTrue(Path(os.environ["HOME"], ".local/share/Trash/files", file.name).exists())
+        self.assertTrue((data / "Trash/files" / file.name).exists())
