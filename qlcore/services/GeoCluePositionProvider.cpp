@@ -38,8 +38,8 @@ bool isStartable() {
   return ask(questionToBus(u"ListActivatableNames"_s)).toStringList().contains(service);
 }
 
-// The service offers accuracy 0 when the user has switched it off or it has nothing to find a position by. One that does
-// not answer is taken to be on: the search will tell.
+// The service offers accuracy 0 when the user has switched it off or it has nothing to find a position by. One that
+// does not answer is taken to be on: the search will tell.
 bool isSwitchedOff() {
   QDBusMessage question = QDBusMessage::createMethodCall(service, u"/org/freedesktop/GeoClue2/Manager"_s,
                                                          u"org.freedesktop.DBus.Properties"_s, u"Get"_s);

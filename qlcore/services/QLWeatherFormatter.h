@@ -20,7 +20,6 @@ class QLWeatherFormatter {
   // or absent; nothing without either. Empty when the temperature is none that air can have.
   [[nodiscard]] QString stringForObjectValue(const QLWeather& weather) const;
 
-
  private:
   TemperatureScale m_scale;
 };
