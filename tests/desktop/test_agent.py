@@ -41,6 +41,7 @@ class AgentTest(AgentTestCase):
             press("Up", "Return")
 
         newer = []
+        draft = self.home / ".local/state/quillo/UnsavedEntry.plist"
         for text, end in (("term", lambda agent: os.kill(agent.program.pid, signal.SIGTERM)),
                           ("interrupt", lambda agent: os.kill(agent.program.pid, signal.SIGINT)),
                           ("menu", quit_by_menu), ("newer agent", lambda _: newer.append(self.start_agent()))):
@@ -48,6 +49,8 @@ class AgentTest(AgentTestCase):
                 agent = self.start_agent()
                 agent.open_window()
                 type_text("before the " + text)
+                # The last key may still be on its way to the window.
+                wait_until(lambda: ("before the " + text).encode() in draft.read_bytes() if draft.exists() else False, "the draft")
                 end(agent)
                 self.assertEqual(agent.program.wait(), 0)
                 self.assertIn("before the " + text, self.texts())

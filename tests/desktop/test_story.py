@@ -62,7 +62,7 @@ class Story(AgentTestCase):
         self.assertIn(str(self.root / "usr/bin/quillo-agent"), entry)
         agent = Agent(SimpleNamespace(pid=status["running"][0]))
         tray_icon("quillo-agent")
-        self.assertFalse(icon_is_red())
+        wait_until(lambda: not icon_is_red(), "the icon as it is at rest")
         wait_notification_server()
 
         # On the next full minute.
