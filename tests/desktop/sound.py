@@ -27,7 +27,8 @@ class Recording:
             time.sleep(0.05)
 
     def stop(self):
-        """The bursts that were heard: pairs of begin and length in seconds. Silences below half a second belong to them."""
+        """The bursts that were heard: pairs of begin and length in seconds. Silences below a second belong to them: a busy
+        machine makes some in the middle of a sound."""
         self._process.terminate()
         self._process.wait(10)
         with open(self._path, "rb") as file:
@@ -38,7 +39,7 @@ class Recording:
                 if max(map(abs, samples[i * SLICE:(i + 1) * SLICE])) > AUDIBLE * 32768]
         bursts = []
         for moment in loud:
-            if bursts and moment - (bursts[-1][0] + bursts[-1][1]) < 0.5:
+            if bursts and moment - (bursts[-1][0] + bursts[-1][1]) < 1:
                 bursts[-1][1] = moment + SLICE / RATE - bursts[-1][0]
             else:
                 bursts.append([moment, SLICE / RATE])
