@@ -23,8 +23,6 @@ get_property(compressed GLOBAL PROPERTY QUILLO_COMPRESSED)
 add_custom_target(compressed_documents ALL DEPENDS ${compressed})
 install(FILES docs/copyright resources/LegalAcknowledgements.txt DESTINATION share/doc/quillo-agent)
 
-install(FILES resources/lintian-overrides DESTINATION share/lintian/overrides RENAME quillo-agent)
-
 # Switched off: whoever wants the agent at login says `quilloctl agent enable`, which writes an entry of the user's own.
 install(CODE "
   set(sysconf \"\${CMAKE_INSTALL_PREFIX}/etc\")
