@@ -148,7 +148,7 @@ void AboutWindowController::styleLinks() {
 }
 
 std::optional<PropertyListValue> AboutWindowController::infoValueForKey(const QString& key) const {
-  const auto plain = m_bundle.objectForInfoDictionaryKey(key);
+  auto plain = m_bundle.objectForInfoDictionaryKey(key);
   // No key reads like its own name, so that this means that no language has it.
   const QString localized = m_bundle.localizedStringForKey(key, key, u"InfoPlist"_s);
   if (localized != key) return PropertyListValue(localized);

@@ -48,8 +48,9 @@ class RemindersManager final : public KeyValueObservable {
   PersistentPropertyListSource m_sharedPrefs;
   NotificationCenter& m_distributedCenter;
   AgentManagerProvider m_agentManager;
-  // The main application's manager ends, when it goes, an observation of Notice::agentReminderSettingsDidChange, which
-  // it never began: a name that nobody observes and that must stay free. This one ends what it began.
+  // Of Notice::remindersManagerValuesDidChange. The name to take off at the end is
+  // Notice::agentReminderSettingsDidChange for the main application, under which nothing is ever registered, so there
+  // is nothing to do for it here.
   std::unique_ptr<Registration> m_observation;
 };
 

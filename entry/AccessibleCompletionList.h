@@ -12,7 +12,7 @@ class HashtagCompletionList;
 // keyboard stays with the text, so that the choice is told by events.
 class AccessibleCompletionList : public QAccessibleWidget {
  public:
-  // Makes the toolkit's bridge know the lists; done once a process, whoever asks.
+  // Makes Qt's accessibility know the lists; done once a process, whoever asks.
   static void install();
   // To be called when other rows are shown, and when the choice has moved; -1 for none.
   static void rowsDidChange(HashtagCompletionList& list);
