@@ -1,7 +1,7 @@
 #include "app/QuilloAgentAppDelegate.h"
 
-#include "app/LoggingSetup.h"
-#include "app/RemindersManager.h"
+#include "app/logging/LoggingSetup.h"
+#include "app/switches/RemindersManager.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
 #include "config/URLAccess.h"

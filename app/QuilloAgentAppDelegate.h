@@ -1,15 +1,15 @@
 #pragma once
 
 #include "about/AboutWindowController.h"
-#include "app/CrashReportManager.h"
 #include "app/GlobalShortcut.h"
 #include "app/ReminderDelivery.h"
+#include "app/crash/CrashReportManager.h"
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
 #include "entry/AlertSheet.h"
-#include "entry/EntryDraft.h"
 #include "entry/OpenPanelSheet.h"
 #include "entry/QLXAStatusBarController.h"
+#include "entry/session/EntryDraft.h"
 #include "foundation/KeyValueObserving.h"
 #include "platform/OutsideClicks.h"
 #include "platform/RunningApplications.h"

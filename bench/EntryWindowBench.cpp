@@ -1,15 +1,15 @@
 // How long the entry window takes to show, from the call to the first painted frame, and from the save button to the
 // bytes on disk, each beside its floor: an empty window of the same flags and size, and a bare write, sync and rename
-// of the same bytes. Needs a display: run it in tests/desktop/desktop, from a folder that is on a disk.
+// of the same bytes. Needs a display: run it in scripts/desktop/desktop, from a folder that is on a disk.
 //
 //   bench_EntryWindowBench [ROUNDS]
 
 #include "config/QuilloConfig.h"
 #include "entry/AgentEntryWindow.h"
 #include "entry/AgentEntryWindowController.h"
-#include "entry/Alerts.h"
-#include "entry/EntryDraft.h"
-#include "entry/OpenPanel.h"
+#include "entry/session/Alerts.h"
+#include "entry/session/EntryDraft.h"
+#include "entry/session/OpenPanel.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/services/LocationService.h"

@@ -1,7 +1,7 @@
 // What a log call costs its caller, with and without the loggers behind it. The difference is ours: the stack that
 // every call captures and throws away is in both.
 
-#include "app/LoggingSetup.h"
+#include "app/logging/LoggingSetup.h"
 #include "foundation/Log.h"
 
 #include <QTemporaryDir>

@@ -5,8 +5,8 @@
 //   QT_QPA_PLATFORM=offscreen bench_LongParagraphBench [BYTES]
 
 #include "controls/Fonts.h"
-#include "entry/EntryViewTextView.h"
-#include "entry/SpellChecker.h"
+#include "entry/spelling/SpellChecker.h"
+#include "entry/text/EntryViewTextView.h"
 
 #include <QApplication>
 #include <QClipboard>

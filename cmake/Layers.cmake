@@ -49,17 +49,13 @@ function(quillo_expose target folder)
   endif()
 endfunction()
 
-# quillo_layer(TARGET [LINK lib...] [PRIVATE lib...] [ONLY file...] [EXCEPT file...]): the folder's sources as one library,
-# or as headers only where it has no source. ONLY and EXCEPT part a folder into two targets.
+# quillo_layer(TARGET [LINK lib...] [PRIVATE lib...] [EXCEPT file...]): the folder's sources, without those of its folders,
+# which are layers of their own, as one library, or as headers only where it has no source.
 function(quillo_layer target)
-  cmake_parse_arguments(ARG "" "" "LINK;PRIVATE;ONLY;EXCEPT" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "LINK;PRIVATE;EXCEPT" ${ARGN})
   cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${CMAKE_SOURCE_DIR} OUTPUT_VARIABLE folder)
   file(GLOB sources CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.cpp)
   file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.h)
-  if(ARG_ONLY)
-    set(sources ${ARG_ONLY})
-    set(headers)
-  endif()
   if(ARG_EXCEPT)
     list(REMOVE_ITEM sources ${ARG_EXCEPT})
   endif()

@@ -2,7 +2,7 @@
 
 #include "controls/Coordinates.h"
 #include "controls/Fonts.h"
-#include "entry/JournalAccess.h"
+#include "entry/session/JournalAccess.h"
 #include "ui_AgentEntryWindow.h"
 
 #include <QAccessibleWidget>

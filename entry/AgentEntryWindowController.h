@@ -1,9 +1,9 @@
 #pragma once
 
 #include "entry/AgentEntryWindowServices.h"
-#include "entry/EntryDraft.h"
 #include "entry/EntryWindowMode.h"
-#include "entry/JournalTags.h"
+#include "entry/session/EntryDraft.h"
+#include "entry/session/JournalTags.h"
 #include "foundation/Date.h"
 #include "foundation/Error.h"
 #include "qlcore/QLWeather.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "entry/Alerts.h"
+#include "entry/session/Alerts.h"
 
 namespace quillo {
 

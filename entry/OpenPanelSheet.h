@@ -1,6 +1,6 @@
 #pragma once
 
-#include "entry/OpenPanel.h"
+#include "entry/session/OpenPanel.h"
 
 namespace quillo {
 

@@ -1,4 +1,4 @@
-#include "app/AgentManager.h"
+#include "app/switches/AgentManager.h"
 #include "config/Keys.h"
 #include "platform/HelperProcesses.h"
 #include "platform/RunningApplications.h"

@@ -1,5 +1,5 @@
-#include "app/LoginItem.h"
-#include "app/RemindersManager.h"
+#include "app/switches/LoginItem.h"
+#include "app/switches/RemindersManager.h"
 #include "config/Keys.h"
 #include "foundation/Calendar.h"
 #include "foundation/PropertyListJson.h"

@@ -1,7 +1,7 @@
 // The composition root of quilloctl: the main application's side of the shared settings, from a terminal.
 
 #include "PTHotKey/PTKeyCodeTranslator.h"
-#include "app/LoginItem.h"
+#include "app/switches/LoginItem.h"
 #include "config/Keys.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"

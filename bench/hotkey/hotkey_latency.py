@@ -17,7 +17,7 @@ import tempfile
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-DESKTOP = ROOT / "tests" / "desktop"
+DESKTOP = ROOT / "scripts" / "desktop"
 COUNT = 100
 AGENT_KEY, FLOOR_KEY = 36, 37  # J and K for the kernel
 

@@ -2,7 +2,7 @@
 // command a line, and prints what happens to it, an event a line.
 #include "Lines.h"
 #include "entry/AlertSheet.h"
-#include "entry/QLJournalIndexOSXAdditions.h"
+#include "entry/session/QLJournalIndexOSXAdditions.h"
 #include "foundation/Log.h"
 #include "platform/linux/PortalHotKeys.h"
 #include "platform/linux/SessionBusApplications.h"

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "PTHotKey/PTHotKeyCenter.h"
-#include "app/AgentManager.h"
-#include "app/LoginItem.h"
 #include "app/QuilloAgentAppDelegate.h"
-#include "app/RemindersManager.h"
+#include "app/switches/AgentManager.h"
+#include "app/switches/LoginItem.h"
+#include "app/switches/RemindersManager.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
 #include "foundation/DistributedNotificationCenter.h"

@@ -2,7 +2,7 @@
 
 #include "AppDelegateFixture.h"
 #include "entry/AgentEntryWindow.h"
-#include "entry/EntryViewTextView.h"
+#include "entry/text/EntryViewTextView.h"
 #include "foundation/Bookmark.h"
 #include "foundation/FileContents.h"
 #include "qlcore/QLJournalPackageFile.h"

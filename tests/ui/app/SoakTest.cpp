@@ -3,7 +3,7 @@
 
 #include "AppDelegateFixture.h"
 #include "entry/AgentEntryWindow.h"
-#include "entry/EntryViewTextView.h"
+#include "entry/text/EntryViewTextView.h"
 #include "foundation/Bundle.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalIndex.h"

@@ -1,8 +1,8 @@
 // Interactive deletion, with the user's answers from a list and real files.
 
-#include "entry/Alerts.h"
-#include "entry/QLJournalIndexOSXAdditions.h"
 #include "entry/WindowConvertPoint.h"
+#include "entry/session/Alerts.h"
+#include "entry/session/QLJournalIndexOSXAdditions.h"
 #include "foundation/FileManager.h"
 #include "foundation/UserDirectories.h"
 #include "qlcore/QLJournalPackageFile.h"

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "config/Keys.h"
-#include "entry/EntryViewTextView.h"
-#include "entry/SpellChecker.h"
-#include "entry/SpellingHighlighter.h"
+#include "entry/spelling/SpellChecker.h"
+#include "entry/spelling/SpellingHighlighter.h"
+#include "entry/text/EntryViewTextView.h"
 #include "foundation/UserDefaults.h"
 #include "tests/support/TestHome.h"
 

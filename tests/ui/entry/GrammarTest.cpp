@@ -1,6 +1,6 @@
 // Grammar in the text view, with a stand-in for the local server.
 
-#include "entry/GrammarReviewer.h"
+#include "entry/spelling/GrammarReviewer.h"
 #include "tests/ui/entry/EntryViewFixture.h"
 
 #include <QTcpServer>

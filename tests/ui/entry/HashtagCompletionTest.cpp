@@ -1,6 +1,6 @@
 // The list of tags under a hashtag being typed, by keys and by the pointer.
 
-#include "entry/HashtagCompletionList.h"
+#include "entry/text/HashtagCompletionList.h"
 #include "tests/ui/entry/EntryViewFixture.h"
 
 #include <QAccessible>

@@ -1,6 +1,6 @@
 // Paragraphs too long to be laid out at once: the blocks of the document stay short, and nothing else shows of it.
 
-#include "entry/ParagraphSeams.h"
+#include "entry/document/ParagraphSeams.h"
 #include "tests/ui/entry/EntryViewFixture.h"
 
 #include <QMimeData>

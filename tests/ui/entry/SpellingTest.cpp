@@ -1,7 +1,7 @@
 // Spelling in the text view: what is underlined and when, the guesses, the taught words, and automatic correction.
 
-#include "entry/SpellingDictionary.h"
-#include "entry/SpellingWords.h"
+#include "entry/spelling/SpellingDictionary.h"
+#include "entry/spelling/SpellingWords.h"
 #include "tests/ui/entry/EntryViewFixture.h"
 
 #include <QFileInfo>

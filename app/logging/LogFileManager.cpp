@@ -1,0 +1,91 @@
+#include "app/logging/LogFileManager.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto filePrefix = "quillo-agent-"_L1;
+constexpr auto fileSuffix = ".log"_L1;
+
+// 0 for a name that is not one of ours: numbers begin at 1.
+quint64 numberOfName(const QString& name) {
+  if (!name.startsWith(filePrefix) || !name.endsWith(fileSuffix)) return 0;
+  const qsizetype length = name.size() - filePrefix.size() - fileSuffix.size();
+  if (length < 6 || length > 18) return 0;  // 18 digits leave room to count on from
+  const QStringView digits = QStringView(name).mid(filePrefix.size(), length);
+  if (!std::all_of(digits.begin(), digits.end(), [](QChar c) { return c >= u'0' && c <= u'9'; })) return 0;
+  return digits.toULongLong();
+}
+
+int openForAppending(const QString& path, int extraFlags) {
+  const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | extraFlags;
+  return ::open(QFile::encodeName(path).constData(), flags, 0600);
+}
+
+bool canBeContinued(int descriptor) {
+  struct stat status {};
+  return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+         status.st_size < LogFileManager::maximumFileSize;
+}
+
+}  // namespace
+
+void LogFileManager::createDirectory() const {
+  if (m_directory.isEmpty()) return;
+  const QFileInfo directory(m_directory);
+  QDir().mkpath(directory.path());
+  ::mkdir(QFile::encodeName(directory.filePath()).constData(), 0700);
+}
+
+QString LogFileManager::pathOfNumber(quint64 number) const {
+  return m_directory + u'/' + filePrefix + u"%1"_s.arg(number, 6, 10, QChar(u'0')) + fileSuffix;
+}
+
+QStringList LogFileManager::sortedLogFilePaths() const {
+  if (m_directory.isEmpty()) return {};  // QDir would take it for the current directory
+  // By no pattern: those are matched by the engine of expressions, which takes half a megabyte.
+  QStringList names = QDir(m_directory).entryList(QDir::Files | QDir::Hidden);
+  names.removeIf([](const QString& name) { return numberOfName(name) == 0; });
+  std::sort(names.begin(), names.end(),
+            [](const QString& left, const QString& right) { return numberOfName(left) > numberOfName(right); });
+  for (QString& name : names) name.prepend(m_directory + u'/');
+  return names;
+}
+
+int LogFileManager::openCurrentFile() const {
+  if (m_directory.isEmpty()) return -1;
+  const QStringList paths = sortedLogFilePaths();
+  quint64 number = 0;
+  if (!paths.isEmpty()) {
+    number = numberOfName(QFileInfo(paths.first()).fileName());
+    const int descriptor = openForAppending(paths.first(), 0);
+    if (descriptor >= 0 && canBeContinued(descriptor)) return descriptor;
+    if (descriptor >= 0) ::close(descriptor);
+  }
+  // A number is taken only when another agent has made that file since the listing; eight such races do not happen.
+  int descriptor = -1;
+  for (int attempt = 0; attempt < 8 && descriptor < 0; ++attempt) {
+    descriptor = openForAppending(pathOfNumber(++number), O_CREAT | O_EXCL);
+    if (descriptor < 0 && errno != EEXIST) return -1;
+  }
+  // The new file takes a place of its own.
+  if (descriptor >= 0) {
+    for (const QString& path : paths.mid(maximumNumberOfLogFiles - 1)) QFile::remove(path);
+  }
+  return descriptor;
+}
+
+}  // namespace quillo

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "entry/spelling/GrammarIssue.h"
+
+#include <QList>
+#include <QObject>
+#include <QUrl>
+
+#include <functional>
+#include <optional>
+
+class QNetworkAccessManager;
+class QNetworkReply;
+
+namespace quillo {
+
+// Asks a LanguageTool server on this machine about a text. Nothing ever leaves the machine: servers that are not on a
+// loopback address are refused, redirections are not followed and proxies are not used. Nothing waits, and nothing
+// asks by itself.
+class GrammarClient : public QObject {
+  Q_OBJECT
+
+ public:
+  enum class Availability { Unknown, Available, Unavailable };
+  // Nothing: there was no answer to use.
+  using Answer = std::function<void(const std::optional<QList<GrammarIssue>>& issues)>;
+
+  static constexpr qsizetype longestText = 8000;
+  static constexpr qsizetype mostIssues = 100;
+  static constexpr qsizetype mostReplacements = 5;
+
+  explicit GrammarClient(QObject* parent = nullptr);
+  ~GrammarClient() override;
+
+  // Where the server is, "http://localhost:8081" at first. False, and no change, where that is another machine.
+  bool setServer(const QUrl& server);
+  // Whether it answered when it was last asked.
+  [[nodiscard]] Availability availability() const { return m_availability; }
+
+  // Finds out whether the server is there; availabilityDidChange() tells.
+  void probe();
+  // The issues of `text`, without spelling; one question at a time, false while another one waits for its answer.
+  bool check(const QString& text, Answer answer);
+
+  // What a server's answer says about a text of `textLength` units; nothing for what is none of its answers.
+  [[nodiscard]] static std::optional<QList<GrammarIssue>> issuesOfAnswer(const QByteArray& json, qsizetype textLength);
+
+ Q_SIGNALS:
+  void availabilityDidChange();
+
+ private:
+  [[nodiscard]] QNetworkAccessManager& network();
+  void bound(QNetworkReply& reply);
+  void setAvailability(Availability availability);
+
+  QUrl m_server;
+  QNetworkAccessManager* m_network{nullptr};
+  Availability m_availability{Availability::Unknown};
+  bool m_isProbing{false};
+  bool m_isChecking{false};
+};
+
+}  // namespace quillo
