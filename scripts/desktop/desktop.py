@@ -11,7 +11,7 @@ import threading
 import time
 import unittest
 
-WAIT_SECONDS = 10
+WAIT_SECONDS = 30
 
 
 PACKAGES = {"xdotool": "xdotool", "xwininfo": "x11-utils", "import": "imagemagick", "gdbus": "libglib2.0-bin",

@@ -74,7 +74,7 @@ class EntryViewTest : public testing::Test {
   }
   static void waitForDictionary(SpellChecker& which) {
     which.load();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return which.state() != SpellChecker::State::Loading; }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return which.state() != SpellChecker::State::Loading; }, 60000));
   }
 
   void type(const QString& text) {
@@ -104,7 +104,7 @@ class EntryViewTest : public testing::Test {
     view->setTextCursor(cursor);
   }
   void finishChecking() {
-    ASSERT_TRUE(QTest::qWaitFor([this] { return view->spellingHighlighter()->isIdle(); }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return view->spellingHighlighter()->isIdle(); }, 60000));
   }
   // The words that are underlined, in order.
   QStringList misspelled() {
