@@ -148,14 +148,26 @@ class AgentTest(AgentTestCase):
         before = active_window()
         due = set_reminder_in(self.home, 4)
         agent.window()
-        self.assertAlmostEqual(time.time(), due, delta=0.5)
+        # Never early; how late is a matter of the machine's other work.
+        self.assertGreater(time.time(), due - 0.05)
         self.assertEqual(active_window(), before)
         agent.click_icon()
         agent.wait_closed()
 
         # Switched off in time, the next one does not come.
-        due = set_reminder_in(self.home, 3)
-        self.ctl("reminder", "off")
+        for seconds in 3, 12, 48:
+            due = set_reminder_in(self.home, seconds)
+            self.ctl("reminder", "off")
+            if time.time() < due - 1:
+                break
+            # Too late for this one, on a busy machine.
+            time.sleep(1)
+            if agent.is_open():
+                agent.click_icon()
+                agent.wait_closed()
+            self.ctl("reminder", "on")
+        else:
+            self.fail("reminders cannot be switched off within 48 s")
         time.sleep(due + 0.5 - time.time())
         self.assertFalse(agent.is_open())
 
