@@ -1,9 +1,9 @@
 #include "about/AboutWindowController.h"
 
 #include "about/CreditsView.h"
-#include "about/Deployment.h"
 #include "about/LegalWindowController.h"
 #include "about/LinkStyle.h"
+#include "about/ProductInformation.h"
 #include "controls/Coordinates.h"
 #include "controls/CustomCursorButton.h"
 #include "controls/Fonts.h"
@@ -102,7 +102,7 @@ void AboutWindowController::fillCreatorText() {
   QTextCharFormat plain;
   plain.setFont(aboutFont());
   plain.setForeground(m_window->palette().windowText());
-  const auto link = [&](const Deployment::Profile& profile) {
+  const auto link = [&](const ProductInformation::Profile& profile) {
     QTextCharFormat format = plain;
     format.setFont(style.font);
     format.setAnchor(true);
@@ -121,13 +121,13 @@ void AboutWindowController::fillCreatorText() {
   const auto insert = [&cursor](const std::pair<QString, QTextCharFormat>& piece) {
     cursor.insertText(piece.first, piece.second);
   };
-  insert(link(Deployment::product));
+  insert(link(ProductInformation::product));
   insert({u"\ndesigned by "_s, plain});
-  insert(link(Deployment::designer));
+  insert(link(ProductInformation::designer));
   insert({u"\ndeveloped by "_s, plain});
-  insert(link(Deployment::firstDeveloper));
+  insert(link(ProductInformation::firstDeveloper));
   insert({u" and "_s, plain});
-  insert(link(Deployment::secondDeveloper));
+  insert(link(ProductInformation::secondDeveloper));
   cursor.endEditBlock();
   // Filling it leaves the view scrolled to the end.
   m_creatorText->moveCursor(QTextCursor::Start);
@@ -180,11 +180,11 @@ void AboutWindowController::didEndSheet(int) {
 }
 
 void AboutWindowController::appLogoButtonClicked() {
-  m_workspace.openURL(QUrl(QString(Deployment::productSite)));
+  m_workspace.openURL(QUrl(QString(ProductInformation::productSite)));
 }
 
 void AboutWindowController::brandLogoButtonClicked() {
-  m_workspace.openURL(QUrl(QString(Deployment::makerSite)));
+  m_workspace.openURL(QUrl(QString(ProductInformation::makerSite)));
 }
 
 bool AboutWindowController::eventFilter(QObject* watched, QEvent* event) {

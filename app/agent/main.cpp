@@ -2,7 +2,7 @@
 
 #include "PTHotKey/PTHotKeyCenter.h"
 #include "PTHotKey/PTKeyCodeTranslator.h"
-#include "about/Deployment.h"
+#include "about/ProductInformation.h"
 #include "app/QuilloAgentAppDelegate.h"
 #include "app/SessionEnd.h"
 #include "app/logging/LoggingSetup.h"
@@ -111,7 +111,7 @@ Bundle agentBundle() {
            {InfoKey::name, u"Quillo"_s},
            {InfoKey::shortVersion, QStringLiteral(QUILLO_VERSION)},
            {InfoKey::version, QStringLiteral(QUILLO_VERSION)},
-           {InfoKey::copyright, QString(Deployment::copyright)}}};
+           {InfoKey::copyright, QString(ProductInformation::copyright)}}};
 }
 
 }  // namespace

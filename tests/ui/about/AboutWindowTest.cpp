@@ -1,6 +1,6 @@
 #include "about/AboutWindowController.h"
-#include "about/Deployment.h"
 #include "about/LegalWindowController.h"
+#include "about/ProductInformation.h"
 #include "controls/CustomCursorButton.h"
 #include "foundation/FileContents.h"
 #include "platform/Workspace.h"
@@ -61,8 +61,8 @@ TEST_F(AboutWindowTest, TellsTheVersionInTheUsersLanguageWhereThereIsOne) {
 
 TEST_F(AboutWindowTest, TheCreditsAreThreeCentredLinesWithFourLinks) {
   QTextDocument& document = *about.creatorText().document();
-  const QString handle[] = {Deployment::product.handle, Deployment::designer.handle, Deployment::firstDeveloper.handle,
-                            Deployment::secondDeveloper.handle};
+  const QString handle[] = {ProductInformation::product.handle, ProductInformation::designer.handle,
+                            ProductInformation::firstDeveloper.handle, ProductInformation::secondDeveloper.handle};
   EXPECT_EQ(document.toPlainText(),
             handle[0] + u"\ndesigned by "_s + handle[1] + u"\ndeveloped by "_s + handle[2] + u" and "_s + handle[3]);
   QStringList links;
@@ -93,7 +93,7 @@ TEST_F(AboutWindowTest, TheCreditsAreThreeCentredLinesWithFourLinks) {
   // The first line's middle is the product's handle.
   about.showWindow();
   QTest::mouseClick(about.creatorText().viewport(), Qt::LeftButton, {}, QPoint(125, 6));
-  EXPECT_EQ(workspace.opened, QStringList{QString(Deployment::product.page)});
+  EXPECT_EQ(workspace.opened, QStringList{QString(ProductInformation::product.page)});
 }
 
 TEST_F(AboutWindowTest, LinksStayReadableOnADarkDesktop) {
@@ -114,7 +114,7 @@ TEST_F(AboutWindowTest, TheLogosOpenTheSitesAndNeverLookPressed) {
   const struct {
     const char* name;
     QLatin1StringView site;
-  } rows[] = {{"appLogoButton", Deployment::productSite}, {"brandLogoButton", Deployment::makerSite}};
+  } rows[] = {{"appLogoButton", ProductInformation::productSite}, {"brandLogoButton", ProductInformation::makerSite}};
   for (const auto& row : rows) {
     auto& button = child<CustomCursorButton>(row.name);
     EXPECT_EQ(button.cursor().shape(), Qt::PointingHandCursor);

@@ -2,8 +2,8 @@
 
 #include <QLatin1StringView>
 
-// Whose program this is and where they are found: what changes when somebody else publishes it, in one place.
-namespace quillo::Deployment {
+// The product, its maker, and where they are found: what changes when somebody else publishes it, in one place.
+namespace quillo::ProductInformation {
 
 inline constexpr QLatin1StringView productSite{"https://quilloapp.example/"};
 inline constexpr QLatin1StringView makerSite{"https://tallowmere.example/"};
@@ -26,4 +26,4 @@ inline constexpr Profile firstDeveloper{QLatin1StringView("@pagesandpulp"),
 inline constexpr Profile secondDeveloper{QLatin1StringView("@nightledger"),
                                          QLatin1StringView("https://social.example/nightledger")};
 
-}  // namespace quillo::Deployment
+}  // namespace quillo::ProductInformation
