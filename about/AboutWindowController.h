@@ -25,8 +25,9 @@ class AboutWindowController final : public QObject {
   Q_OBJECT
 
  public:
-  // Pages are opened by the workspace, which must outlive the object; what cannot be opened is passed over in silence.
-  explicit AboutWindowController(Workspace& workspace, Bundle bundle = Bundle::mainBundle());
+  // The bundle is the program's, for version and texts. Pages are opened by the workspace, which must outlive the
+  // object; what cannot be opened is passed over in silence.
+  AboutWindowController(Workspace& workspace, Bundle bundle);
   ~AboutWindowController() override;
 
   // Shows the window in front of all others, with the keyboard.

@@ -22,7 +22,7 @@ class LegalWindowController final : public QObject {
   Q_OBJECT
 
  public:
-  explicit LegalWindowController(Bundle bundle = Bundle::mainBundle());
+  explicit LegalWindowController(Bundle bundle);
   ~LegalWindowController() override;
 
   // Shows the text in front of `window`, which is dead until the sheet ends; `didEnd` is then told the return code.

@@ -16,7 +16,7 @@ class Messages {
   using RandomNumber = std::function<quint32()>;
 
   // Random numbers are the system's; a test gives its own.
-  explicit Messages(const Bundle& bundle = Bundle::mainBundle(), RandomNumber random = {});
+  explicit Messages(const Bundle& bundle, RandomNumber random = {});
 
   // Reads the list again; empty when there is none, or it is no list of texts.
   void resetMessagesArray();

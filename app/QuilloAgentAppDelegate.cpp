@@ -44,8 +44,12 @@ QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatfo
             if (m_statusController) m_statusController->updateToolTip();
           }),
       m_reminderDelivery([this] { return m_config.groupProperties(); },
-                         {[this] { return m_statusController.get(); }, [this] { return m_entryWindowController; },
-                          m_platform.userNotifications, m_platform.sounds, &m_platform.workspace}) {
+                         {.bundle = Bundle::mainBundle(),
+                          .statusController = [this] { return m_statusController.get(); },
+                          .entryWindowController = [this] { return m_entryWindowController; },
+                          .userNotifications = m_platform.userNotifications,
+                          .sounds = m_platform.sounds,
+                          .workspace = &m_platform.workspace}) {
   buildContextualMenu();
 }
 
@@ -248,7 +252,8 @@ void QuilloAgentAppDelegate::reminderAlarmFired() {
 }
 
 void QuilloAgentAppDelegate::orderFrontAboutWindow() {
-  if (!m_aboutWindowController) m_aboutWindowController = std::make_unique<AboutWindowController>(m_platform.workspace);
+  if (!m_aboutWindowController)
+    m_aboutWindowController = std::make_unique<AboutWindowController>(m_platform.workspace, Bundle::mainBundle());
   m_aboutWindowController->showWindow();
 }
 

@@ -16,11 +16,11 @@ using namespace Qt::StringLiterals;
 
 static const QString soundName = u"quillo-reminder"_s;
 
-ReminderDelivery::ReminderDelivery(PersistentPropertyListSource sharedProperties, ReminderStage stage)
-    : m_sharedProperties(std::move(sharedProperties)), m_stage(std::move(stage)) {}
+ReminderDelivery::ReminderDelivery(PersistentPropertyListSource sharedProperties, ReminderDeliveryServices services)
+    : m_sharedProperties(std::move(sharedProperties)), m_services(std::move(services)) {}
 
 ReminderDelivery::~ReminderDelivery() {
-  if (m_stage.userNotifications) m_stage.userNotifications->setDelegate(nullptr);
+  if (m_services.userNotifications) m_services.userNotifications->setDelegate(nullptr);
 }
 
 bool ReminderDelivery::isOn(QLatin1StringView key) const {
@@ -35,10 +35,10 @@ void ReminderDelivery::reminderAlarmFired() {
   const bool sendToNotificationCenter = isOn(Key::remindersSendToNotificationCenter);
   bool soundWasPlayed = false;
   if (openMenuBar) {
-    if (QLXAStatusBarController* controller = m_stage.statusController())
+    if (QLXAStatusBarController* controller = m_services.statusController())
       controller->showEntryWindowInMode(EntryWindowModeReminder);
     if (playSound) {
-      if (m_stage.sounds) m_stage.sounds->playSoundNamed(soundName);
+      if (m_services.sounds) m_services.sounds->playSoundNamed(soundName);
       soundWasPlayed = true;
     }
   }
@@ -46,26 +46,26 @@ void ReminderDelivery::reminderAlarmFired() {
 }
 
 void ReminderDelivery::sendToNotificationCenter(bool withSound) {
-  if (!m_stage.userNotifications) return;
-  m_stage.userNotifications->setDelegate(this);
+  if (!m_services.userNotifications) return;
+  m_services.userNotifications->setDelegate(this);
   UserNotification notification;
   notification.title = u"Journal Reminder"_s;
-  notification.informativeText = Messages().nextMessage();
+  notification.informativeText = Messages(m_services.bundle).nextMessage();
   if (withSound) notification.soundName = soundName;
-  m_stage.userNotifications->removeAllDeliveredNotifications();
-  m_stage.userNotifications->deliverNotification(notification);
+  m_services.userNotifications->removeAllDeliveredNotifications();
+  m_services.userNotifications->deliverNotification(notification);
 }
 
 void ReminderDelivery::didActivateNotification(const UserNotification& notification) {
-  m_stage.userNotifications->removeDeliveredNotification(notification.identifier);
-  QLXAStatusBarController* controller = m_stage.statusController();
+  m_services.userNotifications->removeDeliveredNotification(notification.identifier);
+  QLXAStatusBarController* controller = m_services.statusController();
   if (!controller || !controller->isShowingEntryWindow()) {
-    if (m_stage.workspace) m_stage.workspace->openURL(QUrl(u"quillo://post"_s));
+    if (m_services.workspace) m_services.workspace->openURL(QUrl(u"quillo://post"_s));
     return;
   }
   // Held: saving may show an alert, and the controller can be replaced meanwhile.
-  if (const auto window = m_stage.entryWindowController()) window->openJournalButtonClicked();
-  if (QLXAStatusBarController* still = m_stage.statusController()) still->hideEntryWindow();
+  if (const auto window = m_services.entryWindowController()) window->openJournalButtonClicked();
+  if (QLXAStatusBarController* still = m_services.statusController()) still->hideEntryWindow();
 }
 
 bool ReminderDelivery::shouldPresentNotification(const UserNotification&) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "config/PersistentPropertyList.h"
+#include "foundation/Bundle.h"
 #include "platform/UserNotifications.h"
 
 #include <functional>
@@ -13,9 +14,12 @@ class QLXAStatusBarController;
 class Sounds;
 class Workspace;
 
-// What a reminder that has come moves. Any may be missing: what needs it is then skipped, the rest works.
-struct ReminderStage {
-  // Asked at each reminder, as both can be replaced.
+// What the delivery of reminders works with. A null pointer is a desktop that lacks the service: what needs it is
+// skipped, the rest works. All of it must outlive the delivery.
+struct ReminderDeliveryServices {
+  // With the quotations.
+  Bundle bundle;
+  // Asked at each reminder, as both can be replaced; either may answer null.
   std::function<QLXAStatusBarController*()> statusController;
   std::function<std::shared_ptr<AgentEntryWindowController>()> entryWindowController;
   UserNotifications* userNotifications{nullptr};
@@ -28,8 +32,8 @@ struct ReminderStage {
 // At most one notification of ours stands at a time. Main thread only.
 class ReminderDelivery final : public UserNotificationCenterDelegate {
  public:
-  // While there is no list, all reads as off; what is given must outlive the object.
-  ReminderDelivery(PersistentPropertyListSource sharedProperties, ReminderStage stage);
+  // While there is no list, all reads as off.
+  ReminderDelivery(PersistentPropertyListSource sharedProperties, ReminderDeliveryServices services);
   ~ReminderDelivery();
   ReminderDelivery(const ReminderDelivery&) = delete;
   ReminderDelivery& operator=(const ReminderDelivery&) = delete;
@@ -47,7 +51,7 @@ class ReminderDelivery final : public UserNotificationCenterDelegate {
   void sendToNotificationCenter(bool withSound);
 
   PersistentPropertyListSource m_sharedProperties;
-  ReminderStage m_stage;
+  ReminderDeliveryServices m_services;
 };
 
 }  // namespace quillo

@@ -62,7 +62,7 @@ struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory,
 };
 
 // The notification centre and the loudspeaker; what happens goes, in order, into one list.
-struct FakeReminderStage : UserNotifications, Sounds {
+struct FakeReminderOutlets : UserNotifications, Sounds {
   void setDelegate(UserNotificationCenterDelegate* given) override { centerDelegate = given; }
   quint64 deliverNotification(const UserNotification& notification) override {
     UserNotification delivered = notification;
@@ -125,10 +125,10 @@ class AppDelegateTest : public testing::Test {
     list().setObjectForKey(1, Key::remindersInterval);
     list().setObjectForKey(Date::since1970(1394485200), Key::remindersBaseDate);  // 2014-03-10T21:00:00Z
     list().setObjectForKey(u"UTC"_s, Key::remindersBaseDateTimezone);
-    makeDelegate(&stage);
+    makeDelegate(&outlets);
   }
-  void makeDelegate(FakeReminderStage* reminderStage) { makeDelegate(reminderStage, desktop, desktop); }
-  void makeDelegate(FakeReminderStage* reminderStage, const Clock& clock, OneShotTimerFactory& timers) {
+  void makeDelegate(FakeReminderOutlets* reminderOutlets) { makeDelegate(reminderOutlets, desktop, desktop); }
+  void makeDelegate(FakeReminderOutlets* reminderOutlets, const Clock& clock, OneShotTimerFactory& timers) {
     AgentPlatform platform{desktop,
                            desktop,
                            [this] {
@@ -143,8 +143,8 @@ class AppDelegateTest : public testing::Test {
                            clock,
                            timers,
                            [this] { desktop.ended = true; },
-                           reminderStage,
-                           reminderStage};
+                           reminderOutlets,
+                           reminderOutlets};
     delegate = std::make_unique<QuilloAgentAppDelegate>(config(), std::move(platform));
   }
   ~AppDelegateTest() override {
@@ -174,7 +174,7 @@ class AppDelegateTest : public testing::Test {
   TestHome home;
   FakeDesktop desktop;
   FakeHotKeys hotKeys;
-  FakeReminderStage stage;
+  FakeReminderOutlets outlets;
   std::unique_ptr<QuilloAgentAppDelegate> delegate;
 };
 

@@ -47,7 +47,7 @@ TEST_F(AppDelegateTest, SettingsThatWereUnreadableAtTheStartAreReadAtTheNextNoti
     RemindersManager::resetSharedManager();
     QuilloConfig::resetSharedConfig();
     ASSERT_TRUE(writeFileInPlace(path, "torn {"));
-    makeDelegate(&stage);
+    makeDelegate(&outlets);
     delegate->showMainApplicationWindow();
     EXPECT_FALSE(delegate->reminderAlarm().isStarted());
     NotificationCenter& center = DistributedNotificationCenter::sharedCenter();

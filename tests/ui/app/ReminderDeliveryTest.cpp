@@ -18,6 +18,7 @@ class ReminderDeliveryTest : public AppDelegateTest {
  protected:
   ReminderDeliveryTest() {
     Bundle::setMainBundle({u":/quillo"_s, {}});
+    makeDelegate(&outlets);
     delegate->showMainApplicationWindow();
   }
   ~ReminderDeliveryTest() override { Bundle::setMainBundle(before); }
@@ -29,9 +30,9 @@ class ReminderDeliveryTest : public AppDelegateTest {
   }
   // What happened since the last time, in order.
   QStringList fire() {
-    stage.events.clear();
+    outlets.events.clear();
     delegate->reminderAlarmFired();
-    return stage.events;
+    return outlets.events;
   }
   bool windowIsOpen() const { return delegate->statusController()->isShowingEntryWindow(); }
 
@@ -57,35 +58,36 @@ TEST_F(ReminderDeliveryTest, FollowsTheThreeSettings) {
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::Message() << row.playSound << row.openMenuBar << row.notification);
     delegate->statusController()->hideEntryWindow();
-    stage.standing.clear();
+    outlets.standing.clear();
     wants(row.playSound, row.openMenuBar, row.notification);
     EXPECT_EQ(fire(), row.events);
     EXPECT_EQ(windowIsOpen(), row.openMenuBar);
     if (row.openMenuBar) {
       EXPECT_EQ(delegate->statusController()->currentMode(), EntryWindowModeReminder);
     }
-    EXPECT_EQ(stage.standing.size(), row.notification ? 1 : 0);
+    EXPECT_EQ(outlets.standing.size(), row.notification ? 1 : 0);
   }
 }
 
 TEST_F(ReminderDeliveryTest, AbsentSettingsAreOffAndTheAlarmGoesOn) {
   const auto due = delegate->reminderAlarm().nextAlarmDate();
-  stage.events.clear();
+  outlets.events.clear();
   desktop.fire();
-  EXPECT_EQ(stage.events, QStringList{});
+  EXPECT_EQ(outlets.events, QStringList{});
   EXPECT_FALSE(windowIsOpen());
   EXPECT_EQ(delegate->reminderAlarm().nextAlarmDate(), due->addingTimeInterval(24 * 60 * 60));
 }
 
 TEST_F(ReminderDeliveryTest, TheNotificationCarriesAQuotationAndTheLatestStandsAlone) {
   wants(false, false, true);
-  EXPECT_FALSE(stage.centerDelegate);
+  EXPECT_FALSE(outlets.centerDelegate);
   fire();
   fire();
-  ASSERT_EQ(stage.standing.size(), 1);
-  EXPECT_EQ(stage.standing[0].identifier, 2U);
-  EXPECT_EQ(stage.standing[0].title, u"Journal Reminder"_s);
-  EXPECT_TRUE(stage.standing[0].informativeText.startsWith(u'“')) << stage.standing[0].informativeText.toStdString();
+  ASSERT_EQ(outlets.standing.size(), 1);
+  EXPECT_EQ(outlets.standing[0].identifier, 2U);
+  EXPECT_EQ(outlets.standing[0].title, u"Journal Reminder"_s);
+  EXPECT_TRUE(outlets.standing[0].informativeText.startsWith(u'“'))
+      << outlets.standing[0].informativeText.toStdString();
 }
 
 TEST_F(ReminderDeliveryTest, AWindowThatIsOpenKeepsItsMode) {
@@ -102,9 +104,9 @@ TEST_F(ReminderDeliveryTest, AClickLeadsToANewEntryOrHandsTheOpenOneOver) {
   config().setConfiguredJournalFileURL(journal);
   wants(false, false, true);
   fire();
-  const UserNotification first = stage.standing[0];
-  stage.centerDelegate->didActivateNotification(first);
-  EXPECT_EQ(stage.events.last(), u"remove 1"_s);
+  const UserNotification first = outlets.standing[0];
+  outlets.centerDelegate->didActivateNotification(first);
+  EXPECT_EQ(outlets.events.last(), u"remove 1"_s);
   EXPECT_EQ(desktop.opened, QStringList{u"quillo://post"_s});
 
   desktop.opened.clear();
@@ -113,8 +115,8 @@ TEST_F(ReminderDeliveryTest, AClickLeadsToANewEntryOrHandsTheOpenOneOver) {
   auto* text = delegate->entryWindowController()->window().findChild<QPlainTextEdit*>(u"textView"_s);
   ASSERT_TRUE(text);
   text->setPlainText(u"while it reminded"_s);
-  stage.centerDelegate->didActivateNotification(stage.standing[0]);
-  EXPECT_EQ(stage.events.last(), u"remove 2"_s);
+  outlets.centerDelegate->didActivateNotification(outlets.standing[0]);
+  EXPECT_EQ(outlets.events.last(), u"remove 2"_s);
   EXPECT_FALSE(windowIsOpen());
   EXPECT_FALSE(desktop.opened.contains(u"quillo://post"_s));
   const QLJournalIndex index(QLJournalPackageFile::openPackage(journal, false, nullptr));

@@ -73,7 +73,7 @@ class Soak : public AppDelegateTest {
       EXPECT_TRUE(QLJournalPackageFile::openPackage(QUrl::fromLocalFile(home.path(name)), /*create=*/true, nullptr));
     QLJournalPackageFile::setDefaultPackageURLProvider([] { return config().configuredJournalFileURL(); });
     timers.setTime(1395311400);
-    makeDelegate(&stage, timers, timers);
+    makeDelegate(&outlets, timers, timers);
     moveJournal();
     for (const auto key : {Key::remindersEnabled, Key::remindersSendToNotificationCenter})
       list().setBoolForKey(true, key);
@@ -147,11 +147,11 @@ class Soak : public AppDelegateTest {
     qsizetype due = 0;
     for (; next && *next <= date; ++due)
       next = ReminderCalculator::firstReminderForInterval(interval, *next, std::nullopt);
-    stage.events.clear();
+    outlets.events.clear();
     timers.runUntil(date.timeIntervalSince1970());
-    EXPECT_EQ(stage.events.filter(u"notify"_s).size(), due);
+    EXPECT_EQ(outlets.events.filter(u"notify"_s).size(), due);
     EXPECT_EQ(delegate->reminderAlarm().nextAlarmDate(), next);
-    EXPECT_LE(stage.standing.size(), 1);
+    EXPECT_LE(outlets.standing.size(), 1);
     reminders += due;
   }
 
