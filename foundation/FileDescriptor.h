@@ -6,24 +6,32 @@
 
 namespace quillo {
 
-// Owns a file descriptor; a negative number is none.
+// Owns a file descriptor; a negative number is none. Moving leaves the other without one.
 class FileDescriptor {
  public:
+  FileDescriptor() = default;
   explicit FileDescriptor(int number) : m_number(number) {}
   ~FileDescriptor() { close(); }
+  FileDescriptor(FileDescriptor&& other) noexcept : m_number(other.release()) {}
+  FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+    FileDescriptor old(std::exchange(m_number, other.release()));
+    return *this;
+  }
   FileDescriptor(const FileDescriptor&) = delete;
   FileDescriptor& operator=(const FileDescriptor&) = delete;
 
   [[nodiscard]] int number() const { return m_number; }
   [[nodiscard]] bool isOpen() const { return m_number >= 0; }
+  // For a function that becomes the owner.
+  [[nodiscard]] int release() { return std::exchange(m_number, -1); }
   // False when the last write failed late, as on a network file system.
   bool close() {
-    const int number = std::exchange(m_number, -1);
+    const int number = release();
     return number < 0 || ::close(number) == 0;
   }
 
  private:
-  int m_number;
+  int m_number{-1};
 };
 
 }  // namespace quillo

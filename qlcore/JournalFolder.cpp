@@ -1,7 +1,6 @@
 #include "qlcore/JournalFolder.h"
 
 #include "foundation/FileContents.h"
-#include "foundation/FileDescriptor.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -68,23 +67,23 @@ int syncFolder(int descriptor) {
   return errno;
 }
 
-// Makes a file with a name that no other has; `name` receives it. Answers the descriptor, or -1 with errno.
-int makeTemporary(int folder, const QByteArray& target, QByteArray& name) {
+// Makes a file with a name that no other has; `name` receives it. None, with errno, when it fails.
+FileDescriptor makeTemporary(int folder, const QByteArray& target, QByteArray& name) {
   // A name is taken only by a leftover, or by a process of another machine that has the same identifier.
   for (int attempt = 0; attempt < 100; ++attempt) {
     name = temporaryName(target);
-    const int file = ::openat(folder, name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-    if (file >= 0 || errno != EEXIST) return file;
+    FileDescriptor file(::openat(folder, name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (file.isOpen() || errno != EEXIST) return file;
   }
-  return -1;
+  return {};
 }
 
 }  // namespace
 
 std::optional<JournalFolder> JournalFolder::open(const QString& path, Error* error) {
   const QByteArray encoded = QFile::encodeName(path);
-  const int descriptor = ::open(encoded.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (descriptor >= 0) return JournalFolder(descriptor, path);
+  FileDescriptor folder(::open(encoded.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (folder.isOpen()) return JournalFolder(std::move(folder), path);
   const int number = errno;
   struct stat status {};
   // A link is reported as "not a directory" or as "too many links", which says nothing to whoever reads it.
@@ -106,24 +105,11 @@ std::optional<JournalFolder> JournalFolder::openOrMake(const QString& path, Erro
   return open(path, error);
 }
 
-JournalFolder::JournalFolder(JournalFolder&& other) noexcept
-    : m_descriptor(std::exchange(other.m_descriptor, -1)), m_path(std::move(other.m_path)) {}
-
-JournalFolder& JournalFolder::operator=(JournalFolder&& other) noexcept {
-  std::swap(m_descriptor, other.m_descriptor);
-  m_path.swap(other.m_path);
-  return *this;
-}
-
-JournalFolder::~JournalFolder() {
-  if (m_descriptor >= 0) ::close(m_descriptor);
-}
-
 std::optional<QByteArray> JournalFolder::readFile(const QString& name, Error* error) const {
   const QString path = pathOf(name);
   // Without O_NONBLOCK a pipe in the file's place would hang the open.
   const FileDescriptor file(
-      ::openat(m_descriptor, QFile::encodeName(name).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+      ::openat(m_folder.number(), QFile::encodeName(name).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (file.isOpen()) return contentsOfOpenFile(file.number(), path, error);
   fail(error, errno == ELOOP ? linkRefused(path) : fileReadError(errno, path));
   return std::nullopt;
@@ -131,7 +117,7 @@ std::optional<QByteArray> JournalFolder::readFile(const QString& name, Error* er
 
 qint64 JournalFolder::timeWritten(const QString& name) const {
   struct stat status {};
-  if (::fstatat(m_descriptor, QFile::encodeName(name).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) return 0;
+  if (::fstatat(m_folder.number(), QFile::encodeName(name).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) return 0;
   return qint64{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
 }
 
@@ -139,21 +125,21 @@ bool JournalFolder::replaceFile(const QString& name, const QByteArray& bytes, Er
   const QString path = pathOf(name);
   const QByteArray target = QFile::encodeName(name);
   struct stat status {};
-  if (::fstatat(m_descriptor, target.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0 && !S_ISREG(status.st_mode))
+  if (::fstatat(m_folder.number(), target.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0 && !S_ISREG(status.st_mode))
     return fail(error, S_ISLNK(status.st_mode) ? linkRefused(path) : notRegular(path));
 
   QByteArray temporary;
-  FileDescriptor file(makeTemporary(m_descriptor, target, temporary));
+  FileDescriptor file = makeTemporary(m_folder.number(), target, temporary);
   if (!file.isOpen()) return fail(error, fileWriteError(errno, path));
   int failure = writeAndSync(file.number(), bytes);
   if (!file.close() && failure == 0) failure = errno;
-  if (failure == 0 && ::renameat(m_descriptor, temporary.constData(), m_descriptor, target.constData()) != 0)
+  if (failure == 0 && ::renameat(m_folder.number(), temporary.constData(), m_folder.number(), target.constData()) != 0)
     failure = errno;
   if (failure != 0) {
-    ::unlinkat(m_descriptor, temporary.constData(), 0);
+    ::unlinkat(m_folder.number(), temporary.constData(), 0);
     return fail(error, fileWriteError(failure, path));
   }
-  if (const int number = syncFolder(m_descriptor)) return fail(error, fileWriteError(number, path));
+  if (const int number = syncFolder(m_folder.number())) return fail(error, fileWriteError(number, path));
   return true;
 }
 
@@ -163,14 +149,11 @@ namespace {
 template <typename Visit>
 int forEachName(int folder, Visit visit) {
   // A descriptor of its own: reading a folder moves the position that duplicates share.
-  const int descriptor = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return errno;
-  const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(descriptor), ::closedir);
-  if (!directory) {
-    const int number = errno;
-    ::close(descriptor);
-    return number;
-  }
+  FileDescriptor own(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!own.isOpen()) return errno;
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(own.number()), ::closedir);
+  if (!directory) return errno;
+  static_cast<void>(own.release());  // closed with the directory now
   while (true) {
     errno = 0;
     const dirent* entry = ::readdir(directory.get());
@@ -183,7 +166,7 @@ int forEachName(int folder, Visit visit) {
 
 std::optional<QStringList> JournalFolder::propertyListNames(Error* error) const {
   QStringList names;
-  const int number = forEachName(m_descriptor, [&](const QString& name) {
+  const int number = forEachName(m_folder.number(), [&](const QString& name) {
     if (!name.startsWith(u'.') && name.endsWith(u".plist")) names << name;
   });
   if (number == 0) return names;
@@ -195,16 +178,16 @@ void JournalFolder::removeLeftovers() const {
   constexpr time_t oneDay{86'400};
   // Names are collected first: a folder that changes while it is read may show a name twice or not at all.
   QStringList leftovers;
-  forEachName(m_descriptor, [&](const QString& name) {
+  forEachName(m_folder.number(), [&](const QString& name) {
     pid_t writer = 0;
     if (!name.startsWith(u'.') || !isTemporaryNameOfEntry(name, writer)) return;
     struct stat status {};
-    if (::fstatat(m_descriptor, QFile::encodeName(name).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
+    if (::fstatat(m_folder.number(), QFile::encodeName(name).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
     const bool isOld = ::time(nullptr) - status.st_mtime > oneDay;
     const bool writerIsGone = ::kill(writer, 0) != 0 && errno == ESRCH;
     if (isOld || writerIsGone) leftovers << name;
   });
-  for (const QString& name : leftovers) ::unlinkat(m_descriptor, QFile::encodeName(name).constData(), 0);
+  for (const QString& name : leftovers) ::unlinkat(m_folder.number(), QFile::encodeName(name).constData(), 0);
 }
 
 }  // namespace quillo

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "foundation/Error.h"
+#include "foundation/FileDescriptor.h"
 
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
 
 #include <optional>
+#include <utility>
 
 namespace quillo {
 
@@ -18,10 +20,6 @@ class JournalFolder {
   [[nodiscard]] static std::optional<JournalFolder> open(const QString& path, Error* error);
   // Makes the folder, for the user alone, where it is missing: programs that copy or synchronise drop empty folders.
   [[nodiscard]] static std::optional<JournalFolder> openOrMake(const QString& path, Error* error);
-
-  JournalFolder(JournalFolder&& other) noexcept;
-  JournalFolder& operator=(JournalFolder&& other) noexcept;
-  ~JournalFolder();
 
   [[nodiscard]] const QString& path() const { return m_path; }
 
@@ -43,10 +41,10 @@ class JournalFolder {
   void removeLeftovers() const;
 
  private:
-  JournalFolder(int descriptor, QString path) : m_descriptor(descriptor), m_path(std::move(path)) {}
+  JournalFolder(FileDescriptor folder, QString path) : m_folder(std::move(folder)), m_path(std::move(path)) {}
   [[nodiscard]] QString pathOf(const QString& name) const { return m_path + u'/' + name; }
 
-  int m_descriptor{-1};
+  FileDescriptor m_folder;
   QString m_path;
 };
 

@@ -1,6 +1,7 @@
 #include "qlcore/JournalPackageLayout.h"
 
 #include "foundation/Date.h"
+#include "foundation/FileDescriptor.h"
 #include "foundation/PropertyListSerialization.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalFolder.h"
@@ -25,12 +26,10 @@ using namespace Qt::StringLiterals;
 namespace {
 
 int syncFolder(const QString& path) {
-  const int folder = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder < 0) return errno;
+  const FileDescriptor folder(::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder.isOpen()) return errno;
   // Some network file systems cannot sync a folder, which is no failure.
-  const int number = ::fsync(folder) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
-  ::close(folder);
-  return number;
+  return ::fsync(folder.number()) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
 }
 
 // Moves a folder to a name that is free. Answers errno, or 0.

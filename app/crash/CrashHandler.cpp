@@ -50,6 +50,7 @@ constexpr std::size_t alternateStackSize = std::size_t{1024} * 1024;
 
 // All that the handler needs, laid out beforehand: it must not allocate.
 struct HandlerState {
+  // Raw, and never closed: an owner of static lifetime would close it while a crash at the program's end needs it.
   int directory{-1};
   std::array<char, 128> fileName{};
   std::array<char, 2048> preamble{};
@@ -130,6 +131,8 @@ bool claimReport(int signal) {
 }
 
 void writeReport(std::string_view cause, const siginfo_t* info, void* context) {
+  // Raw: what happens here is to be seen call by call, and the end of the process closes it where the stack is given
+  // up.
   const int file =
       ::openat(state.directory, state.fileName.data(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
   // First what needs nothing but system calls, then what may fail.

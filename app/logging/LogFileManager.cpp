@@ -6,7 +6,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -30,14 +29,14 @@ quint64 numberOfName(const QString& name) {
   return digits.toULongLong();
 }
 
-int openForAppending(const QString& path, int extraFlags) {
+FileDescriptor openForAppending(const QString& path, int extraFlags) {
   const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | extraFlags;
-  return ::open(QFile::encodeName(path).constData(), flags, 0600);
+  return FileDescriptor(::open(QFile::encodeName(path).constData(), flags, 0600));
 }
 
-bool canBeContinued(int descriptor) {
+bool canBeContinued(const FileDescriptor& file) {
   struct stat status {};
-  return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+  return file.isOpen() && ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) &&
          status.st_size < LogFileManager::maximumFileSize;
 }
 
@@ -65,27 +64,25 @@ QStringList LogFileManager::sortedLogFilePaths() const {
   return names;
 }
 
-int LogFileManager::openCurrentFile() const {
-  if (m_directory.isEmpty()) return -1;
+FileDescriptor LogFileManager::openCurrentFile() const {
+  if (m_directory.isEmpty()) return {};
   const QStringList paths = sortedLogFilePaths();
   quint64 number = 0;
   if (!paths.isEmpty()) {
     number = numberOfName(QFileInfo(paths.first()).fileName());
-    const int descriptor = openForAppending(paths.first(), 0);
-    if (descriptor >= 0 && canBeContinued(descriptor)) return descriptor;
-    if (descriptor >= 0) ::close(descriptor);
+    if (auto newest = openForAppending(paths.first(), 0); canBeContinued(newest)) return newest;
   }
   // A number is taken only when another agent has made that file since the listing; eight such races do not happen.
-  int descriptor = -1;
-  for (int attempt = 0; attempt < 8 && descriptor < 0; ++attempt) {
-    descriptor = openForAppending(pathOfNumber(++number), O_CREAT | O_EXCL);
-    if (descriptor < 0 && errno != EEXIST) return -1;
+  FileDescriptor file;
+  for (int attempt = 0; attempt < 8 && !file.isOpen(); ++attempt) {
+    file = openForAppending(pathOfNumber(++number), O_CREAT | O_EXCL);
+    if (!file.isOpen() && errno != EEXIST) return {};
   }
   // The new file takes a place of its own.
-  if (descriptor >= 0) {
+  if (file.isOpen()) {
     for (const QString& path : paths.mid(maximumNumberOfLogFiles - 1)) QFile::remove(path);
   }
-  return descriptor;
+  return file;
 }
 
 }  // namespace quillo

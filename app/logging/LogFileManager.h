@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/FileDescriptor.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -22,8 +24,8 @@ class LogFileManager {
   [[nodiscard]] QStringList sortedLogFilePaths() const;
 
   // Opens the newest file for appending, or a new one where there is none or the newest is full, and removes the
-  // oldest beyond the number to keep. The caller owns the descriptor; -1 where no file can be opened.
-  [[nodiscard]] int openCurrentFile() const;
+  // oldest beyond the number to keep. None where no file can be opened.
+  [[nodiscard]] FileDescriptor openCurrentFile() const;
 
  private:
   [[nodiscard]] QString pathOfNumber(quint64 number) const;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 namespace quillo {
 
@@ -14,47 +15,40 @@ constexpr std::chrono::seconds pauseBetweenAttempts{10};
 
 }  // namespace
 
-RollingLogFile::RollingLogFile(const LogFileManager& manager)
-    : m_manager(manager), m_descriptor(manager.openCurrentFile()) {
-  if (m_descriptor < 0) m_lastFailure = std::chrono::steady_clock::now();
+RollingLogFile::RollingLogFile(const LogFileManager& manager) : m_manager(manager), m_file(manager.openCurrentFile()) {
+  if (!m_file.isOpen()) m_lastFailure = std::chrono::steady_clock::now();
 }
 
-RollingLogFile::~RollingLogFile() {
-  close();
-}
-
-void RollingLogFile::close() {
-  if (m_descriptor >= 0) ::close(m_descriptor);
-  m_descriptor = -1;
+void RollingLogFile::goOnWith(FileDescriptor file) {
+  m_file = std::move(file);
   m_lineIsTorn = false;
 }
 
 void RollingLogFile::openIfNeeded() {
-  if (m_descriptor >= 0) {
+  if (m_file.isOpen()) {
     // The size is asked of the system each time: another agent may be writing to the same file for a moment.
     struct stat status {};
-    const bool stillThere = ::fstat(m_descriptor, &status) == 0 && status.st_nlink > 0;
+    const bool stillThere = ::fstat(m_file.number(), &status) == 0 && status.st_nlink > 0;
     if (stillThere && status.st_size < LogFileManager::maximumFileSize) return;
-    if (!stillThere) close();
+    if (!stillThere) goOnWith({});
   }
   const auto now = std::chrono::steady_clock::now();
   if (m_lastFailure && now - *m_lastFailure < pauseBetweenAttempts) return;
-  if (m_descriptor < 0) m_manager.createDirectory();
-  const int next = m_manager.openCurrentFile();
+  if (!m_file.isOpen()) m_manager.createDirectory();
+  FileDescriptor next = m_manager.openCurrentFile();
   // A full file that has no successor is better than none.
-  if (next < 0) {
+  if (!next.isOpen()) {
     m_lastFailure = now;
     return;
   }
-  close();
-  m_descriptor = next;
+  goOnWith(std::move(next));
   m_lastFailure.reset();
 }
 
 bool RollingLogFile::writeAll(std::string_view bytes) {
   // Ends: every turn either shortens what is left, repeats an interrupted call, or returns.
   while (!bytes.empty()) {
-    const ssize_t written = ::write(m_descriptor, bytes.data(), bytes.size());
+    const ssize_t written = ::write(m_file.number(), bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) return false;
     m_lineIsTorn = true;
@@ -66,7 +60,7 @@ bool RollingLogFile::writeAll(std::string_view bytes) {
 
 void RollingLogFile::append(std::string_view line) {
   openIfNeeded();
-  if (m_descriptor < 0) return;
+  if (!m_file.isOpen()) return;
   if (m_lineIsTorn && !writeAll("\n")) return;
   writeAll(line);
 }

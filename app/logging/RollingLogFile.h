@@ -14,20 +14,17 @@ namespace quillo {
 class RollingLogFile {
  public:
   explicit RollingLogFile(const LogFileManager& manager);
-  ~RollingLogFile();
-  RollingLogFile(const RollingLogFile&) = delete;
-  RollingLogFile& operator=(const RollingLogFile&) = delete;
 
   // `line` with its end of line.
   void append(std::string_view line);
 
  private:
   void openIfNeeded();
-  void close();
+  void goOnWith(FileDescriptor file);
   bool writeAll(std::string_view bytes);
 
   LogFileManager m_manager;
-  int m_descriptor{-1};
+  FileDescriptor m_file;
   bool m_lineIsTorn{false};  // a full disk took only the beginning of the last line
   std::optional<std::chrono::steady_clock::time_point> m_lastFailure;
 };

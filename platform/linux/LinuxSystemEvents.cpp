@@ -52,10 +52,7 @@ LinuxSystemEvents::LinuxSystemEvents(const QDBusConnection& systemBus, const QSt
   if (!connected) QLLogInfo(u"Waking is noticed by the clock alone: there is no system bus"_s);
 }
 
-LinuxSystemEvents::~LinuxSystemEvents() {
-  m_zoneNotifier.reset();
-  if (m_zoneDescriptor >= 0) ::close(m_zoneDescriptor);
-}
+LinuxSystemEvents::~LinuxSystemEvents() = default;
 
 void LinuxSystemEvents::setReceiver(std::function<void(SystemEvent)> receiver) {
   m_receiver = std::move(receiver);
@@ -93,15 +90,16 @@ void LinuxSystemEvents::prepareForSleep(bool goingToSleep) {
 
 void LinuxSystemEvents::watchTimeZone() {
   m_zoneState = zoneState();
-  m_zoneDescriptor = ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
+  m_zoneDescriptor = FileDescriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
   // The directory, because the link in it is replaced and not written to.
   static constexpr uint32_t changes = IN_CREATE | IN_MOVED_TO | IN_CLOSE_WRITE | IN_DELETE;
   const QByteArray directory = QFile::encodeName(m_zoneDirectory);
-  if (m_zoneDescriptor < 0 || ::inotify_add_watch(m_zoneDescriptor, directory.constData(), changes) < 0) {
+  if (!m_zoneDescriptor.isOpen() ||
+      ::inotify_add_watch(m_zoneDescriptor.number(), directory.constData(), changes) < 0) {
     QLLogInfo(u"Changes of the time zone go unnoticed: cannot watch %1"_s.arg(m_zoneDirectory));
     return;
   }
-  m_zoneNotifier = std::make_unique<QSocketNotifier>(m_zoneDescriptor, QSocketNotifier::Read);
+  m_zoneNotifier = std::make_unique<QSocketNotifier>(m_zoneDescriptor.number(), QSocketNotifier::Read);
   connect(m_zoneNotifier.get(), &QSocketNotifier::activated, this, [this] { zoneDirectoryChanged(); });
 }
 
@@ -109,7 +107,7 @@ void LinuxSystemEvents::zoneDirectoryChanged() {
   alignas(inotify_event) char buffer[4096];
   bool concerned = false;
   // Ends: each turn takes events out of the kernel's queue, and an empty queue gives -1.
-  for (ssize_t size = 0; (size = ::read(m_zoneDescriptor, buffer, sizeof buffer)) > 0;) {
+  for (ssize_t size = 0; (size = ::read(m_zoneDescriptor.number(), buffer, sizeof buffer)) > 0;) {
     for (ssize_t at = 0; at < size;) {
       const auto* event = reinterpret_cast<const inotify_event*>(buffer + at);
       at += static_cast<ssize_t>(sizeof(inotify_event)) + event->len;

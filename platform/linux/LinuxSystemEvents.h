@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/FileDescriptor.h"
 #include "platform/SystemEvents.h"
 #include "platform/linux/TimerDescriptor.h"
 
@@ -44,7 +45,7 @@ class LinuxSystemEvents final : public QObject, public SystemEvents {
 
   QString m_zoneDirectory;
   QByteArray m_zoneState;
-  int m_zoneDescriptor{-1};
+  FileDescriptor m_zoneDescriptor;
   std::unique_ptr<QSocketNotifier> m_zoneNotifier;
 };
 

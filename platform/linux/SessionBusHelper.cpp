@@ -39,10 +39,10 @@ QList<RunningApplication> SessionBusHelper::running() const {
 }
 
 bool SessionBusHelper::launch(const QString& program, const QStringList& arguments) {
-  Launch launch{false, running(), nullptr};
+  Launch launch{false, running(), {}};
   if (const auto process = XdgLoginItems::startDetached(program, arguments)) {
     launch.succeeded = true;
-    launch.process = std::make_unique<FileDescriptor>(::pidfd_open(static_cast<pid_t>(*process), 0));
+    launch.process = FileDescriptor(::pidfd_open(static_cast<pid_t>(*process), 0));
   }
   m_launch = std::move(launch);
   return m_launch->succeeded;
@@ -68,8 +68,8 @@ QList<RunningApplication> SessionBusHelper::awaited() const {
 
 bool SessionBusHelper::launchedHasEnded() const {
   if (!m_launch) return false;
-  pollfd ended{m_launch->process->number(), POLLIN, 0};
-  return !m_launch->process->isOpen() || ::poll(&ended, 1, 0) > 0;
+  pollfd ended{m_launch->process.number(), POLLIN, 0};
+  return !m_launch->process.isOpen() || ::poll(&ended, 1, 0) > 0;
 }
 
 bool SessionBusHelper::waitUntil(const std::function<bool()>& condition, const QDeadlineTimer& deadline) {
@@ -79,8 +79,8 @@ bool SessionBusHelper::waitUntil(const std::function<bool()>& condition, const Q
   };
   const auto watch = m_applications.watch(m_helper.bundleIdentifier, look);
   std::optional<QSocketNotifier> process;
-  if (m_launch && m_launch->process && m_launch->process->isOpen()) {
-    process.emplace(m_launch->process->number(), QSocketNotifier::Read);
+  if (m_launch && m_launch->process.isOpen()) {
+    process.emplace(m_launch->process.number(), QSocketNotifier::Read);
     QObject::connect(&*process, &QSocketNotifier::activated, &loop, [&process, look] {
       process->setEnabled(false);
       look();

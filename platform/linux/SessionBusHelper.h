@@ -9,7 +9,6 @@
 #include <QStringList>
 
 #include <functional>
-#include <memory>
 #include <optional>
 
 namespace quillo {
@@ -43,7 +42,7 @@ class SessionBusHelper final : public HelperProcesses {
     bool succeeded;
     QList<RunningApplication> before;
     // Readable once the process is gone; none where it was gone at once.
-    std::unique_ptr<FileDescriptor> process;
+    FileDescriptor process;
   };
 
   SessionBusApplications& m_applications;

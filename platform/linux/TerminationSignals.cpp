@@ -25,9 +25,9 @@ void wake(int) {
 
 TerminationSignals::TerminationSignals(std::function<void()> onSignal)
     : m_descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-  if (m_descriptor < 0) return;
-  wakeDescriptor = m_descriptor;
-  m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
+  if (!m_descriptor.isOpen()) return;
+  wakeDescriptor = m_descriptor.number();
+  m_notifier = std::make_unique<QSocketNotifier>(m_descriptor.number(), QSocketNotifier::Read);
   QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this, onSignal] {
     m_notifier->setEnabled(false);
     onSignal();
@@ -43,7 +43,6 @@ TerminationSignals::~TerminationSignals() {
   for (const int signal : handledSignals) std::signal(signal, SIG_DFL);
   m_notifier.reset();
   wakeDescriptor = -1;
-  if (m_descriptor >= 0) ::close(m_descriptor);
 }
 
 }  // namespace quillo

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/FileDescriptor.h"
+
 #include <functional>
 #include <memory>
 
@@ -17,7 +19,7 @@ class TerminationSignals {
   TerminationSignals& operator=(const TerminationSignals&) = delete;
 
  private:
-  int m_descriptor;
+  FileDescriptor m_descriptor;
   std::unique_ptr<QSocketNotifier> m_notifier;
 };
 

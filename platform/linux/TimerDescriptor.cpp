@@ -30,21 +30,19 @@ timespec timespecOf(double seconds) {
 
 TimerDescriptor::TimerDescriptor(std::function<void(Outcome)> callback)
     : m_descriptor(::timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK)), m_callback(std::move(callback)) {
-  if (m_descriptor < 0) return;
-  m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
+  if (!isValid()) return;
+  m_notifier = std::make_unique<QSocketNotifier>(m_descriptor.number(), QSocketNotifier::Read);
   QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] { readable(); });
 }
 
 TimerDescriptor::~TimerDescriptor() {
-  if (m_descriptor < 0) return;
+  if (!m_notifier) return;
   m_notifier->setEnabled(false);
-  if (m_destroyed) {
-    // The notifier is in the middle of the call that led here.
-    *m_destroyed = true;
-    m_notifier->disconnect();
-    m_notifier.release()->deleteLater();
-  }
-  ::close(m_descriptor);
+  if (!m_destroyed) return;
+  // The notifier is in the middle of the call that led here.
+  *m_destroyed = true;
+  m_notifier->disconnect();
+  m_notifier.release()->deleteLater();
 }
 
 bool TimerDescriptor::armAt(double secondsSince1970) {
@@ -61,12 +59,12 @@ bool TimerDescriptor::armForClockChanges() {
 
 bool TimerDescriptor::arm(int flags, double seconds) {
   const itimerspec when{.it_interval = {}, .it_value = timespecOf(seconds)};
-  return ::timerfd_settime(m_descriptor, flags, &when, nullptr) == 0;
+  return ::timerfd_settime(m_descriptor.number(), flags, &when, nullptr) == 0;
 }
 
 void TimerDescriptor::readable() {
   quint64 expirations = 0;
-  const ssize_t size = ::read(m_descriptor, &expirations, sizeof expirations);
+  const ssize_t size = ::read(m_descriptor.number(), &expirations, sizeof expirations);
   if (size < 0 && errno != ECANCELED) return;  // somebody re-armed it in between
   // A copy, which outlives this object when the callback destroys it.
   const auto callback = m_callback;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include "foundation/FileDescriptor.h"
 
 #include <functional>
 #include <memory>
@@ -21,7 +21,7 @@ class TimerDescriptor {
   TimerDescriptor(const TimerDescriptor&) = delete;
   TimerDescriptor& operator=(const TimerDescriptor&) = delete;
 
-  [[nodiscard]] bool isValid() const { return m_descriptor >= 0; }
+  [[nodiscard]] bool isValid() const { return m_descriptor.isOpen(); }
 
   // At a moment by the clock, in seconds since 1970, through all settings of the clock. What is past or not a number is
   // due at once; what is beyond the kernel's count (the year 2262) never.
@@ -35,7 +35,7 @@ class TimerDescriptor {
   void readable();
   bool arm(int flags, double seconds);
 
-  int m_descriptor;
+  FileDescriptor m_descriptor;
   std::function<void(Outcome)> m_callback;
   std::unique_ptr<QSocketNotifier> m_notifier;
   // Where a callback that is running hears that this object has been destroyed; null while none is.
