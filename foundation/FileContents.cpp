@@ -22,19 +22,6 @@ Error notRegular(const QString& path, qint64 code) {
   return cocoaError(code, path + u": not a regular file"_s);
 }
 
-// Answers errno, or 0. Each turn writes at least one byte or ends.
-int writeAll(int descriptor, const QByteArray& bytes) {
-  qsizetype written = 0;
-  while (written < bytes.size()) {
-    const ssize_t count = ::pwrite(descriptor, bytes.constData() + written, static_cast<size_t>(bytes.size() - written),
-                                   static_cast<off_t>(written));
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return count < 0 ? errno : ENOSPC;
-    written += count;
-  }
-  return 0;
-}
-
 }  // namespace
 
 std::optional<QByteArray> contentsOfFile(const QString& path, Error* error) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArrayView>
+
 #include <unistd.h>
 
 #include <utility>
@@ -33,5 +35,9 @@ class FileDescriptor {
  private:
   int m_number{-1};
 };
+
+// Writes all of `bytes` to a descriptor that waits until it can take them, in as many calls as that needs. Answers
+// errno, or 0; `written`, where given, receives how many bytes went out. Safe in a signal handler.
+int writeAll(int descriptor, QByteArrayView bytes, qsizetype* written = nullptr);
 
 }  // namespace quillo

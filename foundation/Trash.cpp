@@ -117,8 +117,7 @@ QByteArray information(const QString& path, const Folder& trash) {
 int writeInformation(const QByteArray& path, const QByteArray& bytes) {
   FileDescriptor file(::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (!file.isOpen()) return errno;
-  errno = ENOSPC;  // what a write that is cut short stands for
-  int number = ::write(file.number(), bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size() ? 0 : errno;
+  int number = writeAll(file.number(), bytes);
   if (!file.close() && number == 0) number = errno;
   if (number != 0) ::unlink(path.constData());
   return number;

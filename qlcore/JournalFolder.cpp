@@ -49,15 +49,9 @@ bool isTemporaryNameOfEntry(const QString& name, pid_t& writer) {
   return writer > 0;
 }
 
-// Answers errno, or 0. Each turn writes at least one byte or ends.
+// Answers errno, or 0.
 int writeAndSync(int descriptor, const QByteArray& bytes) {
-  qsizetype written = 0;
-  while (written < bytes.size()) {
-    const ssize_t count = ::write(descriptor, bytes.constData() + written, static_cast<size_t>(bytes.size() - written));
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return count < 0 ? errno : ENOSPC;
-    written += count;
-  }
+  if (const int number = writeAll(descriptor, bytes)) return number;
   return ::fsync(descriptor) == 0 ? 0 : errno;
 }
 

@@ -1,9 +1,8 @@
 #include "app/crash/CrashReportWriter.h"
 
-#include <unistd.h>
+#include "foundation/FileDescriptor.h"
 
 #include <array>
-#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <cstdint>
@@ -11,13 +10,7 @@
 namespace quillo {
 
 const CrashReportWriter& CrashReportWriter::text(std::string_view text) const {
-  // Ends: every turn shortens the text, repeats an interrupted call, or leaves.
-  while (m_descriptor >= 0 && !text.empty()) {
-    const ssize_t written = ::write(m_descriptor, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) break;
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
+  if (m_descriptor >= 0) writeAll(m_descriptor, text);
   return *this;
 }
 

@@ -1,8 +1,9 @@
 #include "app/crash/CrashStack.h"
 
+#include "app/crash/CrashReportWriter.h"
+
 #define BACKWARD_HAS_DW 1
 #include <ucontext.h>
-#include <unistd.h>
 
 #include <backward.hpp>
 #include <string>
@@ -37,8 +38,7 @@ void writeFrame(int descriptor, const backward::ResolvedTrace& trace) {
   const std::string& function = trace.source.function.empty() ? trace.object_function : trace.source.function;
   text += '#' + std::to_string(trace.idx) + "    " + (function.empty() ? "(unknown)" : function) + place(trace.source) +
           " in " + trace.object_filename + '\n';
-  // A report that cannot be written to has no other reader to tell.
-  [[maybe_unused]] const ssize_t written = ::write(descriptor, text.data(), text.size());
+  CrashReportWriter(descriptor).text(text);
 }
 
 }  // namespace

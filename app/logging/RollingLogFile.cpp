@@ -1,9 +1,7 @@
 #include "app/logging/RollingLogFile.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <utility>
 
 namespace quillo {
@@ -45,24 +43,12 @@ void RollingLogFile::openIfNeeded() {
   m_lastFailure.reset();
 }
 
-bool RollingLogFile::writeAll(std::string_view bytes) {
-  // Ends: every turn either shortens what is left, repeats an interrupted call, or returns.
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(m_file.number(), bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    m_lineIsTorn = true;
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  m_lineIsTorn = false;
-  return true;
-}
-
 void RollingLogFile::append(std::string_view line) {
   openIfNeeded();
   if (!m_file.isOpen()) return;
-  if (m_lineIsTorn && !writeAll("\n")) return;
-  writeAll(line);
+  if (m_lineIsTorn && writeAll(m_file.number(), "\n") != 0) return;
+  qsizetype written = 0;
+  m_lineIsTorn = writeAll(m_file.number(), line, &written) != 0 && written > 0;
 }
 
 }  // namespace quillo

@@ -21,7 +21,6 @@ class RollingLogFile {
  private:
   void openIfNeeded();
   void goOnWith(FileDescriptor file);
-  bool writeAll(std::string_view bytes);
 
   LogFileManager m_manager;
   FileDescriptor m_file;
