@@ -2,6 +2,7 @@
 
 #include <QTimeZone>
 
+#include <chrono>
 #include <cmath>
 
 namespace quillo {
@@ -11,6 +12,11 @@ using namespace Qt::StringLiterals;
 // Seconds since 1970 of the years that ISO 8601 writes with four digits.
 static constexpr double yearOne = -62135596800.0;
 static constexpr double yearTenThousand = 253402300800.0;
+
+Date Date::now() {
+  using namespace std::chrono;
+  return since1970(duration<double>(system_clock::now().time_since_epoch()).count());
+}
 
 Date Date::fromDateTime(const QDateTime& dateTime) {
   if (!dateTime.isValid()) return Date();

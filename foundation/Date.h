@@ -18,6 +18,8 @@ class Date {
   constexpr Date() = default;
   constexpr explicit Date(double secondsSinceReferenceDate) : m_seconds(secondsSinceReferenceDate) {}
   static constexpr Date since1970(double seconds) { return Date(seconds - secondsFrom1970ToReference); }
+  // By the clock that the user can set, as exactly as it tells. What has a Clock asks that one.
+  static Date now();
   // An invalid QDateTime gives the reference date.
   static Date fromDateTime(const QDateTime& dateTime);
   // ISO 8601 with a zone, "2014-03-10T21:00:00Z"; nothing when the text is something else.

@@ -1,13 +1,12 @@
 #include "qlcore/JournalPackageLayout.h"
 
-#include "foundation/Date.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/PropertyListSerialization.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalFolder.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/StorableValues.h"
 
-#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <QUuid>
@@ -43,10 +42,9 @@ int renameToFree(const QByteArray& from, const QByteArray& to) {
 bool fill(const QString& folder, Error* error) {
   const QString entries = folder + u'/' + entriesFolder;
   if (::mkdir(QFile::encodeName(entries).constData(), 0700) != 0) return fail(error, fileWriteError(errno, entries));
-  const auto now = static_cast<double>(QDateTime::currentSecsSinceEpoch());
   const PropertyListDictionary content{{formatVersionKey, qint64{QLJournalPackageFile::currentFormatVersion}},
                                        {identifierKey, QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper()},
-                                       {creationDateKey, Date::since1970(now)}};
+                                       {creationDateKey, storableNow()}};
   const auto bytes = PropertyListSerialization::dataWithPropertyList(content, PropertyListFormat::XML, error);
   if (!bytes) return false;
   const auto opened = JournalFolder::open(folder, error);

@@ -7,7 +7,6 @@
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/StorableValues.h"
 
-#include <QDateTime>
 #include <QFileInfo>
 #include <QTimeZone>
 #include <QUuid>
@@ -29,11 +28,6 @@ constexpr QLatin1StringView timeZoneKey{"timeZone"};
 constexpr QLatin1StringView tagsKey{"tags"};
 constexpr QLatin1StringView locationKey{"location"};
 constexpr QLatin1StringView weatherKey{"weather"};
-
-// To the second, as the file has it, so that an entry reads back as it was.
-Date now() {
-  return Date::since1970(static_cast<double>(QDateTime::currentSecsSinceEpoch()));
-}
 
 bool isMissing(const Error& error) {
   return error.domain == ErrorDomain::cocoa && error.code == ErrorCode::fileReadNoSuchFile;
@@ -111,7 +105,7 @@ std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::newEntry() {
   auto entry = std::shared_ptr<QLJournalEntryFile>(new QLJournalEntryFile);
   entry->m_uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
   entry->m_fileName = fileName(entry->m_uuid);
-  entry->m_modificationDate = now();
+  entry->m_modificationDate = storableNow();
   entry->m_creationDate = entry->m_modificationDate;
   entry->m_timeZone = QString::fromLatin1(QTimeZone::systemTimeZoneId());
   return entry;
@@ -269,7 +263,7 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
     return fail(error, JournalError::forWriting(reason, introduction));
   if (!fields) fields.emplace();
 
-  const Date before = std::exchange(m_modificationDate, now());
+  const Date before = std::exchange(m_modificationDate, storableNow());
   writeFields(*fields);
   const auto bytes = serialized(*fields, &reason);
   if (!bytes || !folder->replaceFile(m_fileName, *bytes, &reason)) {

@@ -1,5 +1,7 @@
 #include "qlcore/StorableValues.h"
 
+#include <cmath>
+
 namespace quillo {
 
 QString storableText(QString text) {
@@ -13,6 +15,10 @@ QString storableText(QString text) {
     if (isControl || c.isSurrogate() || c.unicode() >= 0xFFFE) text[i] = QChar::ReplacementCharacter;
   }
   return text;
+}
+
+Date storableNow() {
+  return Date(std::floor(Date::now().timeIntervalSinceReferenceDate()));
 }
 
 std::optional<Date> storableDate(const PropertyListValue& value) {

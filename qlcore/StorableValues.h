@@ -12,6 +12,9 @@ namespace quillo {
 // line feed and carriage return, halves of a surrogate pair, U+FFFE and U+FFFF.
 [[nodiscard]] QString storableText(QString text);
 
+// Now, to the second as an entry file has it, so that what was written reads back equal.
+[[nodiscard]] Date storableNow();
+
 // The date that `value` is, unless an entry file cannot hold it: not a number, or outside the years 1 to 9999.
 [[nodiscard]] std::optional<Date> storableDate(const PropertyListValue& value);
 

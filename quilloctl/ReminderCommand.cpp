@@ -35,10 +35,6 @@ struct Words {
   bool batch{false};
 };
 
-Date now() {
-  return Date::fromDateTime(QDateTime::currentDateTimeUtc());
-}
-
 struct Step {
   quint64 count;
   CalendarUnit unit;
@@ -132,7 +128,7 @@ QString inWords(const ReminderInterval& interval) {
       rule += u" between %1 and %2"_s.arg(
           timeOfDay(*base, *calendar), timeOfDay(base->addingTimeInterval(interval.validReminderPeriod()), *calendar));
   }
-  const auto next = nextReminders(interval, now(), 1);
+  const auto next = nextReminders(interval, Date::now(), 1);
   return rule + u", next: "_s + (next.isEmpty() ? u"never"_s : moment(next[0]));
 }
 
@@ -162,7 +158,7 @@ int show(Context& context) {
       if (const auto value = list->valueForKey(key)) object[key] = jsonFromPropertyList(*value);
     object[Key::remindersEnabled] = RemindersManager::sharedManager().remindersAreEnabled();
     for (const auto way : ways) object[way] = isOn(*list, way);
-    object[u"next"_s] = json(nextReminders(interval, now(), 3));
+    object[u"next"_s] = json(nextReminders(interval, Date::now(), 3));
     printJson(object);
     return Done;
   }
@@ -188,7 +184,7 @@ std::optional<ReminderInterval> intervalFromWords(const Words& words) {
   if (!calendar) return wrong(u"there is no time zone \"%1\""_s.arg(zone));
 
   const QString starting = QString::fromStdString(words.starting);
-  auto base = starting.isEmpty() ? std::optional(now()) : parseMoment(starting, *calendar);
+  auto base = starting.isEmpty() ? std::optional(Date::now()) : parseMoment(starting, *calendar);
   if (!base) return wrong(u"\"%1\" is no date; one is 2014-03-10T21:00"_s.arg(starting));
 
   ReminderInterval interval;
@@ -264,7 +260,7 @@ int next(Context& context, const Words& words) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
   const QString text = QString::fromStdString(words.after);
-  const auto after = text.isEmpty() ? std::optional(now()) : parseMoment(text, Calendar::currentCalendar());
+  const auto after = text.isEmpty() ? std::optional(Date::now()) : parseMoment(text, Calendar::currentCalendar());
   if (!after) return failed(u"\"%1\" is no date; one is 2014-03-10T21:00"_s.arg(text));
   const auto interval = ReminderInterval::reminderIntervalFromUserDefaults(*list);
   const auto dates = nextReminders(interval, *after, words.count);

@@ -3,7 +3,6 @@
 #include "foundation/Log.h"
 #include "reminders/ReminderInterval.h"
 
-#include <chrono>
 #include <cmath>
 #include <limits>
 
@@ -17,10 +16,6 @@ constexpr quint64 componentMask = CalendarUnit::Year | CalendarUnit::Month | Cal
                                   CalendarUnit::Minute | CalendarUnit::Second | CalendarUnit::Week |
                                   CalendarUnit::Weekday;
 static_assert(componentMask == 1020);
-
-Date now() {
-  return Date::since1970(std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count());
-}
 
 std::nullopt_t noReminder(QLatin1StringView why, const ReminderInterval& interval) {
   QLLogInfo("+[ReminderCalculator firstReminderForInterval:afterDate:calendar:]"_L1,
@@ -130,7 +125,7 @@ std::optional<Date> ReminderCalculator::firstReminderForInterval(const ReminderI
 std::optional<Date> ReminderCalculator::firstReminderForInterval(const ReminderInterval& interval,
                                                                  std::optional<Date> afterDate,
                                                                  const std::optional<Calendar>& givenCalendar) {
-  const Date after = afterDate ? *afterDate : now();
+  const Date after = afterDate ? *afterDate : Date::now();
   const Calendar calendar = givenCalendar ? *givenCalendar : Calendar::currentCalendar();
   if (!interval.baseDate()) return noReminder("no base date"_L1, interval);
   if (!interval.baseCalendar()) return noReminder("no base calendar"_L1, interval);

@@ -1,13 +1,11 @@
 #include "platform/linux/SystemClock.h"
 
-#include <time.h>
+#include "foundation/Date.h"
 
 namespace quillo {
 
 double SystemClock::secondsSince1970() const {
-  timespec now{};
-  ::clock_gettime(CLOCK_REALTIME, &now);
-  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+  return Date::now().timeIntervalSince1970();
 }
 
 }  // namespace quillo
