@@ -1,5 +1,6 @@
 """quilloctl's standard streams: whatever comes in comes in whole, and what could not go out is told."""
 
+import json
 import os
 import plistlib
 import pty
@@ -61,6 +62,17 @@ class StreamsTest(QuilloctlTestCase):
                 result = self.run_shell(f'"$1" --home "$2" {command} {unreadable}')
                 self.assertEqual((result.returncode, result.stderr.count(b"\n")), (1, 1), (command, unreadable, result.stderr))
         self.assertEqual(self.entries(), [])
+
+    def test_a_batch_answers_each_line_in_order_whatever_the_others_hold(self):
+        question = b'{"unit": 16, "count": 1, "base": "2014-03-10T20:00:00Z", "after": "2014-03-20T21:30:00Z", "base_zone": "Europe/Berlin", "zone": "Europe/Berlin"}'
+        odd = (b"", b"\0", b"\xff" * 100, question + question, question[:-9], b"[" * 100_000, b'"' + b"9" * 1_000_000 + b'"')
+        lines = [line for broken in odd for line in (broken, question + b" " * 100_000, b"\t" + question + b"\r")]
+        batch = self.start("reminder", "next", "--batch", stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        out, error = batch.communicate(b"\n".join(lines), timeout=30)
+        self.assertEqual((batch.returncode, error), (0, b""))
+        answers = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual([list(answer) for answer in answers], [["error"], ["next"], ["next"]] * len(odd))
+        self.assertEqual({str(answer["next"]) for answer in answers if "next" in answer}, {"['2014-03-21T20:00:00Z']"})
 
     def test_output_that_could_not_be_written_is_a_failure(self):
         self.ctl("entry", "add", "x" * 20_000)

@@ -14,10 +14,6 @@ constexpr qint64 maxSigned = std::numeric_limits<qint64>::max();
 constexpr qint64 minSigned = std::numeric_limits<qint64>::min();
 constexpr quint64 maxUnsigned = std::numeric_limits<quint64>::max();
 
-TEST(PropertyListValue, IsSmall) {
-  EXPECT_LE(sizeof(PropertyListValue), 16U);
-}
-
 TEST(PropertyListValue, ConvertsByThePlatformsRules) {
   const struct {
     PropertyListValue value;
