@@ -7,8 +7,7 @@ import socket
 import subprocess
 import time
 
-from desktop import (center, click, program, run, start_part, stop_part, type_text, wait_active, wait_until, window,
-                     window_rect)
+from desktop import center, click, program, run, type_text, wait_active, wait_until, window, window_rect
 from quillo import AgentTestCase, displayed, install_editor, install_handler, set_reminder_in, wait_notification_server
 from sound import Recording
 
@@ -21,13 +20,6 @@ def all_history():
     """What was shown and is no longer, the newest first."""
     return [{"summary": n["summary"]["data"], "body": n["body"]["data"]}
             for n in json.loads(run("dunstctl", "history"))["data"][0]]
-
-
-def notify_as_another(summary):
-    """A notification of another program that stays until it is closed."""
-    run("gdbus", "call", "--session", "--dest", "org.freedesktop.Notifications", "--object-path",
-        "/org/freedesktop/Notifications", "--method", "org.freedesktop.Notifications.Notify",
-        "other", "0", "", summary, "", "[]", "{}", "0")
 
 
 class DeliveryTest(AgentTestCase):
@@ -83,37 +75,6 @@ class DeliveryTest(AgentTestCase):
         self.click_notification()
         self.agent.wait_closed()
         wait_until(lambda: self.texts() == ["Reminded and written"], "the entry saved")
-
-    def test_silence_where_no_sound_is_wanted_and_no_sound_alone(self):
-        self.assertEqual(self.fire_and_listen(NOTIFICATION), [])
-        self.assertEqual(displayed(), 1)
-        self.assertEqual(self.fire_and_listen(SOUND), [])
-
-    def test_the_latest_stands_alone_beside_those_of_others(self):
-        notify_as_another("Somebody else's")
-        for _ in range(2):
-            self.fire(NOTIFICATION)
-            wait_until(lambda: displayed() == 2, "the reminder beside the other")
-        wait_until(lambda: [n["summary"] for n in self.history()] == ["Journal Reminder"], "the first taken away")
-        self.assertEqual(displayed(), 2)
-        run("dunstctl", "close-all")
-        wait_until(lambda: sorted(n["summary"] for n in self.history()) ==
-                   ["Journal Reminder", "Journal Reminder", "Somebody else's"], "the other one untouched until then")
-
-    def test_a_server_that_died_costs_the_notification_only(self):
-        self.fire(NOTIFICATION)
-        wait_until(lambda: displayed() == 1, "the notification")
-        stop_part("notifications")
-        self.assertEqual(len(self.fire_and_listen(SOUND, WINDOW, NOTIFICATION)), 1)
-        self.agent.window()
-        self.agent.click_icon()
-        self.agent.wait_closed()
-
-        start_part("notifications")
-        wait_notification_server()
-        notify_as_another("The new server's first")
-        self.fire(NOTIFICATION)
-        wait_until(lambda: displayed() == 2, "the reminder from the new server")
 
     def test_a_sound_server_that_hangs_holds_nothing_up(self):
         with socket.socket(socket.AF_UNIX) as server:

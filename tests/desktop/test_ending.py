@@ -23,6 +23,8 @@ class EndingTest(AgentTestCase):
     def editor(self, agent, text):
         agent.open_window()
         type_text(text)
+        # The last key may still be on its way to the window.
+        wait_until(lambda: text in self.kept(), "the draft")
 
     def alert(self, agent, text):
         self.editor(agent, text)
@@ -63,6 +65,9 @@ class EndingTest(AgentTestCase):
     def term(self, agent):
         os.kill(agent.program.pid, signal.SIGTERM)
 
+    def interrupt(self, agent):
+        os.kill(agent.program.pid, signal.SIGINT)
+
     def newer_copy(self, agent):
         self.newer = self.start_agent()
 
@@ -90,7 +95,8 @@ class EndingTest(AgentTestCase):
                            (self.open_panel, self.term), (self.open_panel, self.end_of_session),
                            (self.menu, self.term), (self.menu, self.newer_copy),
                            (self.about, self.term), (self.about, self.end_of_session),
-                           (self.editor, self.end_of_session)):
+                           (self.editor, self.end_of_session), (self.editor, self.term), (self.editor, self.interrupt),
+                           (self.editor, self.newer_copy), (self.editor, self.quit_in_menu)):
             text = f"{shown.__name__} {end.__name__}".replace("_", " ")
             with self.subTest(text):
                 agent = self.start_in_session() if end == self.end_of_session else self.start_shown_agent()

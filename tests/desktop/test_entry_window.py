@@ -1,7 +1,6 @@
 """The entry window by mouse and keyboard: its buttons, reminders, clicks elsewhere, and text that outlives a kill."""
 
 import os
-import plistlib
 import signal
 import time
 
@@ -22,42 +21,6 @@ class EntryWindowTest(AgentTestCase):
     def click_elsewhere(self, agent, button=1):
         _, y, _, height = agent.body()
         click(20, round(y + height + 100), button)
-
-    def test_one_entry_from_first_word_to_save(self):
-        agent = self.start_agent()
-        agent.open_window()
-        type_text("Walked home #evening")
-        agent.push(CLOSE)
-        agent.wait_closed()
-        agent.open_window()
-        # Escape does not dismiss it.
-        press("Escape", "ctrl+End")
-        type_text(" slowly")
-        agent.push(SAVE)
-        agent.wait_closed()
-        self.assertEqual([(e["text"], e["tags"]) for e in self.entries()], [("Walked home #evening slowly", ["evening"])])
-        first = self.entries()[0]["uuid"]
-
-        # Emptied and closed, an entry is gone; the next text is another.
-        agent.open_window()
-        type_text("a mistake")
-        agent.click_icon()
-        agent.wait_closed()
-        self.assertEqual(len(self.entries()), 2)
-        mistake = next(e["uuid"] for e in self.entries() if e["uuid"] != first)
-        agent.open_window()
-        press("ctrl+a", "Delete")
-        agent.click_icon()
-        agent.wait_closed()
-        self.assertEqual([e["uuid"] for e in self.entries()], [first])
-        self.ctl("settings", "set", "ShouldAddHashtags", "2")
-        agent.open_window()
-        type_text("no #tag")
-        press("ctrl+Return")
-        agent.wait_closed()
-        last = next(e for e in self.entries() if e["uuid"] != first)
-        self.assertNotEqual(last["uuid"], mistake)
-        self.assertEqual((last["text"], last.get("tags", [])), ("no #tag", []))
 
     def test_a_journal_that_is_unplugged_and_comes_back(self):
         agent = self.start_agent()
@@ -98,32 +61,6 @@ class EntryWindowTest(AgentTestCase):
         agent.wait_closed()
         self.assertEqual(self.texts(), ["kept through it all"])
         self.assertFalse((self.home / DRAFT).exists())
-
-    def test_with_no_journal_one_is_made_on_the_spot(self):
-        self.ctl("settings", "remove", "JournalPackageURL")
-        agent = self.start_agent()
-        agent.open_window()
-        # Somebody who does not look: no word of it presses anything.
-        type_text("a few words ")
-        press("Tab", "space")
-        made = self.home / "Documents/Journal.quillojournal"
-        wait_until(made.exists, "the journal")
-        wait_until(lambda: self.ctl("journal", "path") == str(made), "the journal in the settings")
-        type_text("the first words")
-        press("ctrl+Return")
-        agent.wait_closed()
-        self.assertEqual(self.texts(made), ["the first words"])
-
-    def test_a_text_left_among_the_caches_is_found(self):
-        former = self.home / ".cache/quillo/UnsavedEntry.plist"
-        former.parent.mkdir(parents=True)
-        former.write_bytes(plistlib.dumps({"text": "of an older version"}))
-        agent = self.start_agent()
-        agent.open_window()
-        self.assertFalse(former.exists())
-        press("ctrl+Return")
-        agent.wait_closed()
-        self.assertEqual(self.texts(), ["of an older version"])
 
     def test_clicks_elsewhere_and_on_what_is_the_agents_own(self):
         agent = self.start_agent()

@@ -31,11 +31,12 @@ class PortalTest(AgentTestCase):
         portal.expect(r"bind key-38-768 \| SHIFT\+LOGO\+j \| Probe it")
         portal.ask("yes", "ok")
         probe.expect(f"state {ref} active")
+        # With what lets a program that is started now take the keyboard.
         for word in ("press", "release", "press"):
             portal.ask(word, "ok")
-        probe.expect("pressed 7")
+        probe.expect("pressed 7 token-1")
         probe.expect("released 7")
-        probe.expect("pressed 7")
+        probe.expect("pressed 7 token-1")
 
         probe.ask(f"unclaim {ref}", "unclaimed 0")
         portal.expect(f"closed {session}")
@@ -46,7 +47,7 @@ class PortalTest(AgentTestCase):
         portal.ask("yes", "ok")
         probe.expect(r"state \d+ active")
         portal.ask("press", "ok")
-        probe.expect("pressed 8")
+        probe.expect("pressed 8 token-1")
         self.assertEqual(probe.unread, [])
         self.assertFalse([line for line in portal.unread if line.startswith("unknown")])
 
@@ -77,7 +78,7 @@ class PortalTest(AgentTestCase):
             portal = self.portal()
             probe.expect(f"state {ref} active")
             portal.ask("press", "ok")
-            probe.expect("pressed 7")
+            probe.expect("pressed 7 token-1")
             os.kill(portal.pid, signal.SIGKILL)
             portal.wait()
             probe.expect(rf"state {ref} unsupported .*")

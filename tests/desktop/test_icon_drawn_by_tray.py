@@ -84,10 +84,3 @@ class DrawnIcon(AgentTestCase):
         wait_until(lambda: re.search(r"'Next Reminder: .*\d\d", self.property("ToolTip")), "the reminder in the tool tip")
         self.ctl("reminder", "off")
         wait_until(lambda: "'Quillo'" in self.property("ToolTip"), "the program's name in the tool tip")
-
-    def test_registers_with_each_new_tray(self):
-        for _ in range(3):
-            self.host.stop()
-            self.start_host()
-        self.activate()
-        self.agent.window()

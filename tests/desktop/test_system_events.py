@@ -1,11 +1,8 @@
-"""The running agent follows the system's clock and time zone without a restart. Real events: a zone file exchanged in an
-/etc of the agent's own, and a clock set by a nanosecond. Left out where the user may not do that."""
+"""The running agent follows the system's time zone without a restart: a zone file is exchanged in an /etc of the agent's
+own. Left out where the user may not have one."""
 
-import ctypes
 import os
-import plistlib
 import re
-import struct
 import subprocess
 import time
 from datetime import datetime, timedelta
@@ -13,7 +10,7 @@ from pathlib import Path
 from zoneinfo import ZoneInfo
 
 from desktop import program, run, tray_icon, wait_until
-from quillo import LIST, AgentTestCase
+from quillo import AgentTestCase
 
 
 def next_reading(hour, zone):
@@ -34,17 +31,6 @@ def armed(pid):
         if value and (0, 0) != (seconds := int(value[1]), int(value[2])) and seconds < 1e9:
             found.append(round(time.time() + seconds + int(value[2]) / 1e9))
     return found
-
-
-def move_clock(nanoseconds):
-    """False where this user may not."""
-    set_offset, in_nanoseconds = 0x0100, 0x2000
-    change = bytearray(256)
-    struct.pack_into("i", change, 0, set_offset | in_nanoseconds)
-    struct.pack_into("qq", change, 72, -1 if nanoseconds < 0 else 0, nanoseconds % 1_000_000_000)
-    clock_realtime = 0
-    libc = ctypes.CDLL(None)
-    return libc.clock_adjtime(clock_realtime, (ctypes.c_char * len(change)).from_buffer(change)) >= 0
 
 
 class SystemEventsTest(AgentTestCase):
@@ -80,19 +66,3 @@ class SystemEventsTest(AgentTestCase):
         for zone in ("Asia/Kolkata", "America/New_York"):
             move_to(zone)
             self.wait_armed(agent, next_reading(9, zone))
-
-    def test_a_clock_that_was_set(self):
-        agent = self.agent()
-        # The icon comes first.
-        here = wait_until(lambda: armed(agent.pid), "a reminder armed")
-        self.assertEqual(len(here), 1)
-        # Another writer changes the rule and says nothing: only the clock makes the agent look again.
-        path = self.home / LIST
-        settings = plistlib.loads(path.read_bytes())
-        settings["RemindersBaseDate"] += timedelta(hours=3)
-        path.write_bytes(plistlib.dumps(settings))
-        if not move_clock(1):
-            self.skipTest("this user may not set the clock")
-        self.addCleanup(move_clock, -1)
-        wait_until(lambda: (now := armed(agent.pid)) and abs(now[0] - here[0]) % 86400 > 3600, "another reminder armed")
-        self.assertAlmostEqual((armed(agent.pid)[0] - here[0]) % 86400, 3 * 3600, delta=1)

@@ -59,8 +59,11 @@ class Keys {
     else
       m_hotKeys = std::make_unique<X11HotKeys>();
     m_hotKeys->installEventHandler([](const HotKeyEvent& event) {
-      const auto id = std::get<HotKeyID>(event.directObject);
-      say(u"%1 %2"_s.arg(event.kind == HotKeyEvent::pressed ? u"pressed"_s : u"released"_s).arg(id.number));
+      const auto number = std::get<HotKeyID>(event.directObject).number;
+      if (event.kind != HotKeyEvent::pressed)
+        say(u"released %1"_s.arg(number));
+      else  // and what a program that is started now would be handed on
+        say(u"pressed %1 %2"_s.arg(number).arg(qEnvironmentVariable("XDG_ACTIVATION_TOKEN")).trimmed());
       return HotKeyStatus::done;
     });
     m_hotKeys->observeStates([](HotKeyRef ref, HotKeyState state, const QString& reason) {
