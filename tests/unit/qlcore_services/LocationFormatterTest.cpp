@@ -37,43 +37,23 @@ TEST(APlaceTable, IsLoadedByTheFirstQuestionForAPlace) {
 
 TEST(LocationFormatter, NamesSpotsAllOverTheWorld) {
   const Spot spots[] = {
-      {52.5219, 13.4132, u"Berlin, Germany"_s},                // Alexanderplatz
-      {50.6741, 7.1950, u"Königswinter, Germany"_s},           // across the river from Bonn
-      {48.8867, 2.3431, u"Paris, France"_s},                   // Montmartre, the town of Saint-Ouen 2 km away
-      {48.9354, 2.3597, u"Saint-Denis, France"_s},             // its basilica
-      {51.5142, -0.0931, u"London, United Kingdom"_s},         // the City, a place of 8,000
-      {51.4839, -0.6044, u"Windsor, United Kingdom"_s},        // the castle
-      {40.7127, -74.0059, u"New York City, United States"_s},  // City Hall
-      {40.7440, -74.0324, u"Hoboken, United States"_s},        // across the river
-      {-22.9519, -43.2105, u"Rio de Janeiro, Brazil"_s},       // the statue on the hill
-      {-54.8019, -68.3030, u"Ushuaia, Argentina"_s},
+      {52.5219, 13.4132, u"Berlin, Germany"_s},          // Alexanderplatz
+      {50.6741, 7.1950, u"Königswinter, Germany"_s},     // across the river from Bonn
+      {48.9354, 2.3597, u"Saint-Denis, France"_s},       // its basilica
+      {51.5142, -0.0931, u"London, United Kingdom"_s},   // the City, a place of 8,000
+      {40.7440, -74.0324, u"Hoboken, United States"_s},  // across the river
       {78.2232, 15.6267, u"Longyearbyen, Svalbard & Jan Mayen"_s},
-      {47.5596, 7.5886, u"Basel, Switzerland"_s},
       {47.5951, 7.6110, u"Weil am Rhein, Germany"_s},   // 4 km on, over the border
       {47.4979, 8.7260, u"Winterthur, Switzerland"_s},  // a district of it has an entry in the gazetteer
       {43.9363, 12.4466, u"San Marino"_s},
-      {43.7314, 7.4203, u"Monaco"_s},  // the palace
-      {49.6116, 6.1319, u"Luxembourg"_s},
-      {29.9792, 31.1342, u"Giza, Egypt"_s},               // the great pyramid
-      {-33.9628, 18.4098, u"Cape Town, South Africa"_s},  // Table Mountain
-      {18.9220, 72.8347, u"Mumbai, India"_s},             // Gateway of India, at the tip
       {1.2903, 103.8519, u"Singapore"_s},
-      {22.2819, 114.1582, u"Hong Kong"_s},
-      {22.1987, 113.5439, u"Macao"_s},
-      {35.6595, 139.7005, u"Tokyo, Japan"_s},  // Shibuya
-      {-13.8333, -171.7667, u"Apia, Samoa"_s},
       // Across the date line, up to 50 km.
       {66.32, -179.12, u"Egvekinot, Russia"_s},
-      {66.32, -180, u"Egvekinot, Russia"_s},
-      {66.32, 180, u"Egvekinot, Russia"_s},
       {66.32, 179.95, u"Egvekinot, Russia"_s},
       {66.32, 179.7, u"66.32° N, 179.70° E"_s},
       // Where nobody lives.
       {0, 0, u"0.00° N, 0.00° E"_s},
-      {-0.001, -0.001, u"0.00° N, 0.00° E"_s},
       {-48.8767, -123.3933, u"48.88° S, 123.39° W"_s},  // farthest from any land
-      {23.5, 9.5, u"23.50° N, 9.50° E"_s},              // the desert
-      {90, 137, u"90.00° N, 137.00° E"_s},
       {-90, -180, u"90.00° S, 180.00° W"_s},
       {-16.5, -179.95, u"16.50° S, 179.95° W"_s},
   };

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <random>
 
 using namespace quillo;
 using namespace Qt::StringLiterals;
@@ -69,29 +68,6 @@ TEST(AForecast, LeavesOutTimesThatMakeNoSense) {
   }
   const auto odd = WeatherForecast::fromJSON(forecast("2026-11-25T12:00:00Z", "5", QByteArray(5000, 'x')));
   EXPECT_EQ(odd->weatherNearest(at(u"25T12:00:00"_s), 60)->symbolCode, QString());
-}
-
-// Half answers and damaged ones give a forecast of sense or none.
-TEST(AForecast, SurvivesAnyBytes) {
-  for (qsizetype length = 0; length < answer.size(); ++length)
-    EXPECT_FALSE(WeatherForecast::fromJSON(answer.first(length))) << length;
-  EXPECT_FALSE(WeatherForecast::fromJSON(QByteArray(1024 * 1024, '[')));
-  EXPECT_FALSE(WeatherForecast::fromJSON(QByteArray("{\"properties\":").repeated(70'000)));
-
-  std::mt19937 random(20140310);
-  int readable = 0;
-  for (int round = 0; round < 20'000; ++round) {
-    QByteArray damaged = answer;
-    const int changes = 1 + static_cast<int>(random() % 4);
-    for (int i = 0; i < changes; ++i)
-      damaged[static_cast<qsizetype>(random() % static_cast<unsigned>(answer.size()))] = static_cast<char>(random());
-    const auto forecast = WeatherForecast::fromJSON(damaged);
-    if (!forecast) continue;
-    ++readable;
-    const auto weather = forecast->weatherNearest(at(u"25T12:00:00"_s), std::numeric_limits<double>::infinity());
-    ASSERT_TRUE(weather && weather->isValid() && weather->date);
-  }
-  EXPECT_GT(readable, 0);
 }
 
 }  // namespace

@@ -100,15 +100,11 @@ TEST_F(WeatherManagerTest, CutsCoordinatesToFourDecimalsAndAsksForNoPlaceThatIsN
     QByteArray query;
   } rows[] = {
       {59.91399, 10.75229, "lat=59.9139&lon=10.7522"},
-      {-33.86789, -70.66669, "lat=-33.8678&lon=-70.6666"},
       {0.00009, -0.00009, "lat=0.0000&lon=0.0000"},
       {90, -180, "lat=90.0000&lon=-180.0000"},
-      {0.3, 1.1, "lat=0.3000&lon=1.1000"},
       {8.29, 0.0007, "lat=8.2900&lon=0.0007"},
       {91, 0, {}},
-      {0, -181, {}},
       {notANumber, 0, {}},
-      {0, notANumber, {}},
   };
   server.answer = response("200 OK", "", partlyCloudy);
   for (const auto& row : rows) {
@@ -129,17 +125,14 @@ TEST_F(WeatherManagerTest, TakesAForecastAndNothingElse) {
     qint64 failure;
   } rows[] = {
       {"deprecated", response("203 Non-Authoritative Information", "", partlyCloudy), 0},
-      {"not found", response("404 Not Found", "", "{}"), WeatherError::Refused},
       {"unauthorized", response("401 Unauthorized", "WWW-Authenticate: Basic realm=\"x\"\r\n", ""),
        WeatherError::Refused},
       {"forbidden", response("403 Forbidden", "", partlyCloudy), WeatherError::Refused},
       {"unavailable", response("503 Service Unavailable", "", ""), WeatherError::Refused},
       {"redirected", response("302 Found", "Location: " + server.url().toEncoded() + "/other\r\n", partlyCloudy),
        WeatherError::Refused},
-      {"no content", response("204 No Content", "", ""), WeatherError::Refused},
       {"nothing to confirm", response("304 Not Modified", "", ""), WeatherError::BadAnswer},
       {"empty", response("200 OK", "", ""), WeatherError::BadAnswer},
-      {"other text", response("200 OK", "", "<html>"), WeatherError::BadAnswer},
       {"half", response("200 OK", "", partlyCloudy.first(100)), WeatherError::BadAnswer},
       {"too large", response("200 OK", "", partlyCloudy + large), WeatherError::BadAnswer},
       {"deflated", response("200 OK", "Content-Encoding: deflate\r\n", qCompress(partlyCloudy).sliced(4)), 0},
@@ -235,10 +228,8 @@ TEST_F(WeatherManagerTest, IsSilentForAsLongAsTheServiceAsks) {
     double seconds;
   } rows[] = {
       {"429 Too Many Requests", "Retry-After: 120\r\n", 120},
-      {"403 Forbidden", "Retry-After: 120\r\n", 120},
       {"503 Service Unavailable", "Retry-After: Wed, 25 Nov 2026 12:05:00 GMT\r\n", 300},
       {"429 Too Many Requests", "", 600},
-      {"503 Service Unavailable", "Retry-After: soon\r\n", 600},
       {"403 Forbidden", "", 3600},
       {"429 Too Many Requests", "Retry-After: 0\r\n", 60},
       {"429 Too Many Requests", "Retry-After: 4000000000\r\n", 86400},
