@@ -7,7 +7,7 @@ import socket
 import subprocess
 import time
 
-from desktop import center, click, program, run, type_text, wait_active, wait_until, window, window_rect
+from desktop import active_window, center, click, program, run, type_text, wait_active, wait_until, window, window_rect
 from quillo import AgentTestCase, displayed, install_editor, install_handler, set_reminder_in, wait_notification_server
 from sound import Recording
 
@@ -67,8 +67,11 @@ class DeliveryTest(AgentTestCase):
         self.assertIn("—", self.history()[0]["body"])
 
     def test_with_everything_on_one_sound_is_heard_and_a_click_saves_the_text(self):
+        keyboard = active_window()
         self.assertEqual(len(self.fire_and_listen(SOUND, WINDOW, NOTIFICATION)), 1)
         self.assertEqual(displayed(), 1)
+        self.assertTrue(self.agent.is_open())
+        self.assertEqual(active_window(), keyboard)
         click(*center(window_rect(self.agent.window())))
         wait_active(self.agent.window())
         type_text("Reminded and written")
