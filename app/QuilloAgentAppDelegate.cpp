@@ -9,6 +9,8 @@
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/Log.h"
 #include "foundation/RelativeDateText.h"
+#include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
 
 #include <QAction>
@@ -198,7 +200,7 @@ void QuilloAgentAppDelegate::showMainApplicationWindow() {
 void QuilloAgentAppDelegate::startApplication() {
   reloadEntryWindow();
 
-  m_statusController = std::make_unique<QLXAStatusBarController>();
+  m_statusController = std::make_unique<QLXAStatusBarController>(NotificationCenter::localCenter());
   // The menu goes first: the status item takes over the controller's copy of it, which sorts the clicks.
   m_statusController->setContextualMenu(m_contextualMenu.get());
   m_statusController->setStatusItem(m_platform.makeStatusItem());
@@ -261,9 +263,20 @@ void QuilloAgentAppDelegate::reloadEntryWindow() {
   const auto before = m_entryWindowController;
   if (before) before->closeForReplacement();
   m_entryWindowController = std::make_shared<AgentEntryWindowController>(
-      AgentEntryWindowServices{m_config, m_alerts, m_openPanel, m_draft, &m_platform.workspace,
-                               &m_platform.outsideClicks, m_platform.makeLocationManager, &m_platform.weather,
-                               m_platform.compositorIsRunning, m_platform.keepOutOfTaskBar},
+      AgentEntryWindowServices{.config = m_config,
+                               .alerts = m_alerts,
+                               .openPanel = m_openPanel,
+                               .draft = m_draft,
+                               .tracker = QLMixpanelTracker::sharedInstance(),
+                               .notices = NotificationCenter::localCenter(),
+                               .journalFile = &QLJournalPackageFile::defaultPackage,
+                               .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry,
+                               .workspace = &m_platform.workspace,
+                               .outsideClicks = &m_platform.outsideClicks,
+                               .makeLocationManager = m_platform.makeLocationManager,
+                               .weather = &m_platform.weather,
+                               .compositorIsRunning = m_platform.compositorIsRunning,
+                               .keepOutOfTaskBar = m_platform.keepOutOfTaskBar},
       &m_reminderAlarm);
   m_entryWindowController->setContextualMenu(m_contextualMenu.get());
   // What the old journal would not take is not lost with the old window.

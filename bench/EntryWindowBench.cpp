@@ -10,10 +10,13 @@
 #include "entry/session/Alerts.h"
 #include "entry/session/EntryDraft.h"
 #include "entry/session/OpenPanel.h"
+#include "foundation/NotificationCenter.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/QLMixpanelTracker.h"
 #include "qlcore/services/LocationService.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -133,8 +136,16 @@ int main(int argc, char** argv) {
   NoAlerts alerts;
   NoPanel panel;
   EntryDraft draft(EntryDraft::defaultPath());
-  const auto controller =
-      std::make_shared<AgentEntryWindowController>(AgentEntryWindowServices{config, alerts, panel, draft}, nullptr);
+  const auto controller = std::make_shared<AgentEntryWindowController>(
+      AgentEntryWindowServices{.config = config,
+                               .alerts = alerts,
+                               .openPanel = panel,
+                               .draft = draft,
+                               .tracker = QLMixpanelTracker::sharedInstance(),
+                               .notices = NotificationCenter::localCenter(),
+                               .journalFile = &QLJournalPackageFile::defaultPackage,
+                               .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry},
+      nullptr);
   AgentEntryWindow& window = controller->window();
   EmptyWindow empty(window.size());
 
@@ -150,7 +161,7 @@ int main(int argc, char** argv) {
     // What the button does first; once it returns, the entry is on disk.
     controller->saveActiveEntry(/*force=*/false);
     saved.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
-    controller->saveButtonClicked();
+    window.findChild<QAbstractButton*>(u"saveButton"_s)->click();
     settle();
     emptyShown.push_back(frame.of(empty, [&] {
       empty.show();

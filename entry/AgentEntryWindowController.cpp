@@ -2,22 +2,32 @@
 
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
+#include "config/Settings.h"
 #include "controls/Coordinates.h"
+#include "controls/CustomCursorButton.h"
 #include "controls/Fonts.h"
 #include "controls/NinePartScaledImage.h"
 #include "entry/AgentEntryWindow.h"
 #include "entry/PullDownMenu.h"
 #include "entry/SnoozeOptions.h"
+#include "entry/session/Alerts.h"
 #include "entry/session/JournalAccess.h"
+#include "entry/session/OpenPanel.h"
+#include "foundation/Log.h"
 #include "foundation/NotificationCenter.h"
+#include "foundation/UserDirectories.h"
 #include "platform/OutsideClicks.h"
-#include "qlcore/QLJournalEntryFile.h"
-#include "qlcore/services/LocationService.h"
+#include "platform/Workspace.h"
+#include "qlcore/JournalError.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/QLMixpanelTracker.h"
 #include "reminders/ReminderAlarm.h"
 #include "reminders/ReminderInterval.h"
 #include "ui_AgentEntryWindow.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QGraphicsOpacityEffect>
 #include <QParallelAnimationGroup>
 #include <QPropertyAnimation>
@@ -27,6 +37,7 @@
 namespace quillo {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 // Where the text area stands, from the bottom left: at its full height, and lower by the snooze row.
 static constexpr QRectF expandedScrollFrame{13, 66, 302, 146};
@@ -41,6 +52,7 @@ static constexpr int fadeMilliseconds = 200;
 // Within which press and release are one click; points from the left and the top together.
 static constexpr int oneClickMilliseconds = 1000;
 static constexpr int oneClickDistance = 6;
+static constexpr auto refocusDelay = 50ms;
 
 static void dimAtRest(HoverButtonCell& cell, double fraction) {
   const ImageRef image = cell.image();
@@ -64,7 +76,17 @@ static QPointF mouseLocation() {
 
 AgentEntryWindowController::AgentEntryWindowController(const AgentEntryWindowServices& services,
                                                        ReminderAlarm* reminderAlarm)
-    : m_services(services), m_reminderAlarm(reminderAlarm) {}
+    : m_services(services),
+      m_reminderAlarm(reminderAlarm),
+      m_place({.config = services.config,
+               .makeLocationManager = services.makeLocationManager,
+               .weather = services.weather}),
+      m_session({.config = services.config,
+                 .draft = services.draft,
+                 .tracker = services.tracker,
+                 .journalFile = services.journalFile,
+                 .emptyJournalEntry = services.emptyJournalEntry},
+                m_text, m_place) {}
 
 AgentEntryWindowController::~AgentEntryWindowController() {
   endFade();
@@ -94,7 +116,9 @@ void AgentEntryWindowController::awakeFromNib() {
   dressTextView();
   dimAtRest(ui.settingsButton->cell(), settingsButtonFraction);
   dimAtRest(ui.closeButton->cell(), closeButtonFraction);
+  m_text.setView(*ui.textView);
   connectControls();
+  connectPlace();
 }
 
 void AgentEntryWindowController::dressTextView() {
@@ -108,7 +132,7 @@ void AgentEntryWindowController::dressTextView() {
   textView.setPalette(palette);
   textView.setTextContainerInset(QSizeF(4, 0));
   textView.awakeFromNib();
-  textView.setCompletionSource([this] { return m_tags.tags(); });
+  textView.setCompletionSource([this] { return m_session.tags(); });
 }
 
 void AgentEntryWindowController::connectControls() {
@@ -133,6 +157,18 @@ void AgentEntryWindowController::connectControls() {
   window().onActivationChange = [this] { activationChanged(); };
 }
 
+void AgentEntryWindowController::connectPlace() {
+  using Self = AgentEntryWindowController;
+  connect(window().ui().locationToggleButton, &QAbstractButton::toggled, &m_place, &EntryPlace::setIsWanted);
+  connect(&m_place, &EntryPlace::awaitsPlaceDidChange, &window(), &AgentEntryWindow::setShowsLocationSpinner);
+  connect(&m_place, &EntryPlace::metadataDidChange, this, &Self::updateMetadataLabel);
+  updateMetadataLabel();
+}
+
+void AgentEntryWindowController::updateMetadataLabel() {
+  window().setEntryMetadataText(m_place.metadataText());
+}
+
 bool AgentEntryWindowController::haveAccessToJournalFile() {
   return haveAccessToJournal(m_services.config.configuredJournalFileURL());
 }
@@ -150,7 +186,7 @@ void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
   Ui::AgentEntryWindow& ui = window().ui();
   const bool accessible = haveAccessToJournalFile();
   // Not without the journal: the draft could not go on with the entry that it belongs to.
-  if (accessible) restoreDraft();
+  if (accessible) m_session.restoreDraft();
   ui.entryContainerView->setVisible(accessible);
   ui.reconnectView->setVisible(!accessible);
   ui.headerTitle->setText(reminder ? u"Time to write"_s : u"New Entry"_s);
@@ -167,17 +203,15 @@ void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
 void AgentEntryWindowController::showReconnectPanel() {
   const bool isConfigurable = m_services.config.groupProperties() != nullptr;
   const JournalPanel panel = journalPanel(m_services.config.configuredJournalFileURL(), isConfigurable);
-  const bool hasText = !window().ui().textView->string().isEmpty() || m_services.draft.isLeftBehind();
-  window().setJournalPanel(panel, hasText ? whatWasWrittenIsKept() : QString());
+  window().setJournalPanel(panel, m_session.hasText() ? whatWasWrittenIsKept() : QString());
 }
 
 void AgentEntryWindowController::showEditor(bool reminder) {
   window().ui().snoozeButtonContainer->setVisible(reminder);
   if (reminder) layoutSnoozeButtonsAccordingToUserDefaults();
   window().setScrollBorderFrame(reminder ? condensedScrollFrame : expandedScrollFrame);
-  PersistentPropertyList* list = m_services.config.groupProperties();
-  const auto automatic = list ? list->valueForKey(Key::addLocationAutomatically) : std::nullopt;
-  const bool locate = !automatic || automatic->boolValue();
+  const auto automatic = settingValue(m_services.config.groupProperties(), Key::addLocationAutomatically);
+  const bool locate = automatic && automatic->boolValue();
   window().ui().locationToggleButton->setChecked(locate);
   if (locate) fetchLocationAndWeatherIfNeeded();
 }
@@ -238,7 +272,7 @@ void AgentEntryWindowController::close() {
   if (!m_isShown || m_isClosing) return;
   m_isClosing = true;
   removeWindowDismissalMonitors();
-  stopLocating();
+  m_place.stopLocating();
   if (saveActiveEntry(/*force=*/false, [this] { finishClosing(); })) finishClosing();
 }
 
@@ -246,7 +280,7 @@ void AgentEntryWindowController::closeForReplacement() {
   if (!m_isShown) return;
   m_isClosing = true;
   removeWindowDismissalMonitors();
-  stopLocating();
+  m_place.stopLocating();
   // A text that an alert is up about is to be seen again, in the next window.
   if (!window().hasAttachedSheet()) saveForTermination();
   finishClosing();
@@ -256,7 +290,7 @@ void AgentEntryWindowController::finishClosing() {
   m_currentMode = EntryWindowModeStandard;
   m_services.config.stopAccessingSecurityScopedResources();
   // After the save, so that a click on the icon while an alert is up leaves the observers' flags right in the end.
-  NotificationCenter::localCenter().postNotification(Notice::windowWillClose, this);
+  m_services.notices.postNotification(Notice::windowWillClose, this);
   m_isShown = false;
   m_isClosing = false;
   window().orderOut();
@@ -267,13 +301,7 @@ void AgentEntryWindowController::closeButtonClicked() {
 }
 
 void AgentEntryWindowController::textDidChange() {
-  m_hasUnsavedText = true;
-  keepDraftSoon();
-  if (!m_editBeginDate) {
-    m_editBeginDate = Date::fromDateTime(QDateTime::currentDateTimeUtc());
-    // In time for the first hashtag.
-    m_tags.refresh(m_services.config.configuredJournalFileURL());
-  }
+  m_session.textDidChange();
   fadeSnoozeRow();
 }
 
@@ -307,6 +335,115 @@ void AgentEntryWindowController::endFade() {
   row.hide();
   row.setGraphicsEffect(nullptr);
   window().setScrollBorderFrame(expandedScrollFrame);
+}
+
+bool AgentEntryWindowController::saveActiveEntry(bool force, std::function<void()> dismissed) {
+  Error error;
+  // In a draft before the alert, which may stay for long.
+  if (m_session.save(force, &error)) return true;
+  presentError(error, std::move(dismissed));
+  return false;
+}
+
+void AgentEntryWindowController::presentError(const Error& error, std::function<void()> dismissed) {
+  // The newest is the one to answer: a click on the icon closes the window under the alert of its save button.
+  window().endSheets();
+  Alert alert = Alert::withError(error);
+  if (!m_text.text().isEmpty()) {
+    if (!alert.informativeText.isEmpty()) alert.informativeText += u"\n\n"_s;
+    alert.informativeText +=
+        haveAccessToJournalFile() ? u"What you wrote is kept in this window."_s : whatWasWrittenIsKept();
+  }
+  m_services.alerts.beginSheet(alert, &window(), [self = QPointer(this), dismissed = std::move(dismissed)](int) {
+    if (self && dismissed) dismissed();
+  });
+}
+
+bool AgentEntryWindowController::saveForTermination() {
+  Error error;
+  if (m_session.save(/*force=*/false, &error)) return true;
+  QLLogError(u"What was written is kept in a draft - %1"_s.arg(error.description()));
+  return false;
+}
+
+void AgentEntryWindowController::saveButtonClicked() {
+  // After a failed save as well: the close saves once more, so that a failure is reported a second time. It is wanted
+  // so; the text stays in the window.
+  if (!saveActiveEntry(/*force=*/false, [this] { close(); })) return;
+  m_session.finish({{QLMixpanelTrackerEntryContextFromAgentKey, true},
+                    {QLMixpanelTrackerEntryContextFromReminderKey, m_currentMode == EntryWindowModeReminder}});
+  close();
+}
+
+void AgentEntryWindowController::openJournalButtonClicked() {
+  // An empty text makes an entry too: the main application always has something to open.
+  if (!saveActiveEntry(/*force=*/true)) return;
+  const auto open = [this](const QString& identifier) {
+    return m_services.workspace && m_services.workspace->openURL(QUrl(u"quillo://edit?entryId=%1"_s.arg(identifier)));
+  };
+  if (m_session.handOver(open)) close();
+}
+
+void AgentEntryWindowController::locationButtonToggled(const Button& button) {
+  if (!button.isChecked()) {
+    // Of this entry only; the setting stays.
+    m_place.stopLocating();
+    setLocation(nullptr);
+    setWeather(std::nullopt);
+    return;
+  }
+  fetchLocationAndWeatherIfNeeded();
+  // The desktop may ask for leave to use the place, and take the keyboard for that.
+  QTimer::singleShot(refocusDelay, this, [this] {
+    if (m_isShown && !window().hasAttachedSheet()) window().makeKeyAndOrderFront();
+  });
+}
+
+void AgentEntryWindowController::settingsButtonClicked() {
+  if (!m_contextualMenu) return;
+  if (!m_popUpMenu) m_popUpMenu = std::make_unique<PullDownMenu>(*m_contextualMenu);
+  m_popUpMenu->performClick(*window().ui().contextualMenuFrame);
+}
+
+void AgentEntryWindowController::reconnectButtonClicked() {
+  const auto location = m_services.config.configuredJournalFileURL();
+  const QString directory = location && location->isLocalFile() ? location->toLocalFile() : QString();
+  m_services.openPanel.beginSheet(u"Choose Quillo Journal Location"_s, directory, &window(), [this](const QString&) {
+    // What was chosen is not stored: it is the configured location that is tried again.
+    m_services.config.stopAccessingSecurityScopedResources();
+    m_services.config.updateBookmarkDataForConfiguredJournalFile();
+    showWindowInMode(m_currentMode);
+  });
+}
+
+void AgentEntryWindowController::createJournalButtonClicked() {
+  // Looked at anew: much may have happened since the panel was shown.
+  const SuggestedJournal suggested = suggestedJournal();
+  useJournal(suggested.location, /*create=*/!suggested.exists);
+}
+
+void AgentEntryWindowController::chooseJournalButtonClicked() {
+  m_services.openPanel.beginSheet(
+      u"Choose Quillo Journal"_s, UserDirectories::current().documents, &window(),
+      [this](const QString& path) { useJournal(QUrl::fromLocalFile(path), /*create=*/false); });
+}
+
+void AgentEntryWindowController::useJournal(const QUrl& location, bool create) {
+  Error error;
+  // A home that is new has no folder of documents yet.
+  if (create) QDir().mkpath(QFileInfo(location.toLocalFile()).path());
+  const auto package = QLJournalPackageFile::openPackage(location, create, &error);
+  if (!package) return presentError(error, {});
+  m_services.config.setConfiguredJournalFileURL(package->url());
+  showWindowInMode(m_currentMode);
+  PersistentPropertyList* list = m_services.config.groupProperties();
+  if (list && !list->dirtyProperties().contains(Key::journalPackageURL)) return;
+  presentError({JournalError::domain,
+                JournalError::NotWritable,
+                u"The place of the journal could not be saved in the settings."_s,
+                u"It is used until Quillo ends. The log has the reason."_s,
+                {}},
+               {});
 }
 
 }  // namespace quillo

@@ -10,8 +10,12 @@ namespace quillo {
 class Alerts;
 class EntryDraft;
 class LocationService;
+class NotificationCenter;
 class OpenPanel;
 class OutsideClicks;
+class QLJournalEntryFile;
+class QLJournalPackageFile;
+class QLMixpanelTracker;
 class QuilloConfig;
 class WeatherService;
 class Workspace;
@@ -24,6 +28,12 @@ struct AgentEntryWindowServices {
   OpenPanel& openPanel;
   // One for all controllers of the process: a window that takes over another's text takes over its draft.
   EntryDraft& draft;
+  QLMixpanelTracker& tracker;
+  // Where the closing of the window is told.
+  NotificationCenter& notices;
+  // See EntrySessionServices.
+  std::function<std::shared_ptr<QLJournalPackageFile>()> journalFile;
+  std::function<std::shared_ptr<QLJournalEntryFile>()> emptyJournalEntry;
   Workspace* workspace{nullptr};
   OutsideClicks* outsideClicks{nullptr};
   // Called once, when a place is first wanted.

@@ -16,6 +16,7 @@ class QMenu;
 namespace quillo {
 
 class AgentEntryWindowController;
+class NotificationCenter;
 class StatusItem;
 
 // The agent's presence in the panel: which icon the status item shows, what a click does, and the entry window under
@@ -25,7 +26,8 @@ class QLXAStatusBarController : public QObject {
   Q_OBJECT
 
  public:
-  QLXAStatusBarController();
+  // The centre tells of the window that closes; it must outlive the controller.
+  explicit QLXAStatusBarController(NotificationCenter& notices);
   ~QLXAStatusBarController() override;
 
   // Keeps a copy of the menu with the same items; whoever validates the items when the given menu is about to show is
@@ -78,6 +80,7 @@ class QLXAStatusBarController : public QObject {
  private:
   void updateButtonWithCorrectImage();
 
+  NotificationCenter& m_notices;
   // The pictures of the item. The black one is a template and takes the colour that reads on the panel, so no state
   // shows the white one; it is declared with the others all the same.
   QString m_image;

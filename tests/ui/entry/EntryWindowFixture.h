@@ -8,11 +8,13 @@
 #include "entry/session/EntryDraft.h"
 #include "entry/session/OpenPanel.h"
 #include "foundation/Error.h"
+#include "foundation/NotificationCenter.h"
 #include "platform/OutsideClicks.h"
 #include "platform/Workspace.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalIndex.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/QLMixpanelTracker.h"
 #include "qlcore/services/LocationService.h"
 #include "qlcore/services/WeatherService.h"
 #include "tests/support/TestHome.h"
@@ -128,18 +130,23 @@ class EntryWindowTest : public testing::Test {
   ~EntryWindowTest() override { QLJournalPackageFile::setDefaultPackageURLProvider({}); }
 
   AgentEntryWindowServices services(EntryDraft& keptDraft) {
-    return {config,
-            alerts,
-            openPanel,
-            keptDraft,
-            &workspace,
-            &outsideClicks,
-            [this] {
-              auto made = std::make_unique<FakeLocationService>();
-              location = made.get();
-              return made;
-            },
-            &weather};
+    return {.config = config,
+            .alerts = alerts,
+            .openPanel = openPanel,
+            .draft = keptDraft,
+            .tracker = QLMixpanelTracker::sharedInstance(),
+            .notices = notices,
+            .journalFile = &QLJournalPackageFile::defaultPackage,
+            .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry,
+            .workspace = &workspace,
+            .outsideClicks = &outsideClicks,
+            .makeLocationManager =
+                [this] {
+                  auto made = std::make_unique<FakeLocationService>();
+                  location = made.get();
+                  return made;
+                },
+            .weather = &weather};
   }
   void newController() { newController(draft); }
   void newController(EntryDraft& keptDraft) {
@@ -176,6 +183,7 @@ class EntryWindowTest : public testing::Test {
   FakeWeatherService weather;
   FakeLocationService* location{nullptr};  // the latest controller's, once it was asked for
   ReminderAlarm* alarm{nullptr};
+  NotificationCenter notices;
   std::shared_ptr<AgentEntryWindowController> controller;
 };
 

@@ -148,7 +148,7 @@ TEST_F(EntryWindowLocationTest, AnEntryThatATextGoesOnWithKeepsItsPlaceAndWeathe
   show();
   type("y");
   // The process dies; in the next one nothing is sought.
-  draft.write({u"xy"_s, controller->activeEntry()->uuid(), {}});
+  draft.write({u"xy"_s, entries().value(0)->uuid(), {}});
   controller.reset();
   config.groupProperties()->setBoolForKey(false, Key::addLocationAutomatically);
   EntryDraft next(home.path(u"cache/UnsavedEntry.plist"_s));

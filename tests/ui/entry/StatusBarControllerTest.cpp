@@ -56,7 +56,7 @@ class StatusBarControllerTest : public EntryWindowTest {
   }
   FakeStatusItem::State item;
   QMenu menu;
-  QLXAStatusBarController status;
+  QLXAStatusBarController status{notices};
 };
 
 TEST_F(StatusBarControllerTest, TheItemIsSetUp) {
@@ -85,7 +85,7 @@ TEST_F(StatusBarControllerTest, AReminderTurnsTheIconRedUnlessTheWindowIsShown) 
   status.showEntryWindowInMode(EntryWindowModeReminder);
   EXPECT_EQ(item.image, u"menubar-red"_s);
   EXPECT_FALSE(item.isTemplate);
-  EXPECT_EQ(controller->currentMode(), EntryWindowModeReminder);
+  EXPECT_TRUE(named<QWidget>("reminderIcon")->isVisible());
   status.showEntryWindowInMode(EntryWindowModeStandard);
   EXPECT_EQ(status.currentMode(), EntryWindowModeReminder);
   controller->close();

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "entry/session/EntryDraft.h"
+#include "entry/session/JournalTags.h"
+#include "foundation/Date.h"
+#include "foundation/Error.h"
+#include "foundation/PropertyListValue.h"
+
+#include <QObject>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace quillo {
+
+class EntryPlace;
+class EntryText;
+class QLJournalEntryFile;
+class QLJournalPackageFile;
+class QLMixpanelTracker;
+class QuilloConfig;
+
+// What a session works with; it must outlive the session.
+struct EntrySessionServices {
+  QuilloConfig& config;
+  // One for all sessions of the process: one that takes over another's text takes over its draft.
+  EntryDraft& draft;
+  QLMixpanelTracker& tracker;
+  // The journal to write into; null, logged, while it cannot be opened.
+  std::function<std::shared_ptr<QLJournalPackageFile>()> journalFile;
+  // A new, unsaved entry; null while there is no journal for it.
+  std::function<std::shared_ptr<QLJournalEntryFile>()> emptyJournalEntry;
+};
+
+// An entry that is being written, between an editor's text and the journal: makes the entry, writes it, removes it, and
+// keeps a draft on disk of what is not in the journal yet. A save leaves entry and text in place, to be gone on with;
+// only finish() and handOver() end it. Text is never dropped: what cannot be saved stays. Shows nothing; errors are
+// answered. Main thread only.
+class EntrySession : public QObject {
+  Q_OBJECT
+
+ public:
+  // Text and place must outlive the session.
+  EntrySession(EntrySessionServices services, EntryText& text, EntryPlace& place);
+
+  // Null until the first save, and once it is finished.
+  [[nodiscard]] const QLJournalEntryFile* activeEntry() const { return m_activeEntry.get(); }
+  // Whether something is written: here, or in the draft of an earlier process.
+  [[nodiscard]] bool hasText() const;
+  // The tags in use in the journal, most used first, as far as they are known.
+  [[nodiscard]] const QStringList& tags() const { return m_tags.tags(); }
+
+  // To be called when the user has changed the text.
+  void textDidChange();
+
+  // Writes the text into the journal: makes the entry on first need, updates it later, deletes the file of one that was
+  // emptied. With `force`, an empty text makes an entry too. On failure the text is in a draft, and the next save tries
+  // again.
+  bool save(bool force, Error* error);
+  // Ends the entry, which must have been saved, and empties the text. The usage event, where there is an entry, gets
+  // `context` and how long it was edited.
+  void finish(PropertyListDictionary context);
+  // The same without an event, for an entry that `open` opens elsewhere by its identifier: where that answers false,
+  // entry and text are taken back. False, too, then.
+  bool handOver(const std::function<bool(const QString& identifier)>& open);
+
+  // Moves text that is not in the journal, its entry and its place here. What `other` has saved stays there; a text of
+  // one's own is not overwritten.
+  void takeOverUnsavedText(EntrySession& other);
+  // Goes on with the draft of an earlier process, unless there is an entry or a text already. To be called once the
+  // journal can be reached, or its entry would not be found.
+  void restoreDraft();
+
+ private:
+  bool write(bool force, Error* error);
+  void removeActiveEntry();
+  void forgetActiveEntry();
+  void textIsSafe();
+  [[nodiscard]] bool shouldAddHashtags();
+  void refreshTags();
+  [[nodiscard]] EntryDraft::Content draftContent() const;
+  void keepDraftSoon();
+  void keepDraftNow();
+  void goOnWithEntry(const EntryDraft::Content& draft);
+
+  EntrySessionServices m_services;
+  EntryText& m_text;
+  EntryPlace& m_place;
+  std::shared_ptr<QLJournalEntryFile> m_activeEntry;
+  // Of the first edit since the entry was finished.
+  std::optional<Date> m_editBeginDate;
+  JournalTags m_tags;
+  // The text, or that it was emptied, is not in the journal yet.
+  bool m_hasUnsavedText{false};
+};
+
+}  // namespace quillo
