@@ -3,6 +3,7 @@
 #include "controls/Coordinates.h"
 #include "controls/Fonts.h"
 #include "entry/session/JournalAccess.h"
+#include "platform/QtInternals.h"
 #include "ui_AgentEntryWindow.h"
 
 #include <QAccessibleWidget>
@@ -255,7 +256,7 @@ void AgentEntryWindow::orderFront(bool activate) {
   setAttribute(Qt::WA_ShowWithoutActivating, !activate);
   // The toolkit passes the attribute on once only, when it makes the window; a window that was shown for the user
   // before would take the keyboard when it is shown for a reminder.
-  if (QWindow* handle = windowHandle()) handle->setProperty("_q_showWithoutActivating", !activate);
+  if (QWindow* handle = windowHandle()) handle->setProperty(QtInternals::showWithoutActivating, !activate);
   // Window managers forget it each time the window goes.
   if (m_keepOutOfTaskBar) m_keepOutOfTaskBar(winId());
   show();

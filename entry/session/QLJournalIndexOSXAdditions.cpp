@@ -1,6 +1,7 @@
 #include "entry/session/QLJournalIndexOSXAdditions.h"
 
 #include "entry/session/Alerts.h"
+#include "platform/QtInternals.h"
 
 #include <QApplication>
 #include <QWidget>
@@ -16,7 +17,7 @@ QWidget* alertParent() {
     // Menus, tool tips and the tray's icon are windows of the toolkit's, and no place for a sheet.
     const Qt::WindowType type = window->windowType();
     const bool carriesSheets = type == Qt::Window || type == Qt::Dialog || type == Qt::Sheet || type == Qt::Tool;
-    if (window->isVisible() && carriesSheets && !window->inherits("QSystemTrayIconSys")) return window;
+    if (window->isVisible() && carriesSheets && !window->inherits(QtInternals::trayIconWindow)) return window;
   }
   return nullptr;
 }

@@ -5,6 +5,7 @@
 #include "entry/spelling/SpellingHighlighter.h"
 #include "entry/text/EntryViewTextView.h"
 #include "foundation/Bundle.h"
+#include "platform/QtInternals.h"
 
 #include <QAction>
 #include <QContextMenuEvent>
@@ -74,8 +75,8 @@ void EntryViewTextView::makeUndoSkipSeams(const QMenu& menu) {
       connect(item, &QAction::triggered, this, command);
     }
   };
-  lead(u"edit-undo"_s, &EntryViewTextView::undo);
-  lead(u"edit-redo"_s, &EntryViewTextView::redo);
+  lead(QtInternals::undoItem, &EntryViewTextView::undo);
+  lead(QtInternals::redoItem, &EntryViewTextView::redo);
 }
 
 void EntryViewTextView::addGuessesToMenu(QMenu& menu, int position) {

@@ -1,6 +1,7 @@
 #include "platform/linux/desktop/TrayStatusItem.h"
 
 #include "foundation/Log.h"
+#include "platform/QtInternals.h"
 #include "platform/linux/desktop/Display.h"
 #include "platform/linux/desktop/StatusItemAnchor.h"
 #include "platform/linux/desktop/X11.h"
@@ -170,7 +171,7 @@ void TrayStatusItem::trayWindowChanged() {
 bool TrayStatusItem::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::ApplicationPaletteChange && watched == qApp) m_settled.start();
   // The toolkit's window in a tray that embeds one is about to show the tip.
-  if (event->type() == QEvent::ToolTip && watched->inherits("QSystemTrayIconSys")) updateToolTip();
+  if (event->type() == QEvent::ToolTip && watched->inherits(QtInternals::trayIconWindow)) updateToolTip();
   return QObject::eventFilter(watched, event);
 }
 

@@ -1,5 +1,6 @@
 #include "platform/linux/desktop/TrayWindow.h"
 
+#include "platform/QtInternals.h"
 #include "platform/linux/desktop/StatusImage.h"
 #include "platform/linux/desktop/X11.h"
 
@@ -19,11 +20,10 @@ namespace {
 // A tray nests its icons two to five windows deep.
 constexpr int deepestAncestor = 32;
 
-// The window that Qt makes for an icon in an X tray, or null. It is a widget of a private class, so only its name
-// tells.
+// The window that Qt makes for an icon in an X tray, or null.
 const QWidget* iconWidget() {
   for (const auto* widget : QApplication::topLevelWidgets())
-    if (qstrcmp(widget->metaObject()->className(), "QSystemTrayIconSys") == 0) return widget;
+    if (widget->inherits(QtInternals::trayIconWindow)) return widget;
   return nullptr;
 }
 
