@@ -1,5 +1,7 @@
 #include "platform/linux/ApplicationDatabase.h"
 
+#include "platform/linux/DesktopFileGroup.h"
+
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
@@ -18,17 +20,8 @@ constexpr int mostDesktopFiles = 4096;
 QStringList listed(const QString& path, QStringView group, const QString& type) {
   QFile file(path);
   if (!file.open(QIODevice::ReadOnly) || file.size() > largestFile) return {};
-  const QString text = QString::fromUtf8(file.read(largestFile));
-  bool inGroup = false;
-  for (const auto rawLine : QStringView(text).split(u'\n')) {
-    const auto line = rawLine.trimmed();
-    if (line.startsWith(u'['))
-      inGroup = line.size() == group.size() + 2 && line.mid(1, group.size()) == group && line.endsWith(u']');
-    if (!inGroup || !line.startsWith(type)) continue;
-    const auto rest = line.mid(type.size()).trimmed();
-    if (rest.startsWith(u'=')) return rest.mid(1).trimmed().toString().split(u';', Qt::SkipEmptyParts);
-  }
-  return {};
+  const auto lists = DesktopFileGroup::read(QString::fromUtf8(file.read(largestFile)), group);
+  return lists ? lists->list(type) : QStringList();
 }
 
 // The programs of a directory that name the type themselves. For directories whose index nobody has made.

@@ -1,6 +1,10 @@
 #include "platform/linux/DesktopEntry.h"
 
+#include "platform/linux/DesktopFileGroup.h"
+
 #include <QFile>
+
+#include <utility>
 
 namespace quillo {
 
@@ -9,32 +13,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 largestFile = 1024 * 1024;
-
-// The escapes that every string value of the file may hold.
-QString unescaped(QStringView value) {
-  QString text;
-  text.reserve(value.size());
-  for (qsizetype i = 0; i < value.size(); ++i) {
-    if (value[i] != u'\\' || i + 1 == value.size()) {
-      text += value[i];
-      continue;
-    }
-    const QChar code = value[++i];
-    if (code == u's')
-      text += u' ';
-    else if (code == u'n')
-      text += u'\n';
-    else if (code == u't')
-      text += u'\t';
-    else if (code == u'r')
-      text += u'\r';
-    else if (code == u'\\')
-      text += u'\\';
-    else  // An escape of the command line ("\"") or a list ("\;"), for its own reader.
-      text += QStringView(value).mid(i - 1, 2);
-  }
-  return text;
-}
 
 // Words of a command line: parted by blanks, with double quotes that keep blanks and in which a backslash keeps the
 // next character. Nothing when a quote is left open.
@@ -83,26 +61,6 @@ QString expanded(const QString& word, const DesktopEntry& entry, const QString& 
   return text;
 }
 
-void setKey(DesktopEntry& entry, QStringView key, QStringView rawValue) {
-  const QString value = unescaped(rawValue);
-  if (key == u"Name")
-    entry.name = value;
-  else if (key == u"Icon")
-    entry.icon = value;
-  else if (key == u"Exec")
-    entry.exec = value;
-  else if (key == u"TryExec")
-    entry.tryExec = value;
-  else if (key == u"Path")
-    entry.workingDirectory = value;
-  else if (key == u"MimeType")
-    entry.mimeTypes = value.split(u';', Qt::SkipEmptyParts);
-  else if (key == u"Hidden")
-    entry.isHidden = value == u"true";
-  else if (key == u"Terminal")
-    entry.needsTerminal = value == u"true";
-}
-
 }  // namespace
 
 std::optional<DesktopEntry> DesktopEntry::read(const QString& path) {
@@ -114,30 +72,24 @@ std::optional<DesktopEntry> DesktopEntry::read(const QString& path) {
 }
 
 std::optional<DesktopEntry> DesktopEntry::parse(const QString& text, const QString& path) {
+  const auto group = DesktopFileGroup::read(text, DesktopFileGroup::desktopEntry);
+  return group ? fromGroup(*group, path) : std::nullopt;
+}
+
+std::optional<DesktopEntry> DesktopEntry::fromGroup(const DesktopFileGroup& group, const QString& path) {
   DesktopEntry entry;
   entry.path = path;
-  bool inGroup = false;
-  QString type;
-  for (const auto rawLine : QStringView(text).split(u'\n')) {
-    const auto line = rawLine.trimmed();
-    if (line.isEmpty() || line.startsWith(u'#')) continue;
-    if (line.startsWith(u'[')) {
-      if (inGroup) break;  // Only the main group counts; the actions' groups have the same keys.
-      inGroup = line == u"[Desktop Entry]";
-      continue;
-    }
-    const auto equals = line.indexOf(u'=');
-    if (!inGroup || equals < 1) continue;
-    const auto key = line.left(equals).trimmed();
-    const auto value = line.mid(equals + 1).trimmed();
-    if (key == u"Type")
-      type = value.toString();
-    else
-      setKey(entry, key, value);
-  }
+  entry.name = group.values.value(u"Name"_s);
+  entry.icon = group.values.value(u"Icon"_s);
+  entry.exec = group.values.value(u"Exec"_s);
+  entry.tryExec = group.values.value(u"TryExec"_s);
+  entry.workingDirectory = group.values.value(u"Path"_s);
+  entry.mimeTypes = group.list(u"MimeType"_s);
+  entry.isHidden = group.isTrue(u"Hidden"_s);
+  entry.needsTerminal = group.isTrue(u"Terminal"_s);
   // A file that hides a program of the same name needs to say nothing else.
   if (entry.isHidden) return entry;
-  if (type != u"Application" || entry.exec.isEmpty()) return {};
+  if (group.values.value(u"Type"_s) != u"Application" || entry.exec.isEmpty()) return {};
   return entry;
 }
 

@@ -8,6 +8,8 @@
 
 namespace quillo {
 
+struct DesktopFileGroup;
+
 // What a launcher file (NAME.desktop) says about a program.
 struct DesktopEntry {
   QString path;
@@ -24,6 +26,7 @@ struct DesktopEntry {
   [[nodiscard]] static std::optional<DesktopEntry> read(const QString& path);
   // As read(), from the text of the file; `path` is only kept.
   [[nodiscard]] static std::optional<DesktopEntry> parse(const QString& text, const QString& path);
+  [[nodiscard]] static std::optional<DesktopEntry> fromGroup(const DesktopFileGroup& group, const QString& path);
 
   // The program and its arguments to open `url` with (an invalid one: just to start it). The URL is always one argument
   // of its own or part of one, whatever is in it; no shell is involved. Empty when the command line is malformed.

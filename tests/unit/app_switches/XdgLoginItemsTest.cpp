@@ -103,6 +103,7 @@ TEST_F(XdgLoginItemsTest, WhatTheSessionWouldNotStartDoesNotExist) {
       {"whole", "# made by hand\n\n[Desktop Entry]\r\nType = Application\r\nExec = sh -c x\nX-Quillo-OnDemand= true",
        true},
       {"another group", head + "Exec=sh\n" + mark + "[Desktop Action x]\nHidden=true\n", true},
+      {"the last of two equal keys", head + "Exec=sh\nX-Quillo-OnDemand=false\n" + mark, true},
       {"not on demand", head + "Exec=sh\n", false},
       {"mark in another group", head + "Exec=sh\n[Other]\n" + mark, false},
       {"hidden", head + "Exec=sh\n" + mark + "Hidden=true\n", {}},
