@@ -3,7 +3,8 @@
 #include <QLatin1StringView>
 
 // What this program takes from inside Qt, where nothing public tells the same: names of Qt 6.4, which another version
-// may change without a word. Nothing fails to build then, and each says what is lost. The desktop tests notice.
+// may change without a word. Nothing fails to build then, and each says what is lost; the desktop tests notice the loss
+// of the first two.
 namespace quillo::QtInternals {
 
 // The class of the window that shows a QSystemTrayIcon in an X tray. Without it the icon's place and its panel's colour
