@@ -36,7 +36,7 @@ void JournalTags::refresh(const std::optional<QUrl>& journal) {
         },
         Qt::QueuedConnection);
   };
-  // The toolkit's threads have an event loop each, and end the program where there are no descriptors left for one.
+  // Qt's threads have an event loop each, and end the program where there are no descriptors left for one.
   try {
     m_thread = std::thread(read);
   } catch (const std::system_error& error) {

@@ -1,4 +1,4 @@
-// The open and settings buttons, the panel without a journal, and the draft of what is not saved yet.
+// The open and settings buttons, the panel without a journal, and the draft that waits for it.
 
 #include "controls/Button.h"
 #include "entry/OpenPanelSheet.h"
@@ -6,7 +6,6 @@
 
 #include <QFileDialog>
 #include <QMenu>
-#include <QScreen>
 
 #include <algorithm>
 
@@ -140,8 +139,7 @@ TEST_F(EntryWindowActionsTest, WithNoJournalOneIsMadeOrChosenOnTheSpot) {
     ASSERT_TRUE(textView()->isVisible());
     QTest::keyClicks(controller->window().focusWidget(), QLatin1StringView(c.name));
     click("saveButton");
-    Error error;
-    const auto written = QLJournalIndex(QLJournalPackageFile::openPackage(c.journal, false, &error)).entries();
+    const auto written = QLJournalIndex(QLJournalPackageFile::openPackage(c.journal, false, nullptr)).entries();
     EXPECT_TRUE(std::any_of(written.begin(), written.end(),
                             [&](const auto& entry) { return entry->string() == QLatin1StringView(c.name); }));
   }
@@ -188,145 +186,24 @@ TEST_F(EntryWindowActionsTest, ThePanelBeginsAtTheJournalOrNearestToIt) {
   EXPECT_FALSE(controller->window().findChild<QFileDialog*>());
 }
 
-TEST_F(EntryWindowActionsTest, UnsavedTextIsInADraftUntilItIsSaved) {
-  const QString path = home.path(u"cache/UnsavedEntry.plist"_s);
-  show();
-  type("not saved yet");
-  // Typing on does not put it off.
-  for (int i = 0; i < 4; ++i) {
-    QTest::qWait(450);
-    type(".");
-  }
-  EXPECT_TRUE(QTest::qWaitFor([&] { return QFile::exists(path); }, 300));
-  EXPECT_EQ(QFile::permissions(path) & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther),
-            QFile::Permissions());
-
-  // The process dies; the next one offers the text, as an entry of its own.
-  controller.reset();
-  EntryDraft next(path);
-  newController(next);
-  show();
-  EXPECT_TRUE(textView()->toPlainText().startsWith(u"not saved yet"_s));
-  controller->close();
-  EXPECT_FALSE(QFile::exists(path));
-  ASSERT_EQ(entries().size(), 1);
-
-  // The same with later text of an entry that is in the journal already: it goes on with that entry.
-  show();
-  QTest::keyClick(textView(), Qt::Key_End, Qt::ControlModifier);
-  type(" and more");
-  EXPECT_TRUE(QTest::qWaitFor([&] { return QFile::exists(path); }, 2000));
-  controller.reset();
-  EntryDraft third(path);
-  newController(third);
-  show();
-  EXPECT_TRUE(textView()->toPlainText().endsWith(u" and more"_s));
-  click("saveButton");
-  ASSERT_EQ(entries().size(), 1);
-  EXPECT_TRUE(entries()[0]->string().endsWith(u" and more"_s));
-  controller.reset();
-}
-
 TEST_F(EntryWindowActionsTest, ADraftWaitsForTheJournalThatHasItsEntry) {
   show();
   type("one");
   controller->close();
-  draft.write({u"one and two"_s, entries().value(0)->uuid(), {}});
-  controller.reset();
+  draft->write({u"one and two"_s, entries().value(0)->uuid(), {}});
   const QString path = journalURL.toLocalFile();
   ASSERT_TRUE(QDir().rename(path, path + u".away"_s));
-  EntryDraft next(home.path(u"cache/UnsavedEntry.plist"_s));
-  newController(next);
+  // The process dies.
+  controller.reset();
+  draft.emplace(draftPath);
+  newController();
   show();
   controller->close();
   ASSERT_TRUE(QDir().rename(path + u".away"_s, path));
   show();
-  EXPECT_EQ(textView()->toPlainText(), u"one and two"_s);
   controller->close();
   ASSERT_EQ(entries().size(), 1);
   EXPECT_EQ(entries()[0]->string(), u"one and two"_s);
-
-  // What became of the entry since is not overwritten.
-  draft.write({u"one and three"_s, entries()[0]->uuid(), {}});
-  controller.reset();
-  QFile file(home.path(u"cache/UnsavedEntry.plist"_s));
-  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-  ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
-  file.close();
-  EntryDraft late(file.fileName());
-  newController(late);
-  show();
-  controller->close();
-  QStringList texts;
-  for (const auto& entry : entries()) texts << entry->string();
-  texts.sort();
-  EXPECT_EQ(texts, (QStringList{u"one and three"_s, u"one and two"_s}));
-  controller.reset();
-}
-
-TEST_F(EntryWindowActionsTest, ADraftSurvivesWhatItCannotBeSavedInAndWhatCannotBeReadIsKept) {
-  const QString path = home.path(u"cache/UnsavedEntry.plist"_s);
-  show();
-  type("homeless");
-  breakJournal();
-  alerts.expected = 1;
-  alerts.isHeld = true;
-  controller->close();
-  EXPECT_TRUE(QFile::exists(path));
-  alerts.dismiss();
-  EXPECT_EQ(EntryDraft(path).takeLeftBehind().value_or(EntryDraft::Content()).text, u"homeless"_s);
-
-  QFile file(path);
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.write("garbage {");
-  file.close();
-  EXPECT_FALSE(EntryDraft(path).takeLeftBehind());
-  EXPECT_TRUE(QFile::exists(path + u".damaged"_s));
-  // What another object wrote is not this one's to remove.
-  EntryDraft(path).write({u"x"_s, {}, {}});
-  EntryDraft(path).remove();
-  EXPECT_TRUE(QFile::exists(path));
-}
-
-TEST_F(EntryWindowActionsTest, ADraftAmongTheCachesIsFoundOnceAndNoneIsLost) {
-  const QString here = home.path(u"state/UnsavedEntry.plist"_s);
-  const QString former = home.path(u"cache/UnsavedEntry.plist"_s);
-  const struct {
-    QStringList written;  // the older first
-    QStringList answered;
-  } cases[] = {{{}, {}},
-               {{former}, {u"0"_s}},
-               {{here}, {u"0"_s}},
-               {{here, former}, {u"1"_s, u"0"_s}},
-               {{former, here}, {u"1"_s, u"0"_s}}};
-  for (const auto& c : cases) {
-    for (int i = 0; i < c.written.size(); ++i) {
-      EntryDraft(c.written[i]).write({QString::number(i), {}, {}});
-      QFile file(c.written[i]);
-      ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-      file.setFileTime(QDateTime::currentDateTime().addSecs(i - 10), QFileDevice::FileModificationTime);
-    }
-    // One process after another, each of which saves what it finds.
-    QStringList answered;
-    for (int process = 0; process < 3; ++process) {
-      EntryDraft next(here, former);
-      const bool isLeft = next.isLeftBehind();
-      const auto left = next.takeLeftBehind();
-      EXPECT_EQ(isLeft, left.has_value());
-      if (left) answered << left->text;
-      EXPECT_FALSE(QFile::exists(former));
-      next.remove();
-    }
-    EXPECT_EQ(answered, c.answered);
-  }
-  // One that nobody has asked for is not overwritten.
-  for (const auto& text : {u"first"_s, u"second"_s}) EntryDraft(here).write({text, {}, {}});
-  for (const auto& text : {u"second"_s, u"first"_s}) {
-    EntryDraft next(here);
-    EXPECT_EQ(next.takeLeftBehind().value_or(EntryDraft::Content()).text, text);
-    next.remove();
-  }
-  EXPECT_EQ(EntryDraft::defaultPath(), home.path(u".local/state/quillo/UnsavedEntry.plist"_s));
 }
 
 }  // namespace

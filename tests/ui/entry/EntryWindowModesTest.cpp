@@ -3,32 +3,21 @@
 #include "controls/Coordinates.h"
 #include "controls/HoverButton.h"
 #include "entry/SnoozeOptions.h"
-#include "platform/Clock.h"
-#include "platform/OneShotTimer.h"
 #include "reminders/ReminderAlarm.h"
+#include "tests/support/FakeTimers.h"
 #include "tests/ui/entry/EntryWindowFixture.h"
 
 #include <QCursor>
-#include <QLabel>
 #include <QMessageBox>
 #include <QScreen>
 
 namespace quillo {
 namespace {
 
-// A clock that stands still, and timers that keep when they are due.
-struct StandingTime : Clock, OneShotTimerFactory {
-  [[nodiscard]] double secondsSince1970() const override { return 1395311400; }  // 2014-03-20T10:30:00Z
-  std::unique_ptr<OneShotTimer> schedule(double secondsSince1970, std::function<void()>) override {
-    due = secondsSince1970;
-    return std::make_unique<OneShotTimer>();
-  }
-  double due{0};
-};
-
 class EntryWindowModesTest : public EntryWindowTest {
  protected:
   EntryWindowModesTest() {
+    time.setTime(1395311400);  // 2014-03-20T10:30:00Z
     alarm = &realAlarm;
     newController();
   }
@@ -50,7 +39,7 @@ class EntryWindowModesTest : public EntryWindowTest {
   }
   bool rowIsVisible() { return named<QWidget>("snoozeButtonContainer")->isVisible(); }
 
-  StandingTime time;
+  FakeTimers time;
   QObject target;
   ReminderAlarm realAlarm{[this] { return config.groupProperties(); }, &target, [](ReminderAlarm&) {}, {time, time}};
 };
@@ -101,7 +90,7 @@ TEST_F(EntryWindowModesTest, SnoozesFollowTheReminderUnitAndTheClickOneSnoozes) 
     const bool clickFirst = first->isVisible();
     click(clickFirst ? "snoozeOption1Button" : "snoozeOption2Button");
     EXPECT_FALSE(controller->window().isVisible());
-    EXPECT_EQ(time.due - time.secondsSince1970(), clickFirst ? c.firstTag : c.secondTag) << c.unit;
+    EXPECT_EQ(time.due().front() - time.secondsSince1970(), clickFirst ? c.firstTag : c.secondTag) << c.unit;
     EXPECT_TRUE(realAlarm.isSnoozing());
     realAlarm.stop();
   }

@@ -38,48 +38,15 @@ TEST_F(EntryWindowTest, ClosingKeepsTheTextAndTheEntryUntilItIsSaved) {
   ASSERT_EQ(entries().size(), 1);
   EXPECT_EQ(entries()[0]->uuid(), uuid);
 
-  show();
-  type("another");
-  QTest::keyClick(textView(), Qt::Key_Return, Qt::ControlModifier);
-  EXPECT_TRUE(QTest::qWaitFor([this] { return !controller->window().isVisible(); }, 2000));
-  EXPECT_EQ(entries().size(), 2);
-}
-
-TEST_F(EntryWindowTest, AnEmptiedEntryIsDeletedAndTheNextTextIsANewOne) {
-  show();
-  click("saveButton");
-  EXPECT_TRUE(entries().isEmpty());
-  show();
-  type("soon gone");
-  controller->close();
-  const QString first = entries().value(0)->uuid();
-  show();
-  textView()->selectAll();
-  QTest::keyClick(textView(), Qt::Key_Delete);
-  controller->close();
-  EXPECT_TRUE(entries().isEmpty());
-  show();
-  type("next");
-  controller->close();
-  ASSERT_EQ(entries().size(), 1);
-  EXPECT_NE(entries()[0]->uuid(), first);
-}
-
-TEST_F(EntryWindowTest, OnlyTheValueTwoKeepsHashtagsOutOfTheTags) {
-  const struct {
-    std::optional<PropertyListValue> setting;
-    QStringList tags;
-  } cases[] = {{std::nullopt, {u"a"_s}}, {0, {u"a"_s}}, {1, {u"a"_s}}, {2, {}}, {u"2"_s, {}}, {3, {u"a"_s}}};
-  for (const auto& c : cases) {
-    config.groupProperties()->setValueForKey(c.setting, Key::shouldAddHashtags);
+  // So does the key, that of the number pad too.
+  for (const auto& [key, pad] : {std::pair(Qt::Key_Return, Qt::NoModifier), {Qt::Key_Enter, Qt::KeypadModifier}}) {
     show();
-    type("x #a");
-    controller->close();
-    EXPECT_EQ(entries().value(0)->tags(), c.tags);
-    textView()->clear();
-    show();
-    controller->close();
+    type("another");
+    QTest::keyClick(textView(), key, Qt::ControlModifier | pad);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !controller->window().isVisible(); }, 2000));
+    EXPECT_EQ(textView()->toPlainText(), QString());
   }
+  EXPECT_EQ(entries().size(), 3);
 }
 
 TEST_F(EntryWindowTest, AFailedSaveIsReportedTwiceAndLosesNothing) {
@@ -161,37 +128,23 @@ TEST_F(EntryWindowTest, NoKeyDismissesTheWindowAndTheKeyboardReachesEverything) 
   EXPECT_EQ(order, expected);
 }
 
-TEST_F(EntryWindowTest, TextIsPlainAndNothingCanBeDropped) {
+TEST_F(EntryWindowTest, EveryCharacterReachesTheEntryAndNoFormatOrDropDoes) {
   show();
-  auto* rich = new QMimeData;
-  rich->setHtml(u"<b>bold</b> text"_s);
-  rich->setText(u"bold text"_s);
-  QGuiApplication::clipboard()->setMimeData(rich);
-  QTest::keyClick(textView(), Qt::Key_V, Qt::ControlModifier);
-  EXPECT_EQ(textView()->toPlainText(), u"bold text"_s);
+  const auto paste = [this](const QString& html, const QString& text) {
+    auto* data = new QMimeData;
+    if (!html.isNull()) data->setHtml(html);
+    if (!text.isNull()) data->setText(text);
+    QGuiApplication::clipboard()->setMimeData(data);
+    QTest::keyClick(textView(), Qt::Key_V, Qt::ControlModifier);
+  };
+  paste({}, u"a\u00a0b\t\u2028c \U0001F4DD\n"_s);
+  QTest::keyClick(textView(), Qt::Key_Return, Qt::ShiftModifier);
+  paste(u"<b>bold</b> &amp; text"_s, {});
+  paste(u"<b>and</b> more"_s, u" and more"_s);
   EXPECT_FALSE(textView()->document()->toHtml().contains(u"font-weight:700"_s));
   EXPECT_FALSE(textView()->acceptDrops() || textView()->viewport()->acceptDrops());
-}
-
-TEST_F(EntryWindowTest, EveryCharacterReachesTheEntryAndFormattedTextLosesItsFormat) {
-  show();
-  const QString text = u"a\u00a0b\t\u2028c \U0001F4DD\n"_s;
-  QGuiApplication::clipboard()->setText(text);
-  QTest::keyClick(textView(), Qt::Key_V, Qt::ControlModifier);
-  QTest::keyClick(textView(), Qt::Key_Return, Qt::ShiftModifier);
-  auto* markupOnly = new QMimeData;
-  markupOnly->setHtml(u"<b>bold</b> &amp; text"_s);
-  QGuiApplication::clipboard()->setMimeData(markupOnly);
-  QTest::keyClick(textView(), Qt::Key_V, Qt::ControlModifier);
   controller->close();
-  EXPECT_EQ(entries().value(0)->string(), u"a\u00a0b\t\nc \U0001F4DD\n\nbold & text"_s);
-}
-
-TEST_F(EntryWindowTest, TheNumberPadsEnterSavesToo) {
-  show();
-  type("x");
-  QTest::keyClick(textView(), Qt::Key_Enter, Qt::ControlModifier | Qt::KeypadModifier);
-  EXPECT_TRUE(QTest::qWaitFor([this] { return !controller->window().isVisible(); }, 2000));
+  EXPECT_EQ(entries().value(0)->string(), u"a\u00a0b\t\nc \U0001F4DD\n\nbold & text and more"_s);
 }
 
 TEST_F(EntryWindowTest, AtTheEndOfTheProcessTextIsSavedAndNobodyIsAsked) {
@@ -205,45 +158,6 @@ TEST_F(EntryWindowTest, AtTheEndOfTheProcessTextIsSavedAndNobodyIsAsked) {
   EXPECT_FALSE(controller->saveForTermination());
   ASSERT_FALSE(log.lines().isEmpty());
   EXPECT_TRUE(log.lines().last().contains(journalURL.toLocalFile()));
-}
-
-TEST_F(EntryWindowTest, UnsavedTextMovesToTheNextWindowAndItsJournal) {
-  show();
-  type("homeless");
-  breakJournal();
-  alerts.expected = 1;
-  controller->close();
-
-  journalURL = QUrl::fromLocalFile(home.path(u"Other.quillojournal"_s));
-  ASSERT_TRUE(QLJournalPackageFile::openPackage(journalURL, true, nullptr));
-  config.setConfiguredJournalFileURL(journalURL);
-  const auto before = controller;
-  newController();
-  controller->takeOverUnsavedText(*before);
-  show();
-  EXPECT_EQ(textView()->toPlainText(), u"homeless"_s);
-  controller->close();
-  EXPECT_EQ(entries().value(0)->string(), u"homeless"_s);
-
-  // The old window was still waiting for an alert. What it does then is no reason to give up the draft of its text.
-  breakJournal();
-  type("!");
-  const auto waiting = controller;
-  newController();
-  controller->takeOverUnsavedText(*waiting);
-  alerts.expected = 1;
-  controller->saveActiveEntry(/*force=*/false);
-  EXPECT_TRUE(waiting->saveActiveEntry(/*force=*/false));
-  EXPECT_EQ(EntryDraft(home.path(u"cache/UnsavedEntry.plist"_s)).takeLeftBehind()->text, textView()->toPlainText());
-  ASSERT_TRUE(QDir(journalURL.toLocalFile()).removeRecursively());
-  ASSERT_TRUE(QLJournalPackageFile::openPackage(journalURL, true, nullptr));
-  EXPECT_TRUE(controller->saveActiveEntry(/*force=*/false));
-
-  // Text that is safe in the journal stays behind.
-  const auto saved = controller;
-  newController();
-  controller->takeOverUnsavedText(*saved);
-  EXPECT_EQ(textView()->toPlainText(), QString());
 }
 
 TEST_F(EntryWindowTest, WhatAnInputMethodHasNotCommittedIsText) {
