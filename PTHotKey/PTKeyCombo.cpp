@@ -1,21 +1,12 @@
 #include "PTHotKey/PTKeyCombo.h"
 
+#include "PTHotKey/KeyCodeNames.h"
 #include "PTHotKey/PTKeyCodeTranslator.h"
-#include "foundation/FileContents.h"
-#include "foundation/PropertyListSerialization.h"
+#include "foundation/Bundle.h"
 #include "platform/HotKeys.h"
-
-#include <QFile>
-#include <QStringDecoder>
 
 #include <algorithm>
 #include <array>
-
-// In a library, so that every program and test that links it has the names. Outside of any namespace, as the macro
-// asks for.
-static void makeResourceAvailable() {
-  Q_INIT_RESOURCE(PTKeyCodes);
-}
 
 namespace quillo {
 
@@ -36,31 +27,6 @@ constexpr std::array modifierTable{
     Modifier{HotKeyModifier::control, u'\u2303', 0x40000},
     Modifier{HotKeyModifier::shift, u'\u21E7', 0x20000},
 };
-
-struct Resource {
-  Bundle bundle{u":/quillo"_s, {}};
-  std::optional<PropertyListDictionary> cache;
-};
-
-Resource& resource() {
-  static Resource one;
-  return one;
-}
-
-std::optional<PropertyListDictionary> loadedKeyCodes(const Bundle& bundle) {
-  makeResourceAvailable();
-  const auto path = bundle.pathForResource(u"PTKeyCodes"_s, u"plist"_s);
-  QFile file(path.value_or(QString()));
-  if (!path || !file.open(QFile::ReadOnly)) return std::nullopt;
-  // No more is asked for than there is: the whole of it would be set aside first.
-  const QByteArray bytes = file.read(std::min(file.size(), largestFileRead));
-  QStringDecoder decoder(QStringDecoder::Utf8);
-  const QString text = decoder(bytes);
-  if (decoder.hasError()) return std::nullopt;
-  const auto list = PropertyListSerialization::propertyListWithData(bytes);
-  if (!list || !list->isDictionary()) return std::nullopt;
-  return list->dictionary();
-}
 
 }  // namespace
 
@@ -110,15 +76,17 @@ QString PTKeyCombo::stringForModifiers(quint64 modifiers) {
 }
 
 PropertyListDictionary PTKeyCombo::keyCodesDictionary() {
-  auto& cache = resource().cache;
-  if (!cache) cache = loadedKeyCodes(resource().bundle);
-  return cache.value_or(PropertyListDictionary());
+  static KeyCodeNames names(Bundle(u":/quillo"_s, {}));
+  return names.dictionary();
 }
 
 QString PTKeyCombo::stringForKeyCode(qint16 keyCode) {
-  const PropertyListDictionary map = keyCodesDictionary();
-  return map.value(u"version"_s, 0).integerValue() < 1 ? stringForKeyCodeLegacy(keyCode, map)
-                                                       : stringForKeyCodeNew(keyCode, map);
+  return stringForKeyCode(keyCode, keyCodesDictionary());
+}
+
+QString PTKeyCombo::stringForKeyCode(qint16 keyCode, const PropertyListDictionary& keyCodeMap) {
+  return keyCodeMap.value(u"version"_s, 0).integerValue() < 1 ? stringForKeyCodeLegacy(keyCode, keyCodeMap)
+                                                              : stringForKeyCodeNew(keyCode, keyCodeMap);
 }
 
 QString PTKeyCombo::stringForKeyCodeLegacy(qint16 keyCode, const PropertyListDictionary& keyCodeMap) {
@@ -146,14 +114,6 @@ QString PTKeyCombo::stringForKeyCodeNew(qint16 keyCode, const PropertyListDictio
   const QString character = translator.translateKeyCode(keyCode).toUpper();
   if (!keyCodeMap.value(u"padKeys"_s).array().contains(PropertyListValue(code))) return character;
   return keyCodeMap.value(u"padKeyString"_s).string() + u' ' + character;
-}
-
-void PTKeyCombo::setResourceBundle(const Bundle& bundle) {
-  resource() = {bundle, std::nullopt};
-}
-
-void PTKeyCombo::resetResourceBundle() {
-  resource() = {};
 }
 
 }  // namespace quillo

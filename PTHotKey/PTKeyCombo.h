@@ -1,6 +1,5 @@
 #pragma once
 
-#include "foundation/Bundle.h"
 #include "foundation/PropertyListValue.h"
 
 #include <QString>
@@ -67,11 +66,11 @@ class PTKeyCombo final : public std::enable_shared_from_this<PTKeyCombo> {
 
   // One glyph for each modifier, always in the order command, option, control, shift.
   [[nodiscard]] static QString stringForModifiers(quint64 modifiers);
-  // The resource PTKeyCodes: names of keys that no layout names. Read once; empty, and tried again at the next call,
-  // while it cannot be read.
+  // The program's names of keys that no layout names (see KeyCodeNames); kept once they are read.
   [[nodiscard]] static PropertyListDictionary keyCodesDictionary();
   // By the older or the newer layout of the resource, which tells its version.
   [[nodiscard]] static QString stringForKeyCode(qint16 keyCode);
+  [[nodiscard]] static QString stringForKeyCode(qint16 keyCode, const PropertyListDictionary& keyCodeMap);
   // The older: the resource is the map itself. A key that is not in it reads as its code in hexadecimal.
   [[nodiscard]] static QString stringForKeyCodeLegacy(qint16 keyCode, const PropertyListDictionary& keyCodeMap);
   // The newer: the resource names the keys that the keyboard layout does not, and puts a word before those of the pad.
@@ -79,10 +78,6 @@ class PTKeyCombo final : public std::enable_shared_from_this<PTKeyCombo> {
   // The same by a translator of the caller's own, in place of the current layout's.
   [[nodiscard]] static QString stringForKeyCodeNew(qint16 keyCode, const PropertyListDictionary& keyCodeMap,
                                                    PTKeyCodeTranslator& translator);
-
-  // Where the resource is looked up from now on; the program's own at first. For tests.
-  static void setResourceBundle(const Bundle& bundle);
-  static void resetResourceBundle();
 
  private:
   qint64 m_keyCode;

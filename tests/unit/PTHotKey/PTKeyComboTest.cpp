@@ -1,3 +1,4 @@
+#include "PTHotKey/KeyCodeNames.h"
 #include "PTHotKey/PTKeyCodeTranslator.h"
 #include "PTHotKey/PTKeyCombo.h"
 #include "foundation/FileContents.h"
@@ -18,10 +19,7 @@ constexpr quint64 allOnes = std::numeric_limits<quint64>::max();
 class PTKeyComboTest : public testing::Test {
  protected:
   PTKeyComboTest() { PTKeyCodeTranslator::setKeyboardLayouts(&layouts); }
-  ~PTKeyComboTest() override {
-    PTKeyCodeTranslator::setKeyboardLayouts(nullptr);
-    PTKeyCombo::resetResourceBundle();
-  }
+  ~PTKeyComboTest() override { PTKeyCodeTranslator::setKeyboardLayouts(nullptr); }
   FakeKeyboardLayouts layouts;
 };
 
@@ -140,15 +138,15 @@ TEST_F(PTKeyComboTest, TheResourceNamesWhatALayoutDoesNot) {
 
 TEST_F(PTKeyComboTest, AResourceThatCannotBeReadIsTriedAgain) {
   const TestHome home;
-  PTKeyCombo::setResourceBundle({home.path(), {}});
-  EXPECT_EQ(PTKeyCombo::stringForKeyCode(122), u"7A"_s);
+  KeyCodeNames names({home.path(), {}});
+  EXPECT_EQ(PTKeyCombo::stringForKeyCode(122, names.dictionary()), u"7A"_s);
   // What was read once is kept from then on.
   for (const auto& [bytes, name] : {std::pair<const char*, QString>{"( not, a, dictionary )", u"7A"_s},
                                     {"{ 122 = \"\xff\xfe\"; }", u"7A"_s},
                                     {"{ 122 = One; }", u"One"_s},
                                     {"{ 122 = Two; }", u"One"_s}}) {
     ASSERT_TRUE(writeFileInPlace(home.path(u"PTKeyCodes.plist"_s), bytes));
-    EXPECT_EQ(PTKeyCombo::stringForKeyCode(122), name) << bytes;
+    EXPECT_EQ(PTKeyCombo::stringForKeyCode(122, names.dictionary()), name) << bytes;
   }
 }
 
