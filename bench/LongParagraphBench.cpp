@@ -7,11 +7,15 @@
 #include "controls/Fonts.h"
 #include "entry/spelling/SpellChecker.h"
 #include "entry/text/EntryViewTextView.h"
+#include "foundation/NotificationCenter.h"
+#include "foundation/UserDefaults.h"
+#include "foundation/UserDirectories.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QKeyEvent>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <cstdio>
@@ -97,13 +101,17 @@ int main(int argc, char** argv) {
   const qsizetype size = argc > 1 ? std::max(1, QString::fromLocal8Bit(argv[1]).toInt()) : 1 << 20;
   const QString prose = u"Walked the long way home along the river, and it rained. "_s;
 
-  EntryViewTextView view;
+  const QTemporaryDir directory;
+  UserDefaults defaults(directory.path(), u"bench"_s);
+  NotificationCenter localCenter;
+  SpellChecker spellChecker(SpellChecker::standardSources(UserDirectories::current()));
+  EntryViewTextView view({.defaults = defaults, .localCenter = localCenter, .spellChecker = spellChecker});
   view.setFont(textFont(15));
   view.setTextContainerInset(QSizeF(4, 0));
   view.resize(296, 140);
   view.show();
-  SpellChecker::sharedChecker().load();
-  while (SpellChecker::sharedChecker().state() == SpellChecker::State::Loading)
+  spellChecker.load();
+  while (spellChecker.state() == SpellChecker::State::Loading)
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 
   measure(view, "one letter", QString(size, u'a'));

@@ -208,8 +208,8 @@ void QuilloConfig::setVerboseLogging(bool value) {
 }
 
 bool QuilloConfig::sendUsageData() {
-  const PropertyListValue value = settingValue(groupProperties(), Key::sendUsageData).value_or(true);
-  return !value.isNumber() || value.boolValue();
+  const auto value = settingValue(groupProperties(), Key::sendUsageData);
+  return !value || !value->isNumber() || value->boolValue();
 }
 void QuilloConfig::setSendUsageData(bool value) {
   setSharedValue(PropertyListValue(value), Key::sendUsageData);

@@ -104,6 +104,15 @@ const Setting* settingForKey(const QString& key) {
   return found == table.end() ? nullptr : &*found;
 }
 
+PropertyListDictionary settingDefaults(std::initializer_list<QLatin1StringView> keys) {
+  PropertyListDictionary defaults;
+  for (const QLatin1StringView key : keys) {
+    const Setting* setting = settingForKey(key);
+    if (const auto value = setting ? setting->defaultValue() : std::nullopt) defaults.insert(key, *value);
+  }
+  return defaults;
+}
+
 std::optional<PropertyListValue> settingValue(const PersistentPropertyList* list, const QString& key) {
   if (auto stored = list ? list->valueForKey(key) : std::nullopt; stored && !stored->isNull()) return stored;
   const Setting* setting = settingForKey(key);

@@ -5,6 +5,7 @@
 #include <QLatin1StringView>
 #include <QString>
 
+#include <initializer_list>
 #include <optional>
 #include <span>
 #include <variant>
@@ -44,6 +45,9 @@ struct Setting {
 [[nodiscard]] std::span<const Setting> settingsTable();
 // The table's row for `key`, or null.
 [[nodiscard]] const Setting* settingForKey(const QString& key);
+
+// The defaults of these settings by their keys, as they are registered; settings without one are left out.
+[[nodiscard]] PropertyListDictionary settingDefaults(std::initializer_list<QLatin1StringView> keys);
 
 // What the list holds for the key, else the table's default; a null list holds nothing, and neither does one for a key
 // whose removal is still to be written.

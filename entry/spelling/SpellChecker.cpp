@@ -49,13 +49,14 @@ bool hasLetterOfAnotherScript(const QString& word, QChar::Script script) {
 
 }  // namespace
 
-SpellChecker::Sources SpellChecker::standardSources() {
-  return {QLocale::system().uiLanguages(), SpellingDictionary::standardDirectories(),
-          UserDirectories::current().data + u"/quillo/LearnedWords.txt"_s};
+SpellChecker::Sources SpellChecker::standardSources(const UserDirectories& user) {
+  return {.languages = QLocale::system().uiLanguages(),
+          .directories = SpellingDictionary::standardDirectories(user.data),
+          .learnedWords = user.data + u"/quillo/LearnedWords.txt"_s};
 }
 
 SpellChecker& SpellChecker::sharedChecker() {
-  static SpellChecker checker(standardSources());
+  static SpellChecker checker(standardSources(UserDirectories::current()));
   return checker;
 }
 

@@ -13,6 +13,7 @@
 namespace quillo {
 
 class SpellingDictionary;
+struct UserDirectories;
 
 // What is a word of the user's: the dictionary of the language, the words the user taught, and those to be ignored as
 // long as the process lives. Until the dictionary has been read, and without one, every word passes. Main thread only.
@@ -25,9 +26,10 @@ class SpellChecker : public QObject {
     QStringList directories;  // of dictionaries
     QString learnedWords;     // path of the file of taught words, one a line
   };
-  [[nodiscard]] static Sources standardSources();
+  // The user's languages, and where the user's words are and dictionaries are installed.
+  [[nodiscard]] static Sources standardSources(const UserDirectories& user);
 
-  // One for all text views, since a dictionary takes megabytes.
+  // One for all text views of the process, since a dictionary takes megabytes; with the standard sources.
   static SpellChecker& sharedChecker();
 
   explicit SpellChecker(Sources sources, QObject* parent = nullptr);

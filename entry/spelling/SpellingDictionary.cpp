@@ -1,7 +1,5 @@
 #include "entry/spelling/SpellingDictionary.h"
 
-#include "foundation/UserDirectories.h"
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -134,8 +132,8 @@ static QString alphabetOfAffixFile(const QString& path, const DictionaryEncoding
   return alphabet.isEmpty() ? u"abcdefghijklmnopqrstuvwxyz"_s : alphabet;
 }
 
-QStringList SpellingDictionary::standardDirectories() {
-  QStringList bases{UserDirectories::current().data};
+QStringList SpellingDictionary::standardDirectories(const QString& userData) {
+  QStringList bases{userData};
   const QStringList shared = qEnvironmentVariable("XDG_DATA_DIRS").split(u':', Qt::SkipEmptyParts);
   for (const QString& directory : shared)
     if (directory.startsWith(u'/')) bases << directory;

@@ -22,8 +22,8 @@ class SpellingDictionary {
     QString words;     // NAME.dic
   };
 
-  // Where dictionaries are installed, the user's own directory first.
-  [[nodiscard]] static QStringList standardDirectories();
+  // Where dictionaries are installed, first below `userData`, the user's own directory for data.
+  [[nodiscard]] static QStringList standardDirectories(const QString& userData);
   // The dictionary of the first of `languages` ("de-AT", "de_AT" or "de") that has one: of the same territory, else of
   // the language alone, else of any territory. With none of them, American English. Nothing where that is missing too.
   [[nodiscard]] static std::optional<Files> find(const QStringList& languages, const QStringList& directories);

@@ -1,6 +1,7 @@
 #include "entry/text/EntryViewTextView.h"
 
 #include "config/Keys.h"
+#include "config/Settings.h"
 #include "controls/QLScroller.h"
 #include "entry/document/ParagraphSeams.h"
 #include "entry/spelling/AutomaticCorrection.h"
@@ -25,17 +26,23 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-void EntryViewTextView::initialize() {
-  UserDefaults::standardUserDefaults().registerDefaults({{Key::editorSpellCheckEnabled, true},
-                                                         {Key::editorGrammarCheckEnabled, false},
-                                                         {Key::editorCorrectSpellingEnabled, true}});
+void EntryViewTextView::initialize(UserDefaults& defaults) {
+  defaults.registerDefaults(settingDefaults(
+      {Key::editorSpellCheckEnabled, Key::editorGrammarCheckEnabled, Key::editorCorrectSpellingEnabled}));
 }
 
 EntryViewTextView::EntryViewTextView(QWidget* parent)
+    : EntryViewTextView({.defaults = UserDefaults::standardUserDefaults(),
+                         .localCenter = NotificationCenter::localCenter(),
+                         .spellChecker = SpellChecker::sharedChecker()},
+                        parent) {}
+
+EntryViewTextView::EntryViewTextView(const EntryTextServices& services, QWidget* parent)
     : QPlainTextEdit(parent),
+      m_services(services),
       m_seams(std::make_unique<ParagraphSeams>(*document())),
       m_completer(std::make_unique<HashtagCompleter>(*this)) {
-  initialize();
+  initialize(m_services.defaults);
   acceptableDragTypes();
   setFrameShape(NoFrame);
   // Tab leads on to the buttons.
@@ -65,7 +72,7 @@ void EntryViewTextView::awakeFromNib() {
   if (m_isAwake) return;
   m_isAwake = true;
   // Through the setters, which write what they read back: wanted so.
-  UserDefaults& defaults = UserDefaults::standardUserDefaults();
+  const UserDefaults& defaults = m_services.defaults;
   if (defaults.objectForKey(Key::editorSpellCheckEnabled))
     setContinuousSpellCheckingEnabled(defaults.boolForKey(Key::editorSpellCheckEnabled));
   if (defaults.objectForKey(Key::editorGrammarCheckEnabled))
@@ -76,8 +83,8 @@ void EntryViewTextView::awakeFromNib() {
 }
 
 void EntryViewTextView::startObservingPrefChanges() {
-  m_prefsObservation = NotificationCenter::localCenter().observe(Notice::spellingAndGrammarSettingsDidChange,
-                                                                 [this](const Notification&) { prefsChanged(); });
+  m_prefsObservation = m_services.localCenter.observe(Notice::spellingAndGrammarSettingsDidChange,
+                                                      [this](const Notification&) { prefsChanged(); });
 }
 
 void EntryViewTextView::stopObservingPrefChanges() {
@@ -85,7 +92,7 @@ void EntryViewTextView::stopObservingPrefChanges() {
 }
 
 void EntryViewTextView::prefsChanged() {
-  const UserDefaults& defaults = UserDefaults::standardUserDefaults();
+  const UserDefaults& defaults = m_services.defaults;
   m_checksSpelling = defaults.boolForKey(Key::editorSpellCheckEnabled);
   m_checksGrammar = defaults.boolForKey(Key::editorGrammarCheckEnabled);
   m_correctsSpelling = defaults.boolForKey(Key::editorCorrectSpellingEnabled);
@@ -95,18 +102,18 @@ void EntryViewTextView::prefsChanged() {
 void EntryViewTextView::setContinuousSpellCheckingEnabled(bool enabled) {
   m_checksSpelling = enabled;
   applySwitches();
-  UserDefaults::standardUserDefaults().setBoolForKey(enabled, Key::editorSpellCheckEnabled);
+  m_services.defaults.setBoolForKey(enabled, Key::editorSpellCheckEnabled);
 }
 
 void EntryViewTextView::setGrammarCheckingEnabled(bool enabled) {
   m_checksGrammar = enabled;
   applySwitches();
-  UserDefaults::standardUserDefaults().setBoolForKey(enabled, Key::editorGrammarCheckEnabled);
+  m_services.defaults.setBoolForKey(enabled, Key::editorGrammarCheckEnabled);
 }
 
 void EntryViewTextView::setAutomaticSpellingCorrectionEnabled(bool enabled) {
   m_correctsSpelling = enabled;
-  UserDefaults::standardUserDefaults().setBoolForKey(enabled, Key::editorCorrectSpellingEnabled);
+  m_services.defaults.setBoolForKey(enabled, Key::editorCorrectSpellingEnabled);
 }
 
 void EntryViewTextView::applySwitches() {
@@ -114,16 +121,12 @@ void EntryViewTextView::applySwitches() {
   if (m_grammar) m_grammar->setEnabled(m_checksGrammar);
 }
 
-void EntryViewTextView::setSpellChecker(SpellChecker& checker) {
-  m_checker = &checker;
-}
-
 SpellingHighlighter& EntryViewTextView::ensureHighlighter() {
   if (!m_highlighter) {
-    if (!m_checker) m_checker = &SpellChecker::sharedChecker();
-    m_highlighter = new SpellingHighlighter(
-        *document(), *m_checker, {[this] { return visibleBlocks(); }, [this] { return textCursor().position(); }});
-    m_correction = std::make_unique<AutomaticCorrection>(*this, *m_checker);
+    m_highlighter =
+        new SpellingHighlighter(*document(), m_services.spellChecker,
+                                {[this] { return visibleBlocks(); }, [this] { return textCursor().position(); }});
+    m_correction = std::make_unique<AutomaticCorrection>(*this, m_services.spellChecker);
     applySwitches();
   }
   return *m_highlighter;
@@ -142,7 +145,7 @@ GrammarReviewer& EntryViewTextView::grammarReviewer() {
 void EntryViewTextView::beginChecking() {
   if (m_checksSpelling || m_correctsSpelling) {
     ensureHighlighter();
-    m_checker->load();
+    m_services.spellChecker.load();
   }
   if (m_checksGrammar) grammarReviewer();
 }
@@ -290,7 +293,7 @@ void EntryViewTextView::surroundSelectionWithString(const QString& marker) {
 }
 
 bool EntryViewTextView::canFormatSelection() const {
-  return UserDefaults::standardUserDefaults().boolForKey(Key::markdownEnabled) && textCursor().hasSelection();
+  return m_services.defaults.boolForKey(Key::markdownEnabled) && textCursor().hasSelection();
 }
 
 void EntryViewTextView::setCompletionSource(std::function<QStringList()> source) {

@@ -18,10 +18,21 @@ namespace quillo {
 class AutomaticCorrection;
 class GrammarReviewer;
 class HashtagCompleter;
+class NotificationCenter;
 class ParagraphSeams;
 class SpellChecker;
 class SpellingHighlighter;
 class UserDefaults;
+
+// What an EntryViewTextView works with. All of it must outlive the view.
+struct EntryTextServices {
+  // With the view's switches, which it also writes.
+  UserDefaults& defaults;
+  // Where other code of the process tells that it has changed the switches.
+  NotificationCenter& localCenter;
+  // One can serve many views.
+  SpellChecker& spellChecker;
+};
 
 // What ended a completion, or moved through the list of them.
 enum class TextMovement { Other, Return, Tab, Up, Down };
@@ -34,10 +45,12 @@ class EntryViewTextView : public QPlainTextEdit {
   Q_OBJECT
 
  public:
-  // Registers the defaults of the three switches. Every view does so.
-  static void initialize();
+  // Registers what the three switches are where the user has not set them. Every view does so.
+  static void initialize(UserDefaults& defaults);
 
-  explicit EntryViewTextView(QWidget* parent = nullptr);
+  explicit EntryViewTextView(const EntryTextServices& services, QWidget* parent = nullptr);
+  // For the interface file, which can give it nothing but its parent: with those of the process.
+  explicit EntryViewTextView(QWidget* parent);
   ~EntryViewTextView() override;
 
   // Reads the switches and follows their changes from then on. To be called once the view stands in its window; a view
@@ -98,8 +111,6 @@ class EntryViewTextView : public QPlainTextEdit {
   // through the list is suppressed.
   void insertCompletion(const QString& completion, TextRange range, TextMovement movement, bool isFinal);
 
-  // In place of the shared one; before the first key press. It must outlive the view.
-  void setSpellChecker(SpellChecker& checker);
   // Null until the first key press with something to check.
   [[nodiscard]] SpellingHighlighter* spellingHighlighter() const { return m_highlighter; }
   GrammarReviewer& grammarReviewer();
@@ -145,6 +156,7 @@ class EntryViewTextView : public QPlainTextEdit {
   void replaceCharacters(TextRange range, const QString& text);
   [[nodiscard]] QList<QTextBlock> visibleBlocks() const;
 
+  EntryTextServices m_services;
   std::unique_ptr<ParagraphSeams> m_seams;
   QString m_lastText;
   bool m_isSettingString{false};
@@ -153,7 +165,6 @@ class EntryViewTextView : public QPlainTextEdit {
   bool m_checksSpelling{false};
   bool m_checksGrammar{false};
   bool m_correctsSpelling{false};
-  SpellChecker* m_checker{nullptr};
   SpellingHighlighter* m_highlighter{nullptr};  // the document's
   std::unique_ptr<AutomaticCorrection> m_correction;
   std::unique_ptr<GrammarReviewer> m_grammar;

@@ -4,6 +4,7 @@
 #include "entry/spelling/SpellChecker.h"
 #include "entry/spelling/SpellingHighlighter.h"
 #include "entry/text/EntryViewTextView.h"
+#include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 #include "tests/support/TestHome.h"
 
@@ -30,17 +31,15 @@ using namespace Qt::StringLiterals;
 class EntryViewTest : public testing::Test {
  protected:
   EntryViewTest() {
-    UserDefaults::resetStandardUserDefaults();
+    readDefaults();
     writeDictionary(u"en_US"_s, "UTF-8",
                     {"the", "word", "words", "walked", "light", "river", "well", "don't", "isn't", "example", "he"});
     newChecker();
   }
-  ~EntryViewTest() override {
-    view.reset();
-    UserDefaults::resetStandardUserDefaults();
-  }
 
-  static UserDefaults& defaults() { return UserDefaults::standardUserDefaults(); }
+  UserDefaults& defaults() { return *ownDefaults; }
+  // From disk, as the next start of the program does; no view may stand.
+  void readDefaults() { ownDefaults = std::make_unique<UserDefaults>(home.path(), u"own"_s); }
 
   // The words in the bytes of `encoding`.
   void writeDictionary(const QString& name, const QByteArray& encoding, const QList<QByteArray>& words,
@@ -65,8 +64,8 @@ class EntryViewTest : public testing::Test {
   }
   // With the dictionary read, unless `load` is false.
   void show(bool load = true) {
-    view = std::make_unique<EntryViewTextView>();
-    view->setSpellChecker(*checker);
+    view = std::make_unique<EntryViewTextView>(
+        EntryTextServices{.defaults = defaults(), .localCenter = localCenter, .spellChecker = *checker});
     view->resize(320, 150);
     view->show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
@@ -131,6 +130,8 @@ class EntryViewTest : public testing::Test {
   }
 
   TestHome home;
+  NotificationCenter localCenter;
+  std::unique_ptr<UserDefaults> ownDefaults;
   std::unique_ptr<SpellChecker> checker;
   std::unique_ptr<EntryViewTextView> view;
 };

@@ -21,10 +21,9 @@ TEST_F(EntryViewTest, TheSwitchesAreReadOnWakingAndWrittenBack) {
 
   item(*menuAt(0), u"Check Spelling While Typing"_s)->trigger();
   EXPECT_FALSE(view->isContinuousSpellCheckingEnabled());
-  // From disk, as the next start of the program has it.
-  UserDefaults::resetStandardUserDefaults();
-  EXPECT_EQ(defaults().objectForKey(Key::editorSpellCheckEnabled), PropertyListValue(false));
   newChecker();
+  readDefaults();
+  EXPECT_EQ(defaults().objectForKey(Key::editorSpellCheckEnabled), PropertyListValue(false));
   show();
   EXPECT_FALSE(view->isContinuousSpellCheckingEnabled());
   EXPECT_TRUE(view->isAutomaticSpellingCorrectionEnabled());
@@ -37,14 +36,14 @@ TEST_F(EntryViewTest, ANoticeOfChangedSettingsIsFollowedWithoutWritingBack) {
   defaults().removeObjectForKey(Key::editorSpellCheckEnabled);
   defaults().registerDefaults({{Key::editorSpellCheckEnabled, false}, {Key::editorGrammarCheckEnabled, true}});
   defaults().removeObjectForKey(Key::editorGrammarCheckEnabled);
-  NotificationCenter::localCenter().postNotification(Notice::spellingAndGrammarSettingsDidChange);
+  localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
   EXPECT_FALSE(view->isContinuousSpellCheckingEnabled());
   EXPECT_TRUE(view->isGrammarCheckingEnabled());
   EXPECT_FALSE(defaults().persistentDomain().contains(Key::editorSpellCheckEnabled));
 
   view->stopObservingPrefChanges();
   defaults().setBoolForKey(true, Key::editorSpellCheckEnabled);
-  NotificationCenter::localCenter().postNotification(Notice::spellingAndGrammarSettingsDidChange);
+  localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
   EXPECT_FALSE(view->isContinuousSpellCheckingEnabled());
 }
 
