@@ -38,7 +38,12 @@ QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatfo
     : m_config(config),
       m_platform(std::move(platform)),
       m_reminderAlarm([this] { return m_config.groupProperties(); }, this,
-                      [this](ReminderAlarm&) { reminderAlarmFired(); }, {m_platform.clock, m_platform.timers}),
+                      [this](ReminderAlarm&) { reminderAlarmFired(); },
+                      {.clock = m_platform.clock,
+                       .timers = m_platform.timers,
+                       .localCenter = &NotificationCenter::localCenter(),
+                       .workspaceCenter = &NotificationCenter::workspaceCenter(),
+                       .distributedCenter = &DistributedNotificationCenter::sharedCenter()}),
       m_globalShortcut(
           PTHotKeyCenter::sharedCenter(), *this, [this](PTHotKey& hotKey) { hitHotKey(&hotKey); },
           [this](const QString& problem) {

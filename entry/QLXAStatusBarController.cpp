@@ -29,8 +29,8 @@ static QRectF screenAround(const QRectF& rect) {
   return flipped((holding ? holding : main)->geometry(), mainScreenHeight());
 }
 
-QLXAStatusBarController::QLXAStatusBarController(NotificationCenter& notices)
-    : m_notices(notices),
+QLXAStatusBarController::QLXAStatusBarController(NotificationCenter& localCenter)
+    : m_localCenter(localCenter),
       m_image(u"menubar-black"_s),
       m_alternateImage(u"menubar-white"_s),
       m_reminderImage(u"menubar-red"_s),
@@ -77,7 +77,8 @@ void QLXAStatusBarController::setStatusItem(std::unique_ptr<StatusItem> item) {
     // The click's press has closed the window already: that was the toggle.
     if (!m_entryWindowController || !m_entryWindowController->wasJustDismissedHere()) doxLeftMouseDown();
   });
-  m_statusItem->onGeometryChanged([this] { m_notices.postNotification(Notice::windowDidMove, m_statusItem.get()); });
+  m_statusItem->onGeometryChanged(
+      [this] { m_localCenter.postNotification(Notice::windowDidMove, m_statusItem.get()); });
   updateButtonWithCorrectImage();
 }
 
@@ -88,7 +89,7 @@ void QLXAStatusBarController::setEntryWindowController(std::shared_ptr<AgentEntr
   m_opaqueWindowCloseObserver.reset();
   m_entryWindowController = std::move(controller);
   if (!m_entryWindowController) return;
-  m_opaqueWindowCloseObserver = m_notices.observe(
+  m_opaqueWindowCloseObserver = m_localCenter.observe(
       Notice::windowWillClose, [this](const Notification&) { hideEntryWindow(); }, m_entryWindowController.get());
 }
 
@@ -161,7 +162,7 @@ void QLXAStatusBarController::showEntryWindowInMode(EntryWindowMode mode) {
   m_entryWindowController->showWindowInMode(mode);
   if (!m_statusItem || !m_isShowingEntryWindow) return;
   // Panels rearrange their icons: the window follows while it is shown.
-  m_statusItemObservation = m_notices.observe(
+  m_statusItemObservation = m_localCenter.observe(
       Notice::windowDidMove, [this](const Notification&) { positionEntryWindow(); }, m_statusItem.get());
 }
 

@@ -26,8 +26,8 @@ class QLXAStatusBarController : public QObject {
   Q_OBJECT
 
  public:
-  // The centre tells of the window that closes; it must outlive the controller.
-  explicit QLXAStatusBarController(NotificationCenter& notices);
+  // The centre is the one in which the entry window tells that it closes; it must outlive the controller.
+  explicit QLXAStatusBarController(NotificationCenter& localCenter);
   ~QLXAStatusBarController() override;
 
   // Keeps a copy of the menu with the same items; whoever validates the items when the given menu is about to show is
@@ -80,7 +80,7 @@ class QLXAStatusBarController : public QObject {
  private:
   void updateButtonWithCorrectImage();
 
-  NotificationCenter& m_notices;
+  NotificationCenter& m_localCenter;
   // The pictures of the item. The black one is a template and takes the colour that reads on the panel, so no state
   // shows the white one; it is declared with the others all the same.
   QString m_image;

@@ -29,12 +29,15 @@ Date ReminderAlarm::now() const {
 void ReminderAlarm::start() {
   if (m_isStarted) return;
   m_isStarted = true;
-  const auto onSystemEvent = [this](const Notification&) { alarmInvalidatingSystemEventOccurred(); };
-  m_observations.push_back(m_services.localCenter.observe(Notice::systemClockDidChange, onSystemEvent));
-  m_observations.push_back(m_services.localCenter.observe(Notice::systemTimeZoneDidChange, onSystemEvent));
-  m_observations.push_back(m_services.workspaceCenter.observe(Notice::workspaceDidWake, onSystemEvent));
-  m_observations.push_back(m_services.distributedCenter.observe(
-      Notice::reminderSettingsDidChange, [this](const Notification&) { reminderSettingsChanged(); }));
+  const auto observe = [this](NotificationCenter* center, QLatin1StringView name, void (ReminderAlarm::*react)()) {
+    if (center)
+      m_observations.push_back(center->observe(name, [this, react](const Notification&) { (this->*react)(); }));
+  };
+  observe(m_services.localCenter, Notice::systemClockDidChange, &ReminderAlarm::alarmInvalidatingSystemEventOccurred);
+  observe(m_services.localCenter, Notice::systemTimeZoneDidChange,
+          &ReminderAlarm::alarmInvalidatingSystemEventOccurred);
+  observe(m_services.workspaceCenter, Notice::workspaceDidWake, &ReminderAlarm::alarmInvalidatingSystemEventOccurred);
+  observe(m_services.distributedCenter, Notice::reminderSettingsDidChange, &ReminderAlarm::reminderSettingsChanged);
   reset();
 }
 

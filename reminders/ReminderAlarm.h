@@ -2,7 +2,6 @@
 
 #include "config/PersistentPropertyList.h"
 #include "foundation/Date.h"
-#include "foundation/DistributedNotificationCenter.h"
 #include "foundation/NotificationCenter.h"
 #include "platform/Clock.h"
 #include "platform/OneShotTimer.h"
@@ -17,13 +16,14 @@
 
 namespace quillo {
 
-// What the alarm hears and moves by. All of it must outlive the alarm.
+// What the alarm hears and moves by. All of it must outlive the alarm; without one of the centres it does not hear of
+// what would be told there.
 struct ReminderAlarmServices {
   const Clock& clock;
   OneShotTimerFactory& timers;
-  NotificationCenter& localCenter = NotificationCenter::localCenter();
-  NotificationCenter& workspaceCenter = NotificationCenter::workspaceCenter();
-  NotificationCenter& distributedCenter = DistributedNotificationCenter::sharedCenter();
+  NotificationCenter* localCenter{nullptr};
+  NotificationCenter* workspaceCenter{nullptr};
+  NotificationCenter* distributedCenter{nullptr};
 };
 
 // Keeps one timer armed for the next journal reminder, acts when it fires, and arms the next. The date is kept and the

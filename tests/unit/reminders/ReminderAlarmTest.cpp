@@ -49,7 +49,7 @@ class ReminderAlarmTest : public testing::Test {
                                               ++actions;
                                               if (onAction) onAction();
                                             },
-                                            ReminderAlarmServices{timers, timers, local, workspace, distributed});
+                                            ReminderAlarmServices{timers, timers, &local, &workspace, &distributed});
   }
   ~ReminderAlarmTest() override { qunsetenv("TZ"); }
 
