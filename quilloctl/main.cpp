@@ -66,9 +66,9 @@ class Services {
       m_applications.emplace();
       const LoginHelper helper = agentLoginHelper(m_homeArguments);
       m_agent.emplace(*m_applications, helper);
-      m_loginItems.emplace(*m_applications, helper, [this](const QString& program, const QStringList& arguments) {
-        return m_agent->launch(program, arguments);
-      });
+      m_loginItems.emplace(
+          XdgLoginItems::autostartFolder(UserDirectories::current()), *m_applications, helper,
+          [this](const QString& program, const QStringList& arguments) { return m_agent->launch(program, arguments); });
       LoginItem::setSharedServices({&*m_loginItems, &*m_applications});
     }
     return {*m_applications, *m_agent, m_workspace, notify};

@@ -13,6 +13,8 @@
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileModeMask.h"
 #include "foundation/Log.h"
+#include "foundation/UserDefaults.h"
+#include "foundation/UserDirectories.h"
 #include "platform/linux/LinuxSystemEvents.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
@@ -29,6 +31,7 @@
 #include "platform/linux/desktop/TrayStatusItem.h"
 #include "platform/linux/sound/SoundEffects.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/services/PositionProvider.h"
 #include "qlcore/services/QLLocationManager.h"
 #include "qlcore/services/QLWeatherManager.h"
 #include "reminders/SystemNotices.h"
@@ -155,7 +158,10 @@ int main(int argc, char** argv) {
   config.setWorkspace(&workspace);
   QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
 
-  XdgLoginItems loginItems(runningApplications, agentLoginHelper(homeArguments()));
+  const UserDirectories& directories = UserDirectories::current();
+  UserDefaults& ownDefaults = UserDefaults::standardUserDefaults();
+  XdgLoginItems loginItems(XdgLoginItems::autostartFolder(directories), runningApplications,
+                           agentLoginHelper(homeArguments()));
   LoginItem::setSharedServices({&loginItems, &runningApplications});
   const SystemClock clock;
   WallClockTimerFactory timers(clock);
@@ -165,16 +171,17 @@ int main(int argc, char** argv) {
   PTHotKeyCenter::sharedCenter().setPlatform(hotKeys.get());
 
   RawButtonPresses outsideClicks;
-  QLWeatherManager weather(clock);
-  SoundEffects sounds;
+  QLWeatherManager weather(clock, QLWeatherManager::standardSettings(ownDefaults, directories.caches));
+  SoundEffects sounds(Bundle::mainBundle());
   SessionBusUserNotifications userNotifications(u"quillo-agent"_s, sounds);
 
   int code = 0;
   {
     QuilloAgentAppDelegate delegate(
         config, {runningApplications, workspace, [] { return std::make_unique<TrayStatusItem>(); }, compositorIsRunning,
-                 keepOutOfTaskBar, outsideClicks, [] { return std::make_unique<QLLocationManager>(); }, weather, clock,
-                 timers, [] { QApplication::exit(); }, &userNotifications, &sounds});
+                 keepOutOfTaskBar, outsideClicks,
+                 [&ownDefaults] { return std::make_unique<QLLocationManager>(positionProvider(ownDefaults)); }, weather,
+                 clock, timers, [] { QApplication::exit(); }, &userNotifications, &sounds});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      [&delegate] { delegate.applicationWillTerminate(); });
     const SessionEnd sessionEnd(application, [&delegate] { delegate.applicationWillTerminate(); });

@@ -42,11 +42,15 @@ struct XdgLoginItems::File {
   [[nodiscard]] QUrl url() const { return entry.url.value_or(QUrl::fromLocalFile(executable)); }
 };
 
-XdgLoginItems::XdgLoginItems(RunningApplications& running, LoginHelper helper, Starter starter)
+QString XdgLoginItems::autostartFolder(const UserDirectories& user) {
+  return user.configuration + u"/autostart"_s;
+}
+
+XdgLoginItems::XdgLoginItems(QString autostartFolder, RunningApplications& running, LoginHelper helper, Starter starter)
     : m_running(running),
       m_helper(std::move(helper)),
       m_start(std::move(starter)),
-      m_directory(UserDirectories::current().configuration + u"/autostart"_s) {}
+      m_directory(std::move(autostartFolder)) {}
 
 std::optional<qint64> XdgLoginItems::startDetached(const QString& program, const QStringList& arguments) {
   QProcess process;

@@ -11,6 +11,7 @@ namespace quillo {
 
 class RunningApplications;
 struct AutostartEntry;
+struct UserDirectories;
 
 // Login items as desktop files in the user's autostart folder. The helper's is BUNDLE.desktop; those of the session's
 // list carry their URL and their place. An entry that is switched off by hand, damaged, or whose program is gone does
@@ -20,9 +21,12 @@ class XdgLoginItems final : public LoginItems {
   // Starts a program on its own; false when it could not be started.
   using Starter = std::function<bool(const QString& program, const QStringList& arguments)>;
 
-  // The folder is `autostart` in the user's configuration directory. `running` must outlive the object.
+  // `autostart` in the user's configuration directory.
+  [[nodiscard]] static QString autostartFolder(const UserDirectories& user);
+
+  // `running` must outlive the object.
   XdgLoginItems(
-      RunningApplications& running, LoginHelper helper,
+      QString autostartFolder, RunningApplications& running, LoginHelper helper,
       Starter starter = [](auto& program, auto& arguments) { return startDetached(program, arguments).has_value(); });
 
   // Only the helper given can be enabled. A helper that runs already is not started a second time.

@@ -1,7 +1,6 @@
 #include "qlcore/services/QLLocationManager.h"
 
 #include "foundation/Log.h"
-#include "foundation/UserDefaults.h"
 #include "qlcore/services/PositionProvider.h"
 #include "qlcore/services/QLLocationFormatter.h"
 
@@ -30,8 +29,6 @@ int milliseconds(double seconds) {
 }
 
 }  // namespace
-
-QLLocationManager::QLLocationManager() : QLLocationManager(positionProvider(UserDefaults::standardUserDefaults())) {}
 
 QLLocationManager::QLLocationManager(std::unique_ptr<PositionProvider> provider) : m_provider(std::move(provider)) {
   m_timeout.setSingleShot(true);

@@ -26,8 +26,7 @@ class QLLocationManager final : public QObject, public LocationService {
   // Metres. More does not change the name of a place or its weather.
   static constexpr double sufficientAccuracy = 100;
 
-  // With the provider that the agent's own defaults choose.
-  QLLocationManager();
+  // See positionProvider() for the one that the agent's own defaults choose.
   explicit QLLocationManager(std::unique_ptr<PositionProvider> provider);
   ~QLLocationManager() override;
 

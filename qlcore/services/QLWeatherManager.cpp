@@ -3,7 +3,6 @@
 #include "config/Keys.h"
 #include "foundation/Log.h"
 #include "foundation/UserDefaults.h"
-#include "foundation/UserDirectories.h"
 #include "qlcore/services/WeatherRequests.h"
 
 #include <utility>
@@ -30,9 +29,9 @@ QUrl serviceURL(const UserDefaults& ownDefaults) {
 
 }  // namespace
 
-QLWeatherManager::QLWeatherManager(const Clock& clock)
-    : QLWeatherManager(clock, {.baseURL = serviceURL(UserDefaults::standardUserDefaults()),
-                               .cacheFile = UserDirectories::current().caches + u"/quillo/Weather.json"_s}) {}
+QLWeatherManager::Settings QLWeatherManager::standardSettings(const UserDefaults& ownDefaults, const QString& caches) {
+  return {.baseURL = serviceURL(ownDefaults), .cacheFile = caches + u"/quillo/Weather.json"_s};
+}
 
 QLWeatherManager::QLWeatherManager(const Clock& clock, Settings settings)
     : m_requests(std::make_unique<WeatherRequests>(clock, std::move(settings))) {}

@@ -10,6 +10,7 @@
 namespace quillo {
 
 class Clock;
+class UserDefaults;
 class WeatherRequests;
 
 // The weather from the Locationforecast service of MET Norway, which needs no key and covers the world. Keeps to its
@@ -26,8 +27,10 @@ class QLWeatherManager final : public WeatherService {
     QString cacheFile{};
   };
 
-  // The base URL that the agent's own defaults name under Key::weatherServiceURL, else the public service's.
-  explicit QLWeatherManager(const Clock& clock);
+  // The base URL that the defaults name under Key::weatherServiceURL, else the public service's; what is kept goes
+  // below `caches`, the user's directory for that.
+  [[nodiscard]] static Settings standardSettings(const UserDefaults& ownDefaults, const QString& caches);
+
   // `clock` must outlive the manager.
   QLWeatherManager(const Clock& clock, Settings settings);
   ~QLWeatherManager() override;

@@ -1,6 +1,5 @@
 #include "platform/linux/sound/SoundEffects.h"
 
-#include "foundation/Bundle.h"
 #include "foundation/Log.h"
 
 #include <QCoreApplication>
@@ -39,7 +38,7 @@ bool SoundEffects::load() {
 }
 
 bool SoundEffects::playSoundNamed(const QString& name) {
-  const auto path = Bundle::mainBundle().pathForResource(u"sounds/"_s + name, u"wav"_s);
+  const auto path = m_bundle.pathForResource(u"sounds/"_s + name, u"wav"_s);
   if (!path) return false;
   if (!load()) return true;
   if (const auto play = reinterpret_cast<void (*)(const QUrl&)>(m_module.resolve("quilloPlaySound")))

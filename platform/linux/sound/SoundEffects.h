@@ -1,17 +1,20 @@
 #pragma once
 
+#include "foundation/Bundle.h"
 #include "platform/Sounds.h"
 
 #include <QLibrary>
 
+#include <utility>
+
 namespace quillo {
 
-// Plays wave files of the main bundle's folder "sounds". The first sound loads the multimedia library and opens the
+// Plays wave files of the bundle's folder "sounds". The first sound loads the multimedia library and opens the
 // sound system; until then nothing of it is touched. A sound that comes while the one before still rings takes its
 // place.
 class SoundEffects final : public Sounds {
  public:
-  SoundEffects() = default;
+  explicit SoundEffects(Bundle bundle) : m_bundle(std::move(bundle)) {}
   ~SoundEffects() override;
 
   bool playSoundNamed(const QString& name) override;
@@ -19,6 +22,7 @@ class SoundEffects final : public Sounds {
  private:
   bool load();
 
+  Bundle m_bundle;
   QLibrary m_module;
   bool m_triedToLoad{false};
 };

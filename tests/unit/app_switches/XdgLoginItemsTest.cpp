@@ -27,14 +27,14 @@ class XdgLoginItemsTest : public ManagerTest {
     QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     return path;
   }
-  QString folder() const { return UserDirectories::current().configuration + u"/autostart"_s; }
+  QString folder() const { return home.path(u".config/autostart"_s); }
   QString entryPath(const QString& label = agentID) const { return folder() + u'/' + label + u".desktop"_s; }
   void writeEntry(const QByteArray& bytes, const QString& label = agentID) {
     QDir().mkpath(folder());
     ASSERT_TRUE(writeFileInPlace(entryPath(label), bytes));
   }
   XdgLoginItems service(const QStringList& arguments = {}) {
-    return XdgLoginItems(running, {agentID, u"Quillo Agent"_s, u"Write"_s, u"quill"_s, helper, arguments},
+    return XdgLoginItems(folder(), running, {agentID, u"Quillo Agent"_s, u"Write"_s, u"quill"_s, helper, arguments},
                          [this](const QString& path, const QStringList& given) {
                            events << u"start "_s + path + u'|' + given.join(u'|');
                            return true;

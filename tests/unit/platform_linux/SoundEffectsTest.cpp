@@ -1,4 +1,3 @@
-#include "foundation/Bundle.h"
 #include "platform/linux/sound/SoundEffects.h"
 #include "tests/support/TestHome.h"
 
@@ -12,13 +11,10 @@ using namespace Qt::StringLiterals;
 TEST(SoundEffects, ASoundThatIsNotThereIsSilentAndNotReported) {
   const TestHome home;
   LogCapture log;
-  const Bundle before = Bundle::mainBundle();
-  Bundle::setMainBundle({home.path(), {}});
-  SoundEffects sounds;
+  SoundEffects sounds({home.path(), {}});
   EXPECT_FALSE(sounds.playSoundNamed(u"quillo-reminder"_s));
   EXPECT_FALSE(sounds.playSoundNamed({}));
   EXPECT_TRUE(log.lines().isEmpty());
-  Bundle::setMainBundle(before);
 }
 
 }  // namespace
