@@ -6,8 +6,8 @@
 #include "config/QuilloConfig.h"
 #include "config/URLAccess.h"
 #include "foundation/Bookmark.h"
-#include "foundation/DistributedNotificationCenter.h"
 #include "foundation/Log.h"
+#include "foundation/NotificationCenter.h"
 #include "foundation/RelativeDateText.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
@@ -25,8 +25,7 @@ using namespace Qt::StringLiterals;
 static constexpr QLatin1StringView crashReportIdentifier{"4f1c9e07a2b85d3e6c0f91a7b2d4e853"};
 static constexpr QLatin1StringView companyName{"Tallowmere, LLC"};
 
-void QuilloAgentAppDelegate::initialize() {
-  QuilloConfig& config = QuilloConfig::sharedConfig();
+void QuilloAgentAppDelegate::initialize(QuilloConfig& config) {
   const QUrl directory = QUrl::fromLocalFile(config.groupLogsDirectoryURL().toLocalFile() + u"/Agent"_s);
   setUpLogging(directory, config.verboseLogging());
 }
@@ -34,24 +33,26 @@ void QuilloAgentAppDelegate::initialize() {
 // Its address tells the delegate's own observation of the reminders from any other.
 static constexpr char remindersContext = 0;
 
-QuilloAgentAppDelegate::QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatform platform)
-    : m_config(config),
+QuilloAgentAppDelegate::QuilloAgentAppDelegate(AgentServices services, AgentPlatform platform)
+    : m_services(std::move(services)),
+      m_config(m_services.config),
       m_platform(std::move(platform)),
+      m_draft(m_services.draft),
       m_reminderAlarm([this] { return m_config.groupProperties(); }, this,
                       [this](ReminderAlarm&) { reminderAlarmFired(); },
                       {.clock = m_platform.clock,
                        .timers = m_platform.timers,
-                       .localCenter = &NotificationCenter::localCenter(),
-                       .workspaceCenter = &NotificationCenter::workspaceCenter(),
-                       .distributedCenter = &DistributedNotificationCenter::sharedCenter()}),
+                       .localCenter = &m_services.localCenter,
+                       .workspaceCenter = &m_services.workspaceCenter,
+                       .distributedCenter = &m_services.distributedCenter}),
       m_globalShortcut(
-          PTHotKeyCenter::sharedCenter(), *this, [this](PTHotKey& hotKey) { hitHotKey(&hotKey); },
+          m_services.hotKeyCenter, *this, [this](PTHotKey& hotKey) { hitHotKey(&hotKey); },
           [this](const QString& problem) {
             m_shortcutProblem = problem;
             if (m_statusController) m_statusController->updateToolTip();
           }),
       m_reminderDelivery([this] { return m_config.groupProperties(); },
-                         {.bundle = Bundle::mainBundle(),
+                         {.bundle = m_services.bundle,
                           .statusController = [this] { return m_statusController.get(); },
                           .entryWindowController = [this] { return m_entryWindowController; },
                           .userNotifications = m_platform.userNotifications,
@@ -92,7 +93,7 @@ bool QuilloAgentAppDelegate::validateMenuItem(QAction& item) {
   // Once an opening, with the first item: the menu shows what the main application wrote last.
   if (tag == ShowApplication)
     if (PersistentPropertyList* list = m_config.groupProperties()) list->synchronize();
-  const bool remind = RemindersManager::sharedManager().remindersAreEnabled();
+  const bool remind = m_services.remindersManager().remindersAreEnabled();
   if (tag == ReminderLine) item.setText(remind ? u"Next Reminder: "_s + nextReminderText() : u"Reminders: Off"_s);
   if (tag == ToggleReminders) item.setText(remind ? u"Disable Reminders"_s : u"Enable Reminders"_s);
   return tag != ReminderLine;
@@ -105,7 +106,7 @@ QString QuilloAgentAppDelegate::nextReminderText() const {
 }
 
 QString QuilloAgentAppDelegate::toolTip() const {
-  const bool remind = RemindersManager::sharedManager().remindersAreEnabled() && m_reminderAlarm.nextAlarmDate();
+  const bool remind = m_services.remindersManager().remindersAreEnabled() && m_reminderAlarm.nextAlarmDate();
   const QString text = remind ? u"Next Reminder: "_s + nextReminderText() : u"Quillo"_s;
   return m_shortcutProblem.isEmpty() ? text : text + u'\n' + m_shortcutProblem;
 }
@@ -113,16 +114,15 @@ QString QuilloAgentAppDelegate::toolTip() const {
 void QuilloAgentAppDelegate::keepToolTipUpToDate() {
   // Whatever makes the alarm calculate anew. Panels that ask for the tip when they show it need none of this.
   const auto update = [this](const Notification&) { m_statusController->updateToolTip(); };
-  NotificationCenter& local = NotificationCenter::localCenter();
+  NotificationCenter& local = m_services.localCenter;
   m_observations.push_back(local.observe(Notice::systemClockDidChange, update));
   m_observations.push_back(local.observe(Notice::systemTimeZoneDidChange, update));
-  m_observations.push_back(NotificationCenter::workspaceCenter().observe(Notice::workspaceDidWake, update));
-  m_observations.push_back(
-      DistributedNotificationCenter::sharedCenter().observe(Notice::reminderSettingsDidChange, update));
+  m_observations.push_back(m_services.workspaceCenter.observe(Notice::workspaceDidWake, update));
+  m_observations.push_back(m_services.distributedCenter.observe(Notice::reminderSettingsDidChange, update));
 }
 
 void QuilloAgentAppDelegate::toggleReminders() {
-  RemindersManager& reminders = RemindersManager::sharedManager();
+  RemindersManager& reminders = m_services.remindersManager();
   const bool wereOn = reminders.remindersAreEnabled();
   reminders.setRemindersAreEnabled(!wereOn);
   // The same change reaches the delegate's observation by way of the notification; a repetition is harmless.
@@ -192,7 +192,7 @@ void QuilloAgentAppDelegate::applicationWillFinishLaunching() {
 }
 
 void QuilloAgentAppDelegate::applicationDidFinishLaunching() {
-  CrashReportManager& manager = CrashReportManager::sharedManager();
+  CrashReportManager& manager = m_services.crashReportManager;
   manager.configureWithIdentifier(crashReportIdentifier, companyName, this);
   manager.setExceptionInterceptionEnabled(true);
   manager.startManager();
@@ -205,17 +205,17 @@ void QuilloAgentAppDelegate::showMainApplicationWindow() {
 void QuilloAgentAppDelegate::startApplication() {
   reloadEntryWindow();
 
-  m_statusController = std::make_unique<QLXAStatusBarController>(NotificationCenter::localCenter());
+  m_statusController = std::make_unique<QLXAStatusBarController>(m_services.localCenter);
   // The menu goes first: the status item takes over the controller's copy of it, which sorts the clicks.
   m_statusController->setContextualMenu(m_contextualMenu.get());
   m_statusController->setStatusItem(m_platform.makeStatusItem());
   m_statusController->setToolTip([this] { return toolTip(); });
   m_statusController->setEntryWindowController(m_entryWindowController);
 
-  RemindersManager& reminders = RemindersManager::sharedManager();
+  RemindersManager& reminders = m_services.remindersManager();
   m_observations.push_back(
       reminders.addObserver(*this, RemindersManager::remindersAreEnabledKeyPath, &remindersContext));
-  NotificationCenter& distributed = DistributedNotificationCenter::sharedCenter();
+  NotificationCenter& distributed = m_services.distributedCenter;
   m_observations.push_back(distributed.observe(Notice::journalPackagePathDidChange,
                                                [this](const Notification&) { packagePathDidChangeNotification(); }));
   m_observations.push_back(distributed.observe(Notice::menuBarEntryShortcutDidChange,
@@ -229,21 +229,21 @@ void QuilloAgentAppDelegate::startApplication() {
   keepToolTipUpToDate();
 
   QLMixpanelTracker::setTrackingEnabled(m_config.sendUsageData());
-  static_cast<void>(QLMixpanelTracker::sharedInstance());
+  m_services.usageTracker();
 }
 
 void QuilloAgentAppDelegate::startAlarmOnceSettingsAreReadable() {
-  m_settingsObservation = DistributedNotificationCenter::sharedCenter().observe(
-      Notice::reminderSettingsDidChange, [this](const Notification&) {
+  m_settingsObservation =
+      m_services.distributedCenter.observe(Notice::reminderSettingsDidChange, [this](const Notification&) {
         if (!m_config.groupProperties()) return;
         m_settingsObservation.reset();
-        if (RemindersManager::sharedManager().remindersAreEnabled()) m_reminderAlarm.start();
+        if (m_services.remindersManager().remindersAreEnabled()) m_reminderAlarm.start();
       });
 }
 
 void QuilloAgentAppDelegate::observeValueForKeyPath(const QString&, KeyValueObservable&, const void* context) {
   if (context != &remindersContext) return;
-  if (RemindersManager::sharedManager().remindersAreEnabled()) {
+  if (m_services.remindersManager().remindersAreEnabled()) {
     m_reminderAlarm.reset();
     m_reminderAlarm.start();
   } else {
@@ -260,7 +260,7 @@ void QuilloAgentAppDelegate::reminderAlarmFired() {
 
 void QuilloAgentAppDelegate::orderFrontAboutWindow() {
   if (!m_aboutWindowController)
-    m_aboutWindowController = std::make_unique<AboutWindowController>(m_platform.workspace, Bundle::mainBundle());
+    m_aboutWindowController = std::make_unique<AboutWindowController>(m_platform.workspace, m_services.bundle);
   m_aboutWindowController->showWindow();
 }
 

@@ -9,7 +9,7 @@
 #include "entry/AlertSheet.h"
 #include "entry/OpenPanelSheet.h"
 #include "entry/QLXAStatusBarController.h"
-#include "entry/session/EntryDraft.h"
+#include "foundation/Bundle.h"
 #include "foundation/KeyValueObserving.h"
 #include "platform/OutsideClicks.h"
 #include "platform/RunningApplications.h"
@@ -31,7 +31,29 @@ class QMenu;
 
 namespace quillo {
 
+class EntryDraft;
+class NotificationCenter;
+class QLMixpanelTracker;
 class QuilloConfig;
+class RemindersManager;
+
+// What the delegate works with of the program itself. All must outlive it.
+struct AgentServices {
+  QuilloConfig& config;
+  // The program's own.
+  Bundle bundle;
+  NotificationCenter& localCenter;
+  NotificationCenter& workspaceCenter;
+  NotificationCenter& distributedCenter;
+  PTHotKeyCenter& hotKeyCenter;
+  CrashReportManager& crashReportManager;
+  // For what the entry window holds and no journal has yet.
+  EntryDraft& draft;
+  // Made at the first call, which may be the first to write into the settings.
+  std::function<RemindersManager&()> remindersManager;
+  // Made at the first call, when it is known whether usage events are wanted.
+  std::function<QLMixpanelTracker&()> usageTracker;
+};
 
 // The services of the desktop that the delegate passes on or calls. All must outlive it.
 struct AgentPlatform {
@@ -69,9 +91,9 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   };
 
   // Sets logging up; once, before the first object of this class is made.
-  static void initialize();
+  static void initialize(QuilloConfig& config);
 
-  QuilloAgentAppDelegate(QuilloConfig& config, AgentPlatform platform);
+  QuilloAgentAppDelegate(AgentServices services, AgentPlatform platform);
   ~QuilloAgentAppDelegate() override;
 
   // Makes sure that the journal is reachable: renews the own bookmark from the shared one where the configured location
@@ -129,11 +151,12 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
 
   // The window's size in points. Nothing reads it: it is kept as the declared default.
   [[maybe_unused]] QSizeF m_entryWindowSize{328.0, 268.0};
+  AgentServices m_services;
   QuilloConfig& m_config;
   AgentPlatform m_platform;
   AlertSheet m_alerts;
   OpenPanelSheet m_openPanel;
-  EntryDraft m_draft{EntryDraft::defaultPath(), EntryDraft::defaultFormerPath()};
+  EntryDraft& m_draft;
   ReminderAlarm m_reminderAlarm;
   // Declared in the order of need: the window's controller goes before the menu that it shows.
   std::unique_ptr<QMenu> m_contextualMenu;

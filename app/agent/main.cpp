@@ -7,12 +7,15 @@
 #include "app/SessionEnd.h"
 #include "app/logging/LoggingSetup.h"
 #include "app/switches/LoginItem.h"
+#include "app/switches/RemindersManager.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
+#include "entry/session/EntryDraft.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileModeMask.h"
 #include "foundation/Log.h"
+#include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 #include "foundation/UserDirectories.h"
 #include "platform/linux/LinuxSystemEvents.h"
@@ -31,6 +34,7 @@
 #include "platform/linux/desktop/TrayStatusItem.h"
 #include "platform/linux/sound/SoundEffects.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/QLMixpanelTracker.h"
 #include "qlcore/services/PositionProvider.h"
 #include "qlcore/services/QLLocationManager.h"
 #include "qlcore/services/QLWeatherManager.h"
@@ -54,14 +58,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The --home that this process was given, for a copy of it that is started at login.
-QStringList& homeArguments() {
-  static QStringList arguments;
-  return arguments;
-}
-
-// Answers an exit code where the program is to end at once.
-std::optional<int> readArguments(int argc, char** argv) {
+// Answers an exit code where the program is to end at once. What a copy of it that is started at login has to be given
+// to use the same home goes into `homeArguments`.
+std::optional<int> readArguments(int argc, char** argv, QStringList& homeArguments) {
   CLI::App program("Quillo's menu-bar agent: a quill in the tray, a click away from writing into the journal.",
                    "quillo-agent");
   program.set_version_flag("--version", "quillo-agent " QUILLO_VERSION);
@@ -79,11 +78,11 @@ std::optional<int> readArguments(int argc, char** argv) {
     return 1;
   }
   UserDirectories::moveTo(directory);
-  homeArguments() = {u"--home"_s, UserDirectories::current().home};
+  homeArguments = {u"--home"_s, UserDirectories::current().home};
   return std::nullopt;
 }
 
-// The toolkit and the X library wait for ever, or end the program, where they get no descriptor; an idle agent has 15.
+// Qt and the X library wait for ever, or end the program, where they get no descriptor; an idle agent has 15.
 // False, with the reason said, where so few are allowed that this is bound to happen.
 bool takeEnoughDescriptors() {
   static constexpr rlim_t wanted = 4096;
@@ -117,12 +116,95 @@ Bundle agentBundle() {
            {InfoKey::copyright, QString(ProductInformation::copyright)}}};
 }
 
+AgentServices agentServices(QuilloConfig& config, EntryDraft& draft) {
+  return {.config = config,
+          .bundle = Bundle::mainBundle(),
+          .localCenter = NotificationCenter::localCenter(),
+          .workspaceCenter = NotificationCenter::workspaceCenter(),
+          .distributedCenter = DistributedNotificationCenter::sharedCenter(),
+          .hotKeyCenter = PTHotKeyCenter::sharedCenter(),
+          .crashReportManager = CrashReportManager::sharedManager(),
+          .draft = draft,
+          .remindersManager = &RemindersManager::sharedManager,
+          .usageTracker = &QLMixpanelTracker::sharedInstance};
+}
+
+// From the set-up of the log to the end of the event loop.
+int runAgent(QApplication& application, const QStringList& homeArguments, DisplayChoice display) {
+  QuilloConfig& config = QuilloConfig::sharedConfig();
+  QuilloAgentAppDelegate::initialize(config);
+  QLLogInfo(description(display));
+  const TerminationSignals signals([] { QApplication::exit(); });
+  SessionBusNotifications notifications;
+  DistributedNotificationCenter::sharedCenter().setTransport(&notifications);
+  SessionBusApplications runningApplications;
+  runningApplications.registerSelf(Identifier::agent, [] { QApplication::exit(); });
+  XdgWorkspace workspace;
+  config.setWorkspace(&workspace);
+  QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
+
+  const UserDirectories& directories = UserDirectories::current();
+  UserDefaults& ownDefaults = UserDefaults::standardUserDefaults();
+  XdgLoginItems loginItems(XdgLoginItems::autostartFolder(directories), runningApplications,
+                           agentLoginHelper(homeArguments));
+  LoginItem::setSharedServices({.loginItems = &loginItems, .runningApplications = &runningApplications});
+  const SystemClock clock;
+  WallClockTimerFactory timers(clock);
+  XkbKeyboardLayouts keyboardLayouts;
+  PTKeyCodeTranslator::setKeyboardLayouts(&keyboardLayouts);
+  const auto hotKeys = hotKeysOfDesktop(u"Write a journal entry"_s, keyboardLayouts);
+  PTHotKeyCenter::sharedCenter().setPlatform(hotKeys.get());
+
+  RawButtonPresses outsideClicks;
+  QLWeatherManager weather(clock, QLWeatherManager::standardSettings(ownDefaults, directories.caches));
+  SoundEffects sounds(Bundle::mainBundle());
+  SessionBusUserNotifications userNotifications(u"quillo-agent"_s, sounds);
+
+  int code = 0;
+  {
+    EntryDraft draft(EntryDraft::defaultPath(), EntryDraft::defaultFormerPath());
+    QuilloAgentAppDelegate delegate(
+        agentServices(config, draft),
+        {.runningApplications = runningApplications,
+         .workspace = workspace,
+         .makeStatusItem = [] { return std::make_unique<TrayStatusItem>(); },
+         .compositorIsRunning = compositorIsRunning,
+         .keepOutOfTaskBar = keepOutOfTaskBar,
+         .outsideClicks = outsideClicks,
+         .makeLocationManager =
+             [&ownDefaults] { return std::make_unique<QLLocationManager>(positionProvider(ownDefaults)); },
+         .weather = weather,
+         .clock = clock,
+         .timers = timers,
+         .terminate = [] { QApplication::exit(); },
+         .userNotifications = &userNotifications,
+         .sounds = &sounds});
+    QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
+                     [&delegate] { delegate.applicationWillTerminate(); });
+    const SessionEnd sessionEnd(application, [&delegate] { delegate.applicationWillTerminate(); });
+    runningApplications.setOnToggle([&delegate] { delegate.hitHotKey(nullptr); });
+    delegate.applicationWillFinishLaunching();
+    delegate.applicationDidFinishLaunching();
+    // After the icon: nothing of the system has to be listened to for showing it.
+    LinuxSystemEvents events;
+    postSystemNotices(events, NotificationCenter::localCenter(), NotificationCenter::workspaceCenter());
+    code = QApplication::exec();
+    runningApplications.setOnToggle(nullptr);
+  }
+  PTHotKeyCenter::sharedCenter().setPlatform(nullptr);
+  PTKeyCodeTranslator::setKeyboardLayouts(nullptr);
+  DistributedNotificationCenter::sharedCenter().setTransport(nullptr);
+  closeLog();
+  return code;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   // Entries, settings and logs are for the user alone.
   FileModeMask::makePrivate();
-  if (const auto code = readArguments(argc, argv)) return *code;
+  QStringList homeArguments;
+  if (const auto code = readArguments(argc, argv, homeArguments)) return *code;
   if (!takeEnoughDescriptors()) return 1;
   if (!displayIsReachable()) {
     std::cerr << "quillo-agent: there is no display to show the tray icon on (is DISPLAY set?)\n";
@@ -142,61 +224,9 @@ int main(int argc, char** argv) {
   // There is no main window whose closing would mean the end.
   QApplication::setQuitOnLastWindowClosed(false);
   Bundle::setMainBundle(agentBundle());
-  // The toolkit's cache would wake the idle agent half a minute after each drawing of the icon, to look for pixmaps
+  // Qt's cache would wake the idle agent half a minute after each drawing of the icon, to look for pixmaps
   // that nobody uses. What the agent draws is small and seldom.
   QPixmapCache::setCacheLimit(0);
 
-  QuilloAgentAppDelegate::initialize();
-  QLLogInfo(description(display));
-  const TerminationSignals signals([] { QApplication::exit(); });
-  SessionBusNotifications notifications;
-  DistributedNotificationCenter::sharedCenter().setTransport(&notifications);
-  SessionBusApplications runningApplications;
-  runningApplications.registerSelf(Identifier::agent, [] { QApplication::exit(); });
-  XdgWorkspace workspace;
-  QuilloConfig& config = QuilloConfig::sharedConfig();
-  config.setWorkspace(&workspace);
-  QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
-
-  const UserDirectories& directories = UserDirectories::current();
-  UserDefaults& ownDefaults = UserDefaults::standardUserDefaults();
-  XdgLoginItems loginItems(XdgLoginItems::autostartFolder(directories), runningApplications,
-                           agentLoginHelper(homeArguments()));
-  LoginItem::setSharedServices({&loginItems, &runningApplications});
-  const SystemClock clock;
-  WallClockTimerFactory timers(clock);
-  XkbKeyboardLayouts keyboardLayouts;
-  PTKeyCodeTranslator::setKeyboardLayouts(&keyboardLayouts);
-  const auto hotKeys = hotKeysOfDesktop(u"Write a journal entry"_s, keyboardLayouts);
-  PTHotKeyCenter::sharedCenter().setPlatform(hotKeys.get());
-
-  RawButtonPresses outsideClicks;
-  QLWeatherManager weather(clock, QLWeatherManager::standardSettings(ownDefaults, directories.caches));
-  SoundEffects sounds(Bundle::mainBundle());
-  SessionBusUserNotifications userNotifications(u"quillo-agent"_s, sounds);
-
-  int code = 0;
-  {
-    QuilloAgentAppDelegate delegate(
-        config, {runningApplications, workspace, [] { return std::make_unique<TrayStatusItem>(); }, compositorIsRunning,
-                 keepOutOfTaskBar, outsideClicks,
-                 [&ownDefaults] { return std::make_unique<QLLocationManager>(positionProvider(ownDefaults)); }, weather,
-                 clock, timers, [] { QApplication::exit(); }, &userNotifications, &sounds});
-    QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
-                     [&delegate] { delegate.applicationWillTerminate(); });
-    const SessionEnd sessionEnd(application, [&delegate] { delegate.applicationWillTerminate(); });
-    runningApplications.setOnToggle([&delegate] { delegate.hitHotKey(nullptr); });
-    delegate.applicationWillFinishLaunching();
-    delegate.applicationDidFinishLaunching();
-    // After the icon: nothing of the system has to be listened to for showing it.
-    LinuxSystemEvents events;
-    postSystemNotices(events, NotificationCenter::localCenter(), NotificationCenter::workspaceCenter());
-    code = QApplication::exec();
-    runningApplications.setOnToggle(nullptr);
-  }
-  PTHotKeyCenter::sharedCenter().setPlatform(nullptr);
-  PTKeyCodeTranslator::setKeyboardLayouts(nullptr);
-  DistributedNotificationCenter::sharedCenter().setTransport(nullptr);
-  closeLog();
-  return code;
+  return runAgent(application, homeArguments, display);
 }

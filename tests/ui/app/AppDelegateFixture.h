@@ -3,15 +3,16 @@
 #include "PTHotKey/PTHotKeyCenter.h"
 #include "app/QuilloAgentAppDelegate.h"
 #include "app/switches/AgentManager.h"
-#include "app/switches/LoginItem.h"
 #include "app/switches/RemindersManager.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
+#include "entry/session/EntryDraft.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "platform/Clock.h"
 #include "platform/OneShotTimer.h"
 #include "platform/Sounds.h"
 #include "platform/UserNotifications.h"
+#include "qlcore/QLMixpanelTracker.h"
 #include "tests/support/FakeHotKeys.h"
 #include "tests/support/TestHome.h"
 
@@ -115,12 +116,7 @@ struct SilentStatusItem : StatusItem {
 class AppDelegateTest : public testing::Test {
  protected:
   AppDelegateTest() {
-    RemindersManager::resetSharedManager();
-    AgentManager::resetSharedManager();
-    QuilloConfig::resetSharedConfig();
-    UserDefaults::resetStandardUserDefaults();
-    LoginItem::setSharedServices({nullptr, nullptr});
-    PTHotKeyCenter::sharedCenter().setPlatform(&hotKeys);
+    forgetSettings();
     list().setObjectForKey(16, Key::remindersFrequency);
     list().setObjectForKey(1, Key::remindersInterval);
     list().setObjectForKey(Date::since1970(1394485200), Key::remindersBaseDate);  // 2014-03-10T21:00:00Z
@@ -129,35 +125,59 @@ class AppDelegateTest : public testing::Test {
   }
   void makeDelegate(FakeReminderOutlets* reminderOutlets) { makeDelegate(reminderOutlets, desktop, desktop); }
   void makeDelegate(FakeReminderOutlets* reminderOutlets, const Clock& clock, OneShotTimerFactory& timers) {
-    AgentPlatform platform{desktop,
-                           desktop,
-                           [this] {
-                             ++desktop.statusItems;
-                             return std::make_unique<SilentStatusItem>(desktop.toolTips);
-                           },
-                           [] { return true; },
-                           {},
-                           desktop,
-                           {},
-                           desktop,
-                           clock,
-                           timers,
-                           [this] { desktop.ended = true; },
-                           reminderOutlets,
-                           reminderOutlets};
-    delegate = std::make_unique<QuilloAgentAppDelegate>(config(), std::move(platform));
+    AgentServices services{.config = config(),
+                           .bundle = {u":/quillo"_s, {}},
+                           .localCenter = NotificationCenter::localCenter(),
+                           .workspaceCenter = workspaceCenter,
+                           .distributedCenter = distributedCenter,
+                           .hotKeyCenter = hotKeyCenter,
+                           .crashReportManager = crashReportManager,
+                           .draft = draft,
+                           .remindersManager = [this]() -> RemindersManager& { return reminders(); },
+                           .usageTracker = &QLMixpanelTracker::sharedInstance};
+    AgentPlatform platform{.runningApplications = desktop,
+                           .workspace = desktop,
+                           .makeStatusItem =
+                               [this] {
+                                 ++desktop.statusItems;
+                                 return std::make_unique<SilentStatusItem>(desktop.toolTips);
+                               },
+                           .compositorIsRunning = [] { return true; },
+                           .keepOutOfTaskBar = {},
+                           .outsideClicks = desktop,
+                           .makeLocationManager = {},
+                           .weather = desktop,
+                           .clock = clock,
+                           .timers = timers,
+                           .terminate = [this] { desktop.ended = true; },
+                           .userNotifications = reminderOutlets,
+                           .sounds = reminderOutlets};
+    delegate = std::make_unique<QuilloAgentAppDelegate>(std::move(services), std::move(platform));
   }
   ~AppDelegateTest() override {
     delegate.reset();
     SilentStatusItem::source() = {};
-    PTHotKeyCenter::sharedCenter().setPlatform(nullptr);
-    RemindersManager::resetSharedManager();
-    AgentManager::resetSharedManager();
-    QuilloConfig::resetSharedConfig();
-    UserDefaults::resetStandardUserDefaults();
   }
-  static QuilloConfig& config() { return QuilloConfig::sharedConfig(); }
-  static PersistentPropertyList& list() { return *config().groupProperties(); }
+  // What a new process reads anew. There may be no delegate.
+  void forgetSettings() {
+    remindersManager.reset();
+    agentManager =
+        std::make_unique<AgentManager>([this] { return config().groupProperties(); }, distributedCenter,
+                                       LoginItemServices(), [this]() -> RemindersManager& { return reminders(); });
+    ownConfig =
+        std::make_unique<QuilloConfig>(UserDirectories::current(), ownDefaults, [](const char*) { return QString(); });
+  }
+  RemindersManager& reminders() {
+    if (!remindersManager) {
+      RemindersManager::initialize(config().groupProperties(), ownDefaults);
+      remindersManager =
+          std::make_unique<RemindersManager>([this] { return config().groupProperties(); }, distributedCenter,
+                                             [this]() -> AgentManager& { return *agentManager; });
+    }
+    return *remindersManager;
+  }
+  [[nodiscard]] QuilloConfig& config() const { return *ownConfig; }
+  [[nodiscard]] PersistentPropertyList& list() const { return *config().groupProperties(); }
   QStringList openedMenu() {
     Q_EMIT delegate->contextualMenu().aboutToShow();
     QStringList titles;
@@ -166,15 +186,24 @@ class AppDelegateTest : public testing::Test {
     return titles;
   }
   // As when the other application has written the setting.
-  static void switchReminders(bool on) {
+  void switchReminders(bool on) {
     list().setBoolForKey(on, Key::remindersEnabled);
-    DistributedNotificationCenter::sharedCenter().postNotification(Notice::remindersManagerValuesDidChange);
+    distributedCenter.postNotification(Notice::remindersManagerValuesDidChange);
   }
 
   TestHome home;
   FakeDesktop desktop;
   FakeHotKeys hotKeys;
   FakeReminderOutlets outlets;
+  UserDefaults ownDefaults{home.path(), u"own"_s};
+  NotificationCenter workspaceCenter;
+  DistributedNotificationCenter distributedCenter;
+  PTHotKeyCenter hotKeyCenter{&hotKeys};
+  CrashReportManager crashReportManager{home.path(u"CrashReports"_s)};
+  EntryDraft draft{home.path(u"UnsavedEntry.plist"_s)};
+  std::unique_ptr<QuilloConfig> ownConfig;
+  std::unique_ptr<AgentManager> agentManager;
+  std::unique_ptr<RemindersManager> remindersManager;
   std::unique_ptr<QuilloAgentAppDelegate> delegate;
 };
 

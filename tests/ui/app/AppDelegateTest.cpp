@@ -34,7 +34,7 @@ TEST_F(AppDelegateTest, TheSwitchOfRemindersStopsAndStartsTheAlarm) {
   EXPECT_FALSE(delegate->reminderAlarm().isStarted());
   const int another = 0;
   list().setBoolForKey(true, Key::remindersEnabled);
-  delegate->observeValueForKeyPath(u"remindersAreEnabled"_s, RemindersManager::sharedManager(), &another);
+  delegate->observeValueForKeyPath(u"remindersAreEnabled"_s, reminders(), &another);
   EXPECT_FALSE(delegate->reminderAlarm().isStarted());
 }
 
@@ -44,18 +44,16 @@ TEST_F(AppDelegateTest, SettingsThatWereUnreadableAtTheStartAreReadAtTheNextNoti
     list().setBoolForKey(true, Key::remindersEnabled);
     const QByteArray settings = *contentsOfFile(path);
     delegate.reset();
-    RemindersManager::resetSharedManager();
-    QuilloConfig::resetSharedConfig();
+    forgetSettings();
     ASSERT_TRUE(writeFileInPlace(path, "torn {"));
     makeDelegate(&outlets);
     delegate->showMainApplicationWindow();
     EXPECT_FALSE(delegate->reminderAlarm().isStarted());
-    NotificationCenter& center = DistributedNotificationCenter::sharedCenter();
-    center.postNotification(notice);
+    distributedCenter.postNotification(notice);
     EXPECT_FALSE(delegate->reminderAlarm().isStarted());
 
     ASSERT_TRUE(writeFileInPlace(path, settings));
-    center.postNotification(notice);
+    distributedCenter.postNotification(notice);
     EXPECT_EQ(delegate->reminderAlarm().nextAlarmDate(), Date::since1970(1395349200)) << notice.data();
     EXPECT_EQ(openedMenu()[3], u"Disable Reminders"_s);
 
@@ -63,7 +61,7 @@ TEST_F(AppDelegateTest, SettingsThatWereUnreadableAtTheStartAreReadAtTheNextNoti
     for (int i = 0; i < 2; ++i) {
       QCoreApplication::processEvents();
       desktop.toolTips = 0;
-      center.postNotification(Notice::reminderSettingsDidChange);
+      distributedCenter.postNotification(Notice::reminderSettingsDidChange);
       QCoreApplication::processEvents();
       EXPECT_EQ(desktop.toolTips, 1) << notice.data();
     }
@@ -114,10 +112,10 @@ TEST_F(AppDelegateTest, AboutOpensOneWindow) {
 }
 
 TEST_F(AppDelegateTest, TextUnderAnAlertReachesTheWindowOfTheNextJournal) {
-  QLJournalPackageFile::setDefaultPackageURLProvider([] { return config().configuredJournalFileURL(); });
+  QLJournalPackageFile::setDefaultPackageURLProvider([this] { return config().configuredJournalFileURL(); });
   const auto moveTo = [this](const QString& name) {
     list().setURLForKey(QUrl::fromLocalFile(home.path(name)), Key::journalPackageURL);
-    DistributedNotificationCenter::sharedCenter().postNotification(Notice::journalPackagePathDidChange);
+    distributedCenter.postNotification(Notice::journalPackagePathDidChange);
   };
   const auto textView = []() -> EntryViewTextView* {
     for (QWidget* window : QApplication::topLevelWidgets())
@@ -147,7 +145,6 @@ TEST_F(AppDelegateTest, TextUnderAnAlertReachesTheWindowOfTheNextJournal) {
 }
 
 TEST_F(AppDelegateTest, RenewsItsOwnBookmarkFromTheSharedOne) {
-  UserDefaults& defaults = UserDefaults::standardUserDefaults();
   QDir().mkpath(home.path(u"there"_s));
   list().setURLForKey(QUrl::fromLocalFile(home.path(u"gone"_s)), Key::journalPackageURL);
   LogCapture log;
@@ -159,12 +156,12 @@ TEST_F(AppDelegateTest, RenewsItsOwnBookmarkFromTheSharedOne) {
   ASSERT_EQ(log.lines().size(), 1);
   EXPECT_TRUE(log.takeLines()[0].startsWith(u"Unable to resolve shared bookmark - "_s));
 
-  defaults.setObjectForKey(PropertyListValue(QByteArray("old")), Key::journalFileBookmarkData);
+  ownDefaults.setObjectForKey(PropertyListValue(QByteArray("old")), Key::journalFileBookmarkData);
   list().setObjectForKey(*Bookmark::bookmarkData(QUrl::fromLocalFile(home.path(u"there"_s)), Bookmark::plain),
                          Key::journalFileSharedBookmarkData);
   delegate->resolveJournalFileAccess();
   // Of the configured location, which is gone: the old bookmark goes, too.
-  EXPECT_EQ(defaults.objectForKey(Key::journalFileBookmarkData), std::nullopt);
+  EXPECT_EQ(ownDefaults.objectForKey(Key::journalFileBookmarkData), std::nullopt);
 }
 
 }  // namespace

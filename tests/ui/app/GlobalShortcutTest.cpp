@@ -5,13 +5,14 @@
 namespace quillo {
 namespace {
 
-using GlobalShortcutTest = AppDelegateTest;
-
-// As the other application writes it.
-static void setShortcut(PersistentPropertyList& list, const PropertyListValue& value) {
-  list.setObjectForKey(value, Key::menuEntryGlobalShortcut);
-  DistributedNotificationCenter::sharedCenter().postNotification(Notice::menuBarEntryShortcutDidChange);
-}
+class GlobalShortcutTest : public AppDelegateTest {
+ protected:
+  // As the other application writes it.
+  void setShortcut(const PropertyListValue& value) {
+    list().setObjectForKey(value, Key::menuEntryGlobalShortcut);
+    distributedCenter.postNotification(Notice::menuBarEntryShortcutDidChange);
+  }
+};
 
 TEST_F(GlobalShortcutTest, TheHotKeyTogglesAndFollowsTheSetting) {
   list().setObjectForKey(PropertyListDictionary{{u"keyCode"_s, 38}, {u"modifierFlags"_s, 768}},
@@ -39,7 +40,7 @@ TEST_F(GlobalShortcutTest, TheHotKeyTogglesAndFollowsTheSetting) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.setting.description().toStdString());
-    setShortcut(list(), c.setting);
+    setShortcut(c.setting);
     ASSERT_EQ(hotKeys.claims.size(), c.claim ? 1U : 0U);
     EXPECT_EQ(delegate->globalHotKey() != nullptr, c.hasHotKey);
     if (!c.claim) continue;
@@ -54,7 +55,7 @@ TEST_F(GlobalShortcutTest, AShortcutThatIsRefusedIsSaidAndKept) {
   delegate->showMainApplicationWindow();
   LogCapture log;
   hotKeys.refusal = HotKeyStatus::alreadyClaimed;
-  setShortcut(list(), shortcut);
+  setShortcut(shortcut);
   const QString problem = u"The shortcut ⌘⇧↩ is not available: another program has claimed it"_s;
   EXPECT_TRUE(log.takeLines().endsWith(problem));
   EXPECT_TRUE(SilentStatusItem::toolTip().endsWith(u'\n' + problem));
@@ -62,7 +63,7 @@ TEST_F(GlobalShortcutTest, AShortcutThatIsRefusedIsSaidAndKept) {
 
   // Accepted at first, and refused when the user was asked.
   hotKeys.refusal = HotKeyStatus::done;
-  setShortcut(list(), PropertyListDictionary{{u"keyCode"_s, 36}, {u"modifierFlags"_s, 256}});
+  setShortcut(PropertyListDictionary{{u"keyCode"_s, 36}, {u"modifierFlags"_s, 256}});
   EXPECT_FALSE(SilentStatusItem::toolTip().contains(u'\n'));
   hotKeys.stateObserver(hotKeys.lastRef, HotKeyState::Refused, u"it was declined"_s);
   EXPECT_TRUE(log.takeLines().endsWith(u"The shortcut ⌘↩ is not available: it was declined"_s));

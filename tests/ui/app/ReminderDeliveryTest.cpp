@@ -2,7 +2,6 @@
 
 #include "AppDelegateFixture.h"
 #include "entry/AgentEntryWindow.h"
-#include "foundation/Bundle.h"
 #include "qlcore/QLJournalIndex.h"
 #include "qlcore/QLJournalPackageFile.h"
 
@@ -16,12 +15,7 @@ const QString sound = u"quillo-reminder"_s;
 
 class ReminderDeliveryTest : public AppDelegateTest {
  protected:
-  ReminderDeliveryTest() {
-    Bundle::setMainBundle({u":/quillo"_s, {}});
-    makeDelegate(&outlets);
-    delegate->showMainApplicationWindow();
-  }
-  ~ReminderDeliveryTest() override { Bundle::setMainBundle(before); }
+  ReminderDeliveryTest() { delegate->showMainApplicationWindow(); }
 
   void wants(bool playSound, bool openMenuBar, bool notification) {
     list().setBoolForKey(playSound, Key::remindersPlaySound);
@@ -35,8 +29,6 @@ class ReminderDeliveryTest : public AppDelegateTest {
     return outlets.events;
   }
   bool windowIsOpen() const { return delegate->statusController()->isShowingEntryWindow(); }
-
-  Bundle before = Bundle::mainBundle();
 };
 
 TEST_F(ReminderDeliveryTest, FollowsTheThreeSettings) {

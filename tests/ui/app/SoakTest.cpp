@@ -4,7 +4,6 @@
 #include "AppDelegateFixture.h"
 #include "entry/AgentEntryWindow.h"
 #include "entry/text/EntryViewTextView.h"
-#include "foundation/Bundle.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalIndex.h"
 #include "qlcore/QLJournalPackageFile.h"
@@ -68,10 +67,9 @@ double number(const char* variable, double otherwise) {
 class Soak : public AppDelegateTest {
  protected:
   Soak() {
-    Bundle::setMainBundle({u":/quillo"_s, {}});
     for (const auto& name : {u"A"_s, u"B"_s})
       EXPECT_TRUE(QLJournalPackageFile::openPackage(QUrl::fromLocalFile(home.path(name)), /*create=*/true, nullptr));
-    QLJournalPackageFile::setDefaultPackageURLProvider([] { return config().configuredJournalFileURL(); });
+    QLJournalPackageFile::setDefaultPackageURLProvider([this] { return config().configuredJournalFileURL(); });
     timers.setTime(1395311400);
     makeDelegate(&outlets, timers, timers);
     moveJournal();
@@ -83,7 +81,6 @@ class Soak : public AppDelegateTest {
   ~Soak() override {
     delegate.reset();  // before the timers that it has armed
     QLJournalPackageFile::setDefaultPackageURLProvider({});
-    Bundle::setMainBundle(before);
   }
 
   [[nodiscard]] int below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
@@ -119,7 +116,7 @@ class Soak : public AppDelegateTest {
   }
   void moveJournal() {
     list().setURLForKey(QUrl::fromLocalFile(home.path(below(2) ? u"A"_s : u"B"_s)), Key::journalPackageURL);
-    DistributedNotificationCenter::sharedCenter().postNotification(Notice::journalPackagePathDidChange);
+    distributedCenter.postNotification(Notice::journalPackagePathDidChange);
   }
   void changeSettings() {
     static constexpr std::array units{CalendarUnit::Minute, CalendarUnit::Minute, CalendarUnit::Hour};
@@ -131,7 +128,7 @@ class Soak : public AppDelegateTest {
     interval.writeToUserDefaults(*other);
     for (const auto key : {Key::remindersOpenMenuBar, Key::remindersPlaySound})
       other->setBoolForKey(below(2) == 0, key);
-    DistributedNotificationCenter::sharedCenter().postNotification(Notice::reminderSettingsDidChange);
+    distributedCenter.postNotification(Notice::reminderSettingsDidChange);
     next = ReminderCalculator::firstReminderForInterval(interval, now(), std::nullopt);
   }
   void switchOffAndOn() {
@@ -197,7 +194,6 @@ class Soak : public AppDelegateTest {
     return found;
   }
 
-  Bundle before = Bundle::mainBundle();
   FakeTimers timers;
   ReminderInterval interval;
   std::optional<Date> next;
