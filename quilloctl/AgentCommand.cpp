@@ -13,12 +13,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+LoginItem loginItem(const Session& session) {
+  return LoginItem(Identifier::agent, session.loginItemServices);
+}
+
 // The setting, what the session would start at login, and what runs, each by itself: they can differ.
 int status(Context& context) {
   if (!sharedList(context)) return Failed;
   const Session session = context.session();
-  const bool enabled = AgentManager::sharedManager().shouldShowInMenuBar();
-  const bool isLoginItem = LoginItem(Identifier::agent).existsAsLoginItem();
+  const bool enabled = session.agentManager().shouldShowInMenuBar();
+  const bool isLoginItem = loginItem(session).existsAsLoginItem();
   QStringList processes;
   QJsonArray array;
   for (const RunningApplication& application : session.runningApplications.running(Identifier::agent)) {
@@ -44,9 +48,9 @@ int enable(Context& context) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
   const Session session = context.session();
-  AgentManager::sharedManager().setShouldShowInMenuBar(true);
+  session.agentManager().setShouldShowInMenuBar(true);
   if (!isSaved(*list, u"the setting"_s)) return Failed;
-  const LoginItem item(Identifier::agent);
+  const LoginItem item = loginItem(session);
   if (!item.existsAsLoginItem()) return agentFailed(u"could not be made a login item"_s, item.errorString());
   QString reason;
   if (!session.agent.waitForAnswer(&reason)) return agentFailed(u"starts at login but not now"_s, reason);
@@ -58,11 +62,11 @@ int disable(Context& context) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
   const Session session = context.session();
-  AgentManager::sharedManager().setShouldShowInMenuBar(false);
+  session.agentManager().setShouldShowInMenuBar(false);
   if (!isSaved(*list, u"the setting"_s)) return Failed;
   // The manager leaves alone what is no login item: an entry that is hidden or starts nothing today goes, too, and so
   // does an agent that was started in another way.
-  LoginItem item(Identifier::agent);
+  LoginItem item = loginItem(session);
   if (!item.disableAsLoginItem()) return agentFailed(u"still starts at login"_s, item.errorString());
   QString reason;
   if (!session.agent.end(&reason)) return agentFailed(u"did not end"_s, reason);

@@ -22,8 +22,13 @@ bool isSaved(const PersistentPropertyList& list, const QString& what) {
 
 std::shared_ptr<QLJournalPackageFile> openJournal(Context& context) {
   if (!sharedList(context)) return nullptr;
+  const auto url = context.config.configuredJournalFileURL();
+  if (!url) {
+    failed(u"No journal is configured"_s);
+    return nullptr;
+  }
   Error error;
-  auto package = QLJournalPackageFile::openDefaultPackage(&error);
+  auto package = QLJournalPackageFile::openPackage(*url, /*create=*/false, &error);
   if (!package) failed(error.localizedDescription);
   return package;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/switches/LoginItem.h"
 #include "config/QuilloConfig.h"
 #include "quilloctl/Streams.h"
 
@@ -12,8 +13,10 @@
 #include <memory>
 
 namespace quillo {
+class AgentManager;
 class HelperProcesses;
 class QLJournalPackageFile;
+class RemindersManager;
 class RunningApplications;
 class Workspace;
 }  // namespace quillo
@@ -25,6 +28,9 @@ struct Session {
   RunningApplications& runningApplications;
   HelperProcesses& agent;
   Workspace& workspace;
+  LoginItemServices loginItemServices;
+  // Of the process; makes it at the first call, which may change settings that an older version has left.
+  std::function<AgentManager&()> agentManager;
   // Shows it outside of any terminal; takes a second, whether it is there or not.
   std::function<void(const QString& title, const QString& text)> notify;
 };
@@ -32,6 +38,7 @@ struct Session {
 // What every command works with.
 struct Context {
   QuilloConfig& config;
+  UserDirectories directories;
   // Broadcasts the name to the other processes; false when none can be told.
   std::function<bool(const QString& name)> post;
   // Does in the running agent what its shortcut does. False, with the reason, when none took the request.
@@ -40,6 +47,8 @@ struct Context {
   // Joins the session the first time: from then on the agent's and the reminders' managers reach the other processes
   // and the login items.
   std::function<Session()> session;
+  // Of the process; makes it at the first call, which sets reminders on where nobody has said otherwise.
+  std::function<RemindersManager&()> remindersManager;
   // What a copy of this program has to be given to use the same home.
   QStringList homeArguments;
 };

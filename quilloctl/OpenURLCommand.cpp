@@ -58,7 +58,7 @@ int edit(Context& context, const QString& uuid, const EditorChoice& editor) {
   const auto entry = QLJournalEntryFile::entryWithUUID(*package, uuid, &error);
   if (!entry) return failed(error.localizedDescription);
   const QString before = entry->string();
-  const auto draft = Draft::withText(before);
+  const auto draft = Draft::withText(context, before);
   if (!draft) return Failed;
   const auto edited = draft->edit(context, editor);
   if (!edited) return Failed;
@@ -87,7 +87,7 @@ int edit(Context& context, const QString& uuid, const EditorChoice& editor) {
 int post(Context& context, const EditorChoice& editor) {
   const auto package = openJournal(context);
   if (!package) return Failed;
-  const auto draft = Draft::withText({});
+  const auto draft = Draft::withText(context, {});
   if (!draft) return Failed;
   const auto text = draft->edit(context, editor);
   if (!text) return Failed;

@@ -156,7 +156,7 @@ int show(Context& context) {
     for (const auto key : {Key::remindersFrequency, Key::remindersInterval, Key::remindersBaseDate,
                            Key::remindersBaseDateTimezone, Key::remindersValidPeriod})
       if (const auto value = list->valueForKey(key)) object[key] = jsonFromPropertyList(*value);
-    object[Key::remindersEnabled] = RemindersManager::sharedManager().remindersAreEnabled();
+    object[Key::remindersEnabled] = context.remindersManager().remindersAreEnabled();
     for (const auto way : ways) object[way] = isOn(*list, way);
     object[u"next"_s] = json(nextReminders(interval, Date::now(), 3));
     printJson(object);
@@ -164,7 +164,7 @@ int show(Context& context) {
   }
   if (interval.intervalValue() == 0 || !interval.baseDate()) return failed(u"no reminder is set"_s);
   // The manager knows that they are on where nobody has said otherwise yet.
-  const bool enabled = RemindersManager::sharedManager().remindersAreEnabled();
+  const bool enabled = context.remindersManager().remindersAreEnabled();
   print(inWords(interval) + (enabled ? QString() : u" (reminders are off)"_s));
   tellMissingDelivery(*list);
   return Done;
@@ -228,11 +228,11 @@ int turn(Context& context, bool on) {
   list->setBoolForKey(on, Key::remindersEnabled);
   if (on) list->setBoolForKey(true, Key::agentEnabled);
   if (!isSaved(*list, what)) return Failed;
-  static_cast<void>(context.session());
+  const Session session = context.session();
   // Reminders need the agent: this enables it, too.
-  RemindersManager::sharedManager().setRemindersAreEnabled(on);
+  context.remindersManager().setRemindersAreEnabled(on);
   if (!isSaved(*list, what)) return Failed;
-  if (const LoginItem item(Identifier::agent); on && !item.existsAsLoginItem())
+  if (const LoginItem item(Identifier::agent, session.loginItemServices); on && !item.existsAsLoginItem())
     return failed(u"reminders are on, but the agent could not be made a login item: "_s + item.errorString());
   if (context.json)
     printJson(QJsonObject{{Key::remindersEnabled, on}});

@@ -103,8 +103,8 @@ int runInTerminalWindow(const QStringList& arguments) {
   return Done;
 }
 
-std::optional<Draft> Draft::withText(const QString& text) {
-  const QString directory = UserDirectories::current().state + u"/quillo/drafts"_s;
+std::optional<Draft> Draft::withText(const Context& context, const QString& text) {
+  const QString directory = context.directories.state + u"/quillo/drafts"_s;
   const QString path =
       directory + u"/entry-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces).left(8) + u".txt"_s;
   Error error;

@@ -34,7 +34,7 @@ int runInTerminalWindow(const QStringList& arguments);
 class Draft {
  public:
   // In the user's state directory; nothing, with the reason said, when it cannot be written.
-  [[nodiscard]] static std::optional<Draft> withText(const QString& text);
+  [[nodiscard]] static std::optional<Draft> withText(const Context& context, const QString& text);
 
   // Runs the editor on the file and waits until it has ended, answering what the file then holds; nothing, with the
   // reason said, when the editor failed or was gone at once and is open elsewhere, as it seems. A file that is blank or

@@ -1,7 +1,9 @@
 // The composition root of quilloctl: the main application's side of the shared settings, from a terminal.
 
 #include "PTHotKey/PTKeyCodeTranslator.h"
+#include "app/switches/AgentManager.h"
 #include "app/switches/LoginItem.h"
+#include "app/switches/RemindersManager.h"
 #include "config/Keys.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
@@ -14,7 +16,6 @@
 #include "platform/linux/XdgLoginItems.h"
 #include "platform/linux/XdgWorkspace.h"
 #include "platform/linux/XkbKeyboardLayouts.h"
-#include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 
 #include <QCoreApplication>
@@ -48,10 +49,7 @@ class Services {
  public:
   // The arguments are for an agent that is started.
   explicit Services(QStringList homeArguments) : m_homeArguments(std::move(homeArguments)) {}
-  ~Services() {
-    LoginItem::setSharedServices({});
-    DistributedNotificationCenter::sharedCenter().setTransport(nullptr);
-  }
+  ~Services() { DistributedNotificationCenter::sharedCenter().setTransport(nullptr); }
   Services(const Services&) = delete;
   Services& operator=(const Services&) = delete;
 
@@ -69,12 +67,21 @@ class Services {
       m_loginItems.emplace(
           XdgLoginItems::autostartFolder(UserDirectories::current()), *m_applications, helper,
           [this](const QString& program, const QStringList& arguments) { return m_agent->launch(program, arguments); });
-      LoginItem::setSharedServices({&*m_loginItems, &*m_applications});
+      AgentManager::setSharedLoginItemServices(loginItemServices());
     }
-    return {*m_applications, *m_agent, m_workspace, notify};
+    return {.runningApplications = *m_applications,
+            .agent = *m_agent,
+            .workspace = m_workspace,
+            .loginItemServices = loginItemServices(),
+            .agentManager = &AgentManager::sharedManager,
+            .notify = notify};
   }
 
  private:
+  LoginItemServices loginItemServices() {
+    return {.loginItems = &*m_loginItems, .runningApplications = &*m_applications};
+  }
+
   struct Silence final : Sounds {
     bool playSoundNamed(const QString&) override { return false; }
   };
@@ -192,18 +199,18 @@ int run(int argc, char** argv) {
     homeArguments = {u"--home"_s, UserDirectories::current().home};
   }
 
-  QuilloConfig& config = QuilloConfig::sharedConfig();
-  QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
   // Asks for the keyboard only when a key is to be named.
   XkbKeyboardLayouts keyboardLayouts;
   PTKeyCodeTranslator::setKeyboardLayouts(&keyboardLayouts);
   Services services(homeArguments);
-  ctl::Context context{config,
-                       [&services](const QString& name) { return services.post(name); },
-                       toggleAgent,
-                       options.json,
-                       [&services] { return services.session(); },
-                       homeArguments};
+  ctl::Context context{.config = QuilloConfig::sharedConfig(),
+                       .directories = UserDirectories::current(),
+                       .post = [&services](const QString& name) { return services.post(name); },
+                       .toggleAgent = toggleAgent,
+                       .json = options.json,
+                       .session = [&services] { return services.session(); },
+                       .remindersManager = &RemindersManager::sharedManager,
+                       .homeArguments = homeArguments};
   const int code = action(context);
   PTKeyCodeTranslator::setKeyboardLayouts(nullptr);
   return code;

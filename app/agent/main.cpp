@@ -6,6 +6,7 @@
 #include "app/QuilloAgentAppDelegate.h"
 #include "app/SessionEnd.h"
 #include "app/logging/LoggingSetup.h"
+#include "app/switches/AgentManager.h"
 #include "app/switches/LoginItem.h"
 #include "app/switches/RemindersManager.h"
 #include "config/Keys.h"
@@ -147,7 +148,7 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
   UserDefaults& ownDefaults = UserDefaults::standardUserDefaults();
   XdgLoginItems loginItems(XdgLoginItems::autostartFolder(directories), runningApplications,
                            agentLoginHelper(homeArguments));
-  LoginItem::setSharedServices({.loginItems = &loginItems, .runningApplications = &runningApplications});
+  AgentManager::setSharedLoginItemServices({.loginItems = &loginItems, .runningApplications = &runningApplications});
   const SystemClock clock;
   WallClockTimerFactory timers(clock);
   XkbKeyboardLayouts keyboardLayouts;

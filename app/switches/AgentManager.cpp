@@ -1,7 +1,7 @@
 #include "app/switches/AgentManager.h"
 
+#include "app/switches/LazySingleton.h"
 #include "app/switches/RemindersManager.h"
-#include "app/switches/SharedInstance.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
 #include "foundation/Bundle.h"
@@ -12,14 +12,17 @@
 
 namespace quillo {
 
-static SharedInstance<AgentManager>& sharedInstance() {
-  // Given to nobody: at the end of the process it must not go before what still notifies it.
-  static auto* const instance = std::make_unique<SharedInstance<AgentManager>>().release();
-  return *instance;
+static LoginItemServices& sharedLoginItemServices() {
+  static LoginItemServices services;
+  return services;
+}
+
+void AgentManager::setSharedLoginItemServices(LoginItemServices services) {
+  sharedLoginItemServices() = services;
 }
 
 AgentManager& AgentManager::sharedManager() {
-  return sharedInstance().get(
+  return LazySingleton<AgentManager>::get(
       [] {
         initialize(Bundle::mainBundle().bundleIdentifier(), QuilloConfig::sharedConfig().groupProperties(),
                    UserDefaults::standardUserDefaults(), DistributedNotificationCenter::sharedCenter(),
@@ -27,13 +30,9 @@ AgentManager& AgentManager::sharedManager() {
       },
       [] {
         return std::make_unique<AgentManager>([] { return QuilloConfig::sharedConfig().groupProperties(); },
-                                              DistributedNotificationCenter::sharedCenter(),
-                                              LoginItem::sharedServices(), &RemindersManager::sharedManager);
+                                              DistributedNotificationCenter::sharedCenter(), sharedLoginItemServices(),
+                                              &RemindersManager::sharedManager);
       });
-}
-
-void AgentManager::resetSharedManager() {
-  sharedInstance().reset();
 }
 
 void AgentManager::initialize(const QString& bundleIdentifier, PersistentPropertyList* sharedPrefs,

@@ -25,9 +25,10 @@ class AgentManager final : public KeyValueObservable {
   static constexpr QLatin1StringView shouldShowInMenuBarKeyPath{"shouldShowInMenuBar"};
 
   // Initialised and made on first use, and never destroyed. May be asked for from any thread; used on the main one.
+  // Only the program's entry function and the reminders' manager ask for it.
   static AgentManager& sharedManager();
-  // Forgets the shared instance and its initialisation; for tests.
-  static void resetSharedManager();
+  // What that one works with: set by the entry function before it is first asked for. They must outlive its use.
+  static void setSharedLoginItemServices(LoginItemServices services);
 
   using AgentManagerProvider = std::function<AgentManager&()>;
   using RemindersManagerProvider = std::function<RemindersManager&()>;

@@ -6,30 +6,33 @@
 
 namespace quillo {
 
-// The one instance of a class that must be initialised once before the first is made. Initialising may ask for the
-// instance itself: it is then made in the middle, as class initialisation allows. Another thread waits meanwhile.
-template <typename Manager>
-class SharedInstance {
+// The one instance of a class that must be initialised once before it is made. Initialising may ask for the instance
+// itself: it is then made in the middle, as class initialisation allows. Another thread waits meanwhile.
+template <typename T>
+class LazySingleton {
  public:
-  // `initialize` runs in the first call only, `make` answers a std::unique_ptr<Manager>.
+  // `initialize` runs in the first call only, `make` answers a std::unique_ptr<T>.
   template <typename Initialize, typename Make>
-  Manager& get(Initialize initialize, Make make) {
-    const std::lock_guard lock(m_mutex);
-    if (!std::exchange(m_isInitialized, true)) initialize();
-    if (!m_instance) m_instance = make();
-    return *m_instance;
-  }
-
-  void reset() {
-    const std::lock_guard lock(m_mutex);
-    m_instance.reset();
-    m_isInitialized = false;
+  static T& get(Initialize initialize, Make make) {
+    State& state = theState();
+    const std::lock_guard lock(state.mutex);
+    if (!std::exchange(state.isInitialized, true)) initialize();
+    if (!state.instance) state.instance = make();
+    return *state.instance;
   }
 
  private:
-  std::recursive_mutex m_mutex;
-  bool m_isInitialized{false};
-  std::unique_ptr<Manager> m_instance;
+  struct State {
+    std::recursive_mutex mutex;
+    bool isInitialized{false};
+    std::unique_ptr<T> instance;
+  };
+
+  static State& theState() {
+    // Given to nobody: at the end of the process it must not go before what still notifies it.
+    static auto* const state = std::make_unique<State>().release();
+    return *state;
+  }
 };
 
 }  // namespace quillo

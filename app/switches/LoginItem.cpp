@@ -12,19 +12,6 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-static LoginItemServices& services() {
-  static LoginItemServices instance;
-  return instance;
-}
-
-void LoginItem::setSharedServices(LoginItemServices shared) {
-  services() = shared;
-}
-
-LoginItemServices LoginItem::sharedServices() {
-  return services();
-}
-
 LoginHelper agentLoginHelper(const QStringList& arguments) {
   const QString name = u"quillo-agent"_s;
   return {Identifier::agent,

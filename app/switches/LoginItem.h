@@ -21,11 +21,8 @@ struct LoginItemServices {
 // A helper application that the session starts at login, named by its bundle identifier. Keeps no state of its own.
 class LoginItem {
  public:
-  // Those of the process; set once by the composition root, before the managers are first used. They must outlive them.
-  static void setSharedServices(LoginItemServices services);
-  [[nodiscard]] static LoginItemServices sharedServices();
-
-  explicit LoginItem(QString bundleID, LoginItemServices services = sharedServices());
+  // The services must outlive the object.
+  LoginItem(QString bundleID, LoginItemServices services);
 
   [[nodiscard]] const QString& bundleID() const { return m_bundleID; }
 

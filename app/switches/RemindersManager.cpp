@@ -1,7 +1,7 @@
 #include "app/switches/RemindersManager.h"
 
 #include "app/switches/AgentManager.h"
-#include "app/switches/SharedInstance.h"
+#include "app/switches/LazySingleton.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
 #include "foundation/DistributedNotificationCenter.h"
@@ -11,24 +11,14 @@
 
 namespace quillo {
 
-static SharedInstance<RemindersManager>& sharedInstance() {
-  // Given to nobody: at the end of the process it must not go before what still notifies it.
-  static auto* const instance = std::make_unique<SharedInstance<RemindersManager>>().release();
-  return *instance;
-}
-
 RemindersManager& RemindersManager::sharedManager() {
-  return sharedInstance().get(
+  return LazySingleton<RemindersManager>::get(
       [] { initialize(QuilloConfig::sharedConfig().groupProperties(), UserDefaults::standardUserDefaults()); },
       [] {
         return std::make_unique<RemindersManager>([] { return QuilloConfig::sharedConfig().groupProperties(); },
                                                   DistributedNotificationCenter::sharedCenter(),
                                                   &AgentManager::sharedManager);
       });
-}
-
-void RemindersManager::resetSharedManager() {
-  sharedInstance().reset();
 }
 
 void RemindersManager::initialize(PersistentPropertyList* sharedPrefs, UserDefaults& defaults) {

@@ -24,9 +24,8 @@ class RemindersManager final : public KeyValueObservable {
   static constexpr QLatin1StringView remindersAreEnabledKeyPath{"remindersAreEnabled"};
 
   // Initialised and made on first use, and never destroyed. May be asked for from any thread; used on the main one.
+  // Only the program's entry function and the agent's manager ask for it.
   static RemindersManager& sharedManager();
-  // Forgets the shared instance and its initialisation; for tests.
-  static void resetSharedManager();
 
   // Moves an older version's setting from the process's own defaults into the shared list, where that has none, and
   // writes YES where it still has none. Posts no notice. Without a list the older setting waits for a better start.

@@ -179,7 +179,7 @@ TEST_F(ManagersTest, TheSharedManagersInitialiseOnceBeforeTheyAreMade) {
   Bundle::setMainBundle({{}, {{InfoKey::identifier, QString(Identifier::mainApplication)}}});
   UserDefaults::resetStandardUserDefaults();
   QuilloConfig::resetSharedConfig();
-  LoginItem::setSharedServices(services);
+  AgentManager::setSharedLoginItemServices(services);
   PersistentPropertyList& list = *QuilloConfig::sharedConfig().groupProperties();
   list.setBoolForKey(true, Key::startAgentAtLogin);
 
@@ -198,9 +198,6 @@ TEST_F(ManagersTest, TheSharedManagersInitialiseOnceBeforeTheyAreMade) {
   RemindersManager::sharedManager().setRemindersAreEnabled(true);
   EXPECT_TRUE(agent.shouldShowInMenuBar());
 
-  AgentManager::resetSharedManager();
-  RemindersManager::resetSharedManager();
-  LoginItem::setSharedServices({});
   QuilloConfig::resetSharedConfig();
   UserDefaults::resetStandardUserDefaults();
   Bundle::setMainBundle(before);
