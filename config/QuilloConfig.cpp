@@ -22,11 +22,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-std::unique_ptr<QuilloConfig>& sharedInstance() {
-  static std::unique_ptr<QuilloConfig> instance;
-  return instance;
-}
-
 // Makes the directory and those above it. An existing directory is success; anything else in its place is "file
 // exists".
 bool createDirectory(const QString& path, Error* error) {
@@ -40,15 +35,9 @@ bool createDirectory(const QString& path, Error* error) {
 }  // namespace
 
 QuilloConfig& QuilloConfig::sharedConfig() {
-  auto& instance = sharedInstance();
-  if (!instance)
-    instance = std::make_unique<QuilloConfig>(UserDirectories::current(), UserDefaults::standardUserDefaults(),
-                                              [](const char* variable) { return qEnvironmentVariable(variable); });
-  return *instance;
-}
-
-void QuilloConfig::resetSharedConfig() {
-  sharedInstance().reset();
+  static QuilloConfig config(UserDirectories::current(), UserDefaults::standardUserDefaults(),
+                             [](const char* variable) { return qEnvironmentVariable(variable); });
+  return config;
 }
 
 QuilloConfig::QuilloConfig(UserDirectories directories, UserDefaults& ownDefaults, const Environment& environment)

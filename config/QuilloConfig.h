@@ -28,8 +28,6 @@ class QuilloConfig {
  public:
   // Made on first use from the user's directories, standard defaults and environment; lives as long as the process.
   static QuilloConfig& sharedConfig();
-  // Forgets the shared instance; for tests.
-  static void resetSharedConfig();
 
   using Environment = std::function<QString(const char* variable)>;
 

@@ -14,21 +14,10 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-static std::unique_ptr<UserDefaults>& standardInstance() {
-  static std::unique_ptr<UserDefaults> instance;
-  return instance;
-}
-
 UserDefaults& UserDefaults::standardUserDefaults() {
-  auto& instance = standardInstance();
-  if (!instance)
-    instance = std::make_unique<UserDefaults>(UserDirectories::current().configuration + u"/quillo"_s,
-                                              Bundle::mainBundle().bundleIdentifier());
-  return *instance;
-}
-
-void UserDefaults::resetStandardUserDefaults() {
-  standardInstance().reset();
+  static UserDefaults defaults(UserDirectories::current().configuration + u"/quillo"_s,
+                               Bundle::mainBundle().bundleIdentifier());
+  return defaults;
 }
 
 UserDefaults::UserDefaults(const QString& directory, const QString& domain)

@@ -5,7 +5,6 @@
 #include <QString>
 #include <QUrl>
 
-#include <memory>
 #include <optional>
 
 namespace quillo {
@@ -14,10 +13,8 @@ namespace quillo {
 // long as the process. Every set saves at once; a failed save is logged and the value stays in use. Main thread only.
 class UserDefaults {
  public:
-  // The domain of the main bundle, in the user's configuration directory. Made on first use.
+  // The domain of the main bundle, in the user's configuration directory. Made on first use, and kept.
   static UserDefaults& standardUserDefaults();
-  // Forgets the shared instance, so that the next use reads the current directories; for tests.
-  static void resetStandardUserDefaults();
 
   // Reads `DOMAIN.plist` in `directory`. A file that cannot be parsed reads as empty and is kept beside as
   // `DOMAIN.plist.damaged` before the first save.

@@ -177,8 +177,6 @@ TEST_F(ManagersTest, TheAgentsSettingsMigrateInTheMainApplicationOnly) {
 TEST_F(ManagersTest, TheSharedManagersInitialiseOnceBeforeTheyAreMade) {
   const Bundle before = Bundle::mainBundle();
   Bundle::setMainBundle({{}, {{InfoKey::identifier, QString(Identifier::mainApplication)}}});
-  UserDefaults::resetStandardUserDefaults();
-  QuilloConfig::resetSharedConfig();
   AgentManager::setSharedLoginItemServices(services);
   PersistentPropertyList& list = *QuilloConfig::sharedConfig().groupProperties();
   list.setBoolForKey(true, Key::startAgentAtLogin);
@@ -198,8 +196,6 @@ TEST_F(ManagersTest, TheSharedManagersInitialiseOnceBeforeTheyAreMade) {
   RemindersManager::sharedManager().setRemindersAreEnabled(true);
   EXPECT_TRUE(agent.shouldShowInMenuBar());
 
-  QuilloConfig::resetSharedConfig();
-  UserDefaults::resetStandardUserDefaults();
   Bundle::setMainBundle(before);
 }
 
