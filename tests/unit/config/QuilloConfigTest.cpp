@@ -49,15 +49,6 @@ class QuilloConfigTest : public testing::Test {
   std::unique_ptr<QuilloConfig> m_config;
 };
 
-TEST_F(QuilloConfigTest, MakesTheSharedListAsXML) {
-  const QString path = home.path(u"Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Preferences/quillo.plist"_s);
-  ASSERT_TRUE(config().groupProperties());
-  EXPECT_TRUE(contentsOfFile(path)->startsWith("<?xml"));
-  list().setBoolForKey(true, u"K"_s);
-  EXPECT_TRUE(contentsOfFile(path)->startsWith("<?xml"));
-  EXPECT_EQ(config().groupProperties(), &list());
-}
-
 TEST_F(QuilloConfigTest, AnUnreadableSharedListReadsAsAbsentUntilItIsGood) {
   const QString path = config().groupPrefsDirectoryURL().toLocalFile() + u"/quillo.plist"_s;
   ASSERT_TRUE(writeFileInPlace(path, "garbage {"));
@@ -244,7 +235,7 @@ TEST_F(QuilloConfigTest, AccessAndTilde) {
   EXPECT_EQ(stringByExpandingTildeInPathToActualUserHomeDirectory(u"~name/x"_s), real + u"name/x"_s);
 }
 
-TEST(Settings, EachStandsOnceInTheTableWithADefaultOfItsKindAndItsNotice) {
+TEST(Settings, EachStandsOnceInTheTableWithADefaultOfItsKind) {
   std::set<QString> names;
   for (const Setting& setting : settingsTable()) {
     EXPECT_TRUE(names.insert(setting.key).second) << setting.key.data();
@@ -252,29 +243,7 @@ TEST(Settings, EachStandsOnceInTheTableWithADefaultOfItsKindAndItsNotice) {
     EXPECT_TRUE(setting.type != SettingType::Bool || !value || value->isBool()) << setting.key.data();
     EXPECT_TRUE(setting.type != SettingType::Integer || !value || value->isInteger()) << setting.key.data();
   }
-  const struct {
-    QString key;
-    QLatin1StringView notice;
-  } notices[] = {{Key::journalPackageURL, Notice::journalPackagePathDidChange},
-                 {Key::remindersEnabled, Notice::remindersManagerValuesDidChange},
-                 {Key::remindersPlaySound, Notice::reminderSettingsDidChange},
-                 {Key::useFahrenheitTempScale, Notice::tempScaleDidChange},
-                 {Key::markdownEnabled, Notice::markdownDidChange},
-                 {u"FontSize"_s, Notice::fontSizeDidChange},
-                 {u"TextStyle"_s, Notice::textStyleDidChange},
-                 {u"EmbedMediaEnabled"_s, Notice::embedMediaDidChange},
-                 {u"LinkTwitterHandles"_s, Notice::linkTwitterHandlesDidChange},
-                 {u"AutoBoldFirstLineTitles"_s, Notice::autoBoldDidChange}};
-  for (const auto& c : notices) EXPECT_EQ(settingForKey(c.key)->notice, c.notice) << c.key.toStdString();
   EXPECT_EQ(settingForKey(u"NoSuchKey"_s), nullptr);
-}
-
-TEST_F(QuilloConfigTest, ASettingReadsAsItsDefaultUntilItIsSet) {
-  EXPECT_EQ(settingValue(nullptr, Key::addLocationAutomatically), PropertyListValue(true));
-  EXPECT_EQ(settingValue(&list(), Key::addLocationAutomatically), PropertyListValue(true));
-  EXPECT_EQ(settingValue(&list(), Key::journalPackageURL), std::nullopt);
-  list().setBoolForKey(false, Key::addLocationAutomatically);
-  EXPECT_EQ(settingValue(&list(), Key::addLocationAutomatically), PropertyListValue(false));
 }
 
 }  // namespace
