@@ -1,6 +1,5 @@
-// What keeps and passes values: own defaults, bookmarks, bundles, files, observers and notification centres.
+// What keeps and passes values: own defaults, bundles, files, observers and notification centres.
 
-#include "foundation/Bookmark.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileContents.h"
@@ -57,27 +56,6 @@ TEST(UserDefaultsTest, ADamagedFileReadsAsEmptyAndIsKept) {
   defaults.setBoolForKey(true, u"k"_s);
   EXPECT_EQ(*contentsOfFile(home.path(u"d.plist.damaged"_s)), QByteArray("<plist><dict><key>torn"));
   EXPECT_TRUE(UserDefaults(home.path(), u"d"_s).boolForKey(u"k"_s));
-}
-
-TEST(BookmarkTest, FindsTheFileItWasMadeOfAndNoOther) {
-  const TestHome home;
-  const QUrl url = QUrl::fromLocalFile(home.path(u"a ü"_s));
-  Error error;
-  EXPECT_EQ(Bookmark::bookmarkData(url, Bookmark::plain, &error), std::nullopt);
-  EXPECT_EQ(error.code, ErrorCode::fileReadNoSuchFile);
-  for (const std::optional<QUrl>& none : {std::optional<QUrl>(), std::optional(QUrl(u"https://x.example/"_s))})
-    EXPECT_EQ(Bookmark::bookmarkData(none, Bookmark::plain), std::nullopt);
-
-  put(url.toLocalFile(), "1");
-  const auto data = Bookmark::bookmarkData(url, Bookmark::creationWithSecurityScope);
-  ASSERT_TRUE(data);
-  EXPECT_EQ(Bookmark::resolve(*data, Bookmark::plain)->url, url);
-  EXPECT_FALSE(Bookmark::resolve(*data, Bookmark::plain)->isStale);
-  QFile::rename(url.toLocalFile(), home.path(u"b"_s));
-  EXPECT_EQ(Bookmark::resolve(*data, Bookmark::plain, &error), std::nullopt);
-  put(url.toLocalFile(), "2");
-  EXPECT_TRUE(Bookmark::resolve(*data, Bookmark::plain)->isStale);
-  EXPECT_EQ(Bookmark::resolve("garbage", Bookmark::plain, &error), std::nullopt);
 }
 
 TEST(BundleTest, FindsResourcesAndTexts) {
