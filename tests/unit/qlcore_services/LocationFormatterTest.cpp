@@ -2,8 +2,6 @@
 #include "qlcore/services/QLLocationFormatter.h"
 #include "tests/support/TestHome.h"
 
-#include <QFile>
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -105,24 +103,6 @@ TEST(APlaceTable, FindsWhatALookAtEveryPlaceFinds) {
     }
     EXPECT_EQ(table.indexOfPlaceNear(point), nearest) << latitude << ' ' << longitude;
   }
-}
-
-TEST(APlaceTable, RefusesWhatIsNone) {
-  QFile file(u":/quillo/places/places.bin"_s);
-  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-  const QByteArray whole = file.readAll();
-  EXPECT_FALSE(PlaceTable::fromBytes({}));
-  for (const qsizetype length : {3, 4, 8, 9, 1000, 400'000}) EXPECT_FALSE(PlaceTable::fromBytes(whole.first(length)));
-
-  const QByteArray table = qUncompress(whole.sliced(4));
-  const auto packed = [](const QByteArray& bytes) { return "QLP1" + qCompress(bytes, 1); };
-  ASSERT_TRUE(PlaceTable::fromBytes(packed(table)));
-  for (const qsizetype length :
-       {qsizetype{0}, qsizetype{4}, qsizetype{5}, qsizetype{300}, qsizetype{600'000}, table.size() - 1})
-    EXPECT_FALSE(PlaceTable::fromBytes(packed(table.first(length)))) << length;
-  // A count of places that the rest cannot hold, and an index past the last country.
-  EXPECT_FALSE(PlaceTable::fromBytes(packed("\xFF\xFF\xFF\xFF" + table.sliced(4))));
-  EXPECT_FALSE(PlaceTable::fromBytes(packed(table.first(4) + char(1) + table.sliced(5))));
 }
 
 }  // namespace
