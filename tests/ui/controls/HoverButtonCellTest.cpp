@@ -177,23 +177,6 @@ TEST_F(HoverButtonTest, CellsComeAndGoWithTheButton) {
   movePointer(inside);
 }
 
-TEST(HoverButtonCellTest, AttributesReplaceTheLookNotTheText) {
-  HoverButtonCell cell(u"One"_s);
-  cell.setAlternateTitle(u"Two"_s);
-  const AttributedString before = cell.attributedTitle();
-  cell.useStringAttrs(std::nullopt);
-  EXPECT_EQ(cell.attributedTitle(), before);
-  cell.setStandardStringAttrs(standardLook);
-  EXPECT_EQ(cell.attributedTitle(), (AttributedString{u"One"_s, standardLook}));
-  EXPECT_EQ(cell.attributedAlternateTitle(), (AttributedString{u"Two"_s, standardLook}));
-  cell.setActiveStringAttrs(activeLook);
-  cell.setState(CellState::On);
-  cell.setTitle(u"Three"_s);
-  EXPECT_EQ(cell.attributedTitle().attributes, standardLook) << "a new title takes the standard look, on or not";
-  cell.applyStringAttrsForButtonState();
-  EXPECT_EQ(cell.attributedTitle().attributes, activeLook);
-}
-
 TEST(ButtonCellStylesTest, KeepTheCornersOfTheirPictures) {
   const struct {
     QString style, picture, hoverPicture;

@@ -102,22 +102,6 @@ TEST(NinePartScaledImageTest, PiecesMeetWithoutSeamsAtBrokenScales) {
   }
 }
 
-TEST(NinePartScaledImageTest, FollowsOperationAndFraction) {
-  const NinePartScaledImage image(patternSource(), topLeft, bottomRight);
-  const auto drawnOnWhite = [&](CompositingOperation operation, double fraction) {
-    QImage target(100, 40, QImage::Format_ARGB32_Premultiplied);
-    target.fill(Qt::white);
-    QPainter painter(&target);
-    image.drawInRect(painter, {0, 0, 100, 40}, {}, operation, fraction);
-    painter.end();
-    return QColor::fromRgba(target.pixel(0, 0));  // black in the source
-  };
-  EXPECT_EQ(drawnOnWhite(CompositingOperation::SourceOver, 1.0), QColor(0, 0, 0));
-  EXPECT_NEAR(drawnOnWhite(CompositingOperation::SourceOver, 0.5).red(), 128, 2);
-  EXPECT_EQ(drawnOnWhite(CompositingOperation::SourceOver, 0.0), QColor(255, 255, 255));
-  EXPECT_EQ(drawnOnWhite(CompositingOperation::SourceOver, -3.0), QColor(255, 255, 255));
-}
-
 TEST(NinePartScaledImageViewTest, FillsItselfAndDrawsNothingWithoutAnImage) {
   NinePartScaledImageView view;
   view.resize(200, 80);

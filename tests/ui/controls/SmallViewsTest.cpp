@@ -50,18 +50,6 @@ TEST(QLScrollerTest, DrawsThePillAndNothingElse) {
   }
 }
 
-TEST(QLScrollerTest, HorizontalKnobStandsNearTheLeftEndWhateverTheValue) {
-  QLScroller scroller(Qt::Horizontal);
-  scroller.setRange(0, 100);
-  scroller.resize(200, QLScroller::scrollerWidth);
-  for (const int value : {0, 50, 100}) {
-    scroller.setValue(value);
-    EXPECT_EQ(scroller.knobRect().left(), 4.0);
-    EXPECT_EQ(scroller.knobRect().width(), 7.0);
-    EXPECT_EQ(scroller.knobRect().height(), QLScroller::scrollerWidth);
-  }
-}
-
 TEST(QLScrollerTest, KnobIsTakenHoldOfWhereItIsDrawn) {
   UprightScroller scroller;
   scroller.show();
@@ -87,27 +75,6 @@ TEST(PlainColorViewTest, FillsOverWhatLiesBehind) {
   EXPECT_FALSE(view.isOpaque()) << "not even in an opaque colour";
   view.setColor(QColor());
   EXPECT_EQ(rendered(view, Qt::white).pixelColor(5, 5), QColor(Qt::white));
-}
-
-TEST(PlainColorViewTest, NewColorWaitsForTheNextDrawing) {
-  struct CountingView : PlainColorView {
-    void paintEvent(QPaintEvent* event) override {
-      ++drawings;
-      PlainColorView::paintEvent(event);
-    }
-    int drawings{0};
-  } view;
-  view.resize(10, 10);
-  view.show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
-  QCoreApplication::processEvents();
-  const int before = view.drawings;
-  view.setColor(Qt::red);
-  QCoreApplication::processEvents();
-  EXPECT_EQ(view.drawings, before);
-  view.update();
-  QCoreApplication::processEvents();
-  EXPECT_GT(view.drawings, before);
 }
 
 TEST(ClearColorViewTest, MakesAHole) {

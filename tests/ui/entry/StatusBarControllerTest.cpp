@@ -59,13 +59,6 @@ class StatusBarControllerTest : public EntryWindowTest {
   QLXAStatusBarController status{notices};
 };
 
-TEST_F(StatusBarControllerTest, TheItemIsSetUp) {
-  EXPECT_EQ(item.menu, status.contextualMenu());
-  EXPECT_EQ(item.length, 22);
-  EXPECT_EQ(item.image, u"menubar-black"_s);
-  EXPECT_TRUE(item.isTemplate);
-}
-
 TEST_F(StatusBarControllerTest, ClicksToggleAndEveryWayOfClosingResets) {
   const std::function<void()> waysToClose[] = {
       [this] { item.click(); },        [this] { click("closeButton"); },     [this] { click("saveButton"); },
