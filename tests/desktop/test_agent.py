@@ -37,15 +37,6 @@ class AgentTest(AgentTestCase):
     def status(self):
         return json.loads(self.ctl("--json", "agent", "status"))
 
-    def test_what_is_switched_off_and_on_again_runs(self):
-        self.addCleanup(self.ctl, "agent", "disable")
-        for _ in range(3):
-            self.ctl("agent", "enable")
-            self.ctl("agent", "toggle")
-            self.assertTrue(self.status()["loginItem"])
-            self.ctl("agent", "disable")
-            self.assertEqual(self.status()["running"], [])
-
     def test_starting_and_restarting_leave_the_login_alone(self):
         self.addCleanup(self.ctl, "agent", "disable")
         for enabled in (False, True):

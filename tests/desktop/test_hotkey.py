@@ -162,12 +162,6 @@ class HotKeyTest(AgentTestCase):
             self.assertEqual(self.ctl("shortcut", "set", "cmd+" + name[1]), f"Super+{name[1]}  {name}")
             wait_until(lambda: len(self.shortcut_problems()) > count, "the refusal in the log")
             self.assertEqual(self.shortcut_problems()[-1], f"The shortcut {name} is not available: another program has claimed it")
-        for layout, names in (("fr", {"cmd+a": 12, "cmd+q": 0, "cmd+^": 33, "cmd+é": 19}), ("de", {"cmd+z": 16, "cmd+ö": 41, "cmd+^": 50})):
-            run("setxkbmap", layout)
-            for name, code in names.items():
-                shown = self.ctl("shortcut", "set", name)
-                self.assertEqual(shown, "Super+{0}  ⌘{0}".format(name[4:].upper()))
-                self.assertIn(f'"keyCode":{code},', self.ctl("settings", "get", "MenuEntryGlobalShortcut"))
         # A key stays where it is when the layout changes: that between Tab and S.
         run("setxkbmap", "fr")
         self.ctl("shortcut", "set", "cmd+q")

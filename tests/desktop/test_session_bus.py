@@ -126,17 +126,6 @@ class SessionBus(DesktopTestCase):
         self.assertEqual(second.ask("terminate " + BUNDLE, "terminated .*")[0], "terminated 1")
         self.assertEqual(first.wait(), 0)
 
-    def test_nothing_breaks_without_a_bus(self):
-        probe = self.start_probe(DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent/bus")
-        probe.ask("post One", "posted no")
-        probe.send("register " + BUNDLE)
-        probe.expect("log .*no session bus.*")
-        probe.expect("registered no")
-        probe.ask("running " + BUNDLE, "running ")
-        probe.ask("terminate " + BUNDLE, "terminated 0")
-        probe.send("quit")
-        self.assertEqual(probe.wait(), 0)
-
     def test_opens_a_url_only_where_a_program_takes_it_and_starts_another_by_its_identifier(self):
         probe = self.start_probe()
         url = "quillo://edit?entryId=A-1&x='; touch ~/no;%20"

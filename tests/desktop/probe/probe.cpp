@@ -1,8 +1,6 @@
 // A program of platform services and nothing else, for the desktop tests: it does what its standard input says, a
 // command a line, and prints what happens to it, an event a line.
 #include "Lines.h"
-#include "entry/AlertSheet.h"
-#include "entry/session/QLJournalIndexOSXAdditions.h"
 #include "foundation/Log.h"
 #include "platform/linux/PortalHotKeys.h"
 #include "platform/linux/SessionBusApplications.h"
@@ -11,7 +9,6 @@
 #include "platform/linux/XkbKeyboardLayouts.h"
 #include "platform/linux/desktop/TrayStatusItem.h"
 #include "platform/linux/desktop/X11HotKeys.h"
-#include "qlcore/QLJournalPackageFile.h"
 
 #include <QApplication>
 
@@ -107,7 +104,6 @@ class Probe {
         {u"terminate"_s, [this](const QString& bundle) { terminate(bundle); }},
         {u"open"_s, [](const QString& url) { say(u"opened "_s + yesOrNo(XdgWorkspace().openURL(QUrl(url)))); }},
         {u"launch"_s, [](const QString& b) { say(u"launched "_s + yesOrNo(XdgWorkspace().launchApplication(b))); }},
-        {u"delete"_s, [](const QString& words) { deleteEntry(words.section(u' ', 0, 0), words.section(u' ', 1)); }},
         {u"keys"_s, [this](const QString& kind) { m_keys = std::make_unique<Keys>(kind); }},
         {u"claim"_s, [this](const QString& words) { m_keys->claim(words); }},
         {u"unclaim"_s, [this](const QString& ref) { m_keys->unclaim(ref); }},
@@ -126,13 +122,6 @@ class Probe {
   bool postAndLeave(const QString& name) { return m_notifications.post(name); }
 
  private:
-  static void deleteEntry(const QString& uuid, const QString& journal) {
-    QLJournalIndex index(QLJournalPackageFile::openPackage(QUrl::fromLocalFile(journal), false, nullptr));
-    AlertSheet alerts;
-    const auto entry = index.entryWithUUID(uuid);
-    say(u"deleted "_s + yesOrNo(entry && QLJournalIndexOSXAdditions::deleteEntryInteractively(index, *entry, alerts)));
-  }
-
   void registerSelf(const QString& bundle) {
     const bool registered = m_applications.registerSelf(bundle, [] {
       say(u"terminate"_s);
