@@ -141,7 +141,7 @@ int main(int argc, char** argv) {
                                .alerts = alerts,
                                .openPanel = panel,
                                .draft = draft,
-                               .tracker = QLMixpanelTracker::sharedInstance(),
+                               .usageTracker = &QLMixpanelTracker::sharedInstance,
                                .notices = NotificationCenter::localCenter(),
                                .journalFile = &QLJournalPackageFile::defaultPackage,
                                .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry},

@@ -93,6 +93,8 @@ inline constexpr QLatin1StringView dropboxAppFolderBookmarkData{"DropboxAppFolde
 // Where place and weather come from; for machines with a receiver of their own, and for trying things out.
 inline constexpr QLatin1StringView locationNMEASource{"LocationNMEASource"};
 inline constexpr QLatin1StringView weatherServiceURL{"WeatherServiceURL"};
+// Where grammar is checked: a server on this machine.
+inline constexpr QLatin1StringView grammarServerURL{"GrammarServerURL"};
 }  // namespace Key
 
 }  // namespace quillo

@@ -55,6 +55,7 @@ constexpr std::array table{
     Setting{Key::dropboxAppFolderBookmarkData, own, Data, none},
     Setting{Key::locationNMEASource, own, String, none, "the desktop's location service"_L1},
     Setting{Key::weatherServiceURL, own, URL, none, "the public weather service"_L1},
+    Setting{Key::grammarServerURL, own, URL, "http://localhost:8081"_L1, "on this machine; another is not asked"_L1},
     Setting{Key::allowWebInspector, SettingStore::Environment, Bool, false},
     // The main application's own; only that application knows their defaults.
     Setting{"InspirationalMessagesEnabled"_L1, mainApplication, Bool, none},

@@ -83,7 +83,7 @@ AgentEntryWindowController::AgentEntryWindowController(const AgentEntryWindowSer
                .weather = services.weather}),
       m_session({.config = services.config,
                  .draft = services.draft,
-                 .tracker = services.tracker,
+                 .usageTracker = services.usageTracker,
                  .journalFile = services.journalFile,
                  .emptyJournalEntry = services.emptyJournalEntry},
                 m_text, m_place) {}

@@ -28,7 +28,8 @@ struct AgentEntryWindowServices {
   OpenPanel& openPanel;
   // One for all controllers of the process: a window that takes over another's text takes over its draft.
   EntryDraft& draft;
-  QLMixpanelTracker& tracker;
+  // Called when there is a first event.
+  std::function<QLMixpanelTracker&()> usageTracker;
   // Where the closing of the window is told.
   NotificationCenter& notices;
   // See EntrySessionServices.

@@ -52,7 +52,7 @@ void EntryPlace::locationFound(const std::shared_ptr<const QLLocation>& location
 void EntryPlace::updateWeatherFromLocation() {
   if (!m_location || !m_services.weather) return;
   m_services.weather->weatherAtLatitude(
-      m_location->latitude, m_location->longitude, Date::fromDateTime(QDateTime::currentDateTimeUtc()),
+      m_location->latitude, m_location->longitude, Date::now(),
       [self = QPointer(this)](const QLWeather& weather) {
         // The user may have switched it off meanwhile.
         if (self && self->m_isWanted) self->setWeather(weather);

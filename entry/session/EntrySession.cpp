@@ -29,10 +29,6 @@ static Error journalFileNotFound() {
           {u"Show Preferences"_s, u"Cancel"_s}};
 }
 
-static Date now() {
-  return Date::fromDateTime(QDateTime::currentDateTimeUtc());
-}
-
 EntrySession::EntrySession(EntrySessionServices services, EntryText& text, EntryPlace& place)
     : m_services(std::move(services)), m_text(text), m_place(place) {}
 
@@ -44,7 +40,7 @@ void EntrySession::textDidChange() {
   m_hasUnsavedText = true;
   keepDraftSoon();
   if (m_editBeginDate) return;
-  m_editBeginDate = now();
+  m_editBeginDate = Date::now();
   // In time for the first hashtag.
   refreshTags();
 }
@@ -114,9 +110,9 @@ bool EntrySession::write(bool force, Error* error) {
 void EntrySession::finish(PropertyListDictionary context) {
   if (m_activeEntry) {
     // The clock may have been set back meanwhile.
-    const double seconds = m_editBeginDate ? std::max(0.0, now().timeIntervalSince(*m_editBeginDate)) : 0;
+    const double seconds = m_editBeginDate ? std::max(0.0, Date::now().timeIntervalSince(*m_editBeginDate)) : 0;
     context.insert(QLMixpanelTrackerEntryContextEditTimeKey, static_cast<quint64>(seconds));
-    m_services.tracker.trackEntryCreate(*m_activeEntry, context);
+    m_services.usageTracker().trackEntryCreate(*m_activeEntry, context);
   }
   forgetActiveEntry();
   m_text.setText({});

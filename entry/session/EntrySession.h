@@ -27,7 +27,8 @@ struct EntrySessionServices {
   QuilloConfig& config;
   // One for all sessions of the process: one that takes over another's text takes over its draft.
   EntryDraft& draft;
-  QLMixpanelTracker& tracker;
+  // Called when there is a first event.
+  std::function<QLMixpanelTracker&()> usageTracker;
   // The journal to write into; null, logged, while it cannot be opened.
   std::function<std::shared_ptr<QLJournalPackageFile>()> journalFile;
   // A new, unsaved entry; null while there is no journal for it.

@@ -1,5 +1,7 @@
 #include "entry/spelling/GrammarClient.h"
 
+#include "foundation/Log.h"
+
 #include <QHostAddress>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -46,16 +48,14 @@ std::optional<GrammarIssue> issueOfMatch(const QJsonObject& match, qsizetype tex
 
 }  // namespace
 
-GrammarClient::GrammarClient(QObject* parent) : QObject(parent), m_server(u"http://localhost:8081"_s) {}
+GrammarClient::GrammarClient(const QUrl& server, QObject* parent) : QObject(parent) {
+  if (isOnThisMachine(server))
+    m_server = server;
+  else
+    QLLogWarn(u"Grammar is not checked: %1 is not on this machine"_s.arg(server.toDisplayString()));
+}
 
 GrammarClient::~GrammarClient() = default;
-
-bool GrammarClient::setServer(const QUrl& server) {
-  if (!isOnThisMachine(server)) return false;
-  m_server = server;
-  setAvailability(Availability::Unknown);
-  return true;
-}
 
 QNetworkAccessManager& GrammarClient::network() {
   // Made on first use: it brings a thread along.
@@ -83,6 +83,7 @@ void GrammarClient::bound(QNetworkReply& reply) {
 
 void GrammarClient::probe() {
   if (m_isProbing) return;
+  if (!hasServer()) return setAvailability(Availability::Unavailable);
   m_isProbing = true;
   QNetworkReply* reply = network().get(QNetworkRequest(below(m_server, u"/v2/languages"_s)));
   bound(*reply);
@@ -95,7 +96,7 @@ void GrammarClient::probe() {
 }
 
 bool GrammarClient::check(const QString& text, Answer answer) {
-  if (m_isChecking || text.size() > longestText) return false;
+  if (!hasServer() || m_isChecking || text.size() > longestText) return false;
   m_isChecking = true;
   QNetworkRequest request(below(m_server, u"/v2/check"_s));
   request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);

@@ -29,17 +29,19 @@ class GrammarClient : public QObject {
   static constexpr qsizetype mostIssues = 100;
   static constexpr qsizetype mostReplacements = 5;
 
-  explicit GrammarClient(QObject* parent = nullptr);
+  // Asks nobody, and logs it, where `server` is not on this machine.
+  explicit GrammarClient(const QUrl& server, QObject* parent = nullptr);
   ~GrammarClient() override;
 
-  // Where the server is, "http://localhost:8081" at first. False, and no change, where that is another machine.
-  bool setServer(const QUrl& server);
+  // Whether there is a server to ask.
+  [[nodiscard]] bool hasServer() const { return !m_server.isEmpty(); }
   // Whether it answered when it was last asked.
   [[nodiscard]] Availability availability() const { return m_availability; }
 
   // Finds out whether the server is there; availabilityDidChange() tells.
   void probe();
-  // The issues of `text`, without spelling; one question at a time, false while another one waits for its answer.
+  // The issues of `text`, without spelling; one question at a time, false while another one waits for its answer,
+  // and without a server.
   bool check(const QString& text, Answer answer);
 
   // What a server's answer says about a text of `textLength` units; nothing for what is none of its answers.
@@ -53,7 +55,7 @@ class GrammarClient : public QObject {
   void bound(QNetworkReply& reply);
   void setAvailability(Availability availability);
 
-  QUrl m_server;
+  QUrl m_server;  // empty for none
   QNetworkAccessManager* m_network{nullptr};
   Availability m_availability{Availability::Unknown};
   bool m_isProbing{false};

@@ -8,8 +8,8 @@
 namespace quillo {
 
 GrammarReviewer::GrammarReviewer(SpellingHighlighter& highlighter, std::function<QList<QTextBlock>()> visibleBlocks,
-                                 QObject* parent)
-    : QObject(parent), m_highlighter(highlighter), m_visibleBlocks(std::move(visibleBlocks)) {
+                                 const QUrl& server)
+    : m_highlighter(highlighter), m_visibleBlocks(std::move(visibleBlocks)), m_client(server) {
   m_pause.setSingleShot(true);
   setPauseDuration(std::chrono::milliseconds(700));
   connect(&m_pause, &QTimer::timeout, this, &GrammarReviewer::reviewNext);

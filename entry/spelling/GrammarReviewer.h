@@ -20,7 +20,8 @@ class GrammarReviewer : public QObject {
 
  public:
   // The highlighter shows the issues; it must outlive the reviewer.
-  GrammarReviewer(SpellingHighlighter& highlighter, std::function<QList<QTextBlock>()> visibleBlocks, QObject* parent);
+  GrammarReviewer(SpellingHighlighter& highlighter, std::function<QList<QTextBlock>()> visibleBlocks,
+                  const QUrl& server);
 
   [[nodiscard]] GrammarClient& client() { return m_client; }
 

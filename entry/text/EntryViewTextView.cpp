@@ -132,10 +132,15 @@ SpellingHighlighter& EntryViewTextView::ensureHighlighter() {
   return *m_highlighter;
 }
 
+static QUrl grammarServer(const UserDefaults& defaults) {
+  const auto stored = defaults.objectForKey(Key::grammarServerURL);
+  return QUrl((stored ? *stored : *settingForKey(Key::grammarServerURL)->defaultValue()).string(), QUrl::StrictMode);
+}
+
 GrammarReviewer& EntryViewTextView::grammarReviewer() {
   if (!m_grammar) {
     m_grammar = std::make_unique<GrammarReviewer>(
-        ensureHighlighter(), [this] { return visibleBlocks(); }, nullptr);
+        ensureHighlighter(), [this] { return visibleBlocks(); }, grammarServer(m_services.defaults));
     applySwitches();
   }
   return *m_grammar;

@@ -75,7 +75,7 @@ class EntryWindowTest : public EntryTest {
             .alerts = alerts,
             .openPanel = openPanel,
             .draft = *draft,
-            .tracker = QLMixpanelTracker::sharedInstance(),
+            .usageTracker = &QLMixpanelTracker::sharedInstance,
             .notices = notices,
             .journalFile = &QLJournalPackageFile::defaultPackage,
             .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry,

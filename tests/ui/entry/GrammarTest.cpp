@@ -61,8 +61,8 @@ class GrammarTest : public EntryViewTest {
     defaults().setBoolForKey(true, Key::editorGrammarCheckEnabled);
     defaults().setBoolForKey(false, Key::editorSpellCheckEnabled);
     defaults().setBoolForKey(false, Key::editorCorrectSpellingEnabled);
+    defaults().setObjectForKey(PropertyListValue(server.url().toString()), Key::grammarServerURL);
     show();
-    ASSERT_TRUE(view->grammarReviewer().client().setServer(server.url()));
     view->grammarReviewer().setPauseDuration(std::chrono::milliseconds(50));
   }
   bool waitForTexts(qsizetype count) {
@@ -73,12 +73,11 @@ class GrammarTest : public EntryViewTest {
 };
 
 TEST_F(GrammarTest, OnlyServersOnThisMachineAreAsked) {
-  GrammarClient client;
   for (const auto& url : {u"http://localhost:8081"_s, u"http://127.0.0.1:1"_s, u"http://[::1]:1"_s})
-    EXPECT_TRUE(client.setServer(QUrl(url))) << url.toStdString();
+    EXPECT_TRUE(GrammarClient(QUrl(url)).hasServer()) << url.toStdString();
   for (const auto& url : {u"http://example.org"_s, u"http://10.0.0.1"_s, u"http://localhost.example.org"_s,
                           u"file:///x"_s, u"http://127.0.0.1.example.org"_s, u""_s})
-    EXPECT_FALSE(client.setServer(QUrl(url))) << url.toStdString();
+    EXPECT_FALSE(GrammarClient(QUrl(url)).hasServer()) << url.toStdString();
 }
 
 TEST_F(GrammarTest, AnswersAreBoundedAndSpellingIsLeftOut) {

@@ -26,7 +26,7 @@ class EntrySessionTest : public EntryTest {
         : place({.config = test.config, .makeLocationManager = test.makeLocationManager(), .weather = &test.weather}),
           session({.config = test.config,
                    .draft = *test.draft,
-                   .tracker = QLMixpanelTracker::sharedInstance(),
+                   .usageTracker = &QLMixpanelTracker::sharedInstance,
                    .journalFile = &QLJournalPackageFile::defaultPackage,
                    .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry},
                   text, place) {}
