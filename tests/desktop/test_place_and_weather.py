@@ -8,7 +8,6 @@ from quillo import AgentTestCase, set_own_defaults
 from weather_service import WeatherService
 
 FIXES = Path(__file__).parent.parent / "data/nmea/improving.nmea"
-TOGGLE = (49, 232)
 
 
 class PlaceAndWeatherTest(AgentTestCase):
@@ -36,16 +35,3 @@ class PlaceAndWeatherTest(AgentTestCase):
         self.assertIn("Berlin", entry["location"]["placeName"])
         self.assertEqual(entry["weather"]["temperature"], 18.4)
         self.assertEqual(entry["weather"]["symbolCode"], "partlycloudy_day")
-
-        # Switched off, this entry has neither, and nothing is asked.
-        agent.open_window()
-        agent.push(TOGGLE)
-        entry = self.write(agent, "with neither")
-        self.assertNotIn("location", entry)
-        self.assertNotIn("weather", entry)
-        self.ctl("settings", "set", "AddLocationAutomatically", "no")
-        agent.open_window()
-        time.sleep(1)
-        agent.click_icon()
-        agent.wait_closed()
-        self.assertEqual(len(self.service.requests), 1)
