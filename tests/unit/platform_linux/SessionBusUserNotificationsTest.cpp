@@ -1,9 +1,11 @@
 // Notifications against a server of the test's own on a private bus.
 
 #include "FakeNotificationServer.h"
+#include "foundation/Bundle.h"
 #include "foundation/Log.h"
 #include "platform/Sounds.h"
 #include "platform/linux/SessionBusUserNotifications.h"
+#include "platform/linux/sound/SoundEffects.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/TestHome.h"
@@ -174,6 +176,15 @@ TEST_F(UserNotificationsTest, TheSoundIsHeardServerOrNotAndTheDelegateMayKeepOne
   server.reset();
   deliver(u"text"_s, u"bell"_s);
   EXPECT_EQ(sounds.played.size(), 2);
+}
+
+TEST(SoundEffects, ASoundThatIsNotThereIsSilentAndNotReported) {
+  const TestHome home;
+  LogCapture log;
+  SoundEffects sounds({home.path(), {}});
+  EXPECT_FALSE(sounds.playSoundNamed(u"quillo-reminder"_s));
+  EXPECT_FALSE(sounds.playSoundNamed({}));
+  EXPECT_TRUE(log.lines().isEmpty());
 }
 
 }  // namespace

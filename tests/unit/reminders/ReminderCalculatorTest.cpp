@@ -1,8 +1,10 @@
 #include "reminders/DateComponentsQLAdditions.h"
+#include "reminders/ReminderBatch.h"
 #include "reminders/ReminderCalculator.h"
 #include "reminders/ReminderInterval.h"
 #include "tests/support/TestHome.h"
 
+#include <QByteArrayList>
 #include <QFile>
 #include <QRegularExpression>
 
@@ -131,6 +133,35 @@ TEST(ReminderCalculator, WithoutADateAnswersAfterNow) {
   ASSERT_TRUE(next);
   EXPECT_GT(*next, before);
   EXPECT_LT(next->timeIntervalSince(before), 65.0);
+}
+
+TEST(ReminderBatch, NamesWhatIsWrong) {
+  const auto lineWith = [](const QByteArray& rest) {
+    return R"({"base":"2014-03-10T20:00:00Z","base_zone":"Europe/Berlin","zone":"Europe/Berlin",)" + rest + "}";
+  };
+  const QByteArray noBase = R"({"unit":16,"count":1,"base_zone":"UTC")";
+  const QByteArray base = noBase + R"(,"base":"2014-03-10T20:00:00)";
+  const struct {
+    const char* about;
+    QByteArrayList lines;
+  } cases[] = {
+      {"JSON", {"", "[1]", "{", QByteArray(100'000, '[')}},
+      {"\"unit\"", {lineWith(R"("count":1)"), lineWith(R"("unit":"16","count":1)")}},
+      {"\"count\"", {lineWith(R"("unit":16,"count":-1)"), lineWith(R"("unit":16,"count":1.5)")}},
+      {"\"period\"", {lineWith(R"("unit":16,"count":1,"period":"long")")}},
+      {"\"after\"", {lineWith(R"("unit":16,"count":1,"after":"yesterday")")}},
+      {"\"n\"", {lineWith(R"("unit":16,"count":1,"n":0)"), lineWith(R"("unit":16,"count":1,"n":1001)")}},
+      {"\"base\"", {noBase + '}', base + "\"}"}},
+      {"\"base_zone\"", {R"({"unit":16,"count":1,"base":"2014-03-10T20:00:00Z","base_zone":"Mars/Olympus"})"}},
+      {"\"zone\"", {base + R"(Z","zone":7})"}},
+  };
+  for (const auto& [about, lines] : cases) {
+    for (const QByteArray& line : lines) {
+      QByteArray answer = answerBatchLine(line);
+      EXPECT_TRUE(answer.startsWith(R"({"error":")") && answer.replace("\\\"", "\"").contains(about))
+          << answer.constData();
+    }
+  }
 }
 
 }  // namespace quillo
