@@ -287,7 +287,7 @@ TEST_F(PersistentPropertyListTest, TypedGettersTakeWhateverIsStored) {
 }
 
 TEST_F(PersistentPropertyListTest, AnObserverMaySetAndEndItselfInsideANotice) {
-  const auto list = open();
+  auto list = open();
   class Meddler : public KeyValueObserver {
    public:
     explicit Meddler(PersistentPropertyList& store) : m_store(store), m_own(store.addObserver(*this, u"in"_s)) {}
@@ -300,6 +300,8 @@ TEST_F(PersistentPropertyListTest, AnObserverMaySetAndEndItselfInsideANotice) {
   } meddler(*list);
   list->setIntegerForKey(1, u"in"_s);
   list->setIntegerForKey(3, u"in"_s);
+  const Notices outliving(*list, {u"in"_s});
+  list.reset();  // before that registration ends
   EXPECT_EQ(onDisk(), (PropertyListDictionary{{u"in"_s, 3}, {u"out"_s, 2}}));
 }
 

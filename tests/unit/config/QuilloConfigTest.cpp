@@ -104,13 +104,9 @@ TEST_F(QuilloConfigTest, EnsuresItsDirectories) {
   } cases[] = {
       {config().groupContainerURL(), group, true},
       {config().groupLogsDirectoryURL(), group + u"/Data/Logs"_s, true},
-      {config().groupDataDirectoryURL(), group + u"/Data/Documents"_s, true},
       {config().groupPrefsDirectoryURL(), group + u"/Data/Preferences"_s, true},
-      {config().supportDirectoryURL(), home.path(u".local/share/quillo"_s), true},
       {config().defaultBackupDirectoryURL(), home.path(u".local/share/quillo/Backup"_s), false},
-      {config().nativeSyncWorkingDirectoryURL(), home.path(u".local/share/quillo/NativeSync"_s), false},
       {config().dataDirectoryURL(), home.path(u"Documents"_s), true},
-      {config().imageCacheDirectoryURL(), home.path(u".cache/quillo/Images"_s), true},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(c.url.toLocalFile(), c.path);
