@@ -1,9 +1,8 @@
-// What keeps and passes values: own defaults, bundles, files, observers and notification centres.
+// What keeps and passes values: own defaults, bundles, files and notification centres.
 
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileContents.h"
-#include "foundation/KeyValueObserving.h"
 #include "foundation/UserDefaults.h"
 #include "platform/DistributedNotifications.h"
 #include "tests/support/TestHome.h"
@@ -94,18 +93,6 @@ TEST(FileContentsTest, RefusesWhatIsNoRegularFile) {
   EXPECT_FALSE(writeFileAtomically(home.path(u"no/folder/x"_s), "x", &error));
 }
 
-class Recorder : public KeyValueObserver {
- public:
-  void observeWillChange(const QString& key, KeyValueObservable&, const void*) override { add("will", key); }
-  void observeValueForKeyPath(const QString& key, KeyValueObservable&, const void* context) override {
-    add(context ? "did with context" : "did", key);
-  }
-  std::vector<std::string> seen;
-
- private:
-  void add(const char* what, const QString& key) { seen.push_back(std::string(what) + ' ' + key.toStdString()); }
-};
-
 TEST(FileContentsTest, WritesForTheUserAloneWhateverTheUmask) {
   const TestHome home;
   const QString path = home.path(u"file"_s);
@@ -120,22 +107,6 @@ TEST(FileContentsTest, WritesForTheUserAloneWhateverTheUmask) {
   EXPECT_EQ(modeOf(path), 0600);
   EXPECT_EQ(contentsOfFile(path), "as a whole");
   EXPECT_TRUE(QFileInfo(home.path(u"link"_s)).isSymLink());
-}
-
-TEST(KeyValueObservingTest, TellsByKeyWithContextUntilTheRegistrationEnds) {
-  auto object = std::make_unique<KeyValueObservable>();
-  Recorder recorder;
-  const int token = 0;
-  auto first = object->addObserver(recorder, u"a"_s, &token);
-  const auto second = object->addObserver(recorder, u"b"_s);
-  object->willChangeValueForKey(u"a"_s);
-  object->didChangeValueForKey(u"a"_s);
-  object->didChangeValueForKey(u"b"_s);
-  object->didChangeValueForKey(u"c"_s);
-  first.reset();
-  object->didChangeValueForKey(u"a"_s);
-  EXPECT_THAT(recorder.seen, ElementsAre("will a", "did with context a", "did b"));
-  object.reset();  // before the second registration ends
 }
 
 TEST(NotificationCenterTest, DeliversByNameAndObjectToThoseStillObserving) {
