@@ -160,15 +160,8 @@ TEST_F(QLJournalEntryFileTest, HostileValuesReadAsAbsentAndCanBeSavedAgain) {
   const auto place = [](const PropertyListValue& latitude, const PropertyListValue& longitude) {
     return PropertyListDictionary{{u"latitude"_s, latitude}, {u"longitude"_s, longitude}};
   };
-  const PropertyListValue places[] = {place(notANumber, 1),
-                                      place(1, notANumber),
-                                      place(90.5, 1),
-                                      place(1, -180.5),
-                                      place(u"1"_s, u"2"_s),
-                                      place(std::numeric_limits<double>::infinity(), 1),
-                                      PropertyListDictionary(),
-                                      u"Oslo"_s,
-                                      place(~quint64{0}, qint64{1})};
+  const PropertyListValue places[] = {place(notANumber, 1),     place(90.5, 1), place(u"1"_s, u"2"_s),
+                                      PropertyListDictionary(), u"Oslo"_s,      place(~quint64{0}, qint64{1})};
   const PropertyListValue temperatures[] = {notANumber, 1e9, -273.2, u"warm"_s, PropertyListArray()};
   const Date dates[] = {Date(notANumber), Date(1e300), Date(-1e300), Date(std::numeric_limits<double>::infinity())};
   const QString uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();

