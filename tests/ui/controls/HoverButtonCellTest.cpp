@@ -138,6 +138,16 @@ TEST_F(HoverButtonTest, DisabledIgnoresThePointer) {
   EXPECT_EQ(cell().image(), standard);
 }
 
+TEST_F(HoverButtonTest, DisabledTitleIsNotDimmed) {
+  button->cell().setStandardBackground(nullptr);
+  button->cell().setDisabledImage(nullptr);
+  button->cell().setStandardImage(nullptr);
+  button->setTitle(u"MMMM"_s);
+  const QImage enabled = button->grab().toImage();
+  button->setEnabled(false);
+  EXPECT_EQ(button->grab().toImage(), enabled);
+}
+
 TEST_F(HoverButtonTest, TrackingAreaFollowsTheFrame) {
   const TrackingArea* first = cell().trackingArea();
   ASSERT_NE(first, nullptr);
