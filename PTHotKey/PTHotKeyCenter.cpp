@@ -88,7 +88,7 @@ PTHotKeyCenter::HotKeyPointer PTHotKeyCenter::hotKeyForCarbonHotKeyID(HotKeyID i
 }
 
 void PTHotKeyCenter::updateEventHandler() {
-  // Never taken out again, not even with the last hot key: the next one finds it installed. That is wanted.
+  // Never taken out again, not even with the last hot key: the next one finds it installed.
   if (m_hotKeys.isEmpty() || m_eventHandlerInstalled) return;
   m_platform->installEventHandler([this](const HotKeyEvent& event) { return sendCarbonEvent(event); });
   m_eventHandlerInstalled = true;

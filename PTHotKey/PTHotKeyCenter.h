@@ -44,8 +44,8 @@ class PTHotKeyCenter {
   void setStateObserver(StateObserver observer) { m_stateObserver = std::move(observer); }
 
   // True for a combination that cannot be a hot key, too: an empty shortcut counts as success, and is not in the
-  // registry afterwards. That is wanted. False when the platform refuses; the number is used up all the same. A hot key
-  // that is registered is unregistered first and gets a fresh number.
+  // registry afterwards: a user without a shortcut must not be told of a failure. False when the platform refuses; the
+  // number is used up all the same. A hot key that is registered is unregistered first and gets a fresh number.
   bool registerHotKey(const HotKeyPointer& hotKey);
   // Nothing when it is not registered.
   void unregisterHotKey(const HotKeyPointer& hotKey);

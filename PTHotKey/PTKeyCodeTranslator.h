@@ -21,7 +21,8 @@ class PTKeyCodeTranslator {
   explicit PTKeyCodeTranslator(std::shared_ptr<const KeyboardLayout> layout);
 
   // One UTF-16 unit: the first that the layout gives, in its unshifted form. The state of a dead key stays from one
-  // call to the next, so the key that follows a dead one is named with its accent. That is wanted. A key without a
+  // call to the next, so the key that follows a dead one is named with its accent, as the main application's
+  // shortcut field shows it. A key without a
   // character is U+FFFD.
   [[nodiscard]] QString translateKeyCode(qint16 keyCode);
 

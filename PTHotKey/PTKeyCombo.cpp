@@ -20,7 +20,7 @@ struct Modifier {
   quint64 frameworkBit;
 };
 
-// In the order of the text. It differs from the usual order of menus; that is wanted.
+// In the order of the text. It differs from the usual order of menus, and is the one that the main application shows.
 constexpr std::array modifierTable{
     Modifier{HotKeyModifier::command, u'\u2318', 0x100000},
     Modifier{HotKeyModifier::option, u'\u2325', 0x80000},

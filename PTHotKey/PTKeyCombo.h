@@ -33,7 +33,7 @@ class PTKeyCombo final : public std::enable_shared_from_this<PTKeyCombo> {
   [[nodiscard]] static Pointer keyComboWithKeyCode(qint64 keyCode, quint64 modifiers);
   // From "keyCode" and "modifiers", each read as a signed 32-bit integer. Nothing and an empty dictionary give the
   // clear combination, a missing number is 0. A key code below -1 becomes -1; modifiers of 0 or less become all ones,
-  // so 0 (no modifiers) does not survive being stored. That is wanted.
+  // so 0 (no modifiers) does not survive being stored; the main application reads the shared key so.
   [[nodiscard]] static Pointer keyComboWithPlistRepresentation(
       const std::optional<PropertyListDictionary>& representation);
 

@@ -83,7 +83,7 @@ void AboutWindowController::makeCreatorText() {
   m_creatorText->setReadOnly(true);
   m_creatorText->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
   m_creatorText->document()->setDocumentMargin(0);
-  // The workspace knows the programs; the view would ask the toolkit.
+  // The workspace knows the programs; the view would ask Qt.
   m_creatorText->setOpenLinks(false);
   connect(m_creatorText, &QTextBrowser::anchorClicked, this, [this](const QUrl& url) { m_workspace.openURL(url); });
   m_creatorText->setGeometry(flipped(creatorFrame, m_window->height()).toRect());

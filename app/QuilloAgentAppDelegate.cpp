@@ -101,7 +101,8 @@ bool QuilloAgentAppDelegate::validateMenuItem(QAction& item) {
 
 QString QuilloAgentAppDelegate::nextReminderText() const {
   const auto date = m_reminderAlarm.nextAlarmDate();
-  // Reminders are on and none could be calculated: the line ends in the text of a missing object. It is wanted so.
+  // Reminders are on and none could be calculated: the line ends in the text of a missing object, as the main
+  // application shows it too.
   return date ? relativeDateText(*date, Calendar::currentCalendar()) : u"(null)"_s;
 }
 

@@ -80,7 +80,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   Q_OBJECT
 
  public:
-  // The tags of the menu's items. 2 is not used by any item, and a click with it does nothing; that is wanted.
+  // The tags of the menu's items. 2 stays free: no item has it, and a click with it does nothing.
   enum MenuTag {
     ShowApplication = 1,
     ReminderLine = 3,

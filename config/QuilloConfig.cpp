@@ -76,7 +76,7 @@ PersistentPropertyList* QuilloConfig::groupProperties(Error* error) {
   const bool isThere = hasContents(path) || makeEmptyList(path, &reason);
   m_groupPropertyList =
       PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path), isThere ? &reason : nullptr);
-  // The log is not told the reason: the line ends in the text of a missing object. It is wanted so.
+  // The line ends in the text of a missing object instead of the reason: people search logs of both programs for it.
   if (!m_groupPropertyList) {
     QLLogInfo(QLatin1StringView("-[QuilloConfig groupProperties]"),
               u"Unable to initialize group property list - (null)"_s);

@@ -4,7 +4,7 @@
 
 namespace quillo {
 
-// Frames of the layout are kept from the bottom left, the toolkit's from the top left. This turns either into the other
+// Frames of the layout are kept from the bottom left, Qt's from the top left. This turns either into the other
 // inside a container of that height; it is its own inverse. For screens the container is the main screen, whose lower
 // left corner is the origin of the bottom-left system.
 [[nodiscard]] inline QRectF flipped(const QRectF& frame, double containerHeight) {

@@ -116,7 +116,8 @@ void HoverButtonCell::drawBezelWithFrame(QPainter& painter, const QRectF& frame,
 QRectF HoverButtonCell::drawTitle(QPainter& painter, const AttributedString& title, const QRectF& frame,
                                   QWidget* view) {
   if (isEnabled()) return ButtonCell::drawTitle(painter, title, frame, view);
-  // Not dimmed, wanted so: always the cell's own title in its own look, even where the alternate one was asked for.
+  // Not dimmed, as the main application draws its buttons: always the cell's own title in its own look, even where the
+  // alternate one was asked for.
   const AttributedString& own = attributedTitle();
   if (own.string.isEmpty()) return {};
   own.drawInRect(painter, frame);

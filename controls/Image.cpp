@@ -30,13 +30,13 @@ std::vector<QImage> prepared(std::vector<QImage> bitmaps) {
   return bitmaps;
 }
 
-// Said, or the toolkit loads its plug-ins for all others to ask them first.
+// Said, or Qt loads its plug-ins for all others to ask them first.
 constexpr char pictureFormat[] = "PNG";
 
 QImage load(const QString& path, double ratio) {
   QImage bitmap(path, pictureFormat);
   bitmap.setDevicePixelRatio(ratio);
-  // By hand: the toolkit's conversion starts a thread for each processor where a picture is large, and those wake up
+  // By hand: Qt's conversion starts a thread for each processor where a picture is large, and those wake up
   // once more half a minute later.
   if (bitmap.format() == QImage::Format_ARGB32) {
     for (int y = 0; y < bitmap.height(); ++y) {

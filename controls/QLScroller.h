@@ -27,7 +27,7 @@ class QLScroller : public QScrollBar {
   // Where the knob's part of the bar lies: the piece that the pointer can take hold of.
   [[nodiscard]] QRectF rectForKnob() const;
   // The pill inside it. Always 7 points wide and centred across the standard width, also in a horizontal bar, where it
-  // therefore stands near the left end and does not move along: wanted so.
+  // therefore stands near the left end and does not move along: only vertical bars are ever shown.
   [[nodiscard]] QRectF knobRect() const;
 
  protected:

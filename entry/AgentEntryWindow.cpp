@@ -150,7 +150,7 @@ void AgentEntryWindow::setShowsMetadata(bool shows) {
     text = QRectF(text.x(), text.y() + distance, text.width(), text.height() - distance);
   } else {
     // Not the way back: the lower edge does not come down to the margin, it is mirrored about where it was, and the
-    // text area loses as much again as the band had taken. It is wanted so.
+    // text area loses as much again as the band had taken. The window keeps the look that its users know.
     const double distance = textMargin - text.y();
     text = QRectF(text.x(), text.y() - distance, text.width(), text.height() + distance);
   }
@@ -177,7 +177,7 @@ void AgentEntryWindow::layOut() {
     clearMask();
     m_maskOutline.clear();
   } else if (const QPainterPath outline = m_ui->backgroundView->outline(); outline != m_maskOutline) {
-    // Not by filling a bitmap: the toolkit starts threads for a shape of this size.
+    // Not by filling a bitmap: Qt starts threads for a shape of this size.
     setMask(QRegion(outline.toFillPolygon().toPolygon()));
     m_maskOutline = outline;
   }
@@ -254,7 +254,7 @@ void AgentEntryWindow::orderOut() {
 void AgentEntryWindow::orderFront(bool activate) {
   layOut();
   setAttribute(Qt::WA_ShowWithoutActivating, !activate);
-  // The toolkit passes the attribute on once only, when it makes the window; a window that was shown for the user
+  // Qt passes the attribute on once only, when it makes the window; a window that was shown for the user
   // before would take the keyboard when it is shown for a reminder.
   if (QWindow* handle = windowHandle()) handle->setProperty(QtInternals::showWithoutActivating, !activate);
   // Window managers forget it each time the window goes.

@@ -4,7 +4,7 @@
 
 namespace quillo {
 
-// The toolkit's own panel, which unlike some desktops' offers files and folders alike.
+// Qt's own panel, which unlike some desktops' offers files and folders alike.
 class OpenPanelSheet final : public OpenPanel {
  public:
   void beginSheet(const QString& title, const QString& directory, QWidget* window,

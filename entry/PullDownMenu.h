@@ -9,7 +9,7 @@ namespace quillo {
 class PullDownMenu {
  public:
   // Gives the menu, which is not owned, a blank first item for the title. It stays in the menu, so whoever makes a
-  // second pull-down for the same menu finds it as a blank line below. That is wanted.
+  // second pull-down for the same menu finds it as a blank line below; the agent makes one only.
   explicit PullDownMenu(QMenu& menu);
 
   // Opens the menu below `frame`.

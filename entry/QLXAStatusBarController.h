@@ -32,7 +32,7 @@ class QLXAStatusBarController : public QObject {
 
   // Keeps a copy of the menu with the same items; whoever validates the items when the given menu is about to show is
   // told when the copy is. The menu must outlive its use. It goes first, then the item: an item that is there already
-  // shows the menu given, not the copy, and its clicks are not sorted. That is wanted.
+  // shows the menu given, not the copy, and its clicks are not sorted; the delegate keeps that order.
   void setContextualMenu(QMenu* menu);
   void setStatusItem(std::unique_ptr<StatusItem> item);
   // Closes the window of the one before.

@@ -9,7 +9,7 @@
 namespace quillo {
 
 // The Gregorian calendar in a time zone, counted back over the days before its introduction too. It covers the years 1
-// to 9999 (UTC): what begins or ends outside, and what is not a number, gives nothing.
+// to 9999 (UTC): what begins or ends outside, and what is NaN, gives nothing.
 //
 // Wall-clock arithmetic: years, quarters, months, weeks and days keep the time of day over every change of the clock;
 // hours, minutes and seconds are elapsed time. A reading that the clock jumps over moves forward by the jump (02:30

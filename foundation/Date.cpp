@@ -31,7 +31,7 @@ std::optional<Date> Date::fromISO8601(const QString& text) {
 
 QDateTime Date::toDateTime() const {
   const double seconds = timeIntervalSince1970();
-  // The negated form also turns not a number away.
+  // The negated form also turns NaN away.
   if (!(seconds >= yearOne && seconds < yearTenThousand)) return {};
   return QDateTime::fromMSecsSinceEpoch(std::llround(seconds * 1000.0), Qt::UTC);
 }

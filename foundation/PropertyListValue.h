@@ -69,7 +69,7 @@ class PropertyListValue {
   [[nodiscard]] std::optional<Date> date() const;
 
   // Numbers and strings convert by the platform's rules ("YES", "12abc" is 12); every other kind reads as NO or 0.
-  // Out-of-range numbers stop at the nearest limit; not a number reads as 0.
+  // Out-of-range numbers stop at the nearest limit; NaN reads as 0.
   [[nodiscard]] bool boolValue() const;
   [[nodiscard]] qint64 integerValue() const;
   // As integerValue, with the bits of an unsigned 64-bit integer kept; negative numbers wrap.

@@ -152,7 +152,7 @@ bool Writer::writeText(const char* element, const QString& text) {
 }
 
 bool Writer::writeDate(Date date) {
-  // Whole seconds, as the form has them, the rest cut off; the negated form also turns not a number away.
+  // Whole seconds, as the form has them, the rest cut off; the negated form also turns NaN away.
   const double seconds = std::floor(date.timeIntervalSince1970());
   if (!(std::abs(seconds) < 4e11)) return refuse(u"XML cannot hold the date"_s);
   const std::chrono::sys_seconds instant{std::chrono::seconds(static_cast<qint64>(seconds))};

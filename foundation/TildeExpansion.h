@@ -11,7 +11,7 @@ namespace quillo {
 [[nodiscard]] QString userHomeDirectory();
 
 // Replaces a first character "~" by userHomeDirectory(), whatever follows it: of "~name" the name stays behind the
-// home directory. That is wanted; nothing else is changed.
+// home directory, as the main application reads such paths. Nothing else is changed.
 [[nodiscard]] QString stringByExpandingTildeInPathToActualUserHomeDirectory(const QString& path);
 
 }  // namespace quillo

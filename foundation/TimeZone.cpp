@@ -200,7 +200,7 @@ std::shared_ptr<const TimeZone::Rules> TimeZone::rulesWithIdentifier(const QByte
 
 std::optional<TimeZone> TimeZone::timeZoneWithName(const QString& name) {
   const QByteArray identifier = name.toUtf8();
-  // The toolkit takes any word for a rule without an offset; only a name with a file counts here.
+  // Qt takes any word for a rule without an offset; only a name with a file counts here.
   if (isNameOfZoneFile(identifier)) {
     if (auto rules = rulesWithIdentifier(identifier)) return TimeZone(std::move(rules));
   }
@@ -209,7 +209,7 @@ std::optional<TimeZone> TimeZone::timeZoneWithName(const QString& name) {
 }
 
 TimeZone TimeZone::systemTimeZone() {
-  // The toolkit looks at the system's setting anew at each call.
+  // Qt looks at the system's setting anew at each call.
   QByteArray identifier = QTimeZone::systemTimeZoneId();
   // What the TZ variable may put before a name.
   for (const QByteArrayView prefix : {QByteArrayView(":"), zoneFiles})

@@ -16,7 +16,7 @@ class OneShotTimerFactory {
  public:
   virtual ~OneShotTimerFactory() = default;
   // Calls `action` once, from the event loop of this thread, when the clock reaches `secondsSince1970`; at the next
-  // turn of the loop when that is past or not a number. The action may destroy its timer.
+  // turn of the loop when that is past or NaN. The action may destroy its timer.
   [[nodiscard]] virtual std::unique_ptr<OneShotTimer> schedule(double secondsSince1970,
                                                                std::function<void()> action) = 0;
 };

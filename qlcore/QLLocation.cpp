@@ -9,7 +9,7 @@ static constexpr QLatin1StringView longitudeKey{"longitude"};
 static constexpr QLatin1StringView placeNameKey{"placeName"};
 
 bool QLLocation::isValid() const {
-  // Written so that not a number fails too.
+  // False for NaN, too.
   return latitude >= -90 && latitude <= 90 && longitude >= -180 && longitude <= 180;
 }
 

@@ -11,7 +11,7 @@ static constexpr QLatin1StringView dateKey{"date"};
 static constexpr QLatin1StringView providerKey{"provider"};
 
 bool QLWeather::isValid() const {
-  // Written so that not a number fails too.
+  // False for NaN, too.
   return temperature >= -150 && temperature <= 150;
 }
 

@@ -15,7 +15,7 @@ namespace quillo {
 // Now, to the second as an entry file has it, so that what was written reads back equal.
 [[nodiscard]] Date storableNow();
 
-// The date that `value` is, unless an entry file cannot hold it: not a number, or outside the years 1 to 9999.
+// The date that `value` is, unless an entry file cannot hold it: NaN, or outside the years 1 to 9999.
 [[nodiscard]] std::optional<Date> storableDate(const PropertyListValue& value);
 
 }  // namespace quillo

@@ -76,8 +76,8 @@ void ReminderAlarm::resetFromDate(std::optional<Date> date) {
 void ReminderAlarm::scheduleNextAlarm(Date date) {
   m_nextAlarmDate = date;
   // A timer already there stays armed. Callers clear it first, all but a system event during a snooze: then both fire
-  // at the end of the snooze. That is wanted. Beyond a handful the oldest goes, or a clock that is set every second
-  // would use up the process's descriptors.
+  // at the end of the snooze, and the second finds the first one's date given already. Beyond a handful the oldest
+  // goes, or a clock that is set every second would use up the process's descriptors.
   static constexpr size_t mostTimers = 8;
   if (m_timers.size() >= mostTimers) m_timers.erase(m_timers.begin());
   const quint64 number = ++m_timersArmed;

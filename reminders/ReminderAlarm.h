@@ -49,7 +49,8 @@ class ReminderAlarm {
   // From now. A snooze is dropped.
   void reset();
   // Arms the first reminder after `date`, or after now. Where there is none, that is logged, no timer is armed, and
-  // nextAlarmDate() keeps showing the previous date; that is wanted. Of a stopped alarm it only ends the snooze.
+  // nextAlarmDate() keeps the previous date, which the menu goes on to show. Of a stopped alarm it only ends the
+  // snooze.
   void resetFromDate(std::optional<Date> date);
   // Fires again after so many seconds instead of at the next reminder. Nothing while stopped.
   void snoozeForTimeInterval(double seconds);

@@ -63,7 +63,7 @@ struct Window {
 
 // The daily window on the calendar day of `after`. Its end takes only the hour and minute of the period's end and is
 // placed on the day of the start. A window over midnight therefore ends before it starts and gives one reminder a day,
-// at its start; that is wanted.
+// at its start. The main application announces the same times, so both must count so.
 std::optional<Window> windowOfDay(const ReminderInterval& interval, const DateComponents& baseParts, Date after,
                                   const Calendar& calendar) {
   const auto day = calendar.componentsFromDate(componentMask, after);

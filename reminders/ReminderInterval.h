@@ -54,8 +54,8 @@ class ReminderInterval {
   [[nodiscard]] std::optional<Date> baseDateInCurrentTimeZone() const;
   // One step; nothing where the unit is none. Counts from 2^63 on come out negative, the components being signed.
   [[nodiscard]] std::optional<DateComponents> dateComponents() const;
-  // "1 day", "3 hours". Units that are not offered to the user have no word; the blank after the number stays, and is
-  // wanted.
+  // "1 day", "3 hours". Units that are not offered to the user have no word; the blank after the number stays, since
+  // the main application prints the same text.
   [[nodiscard]] QString stringValue() const;
   // Every value, for the log.
   [[nodiscard]] QString description() const;

@@ -41,7 +41,8 @@ QString LoginItem::errorString() const {
 
 bool LoginItem::existsAsLoginItem() const {
   if (!m_services.loginItems) return false;
-  // The first job of the label decides, and one that is registered but not on demand reads as NO; both are wanted.
+  // The first job of the label decides, and one that is registered but not on demand reads as NO: it would not start
+  // at login, and the main application's checkbox shows the same.
   for (const LoginJob& job : m_services.loginItems->jobDictionaries())
     if (job.label == m_bundleID) return job.onDemand;
   return false;

@@ -14,7 +14,7 @@ QWidget* alertParent() {
   if (QWidget* active = QApplication::activeWindow()) return active;
   const auto windows = QApplication::topLevelWidgets();
   for (QWidget* window : windows) {
-    // Menus, tool tips and the tray's icon are windows of the toolkit's, and no place for a sheet.
+    // Menus, tool tips and the tray's icon are windows of Qt's, and no place for a sheet.
     const Qt::WindowType type = window->windowType();
     const bool carriesSheets = type == Qt::Window || type == Qt::Dialog || type == Qt::Sheet || type == Qt::Tool;
     if (window->isVisible() && carriesSheets && !window->inherits(QtInternals::trayIconWindow)) return window;

@@ -9,10 +9,10 @@ class QTextLayout;
 
 namespace quillo {
 
-// Wavy underlines as smooth as the screen allows; the toolkit's own are a small picture that is blown up on dense
+// Wavy underlines as smooth as the screen allows; Qt's own are a small picture that is blown up on dense
 // screens.
 
-// A format that underlines: it changes nothing of how the toolkit draws the text itself.
+// A format that underlines: it changes nothing of how Qt draws the text itself.
 [[nodiscard]] QTextCharFormat wavyUnderline(const QColor& color);
 
 // Draws the underlines of a paragraph whose layout is drawn at `origin`.

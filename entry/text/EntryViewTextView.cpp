@@ -71,7 +71,8 @@ EntryViewTextView::~EntryViewTextView() {
 void EntryViewTextView::awakeFromNib() {
   if (m_isAwake) return;
   m_isAwake = true;
-  // Through the setters, which write what they read back: wanted so.
+  // Through the setters, which write what they read: from then on the choice is the user's, whatever the default
+  // becomes.
   const UserDefaults& defaults = m_services.defaults;
   if (defaults.objectForKey(Key::editorSpellCheckEnabled))
     setContinuousSpellCheckingEnabled(defaults.boolForKey(Key::editorSpellCheckEnabled));

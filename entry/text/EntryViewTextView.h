@@ -74,8 +74,8 @@ class EntryViewTextView : public QPlainTextEdit {
   // In points, on each side.
   void setTextContainerInset(QSizeF inset);
 
-  // The types that such a view takes. Asking for them also turns off dropping altogether: wanted so, nothing is to be
-  // dropped into an entry.
+  // The types that such a view takes. Asking for them also turns off dropping altogether, since an entry is
+  // plain text that files and pictures have no place in.
   QStringList acceptableDragTypes();
 
   // The setters also store the switch in the user defaults.

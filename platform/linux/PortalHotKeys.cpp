@@ -77,7 +77,7 @@ PortalHotKeys::PortalHotKeys(QString description, QString applicationIdentifier,
     : m_description(std::move(description)),
       m_applicationIdentifier(std::move(applicationIdentifier)),
       m_keysymName(std::move(keysymName)) {
-  // The toolkit knows its own types only once one was sent; a slot that takes one would not be found before.
+  // Qt knows its own types only once one was sent; a slot that takes one would not be found before.
   qDBusRegisterMetaType<QDBusObjectPath>();
   qDBusRegisterMetaType<PortalShortcut>();
   qDBusRegisterMetaType<QList<PortalShortcut>>();

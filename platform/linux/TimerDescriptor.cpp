@@ -17,7 +17,7 @@ namespace {
 constexpr double furthestSecond = 9'223'372'000.0;
 
 timespec timespecOf(double seconds) {
-  // All zero would disarm the timer, and a negative value is an error; both mean "now". So does not a number.
+  // All zero would disarm the timer, and a negative value is an error; both mean "now", and so does NaN.
   static constexpr timespec soonest{.tv_sec = 0, .tv_nsec = 1};
   if (!(seconds > 0)) return soonest;
   const double capped = std::fmin(seconds, furthestSecond);

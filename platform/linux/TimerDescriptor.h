@@ -23,7 +23,7 @@ class TimerDescriptor {
 
   [[nodiscard]] bool isValid() const { return m_descriptor.isOpen(); }
 
-  // At a moment by the clock, in seconds since 1970, through all settings of the clock. What is past or not a number is
+  // At a moment by the clock, in seconds since 1970, through all settings of the clock. What is past or NaN is
   // due at once; what is beyond the kernel's count (the year 2262) never.
   bool armAt(double secondsSince1970);
   // After so many seconds.

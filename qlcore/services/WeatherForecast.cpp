@@ -65,7 +65,7 @@ QJsonObject WeatherForecast::toObject() const {
 std::optional<QLWeather> WeatherForecast::weatherNearest(Date date, double seconds) const {
   const auto away = [date](const QLWeather& weather) { return std::abs(weather.date->timeIntervalSince(date)); };
   const auto nearest = std::ranges::min_element(m_times, {}, away);
-  // Written so that a date that is not a number fails too.
+  // False for a date that is NaN, too.
   return away(*nearest) <= seconds ? std::optional(*nearest) : std::nullopt;
 }
 

@@ -192,7 +192,7 @@ class HotKeyTest(AgentTestCase):
             display = ":" + numbers.readline().strip()
         self.ctl("shortcut", "set", "cmd+shift+J")
         agent = self.start(program("quillo-agent"), "--home", str(self.home), DISPLAY=display)
-        # Its first windows come while the toolkit still gets to know the display, and gives up in its own way.
+        # Its first windows come while Qt still gets to know the display, and gives up in its own way.
         wait_until(lambda: json.loads(self.ctl("--json", "agent", "status"))["running"], "the agent on its display")
         os.kill(server.pid, signal.SIGKILL)
         self.assertEqual(agent.wait(), 1)

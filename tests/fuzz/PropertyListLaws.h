@@ -21,7 +21,7 @@ inline qsizetype valuesIn(const PropertyListValue& value, qsizetype limit) {
 
 // What a reader has accepted can be written in `format`, but where a text has characters that XML cannot hold; and what
 // was written reads as a list that is written the same. (Not as an equal one: XML keeps dates to the second, and what
-// is not a number is never equal.)
+// is NaN is never equal.)
 inline void requireStableWriting(const PropertyListValue& value, PropertyListFormat format) {
   Error error;
   const auto once = PropertyListSerialization::dataWithPropertyList(value, format, &error);

@@ -72,7 +72,7 @@ void keepOutOfTaskBar(WId window) {
   if (!connection) return;
   static const xcb_atom_t state = X11::atom("_NET_WM_STATE");
   static const xcb_atom_t skipped[] = {X11::atom("_NET_WM_STATE_SKIP_TASKBAR"), X11::atom("_NET_WM_STATE_SKIP_PAGER")};
-  // The toolkit adds its own when it shows the window.
+  // Qt adds its own when it shows the window.
   xcb_change_property(connection, XCB_PROP_MODE_APPEND, static_cast<xcb_window_t>(window), state, XCB_ATOM_ATOM, 32, 2,
                       skipped);
 }

@@ -5,7 +5,7 @@
 
 namespace quillo {
 
-// Whether there is an X server or a Wayland compositor to show anything on. The toolkit would end the process.
+// Whether there is an X server or a Wayland compositor to show anything on. Qt would end the process.
 [[nodiscard]] bool displayIsReachable();
 
 // Whether the windows of this session are a Wayland compositor's, be it through Xwayland.

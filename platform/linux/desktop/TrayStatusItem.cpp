@@ -43,7 +43,7 @@ QList<ScreenArea> screenAreas() {
     else
       areas.append(area);
   }
-  // With several screens the toolkit leaves panels in.
+  // With several screens Qt leaves panels in.
   return areas.size() > 1 ? withoutPanels(areas, X11::panels()) : areas;
 }
 
@@ -154,7 +154,7 @@ void TrayStatusItem::activated(QSystemTrayIcon::ActivationReason reason) {
       if (const auto callback = m_onPrimaryClick) callback();
       break;
     case QSystemTrayIcon::MiddleClick:
-      // The toolkit shows the menu on the secondary click only.
+      // Qt shows the menu on the secondary click only.
       if (m_menu) m_menu->popup(anchor().bottomLeft().toPoint());
       break;
     default:
@@ -170,7 +170,7 @@ void TrayStatusItem::trayWindowChanged() {
 
 bool TrayStatusItem::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::ApplicationPaletteChange && watched == qApp) m_settled.start();
-  // The toolkit's window in a tray that embeds one is about to show the tip.
+  // Qt's window in a tray that embeds one is about to show the tip.
   if (event->type() == QEvent::ToolTip && watched->inherits(QtInternals::trayIconWindow)) updateToolTip();
   return QObject::eventFilter(watched, event);
 }

@@ -65,7 +65,7 @@ class TrayStatusItem final : public QObject, public StatusItem {
   bool m_isHighlighted{false};
   double m_length{0};
   std::optional<QColor> m_foreground;
-  // By their looks: drawn anew, each would stay in the toolkit's cache as another.
+  // By their looks: drawn anew, each would stay in Qt's cache as another.
   QHash<QString, QIcon> m_icons;
   std::optional<QPointF> m_lastClick;
   std::function<void()> m_onPrimaryClick;

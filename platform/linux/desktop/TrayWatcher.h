@@ -7,7 +7,7 @@
 
 namespace quillo {
 
-// Waits for the first tray of the session, of either kind. The toolkit decides once, with the first icon, which kind
+// Waits for the first tray of the session, of either kind. Qt decides once, with the first icon, which kind
 // the process talks to for good; an icon made too early, as at log-in, would never appear in a tray that draws icons
 // itself.
 class TrayWatcher final : public QObject, public QAbstractNativeEventFilter {

@@ -12,7 +12,7 @@
 
 struct xcb_connection_t;
 
-// Questions to the X server, over the toolkit's own connection. All of them answer nothing where there is none.
+// Questions to the X server, over Qt's own connection. All of them answer nothing where there is none.
 namespace quillo::X11 {
 
 using Window = unsigned int;

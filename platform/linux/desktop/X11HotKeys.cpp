@@ -240,7 +240,7 @@ bool X11HotKeys::keyPressed(const xcb_key_press_event_t& key) {
   if (claim->motion.press(key.time)) {
     // A menu of ours that had the keyboard may close because of the press, and the release would go elsewhere.
     listenForReleases();
-    // After the toolkit has handled the event, and only if the claim is still there then.
+    // After Qt has handled the event, and only if the claim is still there then.
     const bool withRelease = std::exchange(claim->motion.releaseIsPending, false);
     QMetaObject::invokeMethod(
         this,
@@ -250,7 +250,7 @@ bool X11HotKeys::keyPressed(const xcb_key_press_event_t& key) {
         },
         Qt::QueuedConnection);
   }
-  // What the grab delivers to the root window goes on to the toolkit, which learns from it when the user last did
+  // What the grab delivers to the root window goes on to Qt, which learns from it when the user last did
   // something: a window may then take the keyboard. What came to a menu of ours must not reach it.
   return key.event != m_root;
 }

@@ -15,7 +15,7 @@ struct xcb_key_press_event_t;
 
 namespace quillo {
 
-// Claims combinations as passive key grabs on the root window of an X server, over the toolkit's own connection. The
+// Claims combinations as passive key grabs on the root window of an X server, over Qt's own connection. The
 // grabs cover every state of Caps, Num and Scroll Lock, and follow the keyboard map when it changes.
 //
 // While another program has grabbed the whole keyboard, as its open menus and screen locks do, X gives it every key
@@ -66,13 +66,13 @@ class X11HotKeys final : public QObject, public HotKeys, public QAbstractNativeE
   void ungrab(Claim& claim);
   void readModifiers();
   void keyboardMapChanged();
-  // Whether the event is to be kept from the toolkit.
+  // Whether the event is to be kept from Qt.
   bool keyPressed(const xcb_key_press_event_t& key);
   void keyReleased(quint8 keycode, Milliseconds time);
   void listenForReleases();
   void deliver(const Claim& claim, quint32 kind) const;
 
-  xcb_connection_t* m_connection{nullptr};  // the toolkit's; null without an X server
+  xcb_connection_t* m_connection{nullptr};  // Qt's; null without an X server
   quint32 m_root{0};
   quint8 m_firstXkbEvent{0};  // 0 without the extension
   RawKeyReleases m_releases;

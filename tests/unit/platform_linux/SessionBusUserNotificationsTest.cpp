@@ -1,7 +1,6 @@
 // Notifications against a server of the test's own on a private bus.
 
 #include "FakeNotificationServer.h"
-#include "foundation/Bundle.h"
 #include "foundation/Log.h"
 #include "platform/Sounds.h"
 #include "platform/linux/SessionBusUserNotifications.h"
