@@ -1,4 +1,4 @@
-// The open and settings buttons, the panel without a journal, and the draft that waits for it.
+// The open and settings buttons, and the panel without a journal.
 
 #include "controls/Button.h"
 #include "entry/OpenPanelSheet.h"
@@ -79,11 +79,13 @@ TEST_F(EntryWindowActionsTest, TheSettingsButtonSpendsTheFirstItemOnItsTitle) {
   menu.close();
 }
 
-TEST_F(EntryWindowActionsTest, ReconnectingShowsTheEditorAgain) {
+TEST_F(EntryWindowActionsTest, ReconnectingShowsTheEditorAgainAndTheDraftThatWaitedForIt) {
+  EntryDraft(draftPath).write({u"come "_s, {}, {}});
   const QString path = journalURL.toLocalFile();
   ASSERT_TRUE(QDir().rename(path, path + u".away"_s));
   show();
   EXPECT_FALSE(textView()->isVisible());
+  EXPECT_EQ(textView()->toPlainText(), QString());
   click("reconnectButton");
   EXPECT_EQ(openPanel.title, u"Choose Quillo Journal Location"_s);
   EXPECT_EQ(openPanel.directory, path);
@@ -97,7 +99,7 @@ TEST_F(EntryWindowActionsTest, ReconnectingShowsTheEditorAgain) {
   EXPECT_EQ(config.configuredJournalFileURL(), journalURL);
   type("back");
   controller->close();
-  EXPECT_EQ(entries().value(0)->string(), u"back"_s);
+  EXPECT_EQ(entries().value(0)->string(), u"come back"_s);
 }
 
 TEST_F(EntryWindowActionsTest, WithNoJournalOneIsMadeOrChosenOnTheSpot) {
@@ -184,26 +186,6 @@ TEST_F(EntryWindowActionsTest, ThePanelBeginsAtTheJournalOrNearestToIt) {
   EXPECT_FALSE(controller->window().hasAttachedSheet());
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_FALSE(controller->window().findChild<QFileDialog*>());
-}
-
-TEST_F(EntryWindowActionsTest, ADraftWaitsForTheJournalThatHasItsEntry) {
-  show();
-  type("one");
-  controller->close();
-  draft->write({u"one and two"_s, entries().value(0)->uuid(), {}});
-  const QString path = journalURL.toLocalFile();
-  ASSERT_TRUE(QDir().rename(path, path + u".away"_s));
-  // The process dies.
-  controller.reset();
-  draft.emplace(draftPath);
-  newController();
-  show();
-  controller->close();
-  ASSERT_TRUE(QDir().rename(path + u".away"_s, path));
-  show();
-  controller->close();
-  ASSERT_EQ(entries().size(), 1);
-  EXPECT_EQ(entries()[0]->string(), u"one and two"_s);
 }
 
 }  // namespace

@@ -75,6 +75,10 @@ TEST_F(StatusBarControllerTest, ClicksToggleAndEveryWayOfClosingResets) {
 }
 
 TEST_F(StatusBarControllerTest, AReminderTurnsTheIconRedUnlessTheWindowIsShown) {
+  EXPECT_EQ(item.menu, status.contextualMenu());
+  EXPECT_EQ(item.length, 22);
+  EXPECT_EQ(item.image, u"menubar-black"_s);
+  EXPECT_TRUE(item.isTemplate);
   status.showEntryWindowInMode(EntryWindowModeReminder);
   EXPECT_EQ(item.image, u"menubar-red"_s);
   EXPECT_FALSE(item.isTemplate);
