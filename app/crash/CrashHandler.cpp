@@ -131,8 +131,7 @@ bool claimReport(int signal) {
 }
 
 void writeReport(std::string_view cause, const siginfo_t* info, void* context) {
-  // Raw: what happens here is to be seen call by call, and the end of the process closes it where the stack is given
-  // up.
+  // Raw: an owner would be of no use, as the process may end in giveUpOnStack(), where nothing is destroyed.
   const int file =
       ::openat(state.directory, state.fileName.data(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
   // First what needs nothing but system calls, then what may fail.
