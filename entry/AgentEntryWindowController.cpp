@@ -151,8 +151,9 @@ void AgentEntryWindowController::connectControls() {
   for (HoverButton* option : {ui.snoozeOption1Button, ui.snoozeOption2Button})
     connect(option, &QAbstractButton::clicked, this, [this, option] { snoozeOptionButtonClicked(*option); });
   // The number pad's Enter is another key. Like the button's own, this one is dead while the button is hidden.
-  connect(new QShortcut(QKeyCombination(Qt::CTRL, Qt::Key_Enter), ui.saveButton), &QShortcut::activated, ui.saveButton,
-          &QAbstractButton::animateClick);
+  auto* enter = new QShortcut(ui.saveButton);
+  enter->setKey(QKeyCombination(Qt::CTRL, Qt::Key_Enter));
+  connect(enter, &QShortcut::activated, ui.saveButton, &QAbstractButton::animateClick);
   window().onCloseRequest = [this] { close(); };
   window().onActivationChange = [this] { activationChanged(); };
 }

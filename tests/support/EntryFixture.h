@@ -98,7 +98,7 @@ class EntryTest : public testing::Test {
   UserDefaults defaults{home.path(u"config"_s), Identifier::agent};
   QuilloConfig config{UserDirectories::current(), defaults, [](const char*) { return QString(); }};
   QUrl journalURL;
-  std::optional<EntryDraft> draft{std::in_place, draftPath};
+  std::unique_ptr<EntryDraft> draft = std::make_unique<EntryDraft>(draftPath);
   FakeWeatherService weather;
   FakeLocationService* location{nullptr};  // the latest, once it was asked for
 };

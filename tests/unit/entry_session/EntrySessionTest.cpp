@@ -45,13 +45,13 @@ class EntrySessionTest : public EntryTest {
   // The process before has died: the next one has what is on disk.
   void startAnew() {
     editor.reset();
-    draft.emplace(draftPath);
+    draft = std::make_unique<EntryDraft>(draftPath);
     newEditor();
     editor->session.restoreDraft();
   }
   // As the next editor does for the one before.
   std::shared_ptr<Editor> replaceEditor() {
-    const auto before = editor;
+    auto before = editor;
     newEditor();
     editor->session.takeOverUnsavedText(before->session);
     return before;
