@@ -9,6 +9,7 @@
 #include "entry/AlertSheet.h"
 #include "entry/OpenPanelSheet.h"
 #include "entry/QLXAStatusBarController.h"
+#include "entry/text/EntryTextServices.h"
 #include "foundation/Bundle.h"
 #include "foundation/KeyValueObserving.h"
 #include "platform/OutsideClicks.h"
@@ -49,6 +50,7 @@ struct AgentServices {
   CrashReportManager& crashReportManager;
   // For what the entry window holds and no journal has yet.
   EntryDraft& draft;
+  EntryTextServices text;
   // Made at the first call, which may be the first to write into the settings.
   std::function<RemindersManager&()> remindersManager;
   // Made at the first call, when it is known whether usage events are wanted.

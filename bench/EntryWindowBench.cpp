@@ -10,6 +10,7 @@
 #include "entry/session/Alerts.h"
 #include "entry/session/EntryDraft.h"
 #include "entry/session/OpenPanel.h"
+#include "entry/spelling/SpellChecker.h"
 #include "foundation/NotificationCenter.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
@@ -136,11 +137,15 @@ int main(int argc, char** argv) {
   NoAlerts alerts;
   NoPanel panel;
   EntryDraft draft(EntryDraft::defaultPath());
+  SpellChecker spellChecker(SpellChecker::standardSources(UserDirectories::current()));
   const auto controller = std::make_shared<AgentEntryWindowController>(
       AgentEntryWindowServices{.config = config,
                                .alerts = alerts,
                                .openPanel = panel,
                                .draft = draft,
+                               .text = {.defaults = defaults,
+                                        .localCenter = NotificationCenter::localCenter(),
+                                        .spellChecker = spellChecker},
                                .usageTracker = &QLMixpanelTracker::sharedInstance,
                                .notices = NotificationCenter::localCenter(),
                                .journalFile = &QLJournalPackageFile::defaultPackage,

@@ -131,6 +131,7 @@ void AgentEntryWindowController::dressTextView() {
   palette.setColor(QPalette::HighlightedText, textColor);
   textView.setPalette(palette);
   textView.setTextContainerInset(QSizeF(4, 0));
+  textView.setServices(m_services.text);
   textView.awakeFromNib();
   textView.setCompletionSource([this] { return m_session.tags(); });
 }

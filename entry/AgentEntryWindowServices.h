@@ -1,5 +1,7 @@
 #pragma once
 
+#include "entry/text/EntryTextServices.h"
+
 #include <qwindowdefs.h>
 
 #include <functional>
@@ -28,6 +30,7 @@ struct AgentEntryWindowServices {
   OpenPanel& openPanel;
   // One for all controllers of the process: a window that takes over another's text takes over its draft.
   EntryDraft& draft;
+  EntryTextServices text;
   // Called when there is a first event.
   std::function<QLMixpanelTracker&()> usageTracker;
   // Where the closing of the window is told.

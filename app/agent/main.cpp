@@ -12,6 +12,7 @@
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
 #include "entry/session/EntryDraft.h"
+#include "entry/spelling/SpellChecker.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileModeMask.h"
@@ -117,7 +118,7 @@ Bundle agentBundle() {
            {InfoKey::copyright, QString(ProductInformation::copyright)}}};
 }
 
-AgentServices agentServices(QuilloConfig& config, EntryDraft& draft) {
+AgentServices agentServices(QuilloConfig& config, EntryDraft& draft, SpellChecker& spellChecker) {
   return {.config = config,
           .bundle = Bundle::mainBundle(),
           .localCenter = NotificationCenter::localCenter(),
@@ -126,6 +127,9 @@ AgentServices agentServices(QuilloConfig& config, EntryDraft& draft) {
           .hotKeyCenter = PTHotKeyCenter::sharedCenter(),
           .crashReportManager = CrashReportManager::sharedManager(),
           .draft = draft,
+          .text = {.defaults = UserDefaults::standardUserDefaults(),
+                   .localCenter = NotificationCenter::localCenter(),
+                   .spellChecker = spellChecker},
           .remindersManager = &RemindersManager::sharedManager,
           .usageTracker = &QLMixpanelTracker::sharedInstance};
 }
@@ -163,9 +167,10 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
 
   int code = 0;
   {
+    SpellChecker spellChecker(SpellChecker::standardSources(directories));
     EntryDraft draft(EntryDraft::defaultPath(), EntryDraft::defaultFormerPath());
     QuilloAgentAppDelegate delegate(
-        agentServices(config, draft),
+        agentServices(config, draft, spellChecker),
         {.runningApplications = runningApplications,
          .workspace = workspace,
          .makeStatusItem = [] { return std::make_unique<TrayStatusItem>(); },

@@ -55,11 +55,6 @@ SpellChecker::Sources SpellChecker::standardSources(const UserDirectories& user)
           .learnedWords = user.data + u"/quillo/LearnedWords.txt"_s};
 }
 
-SpellChecker& SpellChecker::sharedChecker() {
-  static SpellChecker checker(standardSources(UserDirectories::current()));
-  return checker;
-}
-
 SpellChecker::SpellChecker(Sources sources, QObject* parent) : QObject(parent), m_sources(std::move(sources)) {}
 
 SpellChecker::~SpellChecker() = default;

@@ -29,9 +29,6 @@ class SpellChecker : public QObject {
   // The user's languages, and where the user's words are and dictionaries are installed.
   [[nodiscard]] static Sources standardSources(const UserDirectories& user);
 
-  // One for all text views of the process, since a dictionary takes megabytes; with the standard sources.
-  static SpellChecker& sharedChecker();
-
   explicit SpellChecker(Sources sources, QObject* parent = nullptr);
   ~SpellChecker() override;
 

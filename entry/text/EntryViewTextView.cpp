@@ -31,18 +31,14 @@ void EntryViewTextView::initialize(UserDefaults& defaults) {
       {Key::editorSpellCheckEnabled, Key::editorGrammarCheckEnabled, Key::editorCorrectSpellingEnabled}));
 }
 
-EntryViewTextView::EntryViewTextView(QWidget* parent)
-    : EntryViewTextView({.defaults = UserDefaults::standardUserDefaults(),
-                         .localCenter = NotificationCenter::localCenter(),
-                         .spellChecker = SpellChecker::sharedChecker()},
-                        parent) {}
+EntryViewTextView::EntryViewTextView(const EntryTextServices& services, QWidget* parent) : EntryViewTextView(parent) {
+  setServices(services);
+}
 
-EntryViewTextView::EntryViewTextView(const EntryTextServices& services, QWidget* parent)
+EntryViewTextView::EntryViewTextView(QWidget* parent)
     : QPlainTextEdit(parent),
-      m_services(services),
       m_seams(std::make_unique<ParagraphSeams>(*document())),
       m_completer(std::make_unique<HashtagCompleter>(*this)) {
-  initialize(m_services.defaults);
   acceptableDragTypes();
   setFrameShape(NoFrame);
   // Tab leads on to the buttons.
@@ -64,6 +60,11 @@ EntryViewTextView::EntryViewTextView(const EntryTextServices& services, QWidget*
   });
 }
 
+void EntryViewTextView::setServices(const EntryTextServices& services) {
+  m_services.emplace(services);
+  initialize(m_services->defaults);
+}
+
 EntryViewTextView::~EntryViewTextView() {
   stopObservingPrefChanges();
 }
@@ -73,7 +74,7 @@ void EntryViewTextView::awakeFromNib() {
   m_isAwake = true;
   // Through the setters, which write what they read: from then on the choice is the user's, whatever the default
   // becomes.
-  const UserDefaults& defaults = m_services.defaults;
+  const UserDefaults& defaults = m_services->defaults;
   if (defaults.objectForKey(Key::editorSpellCheckEnabled))
     setContinuousSpellCheckingEnabled(defaults.boolForKey(Key::editorSpellCheckEnabled));
   if (defaults.objectForKey(Key::editorGrammarCheckEnabled))
@@ -84,8 +85,8 @@ void EntryViewTextView::awakeFromNib() {
 }
 
 void EntryViewTextView::startObservingPrefChanges() {
-  m_prefsObservation = m_services.localCenter.observe(Notice::spellingAndGrammarSettingsDidChange,
-                                                      [this](const Notification&) { prefsChanged(); });
+  m_prefsObservation = m_services->localCenter.observe(Notice::spellingAndGrammarSettingsDidChange,
+                                                       [this](const Notification&) { prefsChanged(); });
 }
 
 void EntryViewTextView::stopObservingPrefChanges() {
@@ -93,7 +94,7 @@ void EntryViewTextView::stopObservingPrefChanges() {
 }
 
 void EntryViewTextView::prefsChanged() {
-  const UserDefaults& defaults = m_services.defaults;
+  const UserDefaults& defaults = m_services->defaults;
   m_checksSpelling = defaults.boolForKey(Key::editorSpellCheckEnabled);
   m_checksGrammar = defaults.boolForKey(Key::editorGrammarCheckEnabled);
   m_correctsSpelling = defaults.boolForKey(Key::editorCorrectSpellingEnabled);
@@ -103,18 +104,18 @@ void EntryViewTextView::prefsChanged() {
 void EntryViewTextView::setContinuousSpellCheckingEnabled(bool enabled) {
   m_checksSpelling = enabled;
   applySwitches();
-  m_services.defaults.setBoolForKey(enabled, Key::editorSpellCheckEnabled);
+  m_services->defaults.setBoolForKey(enabled, Key::editorSpellCheckEnabled);
 }
 
 void EntryViewTextView::setGrammarCheckingEnabled(bool enabled) {
   m_checksGrammar = enabled;
   applySwitches();
-  m_services.defaults.setBoolForKey(enabled, Key::editorGrammarCheckEnabled);
+  m_services->defaults.setBoolForKey(enabled, Key::editorGrammarCheckEnabled);
 }
 
 void EntryViewTextView::setAutomaticSpellingCorrectionEnabled(bool enabled) {
   m_correctsSpelling = enabled;
-  m_services.defaults.setBoolForKey(enabled, Key::editorCorrectSpellingEnabled);
+  m_services->defaults.setBoolForKey(enabled, Key::editorCorrectSpellingEnabled);
 }
 
 void EntryViewTextView::applySwitches() {
@@ -125,9 +126,9 @@ void EntryViewTextView::applySwitches() {
 SpellingHighlighter& EntryViewTextView::ensureHighlighter() {
   if (!m_highlighter) {
     m_highlighter =
-        new SpellingHighlighter(*document(), m_services.spellChecker,
+        new SpellingHighlighter(*document(), m_services->spellChecker,
                                 {[this] { return visibleBlocks(); }, [this] { return textCursor().position(); }});
-    m_correction = std::make_unique<AutomaticCorrection>(*this, m_services.spellChecker);
+    m_correction = std::make_unique<AutomaticCorrection>(*this, m_services->spellChecker);
     applySwitches();
   }
   return *m_highlighter;
@@ -141,7 +142,7 @@ static QUrl grammarServer(const UserDefaults& defaults) {
 GrammarReviewer& EntryViewTextView::grammarReviewer() {
   if (!m_grammar) {
     m_grammar = std::make_unique<GrammarReviewer>(
-        ensureHighlighter(), [this] { return visibleBlocks(); }, grammarServer(m_services.defaults));
+        ensureHighlighter(), [this] { return visibleBlocks(); }, grammarServer(m_services->defaults));
     applySwitches();
   }
   return *m_grammar;
@@ -151,7 +152,7 @@ GrammarReviewer& EntryViewTextView::grammarReviewer() {
 void EntryViewTextView::beginChecking() {
   if (m_checksSpelling || m_correctsSpelling) {
     ensureHighlighter();
-    m_services.spellChecker.load();
+    m_services->spellChecker.load();
   }
   if (m_checksGrammar) grammarReviewer();
 }
@@ -299,7 +300,7 @@ void EntryViewTextView::surroundSelectionWithString(const QString& marker) {
 }
 
 bool EntryViewTextView::canFormatSelection() const {
-  return m_services.defaults.boolForKey(Key::markdownEnabled) && textCursor().hasSelection();
+  return m_services->defaults.boolForKey(Key::markdownEnabled) && textCursor().hasSelection();
 }
 
 void EntryViewTextView::setCompletionSource(std::function<QStringList()> source) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "entry/document/TextRange.h"
+#include "entry/text/EntryTextServices.h"
 #include "platform/Registration.h"
 
 #include <QPlainTextEdit>
@@ -9,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QAction;
 class QMenu;
@@ -18,21 +20,8 @@ namespace quillo {
 class AutomaticCorrection;
 class GrammarReviewer;
 class HashtagCompleter;
-class NotificationCenter;
 class ParagraphSeams;
-class SpellChecker;
 class SpellingHighlighter;
-class UserDefaults;
-
-// What an EntryViewTextView works with. All of it must outlive the view.
-struct EntryTextServices {
-  // With the view's switches, which it also writes.
-  UserDefaults& defaults;
-  // Where other code of the process tells that it has changed the switches.
-  NotificationCenter& localCenter;
-  // One can serve many views.
-  SpellChecker& spellChecker;
-};
 
 // What ended a completion, or moved through the list of them.
 enum class TextMovement { Other, Return, Tab, Up, Down };
@@ -49,8 +38,9 @@ class EntryViewTextView : public QPlainTextEdit {
   static void initialize(UserDefaults& defaults);
 
   explicit EntryViewTextView(const EntryTextServices& services, QWidget* parent = nullptr);
-  // For the interface file, which can give it nothing but its parent: with those of the process.
+  // For the interface file, which can give it nothing but its parent: setServices() is to follow before anything else.
   explicit EntryViewTextView(QWidget* parent);
+  void setServices(const EntryTextServices& services);
   ~EntryViewTextView() override;
 
   // Reads the switches and follows their changes from then on. To be called once the view stands in its window; a view
@@ -156,7 +146,7 @@ class EntryViewTextView : public QPlainTextEdit {
   void replaceCharacters(TextRange range, const QString& text);
   [[nodiscard]] QList<QTextBlock> visibleBlocks() const;
 
-  EntryTextServices m_services;
+  std::optional<EntryTextServices> m_services;
   std::unique_ptr<ParagraphSeams> m_seams;
   QString m_lastText;
   bool m_isSettingString{false};

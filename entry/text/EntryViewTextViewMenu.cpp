@@ -108,14 +108,14 @@ void EntryViewTextView::addReplacementsToMenu(QMenu& menu, QAction* before, cons
 void EntryViewTextView::addMisspellingToMenu(QMenu& menu, QAction* before, TextRange range) {
   const QTextCursor place = placeOf(*document(), range);
   const QString word = place.selectedText();
-  const QStringList guesses = m_services.spellChecker.suggestions(word, mostGuesses);
+  const QStringList guesses = m_services->spellChecker.suggestions(word, mostGuesses);
   if (guesses.isEmpty()) insertNote(menu, before, localized(u"No Guesses Found"_s));
   addReplacementsToMenu(menu, before, guesses, place);
   menu.insertSeparator(before);
   connect(insertItem(menu, before, localized(u"Ignore Spelling"_s)), &QAction::triggered, this,
-          [this, word] { m_services.spellChecker.ignoreSpelling(word); });
+          [this, word] { m_services->spellChecker.ignoreSpelling(word); });
   connect(insertItem(menu, before, localized(u"Learn Spelling"_s)), &QAction::triggered, this,
-          [this, word] { m_services.spellChecker.learnSpelling(word); });
+          [this, word] { m_services->spellChecker.learnSpelling(word); });
 }
 
 void EntryViewTextView::addSpellingSubmenuToMenu(QMenu& menu) {
@@ -131,7 +131,7 @@ void EntryViewTextView::addSpellingSubmenuToMenu(QMenu& menu) {
     });
     return item;
   };
-  const bool hasDictionary = m_services.spellChecker.state() != SpellChecker::State::NoDictionary;
+  const bool hasDictionary = m_services->spellChecker.state() != SpellChecker::State::NoDictionary;
   addSwitch(u"Check Spelling While Typing"_s, m_checksSpelling, &EntryViewTextView::setContinuousSpellCheckingEnabled)
       ->setEnabled(hasDictionary);
   QAction* grammar =

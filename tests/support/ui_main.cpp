@@ -1,4 +1,3 @@
-#include "foundation/UserDefaults.h"
 #include "tests/support/TestHome.h"
 
 #include <QApplication>
@@ -12,7 +11,5 @@ int main(int argc, char** argv) {
   QApplication::setQuitOnLastWindowClosed(false);
   // A test that forgets to make a home of its own must still never reach the user's.
   const quillo::TestHome home;
-  // Read here, so that a window of a test never keeps them in the home of another test.
-  quillo::UserDefaults::standardUserDefaults();
   return RUN_ALL_TESTS();
 }

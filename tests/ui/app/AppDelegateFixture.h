@@ -7,6 +7,7 @@
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
 #include "entry/session/EntryDraft.h"
+#include "entry/spelling/SpellChecker.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "platform/Clock.h"
 #include "platform/OneShotTimer.h"
@@ -133,6 +134,9 @@ class AppDelegateTest : public testing::Test {
                            .hotKeyCenter = hotKeyCenter,
                            .crashReportManager = crashReportManager,
                            .draft = draft,
+                           .text = {.defaults = ownDefaults,
+                                    .localCenter = NotificationCenter::localCenter(),
+                                    .spellChecker = spellChecker},
                            .remindersManager = [this]() -> RemindersManager& { return reminders(); },
                            .usageTracker = &QLMixpanelTracker::sharedInstance};
     AgentPlatform platform{.runningApplications = desktop,
@@ -196,6 +200,7 @@ class AppDelegateTest : public testing::Test {
   FakeHotKeys hotKeys;
   FakeReminderOutlets outlets;
   UserDefaults ownDefaults{home.path(), u"own"_s};
+  SpellChecker spellChecker{SpellChecker::standardSources(UserDirectories::current())};
   NotificationCenter workspaceCenter;
   DistributedNotificationCenter distributedCenter;
   PTHotKeyCenter hotKeyCenter{&hotKeys};

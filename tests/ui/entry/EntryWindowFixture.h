@@ -4,6 +4,7 @@
 #include "entry/AgentEntryWindowController.h"
 #include "entry/session/Alerts.h"
 #include "entry/session/OpenPanel.h"
+#include "entry/spelling/SpellChecker.h"
 #include "foundation/NotificationCenter.h"
 #include "platform/OutsideClicks.h"
 #include "platform/Workspace.h"
@@ -75,6 +76,7 @@ class EntryWindowTest : public EntryTest {
             .alerts = alerts,
             .openPanel = openPanel,
             .draft = *draft,
+            .text = {.defaults = defaults, .localCenter = notices, .spellChecker = spellChecker},
             .usageTracker = &QLMixpanelTracker::sharedInstance,
             .notices = notices,
             .journalFile = &QLJournalPackageFile::defaultPackage,
@@ -105,6 +107,7 @@ class EntryWindowTest : public EntryTest {
   FakeOutsideClicks outsideClicks;
   ReminderAlarm* alarm{nullptr};
   NotificationCenter notices;
+  SpellChecker spellChecker{SpellChecker::standardSources(UserDirectories::current())};
   std::shared_ptr<AgentEntryWindowController> controller;
 };
 
