@@ -40,15 +40,19 @@ def set_own_defaults(home, **values):
 
 
 def set_reminder_in(home, seconds, open_window=True, frequency="16"):
-    """A reminder, daily by default, whose first is so many seconds away; answers when that is."""
+    """A reminder, daily by default, whose first is so many seconds away; answers when that is. A machine on which the
+    setting takes longer than that gets a later one."""
     if open_window:
         quilloctl(home, "settings", "set", "RemindersOpenMenuBar", "yes")
-    due = int(time.time()) + seconds
-    stamp = time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(due))
-    for key, value in (("RemindersFrequency", frequency), ("RemindersInterval", "1"), ("RemindersBaseDateTimezone", "UTC"),
-                       ("RemindersBaseDate", stamp)):
+    for key, value in (("RemindersFrequency", frequency), ("RemindersInterval", "1"), ("RemindersBaseDateTimezone", "UTC")):
         quilloctl(home, "settings", "set", key, value)
-    return due
+    while True:
+        due = int(time.time()) + seconds
+        stamp = time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(due))
+        quilloctl(home, "settings", "set", "RemindersBaseDate", stamp)
+        if time.time() < due - 0.5:
+            return due
+        seconds *= 2
 
 
 def keep_picture(name):

@@ -49,8 +49,8 @@ class EntryWindowTest(AgentTestCase):
         self.start("xev", "-geometry", "100x100+20+600")
         other = window("^Event Tester$")
         run("xdotool", "windowactivate", "--sync", other)
-        set_reminder_in(self.home, 2, frequency="32")
         self.ctl("reminder", "on")
+        set_reminder_in(self.home, 2, frequency="32")
         agent.window()
         # A window that took the keyboard when the user opened it leaves it alone now.
         time.sleep(0.3)

@@ -53,8 +53,8 @@ class DrawnIcon(AgentTestCase):
         wait_until(lambda: self.property("IconPixmap") == at_rest, "the picture as before")
         self.assertEqual(self.texts(), ["drawn"])
 
-        set_reminder_in(self.home, 2)
         self.ctl("reminder", "on")
+        set_reminder_in(self.home, 2)
         self.agent.window()
         wait_until(lambda: self.property("IconPixmap") not in (at_rest, highlighted), "the reminder's picture")
 

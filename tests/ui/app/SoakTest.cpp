@@ -46,18 +46,23 @@ void expectFlat(const std::vector<Use>& uses) {
   static constexpr qint64 noise = 96 * 1024;
   const size_t quarter = uses.size() / 4;
   ASSERT_GT(quarter, 0u);
-  const auto typical = [&](size_t from, qint64 Use::*what) {
+  const auto ranked = [&](size_t from, qint64 Use::*what, size_t rank) {
     std::vector<qint64> values;
     for (size_t i = from; i < from + quarter; ++i) values.push_back(uses[i].*what);
     std::sort(values.begin(), values.end());
-    return values[quarter / 2];
+    return values[rank];
   };
-  const auto growth = [&](qint64 Use::*what) { return typical(3 * quarter, what) - typical(quarter, what); };
-  EXPECT_LE(growth(&Use::heap), noise + static_cast<qint64>(2 * quarter) * actionsPerUse * bytesAnAction);
-  EXPECT_LE(growth(&Use::descriptors), 0);
-  EXPECT_LE(growth(&Use::threads), 0);
-  std::printf("heap %lld KiB, grown by %lld bytes; %lld descriptors, %lld threads\n", uses.back().heap / 1024,
-              growth(&Use::heap), uses.back().descriptors, uses.back().threads);
+  const auto growth = [&](qint64 Use::*what, size_t rank) {
+    return ranked(3 * quarter, what, rank) - ranked(quarter, what, rank);
+  };
+  const qint64 heap = growth(&Use::heap, quarter / 2);
+  EXPECT_LE(heap, noise + static_cast<qint64>(2 * quarter) * actionsPerUse * bytesAnAction);
+  // The least of a quarter: the thread that reads the journal's tags comes and goes, and runs for long on a busy
+  // machine.
+  EXPECT_LE(growth(&Use::descriptors, 0), 0);
+  EXPECT_LE(growth(&Use::threads, 0), 0);
+  std::printf("heap %lld KiB, grown by %lld bytes; %lld descriptors, %lld threads\n", uses.back().heap / 1024, heap,
+              uses.back().descriptors, uses.back().threads);
 }
 
 double number(const char* variable, double otherwise) {
