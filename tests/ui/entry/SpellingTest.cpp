@@ -115,7 +115,7 @@ TEST_F(EntryViewTest, MisspelledWordsCarryARedUnderlineAndNothingElseDoes) {
 TEST_F(EntryViewTest, ALongPasteIsCheckedInSlicesAndThenNothingRuns) {
   show();
   QString text;
-  while (text.size() < 256 * 1024) text += u"he walked the wrod river\n"_s;
+  while (text.size() < qsizetype{256} * 1024) text += u"he walked the wrod river\n"_s;
   const auto lines = text.count(u'\n');
   paste(text);
   // Most is left for later, and what can be seen is checked first.
