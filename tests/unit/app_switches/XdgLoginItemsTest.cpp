@@ -23,7 +23,7 @@ const QString agentID = Identifier::agent;
 class XdgLoginItemsTest : public ManagerTest {
  protected:
   QString program(const QString& name, const QByteArray& script = "#!/bin/sh\n") {
-    const QString path = home.path(name);
+    QString path = home.path(name);
     EXPECT_TRUE(writeFileInPlace(path, script));
     QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     return path;
