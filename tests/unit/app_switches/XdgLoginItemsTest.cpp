@@ -1,4 +1,5 @@
 #include "ManagerFixture.h"
+#include "foundation/DetachedProcess.h"
 #include "foundation/FileContents.h"
 #include "platform/linux/AutostartEntry.h"
 #include "platform/linux/XdgLoginItems.h"
@@ -22,7 +23,7 @@ const QString agentID = Identifier::agent;
 class XdgLoginItemsTest : public ManagerTest {
  protected:
   QString program(const QString& name, const QByteArray& script = "#!/bin/sh\n") {
-    const QString path = home.path(name);
+    QString path = home.path(name);
     EXPECT_TRUE(writeFileInPlace(path, script));
     QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     return path;
@@ -85,11 +86,10 @@ TEST_F(XdgLoginItemsTest, TheExecLineIsEscapedAsTheStandardWantsIt) {
             "TryExec=/a b/%q\\\\$\n"
             "Exec=\"/a b/%%q\\\\\\\\\\\\$\" \"--home\" \"say \\\\\"\\\\`\\n\"\n"
             "X-Quillo-OnDemand=true\n");
-  const auto read = AutostartEntry::fromBytes(entry.toBytes());
-  ASSERT_TRUE(read);
-  EXPECT_EQ(read->program, entry.program);
-  EXPECT_EQ(read->tryProgram, entry.program);
-  EXPECT_EQ(read->name, entry.name);
+  const auto read = AutostartEntry::fromBytes(entry.toBytes()).value_or(AutostartEntry());
+  EXPECT_EQ(read.program, entry.program);
+  EXPECT_EQ(read.tryProgram, entry.program);
+  EXPECT_EQ(read.name, entry.name);
 }
 
 TEST_F(XdgLoginItemsTest, WhatTheSessionWouldNotStartDoesNotExist) {
@@ -198,14 +198,14 @@ TEST_F(XdgLoginItemsTest, StartsAProgramThatHoldsNothingOfOurs) {
   const int reader = ::open(QFile::encodeName(pipe).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   const QString script =
       program(u"s"_s, "#!/bin/sh\necho \"$1 $(readlink /proc/self/fd/0) $(readlink /proc/$$/fd/2)\" > \"$2\"\n");
-  ASSERT_TRUE(XdgLoginItems::startDetached(script, {u"a b"_s, pipe}));
+  ASSERT_TRUE(startDetached(script, {u"a b"_s, pipe}));
   pollfd waiting{reader, POLLIN, 0};
   ASSERT_EQ(::poll(&waiting, 1, 20000), 1);
   QByteArray text(256, '\0');
   text.truncate(std::max<ssize_t>(0, ::read(reader, text.data(), 256)));
   ::close(reader);
   EXPECT_EQ(text.toStdString(), "a b /dev/null /dev/null\n");
-  EXPECT_FALSE(XdgLoginItems::startDetached(home.path(u"none"_s), {}));
+  EXPECT_FALSE(startDetached(home.path(u"none"_s), {}));
 }
 
 }  // namespace
