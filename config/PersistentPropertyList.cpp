@@ -142,7 +142,7 @@ bool PersistentPropertyList::synchronize(Error* error) {
 
 bool PersistentPropertyList::writeMerged(Error* error) {
   PropertyListDictionary merged = allProperties();
-  merged.removeIf([](std::pair<const QString&, PropertyListValue&> item) { return item.second.isNull(); });
+  merged.removeIf([](const QString&, const PropertyListValue& value) { return value.isNull(); });
   if (!writeProps(merged, error)) return false;
   m_properties = merged;
   m_dirtyProperties.clear();
