@@ -9,9 +9,11 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <memory>
 
 namespace quillo {
