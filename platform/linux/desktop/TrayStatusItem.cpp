@@ -9,7 +9,6 @@
 #include <QApplication>
 #include <QCursor>
 #include <QEvent>
-#include <QFile>
 #include <QPalette>
 #include <QScreen>
 
@@ -184,7 +183,7 @@ std::optional<QColor> TrayStatusItem::foreground() const {
   if (const auto colour = m_window.foreground()) return colour;
   // A tray that draws icons itself tells nothing of its colours. Where the screen can be looked at, its panel shows.
   if (isWaylandSession()) return {};
-  std::vector<QColor> seen;
+  std::vector<QRgb> seen;
   X11::appendPixels(pixelsOfGlobalRect(panelStrip(screenAreas()), screenAreas()).toRect(), seen);
   return readableOnMost(std::move(seen));
 }
@@ -213,8 +212,8 @@ QIcon TrayStatusItem::drawnIcon(const StatusImageStyle& style) const {
   QIcon icon;
   for (const int ratio : {1, 2}) {
     const QString path = base + (ratio == 1 ? u".png"_s : u"@2x.png"_s);
-    if (!QFile::exists(path)) continue;
-    QImage image(path);
+    const QImage image = imageOfPNG(path);
+    if (image.isNull()) continue;
     const QSizeF points(m_length > 0 ? m_length : image.width() / double(ratio), iconPoints);
     icon.addPixmap(QPixmap::fromImage(statusImage(image, points, ratio, style)));
   }

@@ -146,9 +146,9 @@ std::optional<QColor> TrayWindow::backgroundAround(const QRect& icon, const QRec
       QRect(icon.left(), icon.top() - 1, icon.width(), 1),
       QRect(icon.left(), icon.bottom() + 1, icon.width(), 1),
   };
-  std::vector<QColor> colours;
-  for (const auto& side : sides) X11::appendPixels(side & panel, colours);
-  return readableOnMost(std::move(colours));
+  std::vector<QRgb> pixels;
+  for (const auto& side : sides) X11::appendPixels(side & panel, pixels);
+  return readableOnMost(std::move(pixels));
 }
 
 }  // namespace quillo

@@ -1,6 +1,7 @@
 #include "platform/linux/desktop/X11.h"
 
 #include <QGuiApplication>
+#include <QtEndian>
 
 #include <xcb/xcb.h>
 
@@ -73,7 +74,7 @@ QList<QRect> panels() {
   return found;
 }
 
-void appendPixels(const QRect& rect, std::vector<QColor>& colours) {
+void appendPixels(const QRect& rect, std::vector<QRgb>& pixels) {
   xcb_connection_t* c = connection();
   const auto screen = rectOf(rootWindow());
   if (!c || !screen) return;
@@ -89,12 +90,11 @@ void appendPixels(const QRect& rect, std::vector<QColor>& colours) {
   const auto* bytes = xcb_get_image_data(image.get());
   const int length = xcb_get_image_data_length(image.get());
   const bool isLittleEndian = xcb_get_setup(c)->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
-  for (int i = 0; i + 4 <= length; i += 4) {
-    const auto channel = [&](int significance) {
-      return bytes[i + (isLittleEndian ? significance : 3 - significance)];
-    };
-    colours.emplace_back(channel(2), channel(1), channel(0));
-  }
+  // A whole panel's, some ten thousand, while the program starts.
+  pixels.reserve(pixels.size() + static_cast<size_t>(length / 4));
+  for (int i = 0; i + 4 <= length; i += 4)
+    pixels.push_back((isLittleEndian ? qFromLittleEndian<QRgb>(bytes + i) : qFromBigEndian<QRgb>(bytes + i)) |
+                     0xff000000);
 }
 
 }  // namespace quillo::X11

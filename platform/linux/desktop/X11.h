@@ -40,6 +40,6 @@ std::unique_ptr<T, Free> owned(T* reply) {
 // The bars along the edges of the screen, in its pixels.
 [[nodiscard]] QList<QRect> panels();
 // Adds what the screen shows there.
-void appendPixels(const QRect& rect, std::vector<QColor>& colours);
+void appendPixels(const QRect& rect, std::vector<QRgb>& pixels);
 
 }  // namespace quillo::X11
