@@ -208,14 +208,13 @@ int main(int argc, char** argv) {
   QStringList homeArguments;
   if (const auto code = readArguments(argc, argv, homeArguments)) return *code;
   if (!takeEnoughDescriptors()) return 1;
-  if (!displayIsReachable()) {
-    std::cerr << "quillo-agent: there is no display to show the tray icon on (is DISPLAY set?)\n";
-    return 1;
-  }
 
+  std::optional<DisplayRequirement> needed(
+      "quillo-agent: there is no display to show the tray icon on (is DISPLAY set?)");
   const DisplayChoice display = chooseDisplay();
   QApplication application(argc, argv);
   restoreEnvironment(display);
+  needed.reset();
   QApplication::setApplicationName(u"quillo-agent"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(u"quillo-agent"_s);

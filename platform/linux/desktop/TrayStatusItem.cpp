@@ -183,9 +183,7 @@ std::optional<QColor> TrayStatusItem::foreground() const {
   if (const auto colour = m_window.foreground()) return colour;
   // A tray that draws icons itself tells nothing of its colours. Where the screen can be looked at, its panel shows.
   if (isWaylandSession()) return {};
-  std::vector<QRgb> seen;
-  X11::appendPixels(pixelsOfGlobalRect(panelStrip(screenAreas()), screenAreas()).toRect(), seen);
-  return readableOnMost(std::move(seen));
+  return readableOnMost(X11::pixelsOf({pixelsOfGlobalRect(panelStrip(screenAreas()), screenAreas()).toRect()}));
 }
 
 StatusImageStyle TrayStatusItem::style() const {

@@ -88,12 +88,11 @@ void TrayWindow::refresh() {
   const auto before = m_pixels;
   m_icon = iconWindow();
   m_ancestors = m_icon ? ancestorsOf(m_icon) : std::vector<Window>();
-  for (const Window window : m_ancestors) {
-    // The mask is this connection's own, so nothing of the tray's is overwritten. The window may be gone by now.
-    const uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    owned(xcb_request_check(m_connection,
-                            xcb_change_window_attributes_checked(m_connection, window, XCB_CW_EVENT_MASK, &mask)));
-  }
+  // The mask is this connection's own, so nothing of the tray's is overwritten. A window may be gone by now.
+  const uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  for (const Window window : m_ancestors)
+    xcb_discard_reply(m_connection,
+                      xcb_change_window_attributes_checked(m_connection, window, XCB_CW_EVENT_MASK, &mask).sequence);
   // Directly below the root, the window waits for a tray.
   m_pixels.reset();
   if (const auto rect = m_ancestors.empty() ? std::nullopt : X11::rectOf(m_icon)) m_pixels = *rect;
@@ -146,9 +145,9 @@ std::optional<QColor> TrayWindow::backgroundAround(const QRect& icon, const QRec
       QRect(icon.left(), icon.top() - 1, icon.width(), 1),
       QRect(icon.left(), icon.bottom() + 1, icon.width(), 1),
   };
-  std::vector<QRgb> pixels;
-  for (const auto& side : sides) X11::appendPixels(side & panel, pixels);
-  return readableOnMost(std::move(pixels));
+  QList<QRect> shown;
+  for (const auto& side : sides) shown << (side & panel);
+  return readableOnMost(X11::pixelsOf(shown));
 }
 
 }  // namespace quillo
