@@ -262,9 +262,10 @@ bool installCrashHandler(const CrashHandlerSettings& settings) {
     return false;
   }
   layOutTexts(settings.preamble);
-  // The first call loads a library; the one in the handler must not.
+  // The first call loads a library; the one in the handler must not. No frame is asked for: finding one reads the
+  // tables of the whole program into memory.
   void* frame = nullptr;
-  ::backtrace(&frame, 1);
+  ::backtrace(&frame, 0);
   if (!sanitized) giveThreadAlternateStack();
   struct sigaction action {};
   action.sa_sigaction = handleSignal;

@@ -34,7 +34,8 @@ xcb_window_t iconWindow() {
 
 }  // namespace
 
-TrayWindow::TrayWindow(std::function<void()> onChange) : m_onChange(std::move(onChange)) {
+TrayWindow::TrayWindow(std::function<void()> onChange, std::function<void()> onRepaint)
+    : m_onChange(std::move(onChange)), m_onRepaint(std::move(onRepaint)) {
   m_connection = X11::connection();
   if (!m_connection) return;
   qApp->installNativeEventFilter(this);
@@ -71,10 +72,26 @@ bool TrayWindow::nativeEventFilter(const QByteArray& eventType, void* message, q
     case XCB_MAP_NOTIFY:
       if (concerns(reinterpret_cast<const xcb_map_notify_event_t*>(event)->window)) refreshLater();
       break;
+    case XCB_EXPOSE: {
+      const auto* expose = reinterpret_cast<const xcb_expose_event_t*>(event);
+      if (expose->window == m_icon && expose->count == 0) repaintedLater();
+      break;
+    }
     default:
       break;
   }
   return false;
+}
+
+void TrayWindow::repaintedLater() {
+  if (std::exchange(m_isRepainted, true)) return;
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        m_isRepainted = false;
+        m_onRepaint();
+      },
+      Qt::QueuedConnection);
 }
 
 void TrayWindow::refreshLater() {
