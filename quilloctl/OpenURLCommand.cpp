@@ -2,10 +2,9 @@
 #include "config/Settings.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "platform/Workspace.h"
-#include "qlcore/Hashtags.h"
-#include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/EntryEditing.h"
 #include "quilloctl/SettingText.h"
 #include "quilloctl/TextEditor.h"
 
@@ -33,78 +32,6 @@ QString commandOf(const QUrl& url) {
   return url.scheme() == u"quillo" && (url.path().isEmpty() || url.path() == u"/") ? url.host() : QString();
 }
 
-// A text with the end that it had: editors give every file a last line break.
-QString trimmedEnd(const QString& text, const QString& original) {
-  return text.endsWith(u'\n') && !original.endsWith(u'\n') ? text.chopped(1) : text;
-}
-
-// The tags that are none of the old text's hashtags stay; they were given by hand.
-QStringList tagsAfterEditing(const QStringList& tags, const QString& before, const QString& after) {
-  QStringList kept = tags;
-  for (const QString& tag : hashtags(before)) kept.removeAll(tag);
-  for (const QString& tag : hashtags(after))
-    if (!kept.contains(tag, Qt::CaseInsensitive)) kept << tag;
-  return kept;
-}
-
-bool makesTagsOfHashtags(Context& context) {
-  return sharedList(context)->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags;
-}
-
-int edit(Context& context, const QString& uuid, const EditorChoice& editor) {
-  const auto package = openJournal(context);
-  if (!package) return Failed;
-  Error error;
-  const auto entry = QLJournalEntryFile::entryWithUUID(*package, uuid, &error);
-  if (!entry) return failed(error.localizedDescription);
-  const QString before = entry->string();
-  const auto draft = Draft::withText(context, before);
-  if (!draft) return Failed;
-  const auto edited = draft->edit(context, editor);
-  if (!edited) return Failed;
-  const QString after = trimmedEnd(*edited, before);
-
-  if (after == before) {
-    draft->discard();
-    return Done;
-  }
-  if (after.trimmed().isEmpty()) {
-    draft->discard();
-    return failed(u"the text is empty and the entry stays as it was; quilloctl entry delete deletes it"_s);
-  }
-  // Somebody else may have written meanwhile; theirs is not lost for ours.
-  const auto now = QLJournalEntryFile::entryWithUUID(*package, uuid, &error);
-  if (!now) return draft->kept(context, u"the entry cannot be read any more, "_s + error.localizedDescription);
-  if (now->string() != before || now->modificationDate() != entry->modificationDate())
-    return draft->kept(context, u"the entry was changed by another program meanwhile and stays as that left it"_s);
-  now->setString(after);
-  if (makesTagsOfHashtags(context)) now->setTags(tagsAfterEditing(now->tags(), before, after));
-  if (!now->saveToJournal(package.get(), &error)) return draft->kept(context, error.localizedDescription);
-  draft->discard();
-  return Done;
-}
-
-int post(Context& context, const EditorChoice& editor) {
-  const auto package = openJournal(context);
-  if (!package) return Failed;
-  const auto draft = Draft::withText(context, {});
-  if (!draft) return Failed;
-  const auto text = draft->edit(context, editor);
-  if (!text) return Failed;
-  if (text->trimmed().isEmpty()) {
-    draft->discard();
-    return Done;
-  }
-  const auto entry = QLJournalEntryFile::newEntry();
-  entry->setString(trimmedEnd(*text, {}));
-  if (makesTagsOfHashtags(context)) entry->setTags(hashtags(entry->string()));
-  Error error;
-  if (!entry->saveToJournal(package.get(), &error)) return draft->kept(context, error.localizedDescription);
-  draft->discard();
-  print(entry->uuid());
-  return Done;
-}
-
 int open(Context& context) {
   const auto package = openJournal(context);
   if (!package) return Failed;
@@ -124,7 +51,7 @@ int preferences(Context&) {
     if (setting.store != SettingStore::SharedList) continue;
     print(u"  "_s + absentText(setting));
   }
-  print({});
+  print(QString());
   section(u"With commands of their own:"_s);
   for (const QString& line : {u"quilloctl journal set PATH"_s, u"quilloctl reminder set --every \"3 hours\""_s,
                               u"quilloctl reminder on | off"_s, u"quilloctl shortcut set \"cmd+shift+J\""_s,
@@ -164,8 +91,8 @@ int openURL(Context& context, const Request& request) {
     if (request.isInTerminal) return failed(u"the editor needs a terminal, and this window is none"_s);
     return runInOtherTerminal(request);
   }
-  if (command == u"post") return post(context, editor);
-  return edit(context, QUrlQuery(request.url).queryItemValue(u"entryId"_s, QUrl::FullyDecoded), editor);
+  if (command == u"post") return writeEntry(context, editor);
+  return editEntry(context, QUrlQuery(request.url).queryItemValue(u"entryId"_s, QUrl::FullyDecoded), editor);
 }
 
 // A window of our own closes with us: what was said in it is to be read first.

@@ -30,7 +30,7 @@ static Error journalFileNotFound() {
 }
 
 EntrySession::EntrySession(EntrySessionServices services, EntryText& text, EntryPlace& place)
-    : m_services(std::move(services)), m_text(text), m_place(place) {}
+    : m_services(std::move(services)), m_text(text), m_place(place), m_tags(m_services.tags) {}
 
 bool EntrySession::hasText() const {
   return !m_text.text().isEmpty() || m_services.draft.isLeftBehind();
@@ -39,14 +39,7 @@ bool EntrySession::hasText() const {
 void EntrySession::textDidChange() {
   m_hasUnsavedText = true;
   keepDraftSoon();
-  if (m_editBeginDate) return;
-  m_editBeginDate = Date::now();
-  // In time for the first hashtag.
-  refreshTags();
-}
-
-void EntrySession::refreshTags() {
-  m_tags.refresh(m_services.config.configuredJournalFileURL());
+  if (!m_editBeginDate) m_editBeginDate = Date::now();
 }
 
 bool EntrySession::shouldAddHashtags() {
@@ -140,7 +133,6 @@ void EntrySession::takeOverUnsavedText(EntrySession& other) {
   other.m_text.setText({});
   other.forgetActiveEntry();
   keepDraftSoon();
-  refreshTags();
 }
 
 EntryDraft::Content EntrySession::draftContent() const {
@@ -169,7 +161,6 @@ void EntrySession::restoreDraft() {
   m_text.setText(left->text);
   m_editBeginDate = left->editBeginDate;
   m_hasUnsavedText = true;
-  refreshTags();
   if (!left->entryIdentifier.isEmpty()) goOnWithEntry(*left);
 }
 
