@@ -37,7 +37,7 @@ const QString& tables(int number) {
       u"CREATE VIRTUAL TABLE words USING fts5(text, tags, place, marks, content='', tokenize='ascii')"_s,
       // Segments are merged by sixteens, and all of them when there is nothing else to do.
       u"INSERT INTO words(words, rank) VALUES('automerge', 0)"_s,
-      u"INSERT INTO words(words, rank) VALUES('hashsize', 8388608)"_s,
+      u"INSERT INTO words(words, rank) VALUES('hashsize', 33554432)"_s,
   };
   static const QString none;
   return number < static_cast<int>(std::size(statements)) ? statements[number] : none;
