@@ -36,7 +36,7 @@ CommonPrefixes CommonPrefixes::ofSample(const QStringList& texts) {
   }
   QStringList common;
   for (auto count = counts.cbegin(); count != counts.cend(); ++count)
-    if (count.value() * commonFrom >= texts.size() && count.value() > 1) common << count.key();
+    if (qsizetype{count.value()} * commonFrom >= texts.size() && count.value() > 1) common << count.key();
   std::sort(common.begin(), common.end(),
             [&](const QString& a, const QString& b) { return counts[a] != counts[b] ? counts[a] > counts[b] : a < b; });
   return CommonPrefixes(common.first(std::min(common.size(), mostPrefixes)));

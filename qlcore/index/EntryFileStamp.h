@@ -46,7 +46,7 @@ struct StampedFile {
   EntryFileStamp stamp;
 
   static constexpr qsizetype keySize = 17;
-  static constexpr qsizetype size = keySize + 4 * 8;
+  static constexpr qsizetype size = keySize + qsizetype{4} * 8;
   [[nodiscard]] QByteArray encoded() const;
   // The first bytes of all values with this key.
   [[nodiscard]] static QByteArray encodedKey(const EntryFileKey& key);

@@ -159,7 +159,8 @@ QDate EntryReader::localDay(Date date, const QString& zone) {
   auto known = m_zones.constFind(zone);
   if (known == m_zones.constEnd()) known = m_zones.insert(zone, TimeZone::timeZoneWithName(zone));
   const auto seconds = static_cast<qint64>(std::floor(date.timeIntervalSince1970()));
-  const qint64 reading = seconds + (*known ? (*known)->secondsFromUTC(seconds) : 0);
+  const std::optional<TimeZone>& found = *known;
+  const qint64 reading = seconds + (found ? found->secondsFromUTC(seconds) : 0);
   constexpr qint64 secondsPerDay = 86'400;
   const qint64 days = reading / secondsPerDay - (reading % secondsPerDay < 0 ? 1 : 0);
   return QDate(1970, 1, 1).addDays(days);

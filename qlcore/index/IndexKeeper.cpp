@@ -37,7 +37,7 @@ const QString& tables(int number) {
       u"CREATE VIRTUAL TABLE words USING fts5(text, tags, place, marks, content='', tokenize='ascii')"_s,
       // Segments are merged by sixteens, and all of them when there is nothing else to do.
       u"INSERT INTO words(words, rank) VALUES('automerge', 0)"_s,
-      u"INSERT INTO words(words, rank) VALUES('hashsize', 8388608)"_s,
+      u"INSERT INTO words(words, rank) VALUES('hashsize', 33554432)"_s,
   };
   static const QString none;
   return number < static_cast<int>(std::size(statements)) ? statements[number] : none;
@@ -120,7 +120,7 @@ bool IndexKeeper::makeTables() {
   m_database.run(u"INSERT INTO setting VALUES('folder', ?)"_s, {m_place.entriesFolder});
   m_database.run(u"PRAGMA user_version = %1"_s.arg(version()));
   m_database.commit();
-  if (m_file) writeLog();
+  writeLog();
   return m_database.failure() == IndexFailure::None;
 }
 
@@ -196,13 +196,14 @@ void IndexKeeper::startAnew() {
 }
 
 void IndexKeeper::useMemory(bool much) {
-  constexpr qint64 muchKiB = 32 * 1024;
+  constexpr qint64 muchKiB = qint64{32} * 1024;
   m_database.run(u"PRAGMA cache_size = -%1"_s.arg(much ? std::max(muchKiB, m_place.cacheKiB) : m_place.cacheKiB));
   if (!much) m_database.run(u"PRAGMA shrink_memory"_s);
 }
 
 // Only here, and where the tables are made, the file itself is written to.
 void IndexKeeper::writeLog() {
+  if (!m_file) return;
   m_file->noteWriting();
   m_database.run(u"PRAGMA wal_checkpoint(TRUNCATE)"_s);
   m_file->noteWritten();

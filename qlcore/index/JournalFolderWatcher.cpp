@@ -97,7 +97,7 @@ void JournalFolderWatcher::arm() {
 }
 
 void JournalFolderWatcher::readEvents() {
-  alignas(inotify_event) std::array<char, 16 * 1024> buffer{};
+  alignas(inotify_event) std::array<char, size_t{16} * 1024> buffer{};
   // What comes in the meantime makes the notifier fire again.
   const ssize_t size = ::read(m_inotify.number(), buffer.data(), buffer.size());
   for (ssize_t at = 0; at + static_cast<ssize_t>(sizeof(inotify_event)) <= size;) {

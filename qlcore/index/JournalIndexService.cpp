@@ -27,6 +27,7 @@ void JournalIndexService::setJournal(const std::optional<QUrl>& url) {
   m_worker.reset();
   m_watcher.reset();
   m_journal = url;
+  ++m_opening;
   takeState(false, std::nullopt, false);
   if (!url) return;
   // Watched first: what changes while it is read is told.
@@ -36,12 +37,12 @@ void JournalIndexService::setJournal(const std::optional<QUrl>& url) {
     if (m_worker) m_worker->compare(names);
   });
   // Both come through the event loop; what a former worker told is not heard any more.
-  const QPointer<JournalFolderWatcher> current(m_watcher.get());
-  const auto inThisThread = [this, current](auto work) {
+  const quint64 opening = m_opening;
+  const auto inThisThread = [this, opening](auto work) {
     QMetaObject::invokeMethod(
         this,
-        [current, work] {
-          if (current) work();
+        [this, opening, work] {
+          if (opening == m_opening) work();
         },
         Qt::QueuedConnection);
   };
@@ -75,7 +76,7 @@ void JournalIndexService::request(QObject* asker, int kind, Request request) {
   const Key key{asker, kind};
   request.number = ++m_lastNumber;
   request.asker = asker;
-  m_requests.insert(key, std::move(request));
+  m_requests.insert(key, request);
   post(key);
   // Where nobody tells of changes, they are looked for when somebody wants to know.
   if (m_worker && m_isUpToDate && !isWatching()) m_worker->compare();
@@ -94,8 +95,8 @@ void JournalIndexService::post(const Key& key) {
 void JournalIndexService::answered(const Key& key, quint64 number, const std::any& answer) {
   const auto found = m_requests.constFind(key);
   if (found == m_requests.constEnd() || found->number != number) return;
-  const Request request = *found;
-  if (!request.asker || request.isOnce) m_requests.erase(found);
+  const Request request = m_requests.value(key);
+  if (!request.asker || request.isOnce) m_requests.remove(key);
   // What is called may ask again.
   if (request.asker) request.deliver(answer);
 }

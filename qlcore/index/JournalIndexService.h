@@ -90,6 +90,7 @@ class JournalIndexService : public QObject {
   std::unique_ptr<JournalIndexWorker> m_worker;
   QHash<Key, Request> m_requests;
   quint64 m_lastNumber{0};
+  quint64 m_opening{0};  // one for each journal that was set
   bool m_isUpToDate{false};
   std::optional<Error> m_error;
 };

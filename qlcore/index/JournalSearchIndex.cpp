@@ -129,7 +129,7 @@ bool JournalSearchIndex::isInMemory() const {
 
 JournalSearchIndex::Update JournalSearchIndex::bringUpToDate(const std::stop_token& stop,
                                                              const ProgressCallback& progress) {
-  const Update update = m_open->update([&](IndexUpdate& once) { return once.all(stop, progress); });
+  Update update = m_open->update([&](IndexUpdate& once) { return once.all(stop, progress); });
   if (update.isComplete) m_open->noteRead();
   return update;
 }

@@ -118,7 +118,7 @@ qint64 QuestionQuery::countAll() {
   return m_database.first(u"SELECT count(*) FROM "_s + table + condition(), conditionValues()).toLongLong();
 }
 
-std::vector<qint64> QuestionQuery::idsFrom(const QString& sql, QVariantList values) {
+std::vector<qint64> QuestionQuery::idsFrom(const QString& sql, const QVariantList& values) {
   std::vector<qint64> ids;
   IndexDatabase::Rows rows = m_database.rows(sql, values);
   while (rows.next()) ids.push_back(rows.number(0));

@@ -28,7 +28,7 @@ class QuestionQuery {
   [[nodiscard]] QString condition() const;
   [[nodiscard]] QVariantList conditionValues() const;
   [[nodiscard]] std::vector<qint64> idsByRank(qint64 offset, qint64 limit);
-  [[nodiscard]] std::vector<qint64> idsFrom(const QString& sql, QVariantList values);
+  [[nodiscard]] std::vector<qint64> idsFrom(const QString& sql, const QVariantList& values);
   [[nodiscard]] QList<JournalCount> countsByDay(bool wholeMonths);
   [[nodiscard]] QList<JournalCount> countsByName(bool ofTags);
 

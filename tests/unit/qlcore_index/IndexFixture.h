@@ -32,11 +32,12 @@ class IndexFixture : public testing::Test {
   [[nodiscard]] QString pathOf(int number) const {
     return package->entriesFolder() + u'/' + uuidOf(number) + QStringLiteral(".plist");
   }
-  // `created` in seconds since 1970.
+  // `created` in seconds since 1970. What no list can hold becomes a damaged file.
   void write(int number, const QString& text, double created = 1'700'000'000, PropertyListDictionary more = {}) const {
     more.insert(QStringLiteral("text"), text);
     more.insert(QStringLiteral("creationDate"), Date::since1970(created));
-    writeBytes(pathOf(number), *PropertyListSerialization::dataWithPropertyList(more, PropertyListFormat::XML));
+    writeBytes(pathOf(number),
+               PropertyListSerialization::dataWithPropertyList(more, PropertyListFormat::XML).value_or("unwritable"));
   }
   // As a whole and without waiting for the disk.
   static void writeBytes(const QString& path, const QByteArray& bytes) {
