@@ -104,6 +104,7 @@ bool EntrySession::write(bool force, Error* error) {
     return fail(error, reason);
   }
   textIsSafe();
+  if (m_activeEntry->lastMerge()) m_text.setText(m_activeEntry->string());
   return true;
 }
 

@@ -57,8 +57,8 @@ class EntrySession : public QObject {
   void textDidChange();
 
   // Writes the text into the journal: makes the entry on first need, updates it later, deletes the file of one that was
-  // emptied. With `force`, an empty text makes an entry too. On failure the text is in a draft, and the next save tries
-  // again.
+  // emptied. With `force`, an empty text makes an entry too. What another program has changed in it meanwhile comes into
+  // the text. On failure the text is in a draft, and the next save tries again.
   bool save(bool force, Error* error);
   // Ends the entry, which must have been saved, and empties the text. The usage event, where there is an entry, gets
   // `context` and how long it was edited.
