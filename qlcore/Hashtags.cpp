@@ -51,4 +51,12 @@ QStringList hashtags(const QString& text) {
   return tags;
 }
 
+QStringList tagsAfterEditing(const QStringList& tags, const QString& before, const QString& after) {
+  QStringList kept = tags;
+  for (const QString& tag : hashtags(before)) kept.removeAll(tag);
+  for (const QString& tag : hashtags(after))
+    if (!kept.contains(tag, Qt::CaseInsensitive)) kept << tag;
+  return kept;
+}
+
 }  // namespace quillo

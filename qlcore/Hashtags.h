@@ -11,4 +11,8 @@ namespace quillo {
 // belong to the character that they follow.
 [[nodiscard]] QStringList hashtags(const QString& text);
 
+// The tags of an entry whose text was `before` and is `after` now. Those that were no hashtags of the old text were
+// given by hand, and stay.
+[[nodiscard]] QStringList tagsAfterEditing(const QStringList& tags, const QString& before, const QString& after);
+
 }  // namespace quillo
