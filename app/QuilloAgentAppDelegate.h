@@ -134,8 +134,6 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   [[nodiscard]] AgentEntryWindowController* entryWindowController() { return m_entryWindowController.get(); }
   [[nodiscard]] const PTHotKey* globalHotKey() const { return m_globalShortcut.hotKey().get(); }
   [[nodiscard]] ReminderAlarm& reminderAlarm() { return m_reminderAlarm; }
-  // Null until it was asked for.
-  [[nodiscard]] AboutWindowController* aboutWindowController() { return m_aboutWindowController.get(); }
 
  private:
   void buildContextualMenu();
@@ -167,7 +165,7 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   // Why the shortcut does not work; empty when it does.
   QString m_shortcutProblem;
   GlobalShortcut m_globalShortcut;
-  std::unique_ptr<AboutWindowController> m_aboutWindowController;
+  std::unique_ptr<AboutWindowController> m_aboutWindowController;  // null until it was asked for
   ReminderDelivery m_reminderDelivery;
   std::unique_ptr<Registration> m_settingsObservation;  // until they can be read
   // Last, so that nothing is heard of while the rest goes.

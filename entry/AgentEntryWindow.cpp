@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace quillo {
 
@@ -43,10 +44,11 @@ static QAccessibleInterface* dialogFor(const QString& className, QObject* object
   return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Dialog);
 }
 
-AgentEntryWindow::AgentEntryWindow()
+AgentEntryWindow::AgentEntryWindow(EntryWindowDesktop desktop)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
       m_ui(std::make_unique<Ui::AgentEntryWindow>()),
-      m_content(new QWidget(this)) {
+      m_content(new QWidget(this)),
+      m_desktop(std::move(desktop)) {
   // Before anything that tells screen readers of the window: the first question decides what it is to them.
   QAccessible::installFactory(&dialogFor);
   setAttribute(Qt::WA_TranslucentBackground);
@@ -164,7 +166,7 @@ void AgentEntryWindow::changeEvent(QEvent* event) {
 }
 
 void AgentEntryWindow::layOut() {
-  const bool composited = !m_isComposited || m_isComposited();
+  const bool composited = !m_desktop.isComposited || m_desktop.isComposited();
   m_shadowMargin = composited ? shadowMargin : 0;
   const QSize size = frameSize.toSize();
   // With the arrow below, all but the background moves up into the room of an arrow above.
@@ -199,14 +201,13 @@ void AgentEntryWindow::setFrameOrigin(QPointF origin) {
        frameOffset());
 }
 
-void AgentEntryWindow::setArrowScreenX(double x) {
-  m_ui->backgroundView->setArrowX(x - m_origin.x());
-}
-
-void AgentEntryWindow::setArrowEdge(Qt::Edge edge) {
-  if (edge == m_ui->backgroundView->arrowEdge()) return;
-  m_ui->backgroundView->setArrowEdge(edge);
-  layOut();
+void AgentEntryWindow::setPlace(QPointF origin, Qt::Edge edge, double arrowX) {
+  if (edge != m_ui->backgroundView->arrowEdge()) {
+    m_ui->backgroundView->setArrowEdge(edge);
+    layOut();
+  }
+  setFrameOrigin(origin);
+  m_ui->backgroundView->setArrowX(arrowX - origin.x());
 }
 
 void AgentEntryWindow::setJournalPanel(const JournalPanel& panel, const QString& aboutText) {
@@ -258,7 +259,7 @@ void AgentEntryWindow::orderFront(bool activate) {
   // before would take the keyboard when it is shown for a reminder.
   if (QWindow* handle = windowHandle()) handle->setProperty(QtInternals::showWithoutActivating, !activate);
   // Window managers forget it each time the window goes.
-  if (m_keepOutOfTaskBar) m_keepOutOfTaskBar(winId());
+  if (m_desktop.keepOutOfTaskBar) m_desktop.keepOutOfTaskBar(winId());
   show();
   raise();
   // The editor is hidden while the journal cannot be reached. No button gets the keyboard then: the panel appears under

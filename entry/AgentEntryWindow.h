@@ -14,6 +14,14 @@ namespace quillo {
 
 struct JournalPanel;
 
+// What the entry window asks of the desktop; each may be empty.
+struct EntryWindowDesktop {
+  // Whether translucent windows are drawn, which is taken for granted else; asked each time the window is shown.
+  std::function<bool()> isComposited;
+  // Called before the window shows, to keep it out of lists of open windows: it belongs to the icon.
+  std::function<void(WId)> keepOutOfTaskBar;
+};
+
 // The borderless window that hangs under the status item: its look, its frame, taking the keyboard, and the line of
 // place and weather below the text with its switch. What it does is the controller's.
 //
@@ -25,7 +33,7 @@ class AgentEntryWindow : public QWidget {
  public:
   static constexpr QSizeF frameSize{328, 268};
 
-  AgentEntryWindow();
+  explicit AgentEntryWindow(EntryWindowDesktop desktop);
   ~AgentEntryWindow() override;
 
   [[nodiscard]] Ui::AgentEntryWindow& ui() { return *m_ui; }
@@ -33,16 +41,10 @@ class AgentEntryWindow : public QWidget {
   // In screen points, origin bottom left.
   [[nodiscard]] QRectF frame() const;
   void setFrameOrigin(QPointF origin);
-  // Where the arrow points, in screen points from the left.
-  void setArrowScreenX(double x);
-  // Where the status item is: Qt::TopEdge, or Qt::BottomEdge with a panel at the bottom of the screen. The content then
-  // stands higher by the height of the arrow.
-  void setArrowEdge(Qt::Edge edge);
-
-  // Whether the desktop draws translucent windows; asked each time the window is shown.
-  void setCompositorCheck(std::function<bool()> isComposited) { m_isComposited = std::move(isComposited); }
-  // Called before the window shows, to keep it out of lists of open windows: it belongs to the icon.
-  void setTaskBarHiding(std::function<void(WId)> hide) { m_keepOutOfTaskBar = std::move(hide); }
+  // Hangs the window under the status item, or stands it above: `edge`, of the window, is where the item is,
+  // Qt::TopEdge or Qt::BottomEdge. With the item below, the content stands higher by the height of the arrow, which
+  // points at `arrowX`, in screen points from the left.
+  void setPlace(QPointF origin, Qt::Edge edge, double arrowX);
 
   // The frame of the text area, from the bottom left of the window's frame.
   void setScrollBorderFrame(const QRectF& frame);
@@ -96,8 +98,7 @@ class AgentEntryWindow : public QWidget {
 
   std::unique_ptr<Ui::AgentEntryWindow> m_ui;
   QWidget* m_content;
-  std::function<bool()> m_isComposited;
-  std::function<void(WId)> m_keepOutOfTaskBar;
+  EntryWindowDesktop m_desktop;
   int m_shadowMargin{0};
   QPointF m_origin;  // of the frame, bottom left
   QRectF m_textContentFrame;

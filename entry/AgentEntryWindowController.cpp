@@ -98,9 +98,8 @@ AgentEntryWindowController::~AgentEntryWindowController() {
 
 AgentEntryWindow& AgentEntryWindowController::window() {
   if (!m_window) {
-    m_window = std::make_unique<AgentEntryWindow>();
-    m_window->setCompositorCheck(m_services.compositorIsRunning);
-    m_window->setTaskBarHiding(m_services.keepOutOfTaskBar);
+    m_window = std::make_unique<AgentEntryWindow>(EntryWindowDesktop{.isComposited = m_services.compositorIsRunning,
+                                                                     .keepOutOfTaskBar = m_services.keepOutOfTaskBar});
     awakeFromNib();
   }
   return *m_window;

@@ -43,7 +43,7 @@ struct AgentEntryWindowServices {
   // Called once, when a place is first wanted.
   std::function<std::unique_ptr<LocationService>()> makeLocationManager{};
   WeatherService* weather{nullptr};
-  // See the window's setters.
+  // See EntryWindowDesktop.
   std::function<bool()> compositorIsRunning{};
   std::function<void(WId)> keepOutOfTaskBar{};
 };

@@ -147,9 +147,8 @@ void QLXAStatusBarController::positionEntryWindow() {
   const QSizeF size = entryWindow.frame().size();
 
   const bool above = entryWindowBelongsAbove(onScreen, size, screenAround(onScreen));
-  entryWindow.setArrowEdge(above ? Qt::BottomEdge : Qt::TopEdge);
-  entryWindow.setFrameOrigin(above ? entryWindowOriginAbove(onScreen, size) : entryWindowOrigin(onScreen, size));
-  entryWindow.setArrowScreenX(onScreen.center().x());
+  const QPointF origin = above ? entryWindowOriginAbove(onScreen, size) : entryWindowOrigin(onScreen, size);
+  entryWindow.setPlace(origin, above ? Qt::BottomEdge : Qt::TopEdge, onScreen.center().x());
 }
 
 void QLXAStatusBarController::showEntryWindowInMode(EntryWindowMode mode) {

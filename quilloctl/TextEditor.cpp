@@ -1,6 +1,7 @@
 #include "quilloctl/TextEditor.h"
 
 #include "config/Keys.h"
+#include "foundation/DetachedProcess.h"
 #include "foundation/FileContents.h"
 #include "foundation/FileModeMask.h"
 #include "platform/RunningApplications.h"
@@ -92,15 +93,10 @@ bool outputIsDiscarded() {
 int runInTerminalWindow(const QStringList& arguments) {
   const QString terminal = QStandardPaths::findExecutable(u"x-terminal-emulator"_s);
   if (terminal.isEmpty()) return failed(u"there is no x-terminal-emulator to open a window with"_s);
-  QProcess process;
-  process.setProgram(terminal);
-  process.setArguments(QStringList{u"-e"_s, QCoreApplication::applicationFilePath()} + arguments);
-  process.setStandardInputFile(QProcess::nullDevice());
-  process.setStandardOutputFile(QProcess::nullDevice());
-  process.setStandardErrorFile(QProcess::nullDevice());
-  const FileModeMask maskOfUser;
-  if (!process.startDetached()) return failed(terminal + u" could not be started: "_s + process.errorString());
-  return Done;
+  QString reason;
+  if (startDetached(terminal, QStringList{u"-e"_s, QCoreApplication::applicationFilePath()} + arguments, {}, &reason))
+    return Done;
+  return failed(terminal + u" could not be started: "_s + reason);
 }
 
 std::optional<Draft> Draft::withText(const Context& context, const QString& text) {

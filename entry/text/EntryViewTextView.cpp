@@ -4,20 +4,19 @@
 #include "config/Settings.h"
 #include "controls/QLScroller.h"
 #include "entry/document/ParagraphSeams.h"
-#include "entry/spelling/AutomaticCorrection.h"
-#include "entry/spelling/GrammarReviewer.h"
-#include "entry/spelling/SpellChecker.h"
-#include "entry/spelling/SpellingHighlighter.h"
 #include "entry/spelling/WavyUnderline.h"
 #include "entry/text/HashtagCompleter.h"
+#include "entry/text/SpellingMenu.h"
+#include "entry/text/TextChecking.h"
+#include "foundation/Bundle.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 
-#include <QMimeData>
+#include <QAction>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
-#include <QScopedValueRollback>
-#include <QTextDocument>
-#include <QTextDocumentFragment>
 #include <QTextLayout>
 
 #include <algorithm>
@@ -25,6 +24,21 @@
 namespace quillo {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto boldCommand = "makeSelectionBold"_L1;
+constexpr auto italicCommand = "makeSelectionItalic"_L1;
+
+QString localized(const QString& text) {
+  return Bundle::mainBundle().localizedStringForKey(text);
+}
+
+bool isFormatKey(const QKeyEvent& event) {
+  return event.matches(QKeySequence::Bold) || event.matches(QKeySequence::Italic);
+}
+
+}  // namespace
 
 void EntryViewTextView::initialize(UserDefaults& defaults) {
   defaults.registerDefaults(settingDefaults(
@@ -36,9 +50,7 @@ EntryViewTextView::EntryViewTextView(const EntryTextServices& services, QWidget*
 }
 
 EntryViewTextView::EntryViewTextView(QWidget* parent)
-    : QPlainTextEdit(parent),
-      m_seams(std::make_unique<ParagraphSeams>(*document())),
-      m_completer(std::make_unique<HashtagCompleter>(*this)) {
+    : PlainTextView(parent), m_completer(std::make_unique<HashtagCompleter>(*this)) {
   acceptableDragTypes();
   setFrameShape(NoFrame);
   // Tab leads on to the buttons.
@@ -51,18 +63,17 @@ EntryViewTextView::EntryViewTextView(QWidget* parent)
   clear.setColor(QPalette::Base, Qt::transparent);
   setPalette(clear);
   viewport()->setAutoFillBackground(false);
-  connect(this, &QPlainTextEdit::textChanged, this, &EntryViewTextView::contentsChanged);
-  connect(this, &QPlainTextEdit::cursorPositionChanged, this, &EntryViewTextView::caretDidMove);
-  connect(this, &QPlainTextEdit::selectionChanged, this, &EntryViewTextView::caretDidMove);
-  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
-    m_completer->textDidScroll();
-    if (m_grammar) m_grammar->somethingToReview();
-  });
+  const auto follow = [this] { m_completer->caretDidMove(); };
+  connect(this, &QPlainTextEdit::cursorPositionChanged, this, follow);
+  connect(this, &QPlainTextEdit::selectionChanged, this, follow);
+  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { m_completer->textDidScroll(); });
 }
 
 void EntryViewTextView::setServices(const EntryTextServices& services) {
-  m_services.emplace(services);
-  initialize(m_services->defaults);
+  m_defaults = &services.defaults;
+  m_localCenter = &services.localCenter;
+  initialize(*m_defaults);
+  m_checking = std::make_unique<TextChecking>(*this, services.spellChecker, services.defaults);
 }
 
 EntryViewTextView::~EntryViewTextView() {
@@ -74,7 +85,7 @@ void EntryViewTextView::awakeFromNib() {
   m_isAwake = true;
   // Through the setters, which write what they read: from then on the choice is the user's, whatever the default
   // becomes.
-  const UserDefaults& defaults = m_services->defaults;
+  const UserDefaults& defaults = *m_defaults;
   if (defaults.objectForKey(Key::editorSpellCheckEnabled))
     setContinuousSpellCheckingEnabled(defaults.boolForKey(Key::editorSpellCheckEnabled));
   if (defaults.objectForKey(Key::editorGrammarCheckEnabled))
@@ -85,8 +96,8 @@ void EntryViewTextView::awakeFromNib() {
 }
 
 void EntryViewTextView::startObservingPrefChanges() {
-  m_prefsObservation = m_services->localCenter.observe(Notice::spellingAndGrammarSettingsDidChange,
-                                                       [this](const Notification&) { prefsChanged(); });
+  m_prefsObservation = m_localCenter->observe(Notice::spellingAndGrammarSettingsDidChange,
+                                              [this](const Notification&) { prefsChanged(); });
 }
 
 void EntryViewTextView::stopObservingPrefChanges() {
@@ -94,202 +105,35 @@ void EntryViewTextView::stopObservingPrefChanges() {
 }
 
 void EntryViewTextView::prefsChanged() {
-  const UserDefaults& defaults = m_services->defaults;
-  m_checksSpelling = defaults.boolForKey(Key::editorSpellCheckEnabled);
-  m_checksGrammar = defaults.boolForKey(Key::editorGrammarCheckEnabled);
-  m_correctsSpelling = defaults.boolForKey(Key::editorCorrectSpellingEnabled);
-  applySwitches();
+  const UserDefaults& defaults = *m_defaults;
+  m_checking->setSwitches({.checksSpelling = defaults.boolForKey(Key::editorSpellCheckEnabled),
+                           .checksGrammar = defaults.boolForKey(Key::editorGrammarCheckEnabled),
+                           .correctsSpelling = defaults.boolForKey(Key::editorCorrectSpellingEnabled)});
+}
+
+void EntryViewTextView::setSwitch(bool WritingSwitches::*which, bool enabled, const QString& key) {
+  WritingSwitches switches = m_checking->switches();
+  switches.*which = enabled;
+  m_checking->setSwitches(switches);
+  m_defaults->setBoolForKey(enabled, key);
 }
 
 void EntryViewTextView::setContinuousSpellCheckingEnabled(bool enabled) {
-  m_checksSpelling = enabled;
-  applySwitches();
-  m_services->defaults.setBoolForKey(enabled, Key::editorSpellCheckEnabled);
+  setSwitch(&WritingSwitches::checksSpelling, enabled, Key::editorSpellCheckEnabled);
 }
 
 void EntryViewTextView::setGrammarCheckingEnabled(bool enabled) {
-  m_checksGrammar = enabled;
-  applySwitches();
-  m_services->defaults.setBoolForKey(enabled, Key::editorGrammarCheckEnabled);
+  setSwitch(&WritingSwitches::checksGrammar, enabled, Key::editorGrammarCheckEnabled);
 }
 
 void EntryViewTextView::setAutomaticSpellingCorrectionEnabled(bool enabled) {
-  m_correctsSpelling = enabled;
-  m_services->defaults.setBoolForKey(enabled, Key::editorCorrectSpellingEnabled);
-}
-
-void EntryViewTextView::applySwitches() {
-  if (m_highlighter) m_highlighter->setSpellingEnabled(m_checksSpelling);
-  if (m_grammar) m_grammar->setEnabled(m_checksGrammar);
-}
-
-SpellingHighlighter& EntryViewTextView::ensureHighlighter() {
-  if (!m_highlighter) {
-    m_highlighter =
-        new SpellingHighlighter(*document(), m_services->spellChecker,
-                                {[this] { return visibleBlocks(); }, [this] { return textCursor().position(); }});
-    m_correction = std::make_unique<AutomaticCorrection>(*this, m_services->spellChecker);
-    applySwitches();
-  }
-  return *m_highlighter;
-}
-
-static QUrl grammarServer(const UserDefaults& defaults) {
-  const auto stored = defaults.objectForKey(Key::grammarServerURL);
-  return QUrl((stored ? *stored : *settingForKey(Key::grammarServerURL)->defaultValue()).string(), QUrl::StrictMode);
-}
-
-GrammarReviewer& EntryViewTextView::grammarReviewer() {
-  if (!m_grammar) {
-    m_grammar = std::make_unique<GrammarReviewer>(
-        ensureHighlighter(), [this] { return visibleBlocks(); }, grammarServer(m_services->defaults));
-    applySwitches();
-  }
-  return *m_grammar;
-}
-
-// At a key press, and not before: showing the window is not to wait for a dictionary.
-void EntryViewTextView::beginChecking() {
-  if (m_checksSpelling || m_correctsSpelling) {
-    ensureHighlighter();
-    m_services->spellChecker.load();
-  }
-  if (m_checksGrammar) grammarReviewer();
-}
-
-QList<QTextBlock> EntryViewTextView::visibleBlocks() const {
-  QList<QTextBlock> blocks;
-  // A paragraph is at least one line high, so that the height of the view bounds their number.
-  for (QTextBlock block = firstVisibleBlock(); block.isValid(); block = block.next()) {
-    if (blockBoundingGeometry(block).translated(contentOffset()).top() > viewport()->height()) break;
-    blocks << block;
-  }
-  return blocks;
-}
-
-void EntryViewTextView::paintEvent(QPaintEvent* event) {
-  QPlainTextEdit::paintEvent(event);
-  if (!m_highlighter) return;
-  QPainter painter(viewport());
-  for (const QTextBlock& block : visibleBlocks())
-    drawWavyUnderlines(painter, *block.layout(), blockBoundingGeometry(block).translated(contentOffset()).topLeft());
+  setSwitch(&WritingSwitches::correctsSpelling, enabled, Key::editorCorrectSpellingEnabled);
 }
 
 QStringList EntryViewTextView::acceptableDragTypes() {
   setAcceptDrops(false);
   viewport()->setAcceptDrops(false);
   return {u"text/plain"_s, u"text/html"_s};
-}
-
-QString EntryViewTextView::string() const {
-  return m_seams->string();
-}
-
-void EntryViewTextView::setString(const QString& text) {
-  const QScopedValueRollback setting(m_isSettingString, true);
-  m_seams->reset();
-  if (text.size() <= ParagraphSeams::longestUnbroken) {
-    setPlainText(text);
-  } else {
-    setPlainText({});
-    document()->setUndoRedoEnabled(false);
-    QTextCursor start(document());
-    m_seams->insert(start, text);
-    moveCursor(QTextCursor::Start);
-    document()->setUndoRedoEnabled(true);
-    document()->setModified(false);
-  }
-  m_seams->leaveAsItIs();
-  m_lastText = string();
-  if (m_correction) m_correction->textWasSet();
-  if (m_grammar) m_grammar->somethingToReview();
-}
-
-void EntryViewTextView::setTextContainerInset(QSizeF inset) {
-  document()->setDocumentMargin(0);
-  const int horizontal = static_cast<int>(inset.width());
-  const int vertical = static_cast<int>(inset.height());
-  setViewportMargins(horizontal, vertical, horizontal, vertical);
-}
-
-void EntryViewTextView::contentsChanged() {
-  if (m_isSettingString || m_seams->isArranging()) return;
-  // A text that is being composed lies in its block.
-  if (m_isUndoing || !textCursor().block().layout()->preeditAreaText().isEmpty())
-    m_seams->leaveAsItIs();
-  else
-    m_seams->arrange();
-  // Qt also tells of text that an input method has not committed yet.
-  QString now = string();
-  if (now == m_lastText) return;
-  m_lastText = std::move(now);
-  if (m_correction) m_correction->textDidChange();
-  if (m_grammar) m_grammar->somethingToReview();
-  Q_EMIT textDidChange();
-}
-
-void EntryViewTextView::undo() {
-  undoUntilTextChanges(&QPlainTextEdit::undo, &QTextDocument::isUndoAvailable);
-}
-
-void EntryViewTextView::redo() {
-  undoUntilTextChanges(&QPlainTextEdit::redo, &QTextDocument::isRedoAvailable);
-}
-
-// Each turn takes one step off the stack.
-void EntryViewTextView::undoUntilTextChanges(void (QPlainTextEdit::*step)(),
-                                             bool (QTextDocument::*isAvailable)() const) {
-  const QScopedValueRollback undoing(m_isUndoing, true);
-  const QString before = m_lastText;
-  do {
-    (this->*step)();
-  } while (m_lastText == before && (document()->*isAvailable)());
-}
-
-void EntryViewTextView::caretDidMove() {
-  if (m_highlighter && m_highlighter->typingPosition() != textCursor().position()) m_highlighter->endTyping();
-  m_completer->caretDidMove();
-}
-
-QMimeData* EntryViewTextView::createMimeDataFromSelection() const {
-  QString selected = ParagraphSeams::selectedString(textCursor());
-  // The base class knows no seams.
-  if (selected.size() == textCursor().selectedText().size()) return QPlainTextEdit::createMimeDataFromSelection();
-  selected.replace(QChar::ParagraphSeparator, u'\n').replace(QChar::LineSeparator, u'\n');
-  auto plain = std::make_unique<QMimeData>();
-  plain->setText(selected);
-  return plain.release();
-}
-
-bool EntryViewTextView::canInsertFromMimeData(const QMimeData* source) const {
-  return source->hasText() || source->hasHtml();
-}
-
-void EntryViewTextView::insertFromMimeData(const QMimeData* source) {
-  // Some programs offer formatted text only.
-  const QString text =
-      source->hasText() ? source->text() : QTextDocumentFragment::fromHtml(source->html()).toPlainText();
-  stepOverSeam(QTextCursor::PreviousCharacter);
-  if (text.size() > ParagraphSeams::longestUnbroken) {
-    QTextCursor caret = textCursor();
-    m_seams->insert(caret, text);
-  } else {
-    insertPlainText(text);
-  }
-  ensureCursorVisible();
-}
-
-// Replaced as one undo step that nothing typed before or after joins.
-void EntryViewTextView::replaceCharacters(TextRange range, const QString& text) {
-  if (range.location < 0 || range.length < 0 || range.end() >= document()->characterCount()) return;
-  QTextCursor caret = textCursor();
-  QTextCursor cursor(document());
-  cursor.setPosition(static_cast<int>(range.location));
-  cursor.setPosition(static_cast<int>(range.end()), QTextCursor::KeepAnchor);
-  caret.beginEditBlock();
-  m_seams->insert(cursor, text);
-  caret.endEditBlock();
-  document()->setModified(false);
 }
 
 void EntryViewTextView::surroundSelectionWithString(const QString& marker) {
@@ -299,8 +143,47 @@ void EntryViewTextView::surroundSelectionWithString(const QString& marker) {
                     marker + ParagraphSeams::selectedString(selection) + marker);
 }
 
+std::unique_ptr<QMenu> EntryViewTextView::menuForEvent(const QContextMenuEvent& event) {
+  std::unique_ptr<QMenu> menu = standardMenu(event.pos());
+  const bool atCaret = event.reason() == QContextMenuEvent::Keyboard;
+  SpellingMenu spelling(*this, *menu);
+  spelling.addGuesses(atCaret ? textCursor().position() : cursorForPosition(event.pos()).position());
+  spelling.addSwitches();
+  addFormatSubmenuToMenu(*menu);
+  removeLayoutFromMenu(*menu);
+  return menu;
+}
+
+void EntryViewTextView::addFormatSubmenuToMenu(QMenu& menu) {
+  QMenu* submenu = menu.addMenu(localized(u"Format"_s));
+  const auto addCommand = [&](QLatin1StringView name, const QString& title, const QKeySequence& key) {
+    QAction* item = submenu->addAction(localized(title));
+    item->setObjectName(name);
+    // Shown only; the view deals with the key itself, since the menu is not always there.
+    item->setShortcut(key);
+    item->setShortcutContext(Qt::WidgetShortcut);
+    item->setEnabled(validateMenuItem(*item));
+    return item;
+  };
+  connect(addCommand(boldCommand, u"Bold"_s, Qt::CTRL | Qt::Key_B), &QAction::triggered, this,
+          &EntryViewTextView::makeSelectionBold);
+  connect(addCommand(italicCommand, u"Italic"_s, Qt::CTRL | Qt::Key_I), &QAction::triggered, this,
+          &EntryViewTextView::makeSelectionItalic);
+}
+
+void EntryViewTextView::removeLayoutFromMenu(QMenu& menu) {
+  const QString title = localized(u"Layout Orientation"_s);
+  for (QAction* item : menu.actions())
+    if (item->text() == title) menu.removeAction(item);
+}
+
+bool EntryViewTextView::validateMenuItem(const QAction& item) const {
+  if (item.objectName() == boldCommand || item.objectName() == italicCommand) return canFormatSelection();
+  return item.isEnabled();
+}
+
 bool EntryViewTextView::canFormatSelection() const {
-  return m_services->defaults.boolForKey(Key::markdownEnabled) && textCursor().hasSelection();
+  return m_defaults->boolForKey(Key::markdownEnabled) && textCursor().hasSelection();
 }
 
 void EntryViewTextView::setCompletionSource(std::function<QStringList()> source) {
@@ -341,6 +224,101 @@ void EntryViewTextView::insertCompletion(const QString& completion, TextRange ra
                                          bool isFinal) {
   if (!isFinal || range.isNowhere() || isReadOnly()) return;
   replaceCharacters(range, completion);
+}
+
+bool EntryViewTextView::event(QEvent* event) {
+  switch (event->type()) {
+    case QEvent::ShortcutOverride: {
+      const auto& key = static_cast<QKeyEvent&>(*event);
+      if (m_completer->wantsKey(key) || (isFormatKey(key) && canFormatSelection())) {
+        event->accept();
+        return true;
+      }
+      break;
+    }
+    case QEvent::KeyPress:
+      // The base class would move the focus at a Tab before anything else.
+      if (const auto& key = static_cast<QKeyEvent&>(*event); key.key() == Qt::Key_Tab && m_completer->handleKey(key)) {
+        event->accept();
+        return true;
+      }
+      break;
+    default:
+      break;
+  }
+  return PlainTextView::event(event);
+}
+
+void EntryViewTextView::keyPressEvent(QKeyEvent* event) {
+  m_checking->begin();
+  if (m_completer->handleKey(*event)) return;
+  if (isFormatKey(*event) && canFormatSelection()) {
+    if (event->matches(QKeySequence::Bold))
+      makeSelectionBold();
+    else
+      makeSelectionItalic();
+    return;
+  }
+  const KeyEffect effect = effectOf(*event);
+  const int revision = document()->revision();
+  m_checking->setTyping(effect != KeyEffect::Other);
+  PlainTextView::keyPressEvent(event);
+  m_checking->setTyping(false);
+  if (effect == KeyEffect::Other || document()->revision() == revision) return;
+  if (effect == KeyEffect::Types) m_checking->userDidType();
+  m_completer->userDidType();
+}
+
+void EntryViewTextView::inputMethodEvent(QInputMethodEvent* event) {
+  m_checking->begin();
+  const bool commits = !event->commitString().isEmpty();
+  const bool composes = !event->preeditString().isEmpty();
+  m_checking->setTyping(true);
+  PlainTextView::inputMethodEvent(event);
+  m_checking->setTyping(false);
+  // The base class has replaced the underlines by those of the text being composed.
+  m_checking->redraw(textCursor().block());
+  if (commits) m_checking->userDidType();
+  if (composes)
+    m_completer->close();
+  else if (commits)
+    m_completer->userDidType();
+}
+
+void EntryViewTextView::paintEvent(QPaintEvent* event) {
+  PlainTextView::paintEvent(event);
+  if (!m_checking->highlighter()) return;
+  QPainter painter(viewport());
+  for (const QTextBlock& block : visibleBlocks())
+    drawWavyUnderlines(painter, *block.layout(), blockBoundingGeometry(block).translated(contentOffset()).topLeft());
+}
+
+void EntryViewTextView::contextMenuEvent(QContextMenuEvent* event) {
+  m_completer->close();
+  QMenu* menu = menuForEvent(*event).release();
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->popup(event->globalPos());
+}
+
+void EntryViewTextView::focusInEvent(QFocusEvent* event) {
+  PlainTextView::focusInEvent(event);
+  m_checking->tryAgain();
+}
+
+void EntryViewTextView::focusOutEvent(QFocusEvent* event) {
+  if (event->reason() != Qt::PopupFocusReason) m_checking->endTyping();
+  m_completer->close();
+  PlainTextView::focusOutEvent(event);
+}
+
+void EntryViewTextView::showEvent(QShowEvent* event) {
+  awakeFromNib();
+  PlainTextView::showEvent(event);
+}
+
+void EntryViewTextView::hideEvent(QHideEvent* event) {
+  m_completer->close();
+  PlainTextView::hideEvent(event);
 }
 
 }  // namespace quillo

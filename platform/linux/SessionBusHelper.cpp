@@ -1,7 +1,7 @@
 #include "platform/linux/SessionBusHelper.h"
 
+#include "foundation/DetachedProcess.h"
 #include "platform/linux/SessionBusApplications.h"
-#include "platform/linux/XdgLoginItems.h"
 
 #include <QEventLoop>
 #include <QSocketNotifier>
@@ -40,7 +40,7 @@ QList<RunningApplication> SessionBusHelper::running() const {
 
 bool SessionBusHelper::launch(const QString& program, const QStringList& arguments) {
   Launch launch{false, running(), {}};
-  if (const auto process = XdgLoginItems::startDetached(program, arguments)) {
+  if (const auto process = startDetached(program, arguments, u"/"_s)) {
     launch.succeeded = true;
     launch.process = FileDescriptor(::pidfd_open(static_cast<pid_t>(*process), 0));
   }

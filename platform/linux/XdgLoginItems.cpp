@@ -1,7 +1,7 @@
 #include "platform/linux/XdgLoginItems.h"
 
+#include "foundation/DetachedProcess.h"
 #include "foundation/FileContents.h"
-#include "foundation/FileModeMask.h"
 #include "foundation/UserDirectories.h"
 #include "platform/RunningApplications.h"
 #include "platform/linux/AutostartEntry.h"
@@ -10,7 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -50,19 +49,11 @@ XdgLoginItems::XdgLoginItems(QString autostartFolder, RunningApplications& runni
     : m_running(running),
       m_helper(std::move(helper)),
       m_start(std::move(starter)),
-      m_directory(std::move(autostartFolder)) {}
-
-std::optional<qint64> XdgLoginItems::startDetached(const QString& program, const QStringList& arguments) {
-  QProcess process;
-  process.setProgram(program);
-  process.setArguments(arguments);
-  process.setStandardInputFile(QProcess::nullDevice());
-  process.setStandardOutputFile(QProcess::nullDevice());
-  process.setStandardErrorFile(QProcess::nullDevice());
-  process.setWorkingDirectory(u"/"_s);
-  qint64 identifier = 0;
-  const FileModeMask maskOfUser;
-  return process.startDetached(&identifier) ? std::optional(identifier) : std::nullopt;
+      m_directory(std::move(autostartFolder)) {
+  if (!m_start)
+    m_start = [](const QString& program, const QStringList& arguments) {
+      return startDetached(program, arguments, u"/"_s).has_value();
+    };
 }
 
 QString XdgLoginItems::filePath(const QString& label) const {

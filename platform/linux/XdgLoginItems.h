@@ -18,16 +18,14 @@ struct UserDirectories;
 // not exist here, as it does not for the session; enabling writes it anew.
 class XdgLoginItems final : public LoginItems {
  public:
-  // Starts a program on its own; false when it could not be started.
+  // Starts a program on its own, by default as startDetached() does; false when it could not be started.
   using Starter = std::function<bool(const QString& program, const QStringList& arguments)>;
 
   // `autostart` in the user's configuration directory.
   [[nodiscard]] static QString autostartFolder(const UserDirectories& user);
 
   // `running` must outlive the object.
-  XdgLoginItems(
-      QString autostartFolder, RunningApplications& running, LoginHelper helper,
-      Starter starter = [](auto& program, auto& arguments) { return startDetached(program, arguments).has_value(); });
+  XdgLoginItems(QString autostartFolder, RunningApplications& running, LoginHelper helper, Starter starter = {});
 
   // Only the helper given can be enabled. A helper that runs already is not started a second time.
   bool setLoginItemEnabled(const QString& bundleIdentifier, bool enabled) override;
@@ -38,10 +36,6 @@ class XdgLoginItems final : public LoginItems {
   // A program is started at login; anything else is opened with the program for its kind.
   bool insertSessionLoginItemAtFront(const QUrl& url) override;
   bool removeSessionLoginItem(const QUrl& url) override;
-
-  // With nothing as its input and output: a caller that waits for the end of our output must not wait for the helper's.
-  // Answers the process's identifier.
-  static std::optional<qint64> startDetached(const QString& program, const QStringList& arguments);
 
  private:
   struct File;

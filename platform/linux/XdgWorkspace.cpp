@@ -1,11 +1,10 @@
 #include "platform/linux/XdgWorkspace.h"
 
-#include "foundation/FileModeMask.h"
+#include "foundation/DetachedProcess.h"
 #include "foundation/Log.h"
 #include "platform/linux/ApplicationDatabase.h"
 
 #include <QMimeDatabase>
-#include <QProcess>
 
 namespace quillo {
 
@@ -20,17 +19,10 @@ ApplicationDatabase installedApplications() {
 bool start(const DesktopEntry& entry, const QUrl& url) {
   auto arguments = entry.commandLine(url);
   if (arguments.isEmpty()) return false;
-  QProcess process;
-  process.setProgram(arguments.takeFirst());
-  process.setArguments(arguments);
-  process.setWorkingDirectory(entry.workingDirectory);
-  // What the program prints belongs into no terminal of ours.
-  process.setStandardInputFile(QProcess::nullDevice());
-  process.setStandardOutputFile(QProcess::nullDevice());
-  process.setStandardErrorFile(QProcess::nullDevice());
-  const FileModeMask maskOfUser;
-  if (process.startDetached()) return true;
-  QLLogError(u"%1 could not be started: %2"_s.arg(process.program(), process.errorString()));
+  const QString program = arguments.takeFirst();
+  QString reason;
+  if (startDetached(program, arguments, entry.workingDirectory, &reason)) return true;
+  QLLogError(u"%1 could not be started: %2"_s.arg(program, reason));
   return false;
 }
 

@@ -1,14 +1,12 @@
 #!/usr/bin/env python3
-"""A double of the weather service on this machine: answers as the real one does, and fails as it is told.
+"""A double of the weather service on this machine: answers as the real one does.
 
 In a test:
 
     service = WeatherService(temperature=18.4, symbol="partlycloudy_day")
     self.addCleanup(service.close)
     set_own_defaults(home, WeatherServiceURL=service.url)    # quillo.py
-    service.mode = "500"
     service.requests                                         # what was asked: pairs of latitude and longitude
-    service.conditions                                       # the time since which changes were asked for, or None, of each
 
 By itself it prints the URL for the setting WeatherServiceURL, then serves until it is ended.
 """
@@ -25,21 +23,17 @@ from urllib.parse import parse_qs, urlsplit
 BASE = "/weatherapi/locationforecast/2.0"
 # The forecast stays the same.
 MODIFIED = "Wed, 25 Nov 2026 11:45:07 GMT"
-# hang gives nothing, the numbers are refusals.
-MODES = ("ok", "403", "429", "500", "503", "garbage", "hang")
+# After which an answer may be asked for anew.
+LIFETIME = timedelta(minutes=30)
 
 
 class WeatherService:
-    """Serves until it is closed. Everything below may be changed at any time, from any thread."""
+    """Serves until it is closed. What it tells may be changed at any time, from any thread."""
 
-    def __init__(self, mode="ok", temperature=18.4, symbol="partlycloudy_day"):
-        self.mode = mode
+    def __init__(self, temperature=18.4, symbol="partlycloudy_day"):
         self.temperature = temperature  # degrees Celsius, the same at every hour
         self.symbol = symbol
-        self.lifetime = 1800  # seconds
         self.requests = []
-        self.conditions = []
-        self._closing = threading.Event()
         service = self
 
         class Handler(BaseHTTPRequestHandler):
@@ -60,7 +54,6 @@ class WeatherService:
         return f"http://127.0.0.1:{self._server.server_address[1]}{BASE}"
 
     def close(self):
-        self._closing.set()
         self._server.shutdown()
         self._server.server_close()
 
@@ -89,17 +82,13 @@ class WeatherService:
         query = {key: values[-1] for key, values in parse_qs(url.query).items()}
         places = query.get("lat", ""), query.get("lon", "")
         self.requests.append(places)
-        self.conditions.append(handler.headers.get("If-Modified-Since"))
-        if self.mode == "hang":
-            self._closing.wait()
-            return
         # The service's own rules come first.
         if not handler.headers.get("User-Agent") or any(len(place.partition(".")[2]) > 4 for place in places):
             status, headers, body = 403, {}, b"<html>Forbidden</html>"
         elif url.path != f"{BASE}/compact":
             status, headers, body = 404, {}, b"<html>Not found</html>"
         else:
-            status, headers, body = self._outcome(self.conditions[-1])
+            status, headers, body = self._outcome(handler.headers.get("If-Modified-Since"))
         handler.send_response(status)
         for key, value in {"Content-Type": "application/json", "Content-Length": str(len(body)), **headers}.items():
             handler.send_header(key, value)
@@ -111,24 +100,17 @@ class WeatherService:
 
     def _outcome(self, condition):
         """Status, headers and body."""
-        if self.mode in ("403", "500", "503"):
-            return int(self.mode), {}, b"<html>No</html>"
-        if self.mode == "429":
-            return 429, {"Retry-After": "120"}, b""
-        if self.mode == "garbage":
-            return 200, {}, b"\x00\xff{\"properties\":[" * 100
-        expires = datetime.now(timezone.utc) + timedelta(seconds=self.lifetime)
+        expires = datetime.now(timezone.utc) + LIFETIME
         headers = {"Expires": format_datetime(expires, usegmt=True), "Last-Modified": MODIFIED}
         return (304, headers, b"") if condition == MODIFIED else (200, headers, json.dumps(self.forecast()).encode())
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--mode", choices=MODES, default="ok")
     parser.add_argument("--temperature", type=float, default=18.4, help="degrees Celsius")
     parser.add_argument("--symbol", default="partlycloudy_day")
     options = parser.parse_args()
-    service = WeatherService(options.mode, options.temperature, options.symbol)
+    service = WeatherService(options.temperature, options.symbol)
     signal.signal(signal.SIGINT, signal.SIG_DFL)
     print(service.url, flush=True)
     signal.pause()

@@ -4,6 +4,7 @@
 #include "entry/spelling/SpellChecker.h"
 #include "entry/spelling/SpellingHighlighter.h"
 #include "entry/text/EntryViewTextView.h"
+#include "entry/text/TextChecking.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 #include "tests/support/TestHome.h"
@@ -103,14 +104,14 @@ class EntryViewTest : public testing::Test {
     view->setTextCursor(cursor);
   }
   void finishChecking() {
-    ASSERT_TRUE(QTest::qWaitFor([this] { return view->spellingHighlighter()->isIdle(); }, 60000));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return view->checking().highlighter()->isIdle(); }, 60000));
   }
   // The words that are underlined, in order.
   QStringList misspelled() {
     finishChecking();
     const QString text = view->document()->toRawText();
     QStringList words;
-    for (const TextRange& range : view->spellingHighlighter()->misspellings())
+    for (const TextRange& range : view->checking().highlighter()->misspellings())
       words << text.mid(range.location, range.length);
     return words;
   }

@@ -10,19 +10,19 @@ namespace {
 
 TEST_F(EntryViewTest, TheSwitchesAreReadOnWakingAndWrittenBack) {
   show();
-  EXPECT_TRUE(view->isContinuousSpellCheckingEnabled());
-  EXPECT_FALSE(view->isGrammarCheckingEnabled());
-  EXPECT_TRUE(view->isAutomaticSpellingCorrectionEnabled());
+  EXPECT_TRUE(view->checking().switches().checksSpelling);
+  EXPECT_FALSE(view->checking().switches().checksGrammar);
+  EXPECT_TRUE(view->checking().switches().correctsSpelling);
   EXPECT_EQ(defaults().persistentDomain().size(), 3);
 
   item(*menuAt(0), u"Check Spelling While Typing"_s)->trigger();
-  EXPECT_FALSE(view->isContinuousSpellCheckingEnabled());
+  EXPECT_FALSE(view->checking().switches().checksSpelling);
   newChecker();
   readDefaults();
   EXPECT_EQ(defaults().objectForKey(Key::editorSpellCheckEnabled), PropertyListValue(false));
   show();
-  EXPECT_FALSE(view->isContinuousSpellCheckingEnabled());
-  EXPECT_TRUE(view->isAutomaticSpellingCorrectionEnabled());
+  EXPECT_FALSE(view->checking().switches().checksSpelling);
+  EXPECT_TRUE(view->checking().switches().correctsSpelling);
   type(u"wrod "_s);
   EXPECT_EQ(misspelled(), QStringList());
 }
@@ -33,14 +33,14 @@ TEST_F(EntryViewTest, ANoticeOfChangedSettingsIsFollowedWithoutWritingBack) {
   defaults().registerDefaults({{Key::editorSpellCheckEnabled, false}, {Key::editorGrammarCheckEnabled, true}});
   defaults().removeObjectForKey(Key::editorGrammarCheckEnabled);
   localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
-  EXPECT_FALSE(view->isContinuousSpellCheckingEnabled());
-  EXPECT_TRUE(view->isGrammarCheckingEnabled());
+  EXPECT_FALSE(view->checking().switches().checksSpelling);
+  EXPECT_TRUE(view->checking().switches().checksGrammar);
   EXPECT_FALSE(defaults().persistentDomain().contains(Key::editorSpellCheckEnabled));
 
   view->stopObservingPrefChanges();
   defaults().setBoolForKey(true, Key::editorSpellCheckEnabled);
   localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
-  EXPECT_FALSE(view->isContinuousSpellCheckingEnabled());
+  EXPECT_FALSE(view->checking().switches().checksSpelling);
 }
 
 TEST_F(EntryViewTest, MarkersAreWrappedAroundTheSelectionInOneUndoStep) {

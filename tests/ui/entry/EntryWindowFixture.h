@@ -84,7 +84,8 @@ class EntryWindowTest : public EntryTest {
             .workspace = &workspace,
             .outsideClicks = &outsideClicks,
             .makeLocationManager = makeLocationManager(),
-            .weather = &weather};
+            .weather = &weather,
+            .compositorIsRunning = [this] { return isComposited; }};
   }
   void newController() { controller = std::make_shared<AgentEntryWindowController>(services(), alarm); }
   template <typename Widget>
@@ -108,6 +109,7 @@ class EntryWindowTest : public EntryTest {
   ReminderAlarm* alarm{nullptr};
   NotificationCenter notices;
   SpellChecker spellChecker{SpellChecker::standardSources(UserDirectories::current())};
+  bool isComposited{true};
   std::shared_ptr<AgentEntryWindowController> controller;
 };
 

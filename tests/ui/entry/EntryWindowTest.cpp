@@ -183,7 +183,7 @@ TEST_F(EntryWindowTest, WithoutACompositorTheWindowIsCutToItsOutline) {
   EXPECT_TRUE(window.mask().isEmpty());
   const QRectF frame = window.frame();
   controller->close();
-  window.setCompositorCheck([] { return false; });
+  isComposited = false;
   show();
   EXPECT_EQ(window.size(), AgentEntryWindow::frameSize.toSize());
   EXPECT_EQ(window.frame(), frame);

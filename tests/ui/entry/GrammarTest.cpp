@@ -63,7 +63,7 @@ class GrammarTest : public EntryViewTest {
     defaults().setBoolForKey(false, Key::editorCorrectSpellingEnabled);
     defaults().setObjectForKey(PropertyListValue(server.url().toString()), Key::grammarServerURL);
     show();
-    view->grammarReviewer().setPauseDuration(std::chrono::milliseconds(50));
+    view->checking().grammarReviewer().setPauseDuration(std::chrono::milliseconds(50));
   }
   bool waitForTexts(qsizetype count) {
     return QTest::qWaitFor([&] { return server.texts.size() >= count; }, 5000);
@@ -108,7 +108,7 @@ TEST_F(GrammarTest, AParagraphIsReviewedAfterAPauseAndTheMenuHelps) {
   type(u"he going\n\nit \u00e9& rains"_s);
   ASSERT_TRUE(waitForTexts(2));
   EXPECT_EQ(server.texts, (QList<QByteArray>{"he going", "it \xc3\xa9& rains"}));
-  ASSERT_TRUE(QTest::qWaitFor([this] { return view->spellingHighlighter()->issueAt(14).has_value(); }, 5000));
+  ASSERT_TRUE(QTest::qWaitFor([this] { return view->checking().highlighter()->issueAt(14).has_value(); }, 5000));
   EXPECT_EQ(view->document()->firstBlock().layout()->formats().size(), 1);
   const auto menu = menuAt(4);
   EXPECT_TRUE(item(*menu, u"Two && two"_s));
@@ -121,7 +121,7 @@ TEST_F(GrammarTest, AParagraphIsReviewedAfterAPauseAndTheMenuHelps) {
   type(u"!"_s);
   select(0, 0);
   type(u"oh "_s);
-  EXPECT_FALSE(view->spellingHighlighter()->issueAt(4));
+  EXPECT_FALSE(view->checking().highlighter()->issueAt(4));
   ASSERT_TRUE(waitForTexts(4));
   EXPECT_EQ(server.texts.mid(2), (QList<QByteArray>{"oh he goesg", "it \xc3\xa9&! rains"}));
 
@@ -133,11 +133,11 @@ TEST_F(GrammarTest, AnIssueMovesWithTheTextBeforeIt) {
   server.matches = '[' + match(3, 4, "m", "r") + ']';
   showWithGrammar();
   type(u"he going"_s);
-  ASSERT_TRUE(QTest::qWaitFor([this] { return view->spellingHighlighter()->issueAt(4).has_value(); }, 5000));
+  ASSERT_TRUE(QTest::qWaitFor([this] { return view->checking().highlighter()->issueAt(4).has_value(); }, 5000));
   server.matches = "[]";
   select(0, 0);
   type(u"ab"_s);
-  const auto issue = view->spellingHighlighter()->issueAt(6);
+  const auto issue = view->checking().highlighter()->issueAt(6);
   ASSERT_TRUE(issue);
   EXPECT_EQ(issue->range, (TextRange{5, 4}));
 }
@@ -164,10 +164,10 @@ TEST_F(GrammarTest, AfterAFailureItRestsUntilTheUserComesBack) {
   showWithGrammar();
   type(u"he going"_s);
   ASSERT_TRUE(waitForTexts(1));
-  GrammarClient& client = view->grammarReviewer().client();
+  GrammarClient& client = view->checking().grammarReviewer().client();
   ASSERT_TRUE(QTest::qWaitFor([&] { return client.availability() == GrammarClient::Availability::Unavailable; }, 5000));
   type(u" on"_s);
-  EXPECT_FALSE(view->grammarReviewer().isWaiting());
+  EXPECT_FALSE(view->checking().grammarReviewer().isWaiting());
   server.status = "200 OK";
   view->clearFocus();
   view->setFocus();

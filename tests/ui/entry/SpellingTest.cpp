@@ -115,21 +115,21 @@ TEST_F(EntryViewTest, MisspelledWordsCarryARedUnderlineAndNothingElseDoes) {
 TEST_F(EntryViewTest, ALongPasteIsCheckedInSlicesAndThenNothingRuns) {
   show();
   QString text;
-  while (text.size() < 256 * 1024) text += u"he walked the wrod river\n"_s;
+  while (text.size() < qsizetype{256} * 1024) text += u"he walked the wrod river\n"_s;
   const auto lines = text.count(u'\n');
   paste(text);
   // Most is left for later, and what can be seen is checked first.
-  EXPECT_LT(view->spellingHighlighter()->misspellings().size(), lines);
-  EXPECT_FALSE(view->spellingHighlighter()->isIdle());
+  EXPECT_LT(view->checking().highlighter()->misspellings().size(), lines);
+  EXPECT_FALSE(view->checking().highlighter()->isIdle());
   QCoreApplication::processEvents();
-  ASSERT_FALSE(view->spellingHighlighter()->misspellings().isEmpty());
-  EXPECT_GT(view->spellingHighlighter()->misspellings().last().location, text.size() - 300);
+  ASSERT_FALSE(view->checking().highlighter()->misspellings().isEmpty());
+  EXPECT_GT(view->checking().highlighter()->misspellings().last().location, text.size() - 300);
   // Edits meanwhile lose nothing.
   press(Qt::Key_Home, Qt::ControlModifier);
   press(Qt::Key_K, Qt::ControlModifier);
   type(u"lihgt, "_s);
   EXPECT_EQ(misspelled().size(), lines);
-  EXPECT_TRUE(view->spellingHighlighter()->isIdle());
+  EXPECT_TRUE(view->checking().highlighter()->isIdle());
 }
 
 TEST_F(EntryViewTest, GuessesReplaceTheWordAndTaughtWordsPass) {

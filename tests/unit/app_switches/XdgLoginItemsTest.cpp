@@ -1,4 +1,5 @@
 #include "ManagerFixture.h"
+#include "foundation/DetachedProcess.h"
 #include "foundation/FileContents.h"
 #include "platform/linux/AutostartEntry.h"
 #include "platform/linux/XdgLoginItems.h"
@@ -198,14 +199,14 @@ TEST_F(XdgLoginItemsTest, StartsAProgramThatHoldsNothingOfOurs) {
   const int reader = ::open(QFile::encodeName(pipe).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   const QString script =
       program(u"s"_s, "#!/bin/sh\necho \"$1 $(readlink /proc/self/fd/0) $(readlink /proc/$$/fd/2)\" > \"$2\"\n");
-  ASSERT_TRUE(XdgLoginItems::startDetached(script, {u"a b"_s, pipe}));
+  ASSERT_TRUE(startDetached(script, {u"a b"_s, pipe}));
   pollfd waiting{reader, POLLIN, 0};
   ASSERT_EQ(::poll(&waiting, 1, 20000), 1);
   QByteArray text(256, '\0');
   text.truncate(std::max<ssize_t>(0, ::read(reader, text.data(), 256)));
   ::close(reader);
   EXPECT_EQ(text.toStdString(), "a b /dev/null /dev/null\n");
-  EXPECT_FALSE(XdgLoginItems::startDetached(home.path(u"none"_s), {}));
+  EXPECT_FALSE(startDetached(home.path(u"none"_s), {}));
 }
 
 }  // namespace
