@@ -43,6 +43,14 @@ void EntrySession::open(std::shared_ptr<QLJournalEntryFile> entry) {
   takePlaceOfEntry();
 }
 
+void EntrySession::close() {
+  textIsSafe();
+  forgetActiveEntry();
+  m_text.setText({});
+  m_place.setLocation(nullptr);
+  m_place.setWeather({});
+}
+
 bool EntrySession::refresh(Error* error) {
   if (!m_activeEntry || !m_activeEntry->fileURLForEntryProperties()) return true;
   Error reason;

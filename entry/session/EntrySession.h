@@ -57,6 +57,8 @@ class EntrySession : public QObject {
 
   // Goes on with an entry of the journal; what there was before must have been saved.
   void open(std::shared_ptr<QLJournalEntryFile> entry);
+  // Forgets the entry and empties the text, whatever of it is saved: it was deleted, or another is to begin.
+  void close();
   // Takes in what another program has made of the entry, unless the text here is not saved yet: then the next save
   // does. False, with an error, where the entry cannot be read any more; entry and text stay.
   bool refresh(Error* error);
