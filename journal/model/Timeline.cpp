@@ -1,0 +1,158 @@
+#include "journal/model/Timeline.h"
+
+#include "foundation/TimeZone.h"
+
+#include <QDateTime>
+#include <QLocale>
+#include <QPointer>
+
+#include <algorithm>
+#include <utility>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// More than two lines of the widest list.
+constexpr qsizetype longestText = 500;
+
+QString timeOf(const IndexedEntry& entry) {
+  const QDateTime utc = entry.creationDate.toDateTime();
+  if (!utc.isValid()) return {};
+  const auto zone = TimeZone::timeZoneWithName(entry.timeZone);
+  const QDateTime local = zone ? utc.addSecs(zone->secondsFromUTC(utc.toSecsSinceEpoch())) : utc.toLocalTime();
+  return QLocale().toString(local.time(), QLocale::ShortFormat);
+}
+
+// "Berlin" of "Berlin, Germany": where one is at home.
+QString shortPlace(const QString& name) {
+  return name.section(u',', 0, 0).trimmed();
+}
+
+}  // namespace
+
+Timeline::Timeline(JournalReader& reader, std::function<QString(const QLWeather&)> weatherText)
+    : m_reader(reader), m_weatherText(std::move(weatherText)) {
+  connect(&m_reader, &JournalReader::didChange, this, &Timeline::reload);
+}
+
+void Timeline::show(const JournalQuestion& question) {
+  if (question != m_askedQuestion) m_lastLookedAt = 0;
+  m_askedQuestion = question;
+  reload();
+}
+
+void Timeline::reload() {
+  const quint64 generation = ++m_asked;
+  m_draft = {};
+  m_reader.count(m_askedQuestion, JournalCountBy::Day,
+                 [self = QPointer(this), generation](const QList<JournalCount>& counts) {
+                   if (!self || generation != self->m_asked) return;
+                   QList<TimelineDay> days;
+                   for (const JournalCount& count : counts) days.prepend({count.day, static_cast<int>(count.count)});
+                   self->m_draft.days = days;
+                   self->showDraftOnceWhole();
+                 });
+  // What stands on the screen is there when the new answer is shown: nothing flickers.
+  const int page = m_lastLookedAt / pageSize;
+  m_draft.pagesWanted = page > 0 ? 3 : 2;
+  for (int i = std::max(0, page - 1); i <= page + 1; ++i) fetch(i, generation);
+}
+
+void Timeline::fetch(int page, quint64 generation) {
+  JournalQuestion question = m_askedQuestion;
+  question.order = JournalQuestion::Order::NewestFirst;
+  question.offset = qint64{page} * pageSize;
+  question.limit = pageSize;
+  m_reader.ask(question, [self = QPointer(this), page, generation](const JournalAnswer& answer) {
+    if (!self) return;
+    if (generation == self->m_asked && generation != self->m_shown) {
+      self->m_draft.pages.insert(page, self->pageFor(answer));
+      self->showDraftOnceWhole();
+    } else if (generation == self->m_shown) {
+      self->m_requested.remove(page);
+      self->keep(page, self->pageFor(answer));
+      Q_EMIT self->rowsDidArrive(page * pageSize, page * pageSize + pageSize - 1);
+    }
+  });
+}
+
+void Timeline::showDraftOnceWhole() {
+  if (!m_draft.days || m_draft.pages.size() < m_draft.pagesWanted) return;
+  m_shown = m_asked;
+  m_question = m_askedQuestion;
+  m_days = *m_draft.days;
+  m_total = 0;
+  for (const TimelineDay& day : std::as_const(m_days)) m_total += day.count;
+  m_pages = std::exchange(m_draft.pages, {});
+  m_requested.clear();
+  m_isKnown = true;
+  Q_EMIT didReset();
+}
+
+Timeline::Page Timeline::pageFor(const JournalAnswer& answer) {
+  Page page;
+  for (const IndexedEntry& entry : answer.entries) page.rows << rowFor(entry);
+  page.lastUse = ++m_uses;
+  return page;
+}
+
+void Timeline::keep(int page, Page content) {
+  m_pages.insert(page, std::move(content));
+  // One goes for each that comes.
+  if (m_pages.size() <= mostPages) return;
+  const auto oldest = std::min_element(m_pages.begin(), m_pages.end(),
+                                       [](const Page& a, const Page& b) { return a.lastUse < b.lastUse; });
+  m_pages.erase(oldest);
+}
+
+void Timeline::request(int page) {
+  if (m_requested.contains(page)) return;
+  m_requested.insert(page);
+  fetch(page, m_shown);
+}
+
+const TimelineRow* Timeline::row(int row) {
+  if (row < 0 || row >= m_total) return nullptr;
+  m_lastLookedAt = row;
+  const auto page = m_pages.find(row / pageSize);
+  if (page == m_pages.end()) {
+    // The question shown may be an old one while a new one is being answered.
+    if (m_shown == m_asked) request(row / pageSize);
+    return nullptr;
+  }
+  page->lastUse = ++m_uses;
+  const int inPage = row % pageSize;
+  return inPage < page->rows.size() ? &page->rows[inPage] : nullptr;
+}
+
+int Timeline::rowOfEntry(const QString& identifier) const {
+  for (auto page = m_pages.begin(); page != m_pages.end(); ++page)
+    for (qsizetype i = 0; i < page->rows.size(); ++i)
+      if (page->rows[i].identifier == identifier) return page.key() * pageSize + static_cast<int>(i);
+  return -1;
+}
+
+TimelineRow Timeline::rowFor(const IndexedEntry& entry) const {
+  TimelineRow row;
+  row.identifier = entry.uuid;
+  row.time = timeOf(entry);
+  row.tags = entry.tags;
+  const qsizetype start = std::clamp<qsizetype>(entry.excerpt.start, 0, entry.text.size());
+  row.text = entry.text.sliced(start, std::min(longestText, entry.text.size() - start));
+  // As one paragraph; each break becomes a space, so that places stay.
+  for (QChar& c : row.text)
+    if (c == u'\n' || c == u'\r' || c == u'\t') c = u' ';
+  for (const TextRange& match : entry.matches)
+    if (match.start >= start && match.start + match.length <= start + row.text.size())
+      row.matches.append({match.start - start, match.length});
+  QStringList parts;
+  if (entry.location && !entry.location->placeName.isEmpty()) parts << shortPlace(entry.location->placeName);
+  if (entry.weather) parts << m_weatherText(*entry.weather);
+  row.placeAndWeather = parts.join(u" · "_s);
+  return row;
+}
+
+}  // namespace quillo
