@@ -140,14 +140,14 @@ TimelineRow Timeline::rowFor(const IndexedEntry& entry) const {
   row.identifier = entry.uuid;
   row.time = timeOf(entry);
   row.tags = entry.tags;
-  const qsizetype start = std::clamp<qsizetype>(entry.excerpt.start, 0, entry.text.size());
+  const qsizetype start = std::clamp<qsizetype>(entry.excerpt.location, 0, entry.text.size());
   row.text = entry.text.sliced(start, std::min(longestText, entry.text.size() - start));
   // As one paragraph; each break becomes a space, so that places stay.
   for (QChar& c : row.text)
     if (c == u'\n' || c == u'\r' || c == u'\t') c = u' ';
   for (const TextRange& match : entry.matches)
-    if (match.start >= start && match.start + match.length <= start + row.text.size())
-      row.matches.append({match.start - start, match.length});
+    if (match.location >= start && match.location + match.length <= start + row.text.size())
+      row.matches.append({match.location - start, match.length});
   QStringList parts;
   if (entry.location && !entry.location->placeName.isEmpty()) parts << shortPlace(entry.location->placeName);
   if (entry.weather) parts << m_weatherText(*entry.weather);

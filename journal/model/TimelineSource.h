@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/TextRange.h"
 #include "journal/model/TimelineLayout.h"
 
 #include <QList>
@@ -9,20 +10,12 @@
 
 namespace quillo {
 
-// A stretch of a text that was searched for, in UTF-16 units.
-struct MatchRange {
-  qsizetype start{0};
-  qsizetype length{0};
-
-  bool operator==(const MatchRange&) const = default;
-};
-
 // An entry as the timeline shows it.
 struct TimelineRow {
   QString identifier;
-  QString time;  // of the day, as a clock showed it where the entry was written
-  QString text;  // its beginning, or the part of it that was searched for, without line breaks
-  QList<MatchRange> matches;
+  QString time;              // of the day, as a clock showed it where the entry was written
+  QString text;              // its beginning, or the part of it that was searched for, without line breaks
+  QList<TextRange> matches;  // of the text, what was searched for
   QString placeAndWeather;
   QStringList tags;
   QString damage;  // why the entry cannot be read; empty where it can

@@ -64,10 +64,10 @@ void TimelineRowPainter::paintText(const QRectF& rect, const TimelineRow& row, b
   option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
   layout.setTextOption(option);
   QList<QTextLayout::FormatRange> formats;
-  for (const MatchRange& match : row.matches) {
+  for (const TextRange& match : row.matches) {
     QTextCharFormat format;
     format.setBackground(isSelected ? blended(m_colors.accentText, m_ground, 0.35) : m_colors.match);
-    formats.append({static_cast<int>(match.start), static_cast<int>(match.length), format});
+    formats.append({static_cast<int>(match.location), static_cast<int>(match.length), format});
   }
   layout.setFormats(formats);
   // Two lines, and of a third only that it is there.

@@ -209,6 +209,10 @@ void TimelineView::keyPressEvent(QKeyEvent* event) {
     viewport()->update();
     return;
   }
+  if (event->key() == Qt::Key_Delete && !m_selected.isEmpty()) {
+    Q_EMIT deletionWanted();
+    return;
+  }
   const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
   if (isReturn && !m_currentIdentifier.isEmpty()) {
     Q_EMIT entryActivated(m_currentIdentifier);

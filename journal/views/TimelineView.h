@@ -43,6 +43,8 @@ class TimelineView : public QAbstractScrollArea {
   void currentEntryChanged(const QString& identifier);
   // Return, or a double click: on to the text.
   void entryActivated(const QString& identifier);
+  // The Delete key, with something chosen.
+  void deletionWanted();
   void contextMenuWanted(QPoint globalPosition);
 
  protected:
