@@ -14,7 +14,6 @@
 
 namespace quillo {
 
-class IndexDatabase;
 class QLJournalPackageFile;
 
 // What is known of a journal's entries, in a database that can be asked quickly. It is a cache of the files: kept in
@@ -84,7 +83,8 @@ class JournalSearchIndex {
   bool tidyUp();
 
  private:
-  std::unique_ptr<IndexDatabase> m_database;
+  class OpenIndex;
+  std::unique_ptr<OpenIndex> m_open;
 };
 
 }  // namespace quillo

@@ -91,7 +91,7 @@ QStringView withoutStroke(char16_t c) {
   }
 }
 
-QString foldedByRule(QStringView word) {
+QString withoutAccentsAndCase(QStringView word) {
   const QString folded = word.toString().normalized(QString::NormalizationForm_KD).toCaseFolded();
   QString bare;
   bare.reserve(folded.size());
@@ -103,7 +103,11 @@ QString foldedByRule(QStringView word) {
     else
       bare += plain;
   }
-  bare = bare.normalized(QString::NormalizationForm_KC);
+  return bare.normalized(QString::NormalizationForm_KC);
+}
+
+QString foldedByRule(QStringView word) {
+  const QString bare = withoutAccentsAndCase(word);
   // Some forms stand for several words or hold signs; what is left must be one word whatever reads it.
   QString whole;
   whole.reserve(bare.size());
@@ -193,6 +197,10 @@ bool SearchWords::next() {
     if (!m_folded.isEmpty()) return true;
   }
   return false;
+}
+
+QString foldedName(const QString& name) {
+  return withoutAccentsAndCase(name).simplified().left(SearchWords::longest);
 }
 
 }  // namespace quillo

@@ -36,4 +36,7 @@ class SearchWords {
   bool m_isCharacter{false};
 };
 
+// A name as a whole in the form in which it is compared, with its signs; runs of spaces become one.
+[[nodiscard]] QString foldedName(const QString& name);
+
 }  // namespace quillo

@@ -1,0 +1,202 @@
+#include "qlcore/index/EntryRecord.h"
+
+#include "qlcore/JournalError.h"
+#include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/index/SearchMarks.h"
+#include "qlcore/index/SearchWords.h"
+
+#include <QCryptographicHash>
+#include <QDataStream>
+#include <QFile>
+#include <QSet>
+
+#include <time.h>
+
+#include <cmath>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QChar tagSeparator(0x1F);
+// Of file systems that keep times in steps, the coarsest that are in use count in twos of seconds.
+constexpr qint64 coarsestClock = 2'000'000'000;
+
+qint64 nowInNanoseconds() {
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  return qint64{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+}
+
+// Adds the words of `text` to `words`, and their initials to `initials`.
+void addWords(const QString& text, QString& words, QSet<char32_t>& initials) {
+  SearchWords next(text);
+  while (next.next()) {
+    const QStringView word = next.folded();
+    if (!words.isEmpty()) words += u' ';
+    words += word;
+    if (next.isCharacter()) continue;
+    const bool isPair = word.size() > 1 && word[0].isHighSurrogate() && word[1].isLowSurrogate();
+    initials.insert(isPair ? QChar::surrogateToUcs4(word[0], word[1]) : word[0].unicode());
+  }
+}
+
+}  // namespace
+
+QString joinedTags(const QStringList& tags) {
+  return tags.join(tagSeparator);
+}
+
+QStringList partedTags(const QString& joined) {
+  return joined.isEmpty() ? QStringList() : joined.split(tagSeparator);
+}
+
+EntryWords EntryWords::of(const QString& text, const QStringList& tags, const QString& place, QDate day) {
+  QSet<char32_t> initials;
+  EntryWords words;
+  QString joined;
+  joined.reserve(text.size() + text.size() / 8);
+  addWords(text, joined, initials);
+  words.text = joined.toUtf8();
+
+  QString marks = SearchMarks::everyEntry();
+  QString tagWords;
+  for (const QString& tag : tags) {
+    // Keeps a phrase from reaching from one tag into the next.
+    if (!tagWords.isEmpty()) tagWords += u' ' + SearchMarks::everyEntry();
+    addWords(tag, tagWords, initials);
+    marks += u' ' + SearchMarks::tag(tag);
+  }
+  words.tags = tagWords.toUtf8();
+  QString placeWords;
+  addWords(place, placeWords, initials);
+  words.place = placeWords.toUtf8();
+
+  marks += u' ' + SearchMarks::dayOfYear(day) + u' ' + SearchMarks::year(day);
+  for (const char32_t initial : initials) marks += u' ' + SearchMarks::initial(initial);
+  words.marks = marks.toUtf8();
+  return words;
+}
+
+QByteArray EntryRecord::computedDigest() const {
+  QByteArray fixed;
+  QDataStream stream(&fixed, QIODevice::WriteOnly);
+  stream.setVersion(QDataStream::Qt_6_4);
+  stream << creation.timeIntervalSinceReferenceDate() << modification.timeIntervalSinceReferenceDate()
+         << day.toJulianDay();
+  QCryptographicHash hash(QCryptographicHash::Sha1);
+  for (const QByteArray& part : {tags.toUtf8(), place.toUtf8(), details, text}) {
+    stream << part.size();
+    hash.addData(part);
+  }
+  hash.addData(fixed);
+  return hash.result().first(8);
+}
+
+IndexedEntry EntryRecord::toEntry() const {
+  IndexedEntry entry;
+  entry.uuid = file.key.uuidText();
+  entry.fileName = QString::fromLatin1(file.key.fileName());
+  entry.creationDate = creation;
+  entry.modificationDate = modification;
+  entry.day = day;
+  entry.text = QString::fromUtf8(text);
+  entry.tags = partedTags(tags);
+  QDataStream stream(details);
+  stream.setVersion(QDataStream::Qt_6_4);
+  bool hasLocation = false;
+  bool hasWeather = false;
+  bool hasWeatherDate = false;
+  stream >> entry.timeZone >> hasLocation;
+  if (hasLocation) {
+    entry.location = QLLocation{0, 0, place};
+    stream >> entry.location->latitude >> entry.location->longitude;
+  }
+  stream >> hasWeather;
+  if (hasWeather) {
+    QLWeather weather;
+    double date = 0;
+    stream >> weather.temperature >> weather.symbolCode >> weather.text >> weather.provider >> hasWeatherDate >> date;
+    if (hasWeatherDate) weather.date = Date(date);
+    entry.weather = weather;
+  }
+  return entry;
+}
+
+QDate EntryReader::localDay(Date date, const QString& zone) {
+  // Names come from files that others write; there are six hundred zones.
+  constexpr qsizetype mostZones = 1000;
+  if (m_zones.size() > mostZones) m_zones.clear();
+  auto known = m_zones.constFind(zone);
+  if (known == m_zones.constEnd()) known = m_zones.insert(zone, TimeZone::timeZoneWithName(zone));
+  const auto seconds = static_cast<qint64>(std::floor(date.timeIntervalSince1970()));
+  const qint64 reading = seconds + (*known ? (*known)->secondsFromUTC(seconds) : 0);
+  constexpr qint64 secondsPerDay = 86'400;
+  const qint64 days = reading / secondsPerDay - (reading % secondsPerDay < 0 ? 1 : 0);
+  return QDate(1970, 1, 1).addDays(days);
+}
+
+EntryRecord EntryReader::record(const QLJournalEntryFile& entry, const StampedFile& file) {
+  EntryRecord record;
+  record.file = file;
+  record.creation = entry.creationDate();
+  record.modification = entry.modificationDate();
+  record.day = localDay(entry.creationDate(), entry.timeZone());
+  record.tags = joinedTags(entry.tags());
+  const auto location = entry.location();
+  const auto weather = entry.weather();
+  record.place = location ? location->placeName : QString();
+  record.text = entry.string().toUtf8();
+  QDataStream stream(&record.details, QIODevice::WriteOnly);
+  stream.setVersion(QDataStream::Qt_6_4);
+  stream << entry.timeZone() << location.has_value();
+  if (location) stream << location->latitude << location->longitude;
+  stream << weather.has_value();
+  if (weather)
+    stream << weather->temperature << weather->symbolCode << weather->text << weather->provider
+           << weather->date.has_value() << weather->date.value_or(Date()).timeIntervalSinceReferenceDate();
+  record.digest = record.computedDigest();
+  record.words = EntryWords::of(entry.string(), entry.tags(), record.place, record.day);
+  return record;
+}
+
+FileReading EntryReader::read(const QByteArray& name) {
+  FileReading reading;
+  reading.name = name;
+  const QString text = QFile::decodeName(name);
+  const QString path = m_folder.path() + u'/' + text;
+  // Before the file is read: what is written from now on gives it another stamp, unless the clock of the file system
+  // stands still meanwhile.
+  const qint64 now = nowInNanoseconds();
+  const auto stamp = EntryFileStamp::of(m_descriptor, name);
+  if (!stamp) {
+    reading.isGone = true;
+    return reading;
+  }
+  reading.stamp = stamp->changed > now - coarsestClock ? stamp->distrusted() : *stamp;
+  const auto key = EntryFileKey::fromName(name);
+  if (!key) {
+    reading.damage = path + u": the name is not an entry's identifier"_s;
+    return reading;
+  }
+  const QByteArray other = EntryFileKey{key->uuid, false}.fileName();
+  if (key->isLowerCase && EntryFileStamp::of(m_descriptor, other)) {
+    reading.damage = path + u": the entry has another file, "_s + QString::fromLatin1(other);
+    reading.stamp = {};
+    return reading;
+  }
+  Error error;
+  if (const auto entry = QLJournalEntryFile::entryInFolder(m_folder, key->uuidText(), &error)) {
+    reading.entry = record(*entry, {*key, reading.stamp});
+    return reading;
+  }
+  reading.isGone = error.code == JournalError::EntryNotFound;
+  reading.damage = error.localizedDescription;
+  // A failing disk or a lack of descriptors may be over the next time.
+  if (error.code != JournalError::EntryDamaged) reading.stamp = reading.stamp.distrusted();
+  return reading;
+}
+
+}  // namespace quillo

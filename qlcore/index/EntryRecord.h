@@ -1,0 +1,78 @@
+#pragma once
+
+#include "foundation/Date.h"
+#include "foundation/TimeZone.h"
+#include "qlcore/JournalFolder.h"
+#include "qlcore/index/EntryFileStamp.h"
+#include "qlcore/index/IndexedEntry.h"
+
+#include <QByteArray>
+#include <QDate>
+#include <QHash>
+#include <QString>
+
+#include <optional>
+
+namespace quillo {
+
+class QLJournalEntryFile;
+
+// The columns of the full-text table for one entry: words in the form in which they are compared, parted by spaces.
+struct EntryWords {
+  QByteArray text;
+  QByteArray tags;
+  QByteArray place;
+  QByteArray marks;  // see SearchMarks.h
+
+  [[nodiscard]] static EntryWords of(const QString& text, const QStringList& tags, const QString& place, QDate day);
+};
+
+// An entry on its way from its file to the database: what is stored of it.
+struct EntryRecord {
+  StampedFile file;
+  Date creation;
+  Date modification;
+  QDate day;
+  QString tags;  // as joinedTags() makes them
+  QString place;
+  QByteArray text;     // UTF-8
+  QByteArray details;  // time zone, location and weather
+  QByteArray digest;   // of all of the above but the file's stamp
+  EntryWords words;
+
+  [[nodiscard]] QByteArray computedDigest() const;
+  // Back to what it was made of; its excerpt is still to be found.
+  [[nodiscard]] IndexedEntry toEntry() const;
+};
+
+// As one string and back; the sign between them is none that a tag can hold.
+[[nodiscard]] QString joinedTags(const QStringList& tags);
+[[nodiscard]] QStringList partedTags(const QString& joined);
+
+// What a file among the entries turned out to be.
+struct FileReading {
+  QByteArray name;
+  EntryFileStamp stamp;
+  std::optional<EntryRecord> entry;
+  QString damage;      // why it is none, in one line; empty for an entry and where the file is gone
+  bool isGone{false};  // there is no such file any more
+};
+
+// Reads files of entries. One for each thread.
+class EntryReader {
+ public:
+  // `folder` must outlive the reader.
+  explicit EntryReader(const JournalFolder& folder, int descriptor) : m_folder(folder), m_descriptor(descriptor) {}
+
+  [[nodiscard]] FileReading read(const QByteArray& name);
+
+ private:
+  [[nodiscard]] EntryRecord record(const QLJournalEntryFile& entry, const StampedFile& file);
+  [[nodiscard]] QDate localDay(Date date, const QString& zone);
+
+  const JournalFolder& m_folder;
+  int m_descriptor;
+  QHash<QString, std::optional<TimeZone>> m_zones;
+};
+
+}  // namespace quillo

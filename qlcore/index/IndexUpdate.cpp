@@ -1,0 +1,195 @@
+#include "qlcore/index/IndexUpdate.h"
+
+#include "qlcore/JournalError.h"
+#include "qlcore/JournalFolder.h"
+#include "qlcore/index/EntryReaders.h"
+#include "qlcore/index/FolderScan.h"
+#include "qlcore/index/IndexWriter.h"
+
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QFileInfo>
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+using Update = JournalSearchIndex::Update;
+using Progress = JournalSearchIndex::Progress;
+using ProgressCallback = JournalSearchIndex::ProgressCallback;
+
+namespace {
+
+// What is written at once: the first few soon, for there to be something to see, then as many as are quick to write.
+constexpr size_t firstPortion = 512;
+constexpr size_t portion = 8192;
+// From so many on, sorting all for an index at once is quicker than adding to it one by one.
+constexpr size_t many = 5000;
+// The log grows to that size before it is moved into the file.
+constexpr qint64 largestLog = qint64{16} * 1024 * 1024;
+
+FileDescriptor openFolder(const QString& path) {
+  return FileDescriptor(::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+}  // namespace
+
+Update IndexUpdate::all(const std::stop_token& stop, const ProgressCallback& progress) {
+  Update update;
+  Error reason;
+  const auto folder = JournalFolder::open(m_entriesFolder, &reason);
+  const FileDescriptor descriptor = openFolder(m_entriesFolder);
+  if (!folder || !descriptor.isOpen()) {
+    // A journal may lack the folder as long as it has no entries; one that is gone with all its folders may come back.
+    const bool isEmptyJournal =
+        reason.code == ErrorCode::fileReadNoSuchFile && QFileInfo(QFileInfo(m_entriesFolder).path()).isDir();
+    if (isEmptyJournal)
+      removeEverything(update);
+    else
+      update.error = JournalError::make(JournalError::NotReadable, reason.localizedDescription);
+    update.isComplete = isEmptyJournal;
+    return update;
+  }
+  // Files that change while they are read are looked at again, but not for ever.
+  constexpr int mostTurns = 3;
+  for (int turn = 0; turn < mostTurns; ++turn) {
+    FolderScan scan(descriptor.number(), m_threads);
+    Difference difference = compare(scan);
+    if (scan.errnoNumber() != 0) {
+      update.error = JournalError::make(JournalError::NotReadable,
+                                        fileReadError(scan.errnoNumber(), m_entriesFolder).localizedDescription);
+      update.isComplete = false;
+      return update;
+    }
+    const qsizetype left = readAndWrite(*folder, descriptor.number(), std::move(difference), update, stop, progress);
+    update.isComplete = left == 0 && !stop.stop_requested();
+    if (left == 0 || stop.stop_requested() || m_keeper.database().failure() != IndexFailure::None) break;
+  }
+  makeSecondaryIndexes();
+  return update;
+}
+
+Update IndexUpdate::some(const QStringList& fileNames) {
+  Update update;
+  Error reason;
+  const auto folder = JournalFolder::open(m_entriesFolder, &reason);
+  const FileDescriptor descriptor = openFolder(m_entriesFolder);
+  if (!folder || !descriptor.isOpen()) return all({}, {});
+  Difference difference;
+  for (const QString& fileName : fileNames) {
+    const QByteArray name = QFile::encodeName(fileName);
+    if (name.startsWith('.') || name.contains('/') || !name.endsWith(".plist")) continue;
+    difference.toRead.push_back(name);
+    // Of two files of one entry, whether the one counts depends on the other.
+    if (auto key = EntryFileKey::fromName(name)) {
+      key->isLowerCase = !key->isLowerCase;
+      if (EntryFileStamp::of(descriptor.number(), key->fileName())) difference.toRead.push_back(key->fileName());
+    }
+  }
+  update.isComplete = readAndWrite(*folder, descriptor.number(), std::move(difference), update, {}, {}) == 0;
+  return update;
+}
+
+void IndexUpdate::removeEverything(Update& update) {
+  std::vector<QByteArray> names;
+  {
+    IndexDatabase::Rows rows = m_keeper.database().rows(u"SELECT file FROM entry"_s);
+    while (rows.next())
+      if (const auto file = StampedFile::decoded(rows.value(0).toByteArray())) names.push_back(file->key.fileName());
+    IndexDatabase::Rows damage = m_keeper.database().rows(u"SELECT name FROM damage"_s);
+    while (damage.next()) names.push_back(damage.value(0).toByteArray());
+  }
+  // No folder: none of them is there.
+  IndexWriter writer(m_keeper.database(), -1);
+  writer.remove(names);
+  update.removed += writer.removed();
+}
+
+IndexUpdate::Difference IndexUpdate::compare(FolderScan& scan) {
+  // Read while the folder is looked at.
+  std::vector<StampedFile> known;
+  QHash<QByteArray, EntryFileStamp> damaged;
+  {
+    IndexDatabase::Rows rows = m_keeper.database().rows(u"SELECT file FROM entry ORDER BY file"_s);
+    while (rows.next())
+      if (const auto file = StampedFile::decoded(rows.value(0).toByteArray())) known.push_back(*file);
+    IndexDatabase::Rows damage = m_keeper.database().rows(u"SELECT name, stamp FROM damage"_s);
+    while (damage.next())
+      if (const auto file = StampedFile::decoded(damage.value(1).toByteArray()))
+        damaged.insert(damage.value(0).toByteArray(), file->stamp);
+  }
+  Difference difference;
+  if (!scan.wait()) return difference;
+  // What is damaged is read again when its file differs, as everything is.
+  const auto readUnlessDamaged = [&](const QByteArray& name, const EntryFileStamp& stamp) {
+    const auto damage = damaged.constFind(name);
+    if (damage == damaged.constEnd() || *damage != stamp) difference.toRead.push_back(name);
+    damaged.remove(name);
+  };
+  auto row = known.cbegin();
+  for (const StampedFile& file : scan.entries()) {
+    for (; row != known.cend() && row->key < file.key; ++row) difference.toRemove.push_back(row->key.fileName());
+    if (row == known.cend() || row->key != file.key) {
+      readUnlessDamaged(file.key.fileName(), file.stamp);
+      continue;
+    }
+    if (row->stamp != file.stamp) difference.toRead.push_back(file.key.fileName());
+    ++row;
+  }
+  for (; row != known.cend(); ++row) difference.toRemove.push_back(row->key.fileName());
+  for (auto other = scan.others().cbegin(); other != scan.others().cend(); ++other)
+    readUnlessDamaged(other.key(), other.value());
+  for (auto left = damaged.cbegin(); left != damaged.cend(); ++left) difference.toRemove.push_back(left.key());
+  return difference;
+}
+
+qsizetype IndexUpdate::readAndWrite(const JournalFolder& folder, int descriptor, Difference difference, Update& update,
+                                    const std::stop_token& stop, const ProgressCallback& progress) {
+  const bool isLarge = difference.toRead.size() >= many;
+  if (isLarge) m_keeper.useMemory(true);
+  IndexWriter writer(m_keeper.database(), descriptor);
+  writer.remove(difference.toRemove);
+  Progress done{0, static_cast<qsizetype>(difference.toRead.size())};
+  EntryReaders readers(folder, descriptor, std::move(difference.toRead), m_threads);
+  std::vector<FileReading> batch;
+  size_t batchSize = firstPortion;
+  const auto write = [&] {
+    done.done += static_cast<qsizetype>(batch.size());
+    writer.write(std::exchange(batch, {}));
+    m_keeper.settle(largestLog);
+    if (progress) progress(done);
+  };
+  QDeadlineTimer isDue(200);
+  while (m_keeper.database().failure() == IndexFailure::None) {
+    std::vector<FileReading> taken = readers.take();
+    if (taken.empty() || stop.stop_requested()) break;
+    std::move(taken.begin(), taken.end(), std::back_inserter(batch));
+    if (batch.size() < batchSize && !isDue.hasExpired()) continue;
+    write();
+    batchSize = portion;
+    isDue.setRemainingTime(1000);
+  }
+  if (!batch.empty()) write();
+  if (isLarge) m_keeper.useMemory(false);
+  update.changed += writer.changed();
+  update.removed += writer.removed();
+  return writer.overtaken();
+}
+
+// For counting by them, which the entries' own order does not serve. Made when most entries are there.
+void IndexUpdate::makeSecondaryIndexes() {
+  IndexDatabase& database = m_keeper.database();
+  if (database.first(u"SELECT 1 FROM setting WHERE name = 'indexed'"_s).isValid()) return;
+  if (!database.begin(/*forWriting=*/true)) return;
+  database.run(u"CREATE INDEX IF NOT EXISTS entry_day ON entry(day)"_s);
+  database.run(u"CREATE INDEX IF NOT EXISTS entry_tags ON entry(tags, id)"_s);
+  database.run(u"CREATE INDEX IF NOT EXISTS entry_place ON entry(place, id)"_s);
+  database.run(u"INSERT OR REPLACE INTO setting VALUES('indexed', 1)"_s);
+  database.commit();
+}
+
+}  // namespace quillo
