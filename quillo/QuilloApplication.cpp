@@ -39,8 +39,8 @@ QuilloApplication::QuilloApplication(QuilloServices services)
   m_library.reopen();
   m_window = std::make_unique<JournalWindow>(windowServices());
   connect(m_window->commands().quit, &QAction::triggered, this, [this] { m_services.terminate(); });
-  m_observations.push_back(m_services.distributedCenter.observe(
-      Notice::journalPackagePathDidChange, [this](const Notification&) { m_library.reopen(); }));
+  m_observations.push_back(m_services.distributedCenter.observe(Notice::journalPackagePathDidChange,
+                                                                [this](const Notification&) { m_library.reopen(); }));
 }
 
 QuilloApplication::~QuilloApplication() = default;

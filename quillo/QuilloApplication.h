@@ -1,6 +1,7 @@
 #pragma once
 
 #include "config/QuilloURL.h"
+#include "foundation/Bundle.h"
 #include "journal/JournalWindow.h"
 #include "journal/model/JournalLibrary.h"
 #include "platform/Registration.h"

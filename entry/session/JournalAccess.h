@@ -20,9 +20,9 @@ struct SuggestedJournal {
 };
 [[nodiscard]] SuggestedJournal suggestedJournal();
 
-// Makes `location` the configured journal, after creating one there where that is wanted. False, with an error, where there
-// is none that can be used, which changes nothing; or, with code NotWritable, where the choice could not be saved: it then
-// lasts until the program ends.
+// Makes `location` the configured journal, after creating one there where that is wanted. False, with an error, where
+// there is none that can be used, which changes nothing; or, with code NotWritable, where the choice could not be
+// saved: it then lasts until the program ends.
 bool useJournal(QuilloConfig& config, const QUrl& location, bool create, Error* error);
 
 // What the window shows in the editor's place while the journal cannot be reached.

@@ -138,6 +138,7 @@ int Timeline::rowOfEntry(const QString& identifier) const {
 TimelineRow Timeline::rowFor(const IndexedEntry& entry) const {
   TimelineRow row;
   row.identifier = entry.uuid;
+  row.day = entry.day;
   row.time = timeOf(entry);
   row.tags = entry.tags;
   const qsizetype start = std::clamp<qsizetype>(entry.excerpt.location, 0, entry.text.size());

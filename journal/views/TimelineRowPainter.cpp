@@ -5,6 +5,7 @@
 #include "journal/views/JournalColors.h"
 
 #include <QFontMetricsF>
+#include <QLocale>
 #include <QPainter>
 #include <QTextLayout>
 
@@ -43,13 +44,15 @@ void TimelineRowPainter::paintPlaceholder(const QRect& rect) {
                               4);
 }
 
-void TimelineRowPainter::paintRow(const QRect& rect, const TimelineRow& row, bool isSelected, bool hasKeyboard) {
+void TimelineRowPainter::paintRow(const QRect& rect, const TimelineRow& row, QDate headingDay, bool isSelected,
+                                  bool hasKeyboard) {
   m_ground = !isSelected ? m_colors.list : hasKeyboard ? m_colors.accent : blended(m_colors.accent, m_colors.list, 0.8);
   if (isSelected) m_painter.fillRect(rect, m_ground);
   m_painter.setFont(textFont(13));
   m_painter.setPen(isSelected ? m_colors.accentText : m_colors.dim);
   const QRectF time = mirrored(QRectF(rect.x() + margin, rect.y() + 9, timeWidth, 18), rect);
-  m_painter.drawText(time, (m_isMirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter, row.time);
+  m_painter.drawText(time, (m_isMirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter,
+                     row.day == headingDay ? row.time : QLocale().toString(row.day, u"d MMM"_s));
   const double x = rect.x() + margin + timeWidth;
   const double width = rect.right() + 1 - margin - x;
   paintText(mirrored(QRectF(x, rect.y() + 8, width, 42), rect), row, isSelected);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QDate>
 #include <QRect>
 #include <QString>
 
@@ -22,7 +23,8 @@ class TimelineRowPainter {
       : m_painter(painter), m_colors(colors), m_isMirrored(isMirrored) {}
 
   void paintHeading(const QRect& rect, const QString& title, bool hasLine);
-  void paintRow(const QRect& rect, const TimelineRow& row, bool isSelected, bool hasKeyboard);
+  // `headingDay` is the day that it stands under.
+  void paintRow(const QRect& rect, const TimelineRow& row, QDate headingDay, bool isSelected, bool hasKeyboard);
   // For one that is not read yet.
   void paintPlaceholder(const QRect& rect);
 

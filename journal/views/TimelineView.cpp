@@ -270,7 +270,7 @@ void TimelineView::paintEvent(QPaintEvent* event) {
     const int skipped = std::max(0, (top - belowHeading) / TimelineRowPainter::rowHeight);
     for (int row = first + skipped; row < first + count && m_rows.row(row).top <= bottom; ++row) {
       if (const TimelineRow* entry = m_source.row(row))
-        rows.paintRow(rowRect(row), *entry, m_selected.contains(row), hasFocus());
+        rows.paintRow(rowRect(row), *entry, m_rows.days()[day].day, m_selected.contains(row), hasFocus());
       else
         rows.paintPlaceholder(rowRect(row));
     }
