@@ -54,6 +54,7 @@ IndexKeeper::~IndexKeeper() {
 }
 
 void IndexKeeper::open() {
+  ++m_openings;
   if (m_place.path.isEmpty() || !openFile(m_place.path)) openInMemory();
 }
 
@@ -144,7 +145,10 @@ bool IndexKeeper::recover() {
   constexpr int mostFailures = 5;
   const IndexFailure failure = m_database.failure();
   if (failure == IndexFailure::None) return true;
-  if (++m_failures > mostFailures) return false;
+  if (++m_failures > mostFailures) {
+    m_failures = 0;
+    return false;
+  }
   m_database.rollBack();
   // The other program may be through with it the next time.
   if (failure == IndexFailure::Busy && m_failures <= 1) {

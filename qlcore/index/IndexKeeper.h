@@ -25,12 +25,16 @@ class IndexKeeper {
 
   [[nodiscard]] IndexDatabase& database() { return m_database; }
   [[nodiscard]] bool isInMemory() const { return !m_file; }
+  // How often a database was opened: another number than before means that what was read is of another one.
+  [[nodiscard]] int openings() const { return m_openings; }
 
   // Looks whether the file is still the one that was opened and only we have written to it; else opens another one.
   // False when that was so: it is empty then.
   bool check();
   // After a failure of the database: true where the same work can be tried again. What it held may be gone.
   bool recover();
+  // Work was done to its end: the next failure is a new one.
+  void noteSuccess() { m_failures = 0; }
 
   // For much writing: the database may keep more of what it works on in memory, until told otherwise.
   void useMemory(bool much);
@@ -52,6 +56,7 @@ class IndexKeeper {
   std::optional<IndexFile> m_file;
   IndexDatabase m_database;
   int m_failures{0};
+  int m_openings{0};
 };
 
 }  // namespace quillo

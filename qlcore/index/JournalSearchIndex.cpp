@@ -63,18 +63,22 @@ class JournalSearchIndex::OpenIndex {
 
   Update update(const std::function<Update(IndexUpdate&)>& work) {
     Update update;
+    m_isUpdating = true;
     attempt([&] {
       IndexUpdate once(m_keeper, m_entriesFolder, m_threads);
       update = work(once);
     });
+    m_isUpdating = false;
     return update;
   }
 
   // An answer that needs what was known before: that is found anew where it had to be thrown away.
   void answer(const std::function<void(IndexDatabase&)>& work) {
     attempt([&] {
-      if (m_isRead && m_wasReplaced) static_cast<void>(IndexUpdate(m_keeper, m_entriesFolder, m_threads).all({}, {}));
-      m_wasReplaced = false;
+      // Asked while it is brought up to date, it answers with what there is.
+      if (m_isRead && m_wasReplaced && !m_isUpdating)
+        static_cast<void>(IndexUpdate(m_keeper, m_entriesFolder, m_threads).all({}, {}));
+      m_wasReplaced = m_wasReplaced && m_isUpdating;
       if (!m_keeper.database().begin(/*forWriting=*/false)) return;
       work(m_keeper.database());
       m_keeper.database().commit();
@@ -89,18 +93,25 @@ class JournalSearchIndex::OpenIndex {
 
  private:
   void attempt(const std::function<void()>& work) {
-    do {
+    // More often than the keeper has ways out.
+    constexpr int mostAttempts = 8;
+    for (int i = 0; i < mostAttempts; ++i) {
       if (!m_keeper.check()) m_wasReplaced = true;
+      const int openings = m_keeper.openings();
       work();
-      if (m_keeper.database().failure() == IndexFailure::None) return;
-      m_wasReplaced = m_wasReplaced || m_keeper.database().failure() != IndexFailure::Busy;
-    } while (m_keeper.recover());
+      const bool hasFailed = m_keeper.database().failure() != IndexFailure::None;
+      if (!hasFailed && m_keeper.openings() == openings) return m_keeper.noteSuccess();
+      if (hasFailed && !m_keeper.recover()) return;
+      // A question that came in between may have replaced it too.
+      m_wasReplaced = m_wasReplaced || m_keeper.openings() != openings;
+    }
   }
 
   QString m_entriesFolder;
   unsigned m_threads;
   IndexKeeper m_keeper;
-  bool m_isRead{false};       // it has been up to date once
+  bool m_isRead{false};  // it has been up to date once
+  bool m_isUpdating{false};
   bool m_wasReplaced{false};  // it has been emptied since
 };
 

@@ -1,0 +1,144 @@
+#include "qlcore/index/JournalIndexService.h"
+
+#include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/index/JournalIndexWorker.h"
+
+#include <QDir>
+
+#include <algorithm>
+
+namespace quillo {
+
+namespace {
+
+// Kinds of requests beside those of JournalCountBy.
+constexpr int askKind = -1;
+constexpr int entryKind = -2;
+
+}  // namespace
+
+JournalIndexService::JournalIndexService(const JournalSearchIndex::Options& options, QObject* parent)
+    : QObject(parent), m_options(options) {}
+
+JournalIndexService::~JournalIndexService() = default;
+
+void JournalIndexService::setJournal(const std::optional<QUrl>& url) {
+  if (url == m_journal) return;
+  m_worker.reset();
+  m_watcher.reset();
+  m_journal = url;
+  takeState(false, std::nullopt, false);
+  if (!url) return;
+  // Watched first: what changes while it is read is told.
+  m_watcher = std::make_unique<JournalFolderWatcher>(QDir::cleanPath(url->toLocalFile()));
+  connect(m_watcher.get(), &JournalFolderWatcher::folderChanged, this, &JournalIndexService::compare);
+  connect(m_watcher.get(), &JournalFolderWatcher::filesChanged, this, [this](const QStringList& names) {
+    if (m_worker) m_worker->compare(names);
+  });
+  // Both come through the event loop; what a former worker told is not heard any more.
+  const QPointer<JournalFolderWatcher> current(m_watcher.get());
+  const auto inThisThread = [this, current](auto work) {
+    QMetaObject::invokeMethod(
+        this,
+        [current, work] {
+          if (current) work();
+        },
+        Qt::QueuedConnection);
+  };
+  JournalIndexWorker::Listener listener;
+  listener.stateChanged = [this, inThisThread](bool isUpToDate, const std::optional<Error>& error, bool hasNews) {
+    inThisThread([this, isUpToDate, error, hasNews] { takeState(isUpToDate, error, hasNews); });
+  };
+  listener.progressed = [this, inThisThread](const JournalSearchIndex::Progress& progress) {
+    inThisThread([this, progress] { Q_EMIT progressed(progress.done, progress.total); });
+  };
+  m_worker = std::make_unique<JournalIndexWorker>(*url, m_options, std::move(listener));
+  for (auto request = m_requests.begin(); request != m_requests.end(); ++request) {
+    // Answers of the former journal may be on their way.
+    request->number = ++m_lastNumber;
+    post(request.key());
+  }
+}
+
+void JournalIndexService::takeState(bool isUpToDate, const std::optional<Error>& error, bool hasNews) {
+  const bool isOther = isUpToDate != m_isUpToDate || error.has_value() != m_error.has_value();
+  m_isUpToDate = isUpToDate;
+  m_error = error;
+  if (isOther) Q_EMIT stateChanged();
+  if (!hasNews) return;
+  m_requests.removeIf([](const auto& request) { return !request.value().asker; });
+  for (auto request = m_requests.cbegin(); request != m_requests.cend(); ++request) post(request.key());
+  Q_EMIT changed();
+}
+
+void JournalIndexService::request(QObject* asker, int kind, Request request) {
+  const Key key{asker, kind};
+  request.number = ++m_lastNumber;
+  request.asker = asker;
+  m_requests.insert(key, std::move(request));
+  post(key);
+  // Where nobody tells of changes, they are looked for when somebody wants to know.
+  if (m_worker && m_isUpToDate && !isWatching()) m_worker->compare();
+}
+
+void JournalIndexService::post(const Key& key) {
+  if (!m_worker) return;
+  const Request& request = m_requests[key];
+  m_worker->post(key, [this, key, number = request.number, work = request.work](JournalSearchIndex& index) {
+    const std::any answer = work(index);
+    QMetaObject::invokeMethod(
+        this, [this, key, number, answer] { answered(key, number, answer); }, Qt::QueuedConnection);
+  });
+}
+
+void JournalIndexService::answered(const Key& key, quint64 number, const std::any& answer) {
+  const auto found = m_requests.constFind(key);
+  if (found == m_requests.constEnd() || found->number != number) return;
+  const Request request = *found;
+  if (!request.asker || request.isOnce) m_requests.erase(found);
+  // What is called may ask again.
+  if (request.asker) request.deliver(answer);
+}
+
+void JournalIndexService::ask(QObject* asker, const JournalQuestion& question, const AnswerCallback& callback) {
+  Request asked;
+  asked.work = [question](JournalSearchIndex& index) -> std::any { return index.ask(question); };
+  asked.deliver = [callback](const std::any& answer) { callback(std::any_cast<const JournalAnswer&>(answer)); };
+  request(asker, askKind, std::move(asked));
+}
+
+void JournalIndexService::count(QObject* asker, const JournalQuestion& question, JournalCountBy by,
+                                const CountsCallback& callback) {
+  Request asked;
+  asked.work = [question, by](JournalSearchIndex& index) -> std::any { return index.counts(question, by); };
+  asked.deliver = [callback](const std::any& answer) { callback(std::any_cast<const QList<JournalCount>&>(answer)); };
+  request(asker, static_cast<int>(by), std::move(asked));
+}
+
+void JournalIndexService::entry(QObject* asker, const QString& uuid, const EntryCallback& callback) {
+  Request asked;
+  asked.isOnce = true;
+  asked.work = [uuid](JournalSearchIndex& index) -> std::any { return index.entryWithUUID(uuid); };
+  asked.deliver = [callback](const std::any& answer) {
+    callback(std::any_cast<const std::optional<IndexedEntry>&>(answer));
+  };
+  request(asker, entryKind, std::move(asked));
+}
+
+void JournalIndexService::forget(const QObject* asker) {
+  m_requests.removeIf([asker](const auto& request) { return request.key().first == asker; });
+  if (m_worker) m_worker->cancel(asker);
+}
+
+void JournalIndexService::noteChanged(const QString& uuid) {
+  const auto canonical = QLJournalEntryFile::canonicalUUID(uuid);
+  if (!canonical || !m_worker) return;
+  const auto names = QLJournalEntryFile::fileNames(*canonical);
+  m_worker->compare(QStringList(names.begin(), names.end()));
+}
+
+void JournalIndexService::compare() {
+  if (m_worker) m_worker->compare();
+}
+
+}  // namespace quillo

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "foundation/FileContents.h"
+#include "foundation/PropertyListSerialization.h"
+#include "qlcore/QLJournalIndex.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/index/JournalSearchIndex.h"
+#include "tests/support/TestHome.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace quillo {
+
+// A home with a journal in it, whose entries are written as other programs would.
+class IndexFixture : public testing::Test {
+ protected:
+  IndexFixture() { package = open(home.path(QStringLiteral("Mine.quillojournal")), true); }
+
+  static std::shared_ptr<QLJournalPackageFile> open(const QString& path, bool make) {
+    return QLJournalPackageFile::openPackage(QUrl::fromLocalFile(path), make, nullptr);
+  }
+  static QString uuidOf(int number) {
+    return QStringLiteral("00000000-0000-4000-8000-%1").arg(number, 12, 16, QChar(u'0')).toUpper();
+  }
+  [[nodiscard]] QString pathOf(int number) const {
+    return package->entriesFolder() + u'/' + uuidOf(number) + QStringLiteral(".plist");
+  }
+  // `created` in seconds since 1970.
+  void write(int number, const QString& text, double created = 1'700'000'000, PropertyListDictionary more = {}) const {
+    more.insert(QStringLiteral("text"), text);
+    more.insert(QStringLiteral("creationDate"), Date::since1970(created));
+    writeBytes(pathOf(number), *PropertyListSerialization::dataWithPropertyList(more, PropertyListFormat::XML));
+  }
+  static void writeBytes(const QString& path, const QByteArray& bytes) {
+    ASSERT_TRUE(writeFileAtomically(path, bytes));
+  }
+
+  static JournalQuestion question(const QString& typed) {
+    QString problem;
+    const auto question = JournalQuestion::parse(typed, QDate(2025, 3, 12), &problem);
+    EXPECT_TRUE(question) << problem.toStdString();
+    return question.value_or(JournalQuestion());
+  }
+  // The texts that are found, in order.
+  static QStringList found(JournalSearchIndex& index, const QString& typed = {}) {
+    const JournalAnswer answer = index.ask(question(typed));
+    QStringList texts;
+    for (const IndexedEntry& entry : answer.entries) texts << entry.text;
+    EXPECT_EQ(answer.total, texts.size());
+    return texts;
+  }
+  // The database files in the cache.
+  [[nodiscard]] QStringList databases() const {
+    const QDir folder(home.path(QStringLiteral(".cache/quillo/index")));
+    QStringList paths;
+    for (const QString& name : folder.entryList({QStringLiteral("*.sqlite")}, QDir::Files))
+      paths << folder.filePath(name);
+    return paths;
+  }
+
+  TestHome home;
+  std::shared_ptr<QLJournalPackageFile> package;
+};
+
+}  // namespace quillo
