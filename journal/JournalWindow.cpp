@@ -20,7 +20,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
-#include <QPointer>
 #include <QRandomGenerator>
 #include <QTextBrowser>
 #include <QVBoxLayout>
@@ -245,11 +244,10 @@ void JournalWindow::showOverview() {
     return section;
   };
   sections << list(u"Tags"_s, Kind::Tag, m_overview.tags()) << list(u"Places"_s, Kind::Place, m_overview.places());
-  m_library.listDamaged([self = QPointer(this), sections](const QList<IndexedDamage>& damaged) mutable {
-    if (!self) return;
+  m_library.listDamaged(this, [this, sections](const QList<IndexedDamage>& damaged) mutable {
     if (!damaged.isEmpty())
       sections.first().items.append({SidebarItem::Kind::Damaged, u"Damaged"_s, static_cast<int>(damaged.size())});
-    self->m_view.sidebar->setSections(sections);
+    m_view.sidebar->setSections(sections);
   });
   showListState();
 }
@@ -383,8 +381,8 @@ void JournalWindow::randomEntry() {
   JournalQuestion question;
   question.offset = QRandomGenerator::global()->bounded(total);
   question.limit = 1;
-  m_library.ask(question, [self = QPointer(this)](const JournalAnswer& answer) {
-    if (self && !answer.entries.isEmpty()) self->showEntry(answer.entries.first().uuid);
+  m_library.ask(this, question, [this](const JournalAnswer& answer) {
+    if (!answer.entries.isEmpty()) showEntry(answer.entries.first().uuid);
   });
 }
 

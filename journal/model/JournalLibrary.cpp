@@ -92,22 +92,22 @@ bool JournalLibrary::putBack(const Deletion& deletion, Error* error) {
   return isWhole;
 }
 
-void JournalLibrary::ask(const JournalQuestion& question, Answered answered) {
-  if (m_reader) return m_reader->ask(question, std::move(answered));
+void JournalLibrary::ask(QObject* asker, const JournalQuestion& question, Answered answered) {
+  if (m_reader) return m_reader->ask(asker, question, std::move(answered));
   QMetaObject::invokeMethod(
-      this, [answered = std::move(answered)] { answered({}); }, Qt::QueuedConnection);
+      asker, [answered = std::move(answered)] { answered({}); }, Qt::QueuedConnection);
 }
 
-void JournalLibrary::count(const JournalQuestion& question, JournalCountBy by, Counted counted) {
-  if (m_reader) return m_reader->count(question, by, std::move(counted));
+void JournalLibrary::count(QObject* asker, const JournalQuestion& question, JournalCountBy by, Counted counted) {
+  if (m_reader) return m_reader->count(asker, question, by, std::move(counted));
   QMetaObject::invokeMethod(
-      this, [counted = std::move(counted)] { counted({}); }, Qt::QueuedConnection);
+      asker, [counted = std::move(counted)] { counted({}); }, Qt::QueuedConnection);
 }
 
-void JournalLibrary::listDamaged(Damaged listed) {
-  if (m_reader) return m_reader->listDamaged(std::move(listed));
+void JournalLibrary::listDamaged(QObject* asker, Damaged listed) {
+  if (m_reader) return m_reader->listDamaged(asker, std::move(listed));
   QMetaObject::invokeMethod(
-      this, [listed = std::move(listed)] { listed({}); }, Qt::QueuedConnection);
+      asker, [listed = std::move(listed)] { listed({}); }, Qt::QueuedConnection);
 }
 
 void JournalLibrary::filesDidChange(const QStringList& fileNames) {

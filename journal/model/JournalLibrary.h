@@ -63,9 +63,9 @@ class JournalLibrary : public JournalReader {
   // False, with an error, where an entry could not be put back; the others are.
   bool putBack(const Deletion& deletion, Error* error);
 
-  void ask(const JournalQuestion& question, Answered answered) override;
-  void count(const JournalQuestion& question, JournalCountBy by, Counted counted) override;
-  void listDamaged(Damaged listed) override;
+  void ask(QObject* asker, const JournalQuestion& question, Answered answered) override;
+  void count(QObject* asker, const JournalQuestion& question, JournalCountBy by, Counted counted) override;
+  void listDamaged(QObject* asker, Damaged listed) override;
   void filesDidChange(const QStringList& fileNames) override;
 
  Q_SIGNALS:

@@ -1,7 +1,5 @@
 #include "journal/model/JournalOverview.h"
 
-#include <QPointer>
-
 #include <chrono>
 
 namespace quillo {
@@ -22,19 +20,14 @@ JournalOverview::JournalOverview(JournalReader& reader) : m_reader(reader) {
 void JournalOverview::countAnew() {
   const JournalQuestion all;
   // Answers come in the order of the questions: with the last one everything is there.
-  m_reader.count(all, JournalCountBy::Tag, [self = QPointer(this)](const QList<JournalCount>& tags) {
-    if (self) self->m_tags = tags;
-  });
-  m_reader.count(all, JournalCountBy::Place, [self = QPointer(this)](const QList<JournalCount>& places) {
-    if (self) self->m_places = places;
-  });
-  m_reader.count(all, JournalCountBy::Day, [self = QPointer(this)](const QList<JournalCount>& days) {
-    if (!self) return;
-    self->m_days = days;
-    self->m_total = 0;
-    for (const JournalCount& day : days) self->m_total += day.count;
-    self->m_isKnown = true;
-    Q_EMIT self->didChange();
+  m_reader.count(this, all, JournalCountBy::Tag, [this](const QList<JournalCount>& tags) { m_tags = tags; });
+  m_reader.count(this, all, JournalCountBy::Place, [this](const QList<JournalCount>& places) { m_places = places; });
+  m_reader.count(this, all, JournalCountBy::Day, [this](const QList<JournalCount>& days) {
+    m_days = days;
+    m_total = 0;
+    for (const JournalCount& day : days) m_total += day.count;
+    m_isKnown = true;
+    Q_EMIT didChange();
   });
 }
 

@@ -21,10 +21,10 @@ class JournalReader : public QObject {
   using Counted = std::function<void(const QList<JournalCount>&)>;
   using Damaged = std::function<void(const QList<IndexedDamage>&)>;
 
-  // Callbacks are not called once the reader is gone.
-  virtual void ask(const JournalQuestion& question, Answered answered) = 0;
-  virtual void count(const JournalQuestion& question, JournalCountBy by, Counted counted) = 0;
-  virtual void listDamaged(Damaged listed) = 0;
+  // Callbacks are not called once the reader or the asker is gone, who may go to say that it does not want to know.
+  virtual void ask(QObject* asker, const JournalQuestion& question, Answered answered) = 0;
+  virtual void count(QObject* asker, const JournalQuestion& question, JournalCountBy by, Counted counted) = 0;
+  virtual void listDamaged(QObject* asker, Damaged listed) = 0;
   // These files of the folder of entries were changed by this program.
   virtual void filesDidChange(const QStringList& fileNames) = 0;
 

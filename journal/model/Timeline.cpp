@@ -4,7 +4,6 @@
 
 #include <QDateTime>
 #include <QLocale>
-#include <QPointer>
 
 #include <algorithm>
 #include <utility>
@@ -45,49 +44,44 @@ void Timeline::show(const JournalQuestion& question) {
 }
 
 void Timeline::reload() {
-  const quint64 generation = ++m_asked;
   m_draft = {};
-  m_reader.count(m_askedQuestion, JournalCountBy::Day,
-                 [self = QPointer(this), generation](const QList<JournalCount>& counts) {
-                   if (!self || generation != self->m_asked) return;
-                   QList<TimelineDay> days;
-                   for (const JournalCount& count : counts) days.prepend({count.day, static_cast<int>(count.count)});
-                   self->m_draft.days = days;
-                   self->showDraftOnceWhole();
-                 });
+  // Whoever asked before does not want to know any more.
+  m_draft.asker = std::make_unique<QObject>();
+  m_reader.count(m_draft.asker.get(), m_askedQuestion, JournalCountBy::Day, [this](const QList<JournalCount>& counts) {
+    QList<TimelineDay> days;
+    for (auto count = counts.rbegin(); count != counts.rend(); ++count)
+      days.append({count->day, static_cast<int>(count->count)});
+    m_draft.days = days;
+    showDraftOnceWhole();
+  });
   // What stands on the screen is there when the new answer is shown: nothing flickers.
   const int page = m_lastLookedAt / pageSize;
   m_draft.pagesWanted = page > 0 ? 3 : 2;
-  for (int i = std::max(0, page - 1); i <= page + 1; ++i) fetch(i, generation);
+  for (int i = std::max(0, page - 1); i <= page + 1; ++i)
+    fetch(*m_draft.asker, m_askedQuestion, i, [this, i](Page content) {
+      m_draft.pages.insert(i, std::move(content));
+      showDraftOnceWhole();
+    });
 }
 
-void Timeline::fetch(int page, quint64 generation) {
-  JournalQuestion question = m_askedQuestion;
+void Timeline::fetch(QObject& asker, JournalQuestion question, int page, std::function<void(Page)> fetched) {
   question.order = JournalQuestion::Order::NewestFirst;
   question.offset = qint64{page} * pageSize;
   question.limit = pageSize;
-  m_reader.ask(question, [self = QPointer(this), page, generation](const JournalAnswer& answer) {
-    if (!self) return;
-    if (generation == self->m_asked && generation != self->m_shown) {
-      self->m_draft.pages.insert(page, self->pageFor(answer));
-      self->showDraftOnceWhole();
-    } else if (generation == self->m_shown) {
-      self->m_requested.remove(page);
-      self->keep(page, self->pageFor(answer));
-      Q_EMIT self->rowsDidArrive(page * pageSize, page * pageSize + pageSize - 1);
-    }
-  });
+  m_reader.ask(&asker, question,
+               [this, fetched = std::move(fetched)](const JournalAnswer& answer) { fetched(pageFor(answer)); });
 }
 
 void Timeline::showDraftOnceWhole() {
   if (!m_draft.days || m_draft.pages.size() < m_draft.pagesWanted) return;
-  m_shown = m_asked;
   m_question = m_askedQuestion;
   m_days = *m_draft.days;
   m_total = 0;
   for (const TimelineDay& day : std::as_const(m_days)) m_total += day.count;
   m_pages = std::exchange(m_draft.pages, {});
+  m_draft.days.reset();
   m_requested.clear();
+  m_asker = std::make_unique<QObject>();
   m_isKnown = true;
   Q_EMIT didReset();
 }
@@ -111,7 +105,11 @@ void Timeline::keep(int page, Page content) {
 void Timeline::request(int page) {
   if (m_requested.contains(page)) return;
   m_requested.insert(page);
-  fetch(page, m_shown);
+  fetch(*m_asker, m_question, page, [this, page](Page content) {
+    m_requested.remove(page);
+    keep(page, std::move(content));
+    Q_EMIT rowsDidArrive(page * pageSize, page * pageSize + pageSize - 1);
+  });
 }
 
 const TimelineRow* Timeline::row(int row) {
@@ -119,8 +117,7 @@ const TimelineRow* Timeline::row(int row) {
   m_lastLookedAt = row;
   const auto page = m_pages.find(row / pageSize);
   if (page == m_pages.end()) {
-    // The question shown may be an old one while a new one is being answered.
-    if (m_shown == m_asked) request(row / pageSize);
+    request(row / pageSize);
     return nullptr;
   }
   page->lastUse = ++m_uses;

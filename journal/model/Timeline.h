@@ -5,6 +5,7 @@
 #include "qlcore/QLWeather.h"
 
 #include <QHash>
+#include <QSet>
 
 #include <functional>
 #include <memory>
@@ -45,12 +46,13 @@ class Timeline : public TimelineSource {
   };
   // An answer that is put together before it is shown.
   struct Draft {
+    std::unique_ptr<QObject> asker;
     std::optional<QList<TimelineDay>> days;
     QHash<int, Page> pages;
     int pagesWanted{0};
   };
   void request(int page);
-  void fetch(int page, quint64 generation);
+  void fetch(QObject& asker, JournalQuestion question, int page, std::function<void(Page)> fetched);
   void keep(int page, Page content);
   void showDraftOnceWhole();
   [[nodiscard]] TimelineRow rowFor(const IndexedEntry& entry) const;
@@ -64,10 +66,9 @@ class Timeline : public TimelineSource {
   bool m_isKnown{false};
   QHash<int, Page> m_pages;
   QSet<int> m_requested;
+  // Of the question that is shown.
+  std::unique_ptr<QObject> m_asker{std::make_unique<QObject>()};
   Draft m_draft;
-  // Of the question shown, and of the one last asked: answers to others are dropped.
-  quint64 m_shown{0};
-  quint64 m_asked{0};
   JournalQuestion m_askedQuestion;
   quint64 m_uses{0};
   int m_lastLookedAt{0};

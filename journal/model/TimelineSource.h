@@ -13,8 +13,8 @@ namespace quillo {
 // An entry as the timeline shows it.
 struct TimelineRow {
   QString identifier;
-  QDate day;     // which differs from that of its heading where somebody travelled across time zones
-  QString time;  // of the day, as a clock showed it where the entry was written
+  QDate day;                 // which differs from that of its heading where somebody travelled across time zones
+  QString time;              // of the day, as a clock showed it where the entry was written
   QString text;              // its beginning, or the part of it that was searched for, without line breaks
   QList<TextRange> matches;  // of the text, what was searched for
   QString placeAndWeather;
