@@ -3,12 +3,14 @@
 #include "controls/Fonts.h"
 #include "entry/text/EntryViewTextView.h"
 #include "foundation/UserDefaults.h"
+#include "journal/reading/ReadingView.h"
 #include "journal/views/FoldingColumns.h"
 #include "journal/views/MonthView.h"
 #include "journal/views/NoticeBar.h"
 #include "journal/views/SearchField.h"
 #include "journal/views/SidebarList.h"
 #include "journal/views/StatePage.h"
+#include "journal/views/StatusRow.h"
 #include "journal/views/TimelineView.h"
 #include "journal/views/YearHeatMap.h"
 #include "journal/views/YearPage.h"
@@ -77,6 +79,8 @@ void JournalWindow::connectCommands() {
     m_view.search->beginSearch();
   });
   on(m_commands.moveToTrash, [this] { moveToTrash(m_view.list->selectedIdentifiers()); });
+  on(m_commands.read, [this](bool reads) { setReads(reads); });
+  connect(m_view.readButton, &QPushButton::clicked, this, [this](bool reads) { setReads(reads); });
   on(m_commands.year, [this](bool isShown) { showYear(isShown); });
   on(m_commands.sidebar, [this](bool isShown) { m_view.columns->setWanted(FoldingColumns::Column::Sidebar, isShown); });
   on(m_commands.list, [this](bool isShown) { m_view.columns->setWanted(FoldingColumns::Column::List, isShown); });
@@ -141,6 +145,9 @@ void JournalWindow::connectViews() {
     menu.addActions({m_commands.moveToTrash, m_commands.print, m_commands.exportPDF});
     menu.exec(at);
   });
+  connect(m_view.reading, &ReadingView::tagActivated, this,
+          [this](const QString& tag) { addFilter(SearchFilter::tag(tag)); });
+  connect(m_view.reading, &ReadingView::linkActivated, this, [this](const QUrl& link) { m_services.openURL(link); });
   connect(&m_timeline, &Timeline::didReset, this, &JournalWindow::showListState);
   connect(&m_overview, &JournalOverview::didChange, this, &JournalWindow::showOverview);
   connect(&m_library, &JournalLibrary::stateDidChange, this, &JournalWindow::libraryStateDidChange);
@@ -162,6 +169,8 @@ void JournalWindow::restoreWindow() {
   if (const auto geometry = m_services.defaults.dataForKey(geometryKey)) restoreGeometry(*geometry);
   if (const auto columns = m_services.defaults.dataForKey(columnsKey)) m_view.columns->restore(*columns);
   m_view.editor->setFontSize(m_services.fontSize());
+  m_view.reading->setFontSize(m_services.fontSize());
+  m_view.list->setFocus();
 }
 
 void JournalWindow::keepWindow() {
@@ -285,7 +294,7 @@ bool JournalWindow::showEntry(const QString& identifier) {
   Error error;
   const auto entry = m_library.entry(identifier, &error);
   if (!entry) {
-    m_view.editor->notices().show(error.localizedDescription);
+    m_view.status->notices().show(error.localizedDescription);
     return false;
   }
   m_showsFirst = false;
@@ -298,6 +307,8 @@ bool JournalWindow::showEntry(const QString& identifier) {
 void JournalWindow::beginEntry() {
   m_showsFirst = false;
   if (!m_view.editor->beginEntry()) return;
+  m_commands.read->setChecked(false);
+  m_view.readButton->setChecked(false);
   m_view.list->setCurrentEntry({});
   showPaper();
   m_view.columns->bringToFront(FoldingColumns::Column::Paper);
@@ -323,7 +334,23 @@ void JournalWindow::showYear(bool isShown) {
 void JournalWindow::showPaper() {
   m_commands.year->setChecked(false);
   const bool isOpen = m_library.state() == JournalLibrary::State::Open;
-  m_view.paper->setCurrentWidget(isOpen ? static_cast<QWidget*>(m_view.editor) : m_view.paperState);
+  QWidget* page = m_view.paperState;
+  if (isOpen && m_commands.read->isChecked()) {
+    page = m_view.reading;
+    m_view.reading->setEntry({m_view.editor->title(), m_view.editor->details(), m_view.editor->text()});
+    m_view.reading->setSearchedWords(m_search.searchedWords(QDate::currentDate()));
+  } else if (isOpen) {
+    page = m_view.editor;
+  }
+  m_view.paper->setCurrentWidget(page);
+}
+
+void JournalWindow::setReads(bool reads) {
+  m_view.editor->save();
+  m_commands.read->setChecked(reads);
+  m_view.readButton->setChecked(reads);
+  showPaper();
+  m_view.paper->currentWidget()->setFocus();
 }
 
 void JournalWindow::moveToTrash(const QStringList& identifiers) {
@@ -337,7 +364,7 @@ void JournalWindow::moveToTrash(const QStringList& identifiers) {
   }
   Error error;
   const auto deletion = m_library.moveToTrash(identifiers, &error);
-  NoticeBar& notices = m_view.editor->notices();
+  NoticeBar& notices = m_view.status->notices();
   if (deletion.entries.isEmpty()) return notices.show(error.localizedDescription);
   m_lastDeletion = deletion;
   const auto count = deletion.entries.size();
@@ -363,7 +390,7 @@ void JournalWindow::undo() {
   Error error;
   const bool isBack = m_library.putBack(deletion, &error);
   showEntry(deletion.entries.first().identifier);
-  m_view.editor->notices().show(isBack ? u"Taken back"_s : error.localizedDescription);
+  m_view.status->notices().show(isBack ? u"Taken back"_s : error.localizedDescription);
 }
 
 void JournalWindow::step(int rows) {
@@ -390,6 +417,7 @@ void JournalWindow::changeFontSize(int points) {
   const int size = std::clamp(points, smallestFontSize, largestFontSize);
   m_services.setFontSize(size);
   m_view.editor->setFontSize(size);
+  m_view.reading->setFontSize(size);
 }
 
 void JournalWindow::showShortcuts() {

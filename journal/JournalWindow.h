@@ -33,6 +33,7 @@ struct JournalWindowServices {
   std::function<void()> createJournal;
   std::function<void(QWidget& window)> chooseJournal;
   std::function<void(const QString& path)> showFile;
+  std::function<void(const QUrl& url)> openURL;
   std::function<void()> showAbout;
 };
 
@@ -75,6 +76,7 @@ class JournalWindow : public QWidget {
   void showDay(QDate day);
   void showYear(bool isShown);
   void showPaper();
+  void setReads(bool reads);
   void moveToTrash(const QStringList& identifiers);
   void undo();
   void step(int rows);

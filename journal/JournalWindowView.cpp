@@ -1,6 +1,7 @@
 #include "journal/JournalWindowView.h"
 
 #include "controls/Fonts.h"
+#include "journal/reading/ReadingView.h"
 #include "journal/views/FoldingColumns.h"
 #include "journal/views/JournalColors.h"
 #include "journal/views/JournalStyle.h"
@@ -8,6 +9,7 @@
 #include "journal/views/SearchField.h"
 #include "journal/views/SidebarList.h"
 #include "journal/views/StatePage.h"
+#include "journal/views/StatusRow.h"
 #include "journal/views/TimelineView.h"
 #include "journal/views/YearHeatMap.h"
 #include "journal/views/YearPage.h"
@@ -125,13 +127,22 @@ QWidget* JournalWindowView::buildList(TimelineSource& timeline) {
 }
 
 QWidget* JournalWindowView::buildPaper(const EditorServices& services) {
+  auto* whole = new QWidget;
+  status = new StatusRow;
   paper = new QStackedWidget;
-  editor = new EditorPane(services);
+  editor = new EditorPane(services, *status);
+  reading = new ReadingView;
+  reading->setFrameStyle(QFrame::NoFrame);
   year = new YearPage;
   paperState = new StatePage;
-  for (QWidget* page : {static_cast<QWidget*>(editor), static_cast<QWidget*>(year), static_cast<QWidget*>(paperState)})
-    paper->addWidget(page);
-  return paper;
+  const QList<QWidget*> pages{editor, reading, year, paperState};
+  for (QWidget* page : pages) paper->addWidget(page);
+  auto* column = new QVBoxLayout(whole);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addWidget(paper, 1);
+  column->addWidget(status);
+  return whole;
 }
 
 void JournalWindowView::alignBar() {

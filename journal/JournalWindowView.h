@@ -11,8 +11,10 @@ namespace quillo {
 class FoldingColumns;
 class MonthView;
 class SearchField;
+class ReadingView;
 class SidebarList;
 class StatePage;
+class StatusRow;
 class TimelineSource;
 class TimelineView;
 class YearHeatMap;
@@ -47,8 +49,10 @@ class JournalWindowView : public QObject {
   // The paper.
   QStackedWidget* paper;
   EditorPane* editor;
+  ReadingView* reading;
   YearPage* year;
   StatePage* paperState;
+  StatusRow* status;
 
   FoldingColumns* columns;
 

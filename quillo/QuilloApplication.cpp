@@ -77,6 +77,7 @@ JournalWindowServices QuilloApplication::windowServices() {
               [this](const QString& path) {
                 m_services.workspace.openURL(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
               },
+          .openURL = [this](const QUrl& url) { m_services.workspace.openURL(url); },
           .showAbout =
               [this] {
                 if (!m_about)

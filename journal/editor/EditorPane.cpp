@@ -4,14 +4,15 @@
 #include "entry/text/EntryViewTextView.h"
 #include "foundation/TimeZone.h"
 #include "journal/editor/LineSpacing.h"
+#include "journal/model/ClockTime.h"
 #include "journal/views/JournalColors.h"
 #include "journal/views/NoticeBar.h"
+#include "journal/views/StatusRow.h"
 #include "qlcore/QLJournalEntryFile.h"
 
 #include <QDateTime>
 #include <QEvent>
 #include <QFontMetricsF>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QScopedValueRollback>
 #include <QTextBoundaryFinder>
@@ -33,7 +34,6 @@ constexpr int charactersInColumn = 66;
 constexpr int narrowestMargin = 24;
 constexpr int widestMargin = 62;
 constexpr int topMargin = 28;
-constexpr int statusHeight = 38;
 
 // As a clock showed it where the entry was written.
 QDateTime localTime(const QLJournalEntryFile& entry) {
@@ -53,17 +53,14 @@ int wordCount(const QString& text) {
 
 }  // namespace
 
-EditorPane::EditorPane(const EditorServices& services, QWidget* parent)
+EditorPane::EditorPane(const EditorServices& services, StatusRow& status, QWidget* parent)
     : QWidget(parent),
       m_place(services.place),
       m_session(services.session, *this, m_place),
       m_view(new EntryViewTextView(services.text)),
       m_heading(new QLabel(this)),
       m_details(new QLabel(this)),
-      m_words(new QLabel(this)),
-      m_state(new QLabel(this)),
-      m_notices(new NoticeBar(this)),
-      m_column(new QWidget(this)) {
+      m_status(status) {
   buildView();
   m_saveTimer.setSingleShot(true);
   m_saveTimer.setInterval(pauseBeforeSave);
@@ -93,31 +90,13 @@ void EditorPane::buildView() {
   m_view->setTextContainerInset(QSizeF(0, 0));
   setFocusProxy(m_view);
 
-  auto* column = new QVBoxLayout(m_column);
+  auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, topMargin, 0, 0);
   column->setSpacing(6);
   column->addWidget(m_heading);
   column->addWidget(m_details);
   column->addSpacing(10);
   column->addWidget(m_view, 1);
-
-  auto* status = new QWidget(this);
-  status->setFixedHeight(statusHeight);
-  auto* row = new QHBoxLayout(status);
-  row->setContentsMargins(18, 0, 18, 0);
-  row->setSpacing(18);
-  for (QLabel* label : {m_words, m_state}) {
-    label->setFont(textFont(12));
-    row->addWidget(label);
-  }
-  row->addStretch(1);
-  row->addWidget(m_notices);
-
-  auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(0, 0, 0, 0);
-  layout->setSpacing(0);
-  layout->addWidget(m_column, 1);
-  layout->addWidget(status);
   setFontSize(16);
 }
 
@@ -136,12 +115,12 @@ bool EditorPane::leave() {
 
 bool EditorPane::open(std::shared_ptr<QLJournalEntryFile> entry) {
   if (!leave()) return false;
-  m_notices->dismiss();
+  m_status.notices().dismiss();
   {
     const QScopedValueRollback opening(m_isOpening, true);
     m_session.open(std::move(entry));
   }
-  m_state->clear();
+  m_status.setState({});
   showHeading();
   showWords();
   return true;
@@ -157,7 +136,7 @@ void EditorPane::clear() {
   m_saveTimer.stop();
   const QScopedValueRollback opening(m_isOpening, true);
   m_session.close();
-  m_state->clear();
+  m_status.setState({});
   showHeading();
   showWords();
 }
@@ -168,20 +147,21 @@ bool EditorPane::save() {
   if (!m_session.isUnsaved()) return true;
   Error error;
   if (!m_session.save(/*force=*/false, &error)) {
-    m_state->setText(u"Not saved"_s);
-    m_notices->show(error.localizedDescription, {{u"Try again"_s, [this] { save(); }}});
+    m_status.setState(u"Not saved"_s);
+    m_status.notices().show(error.localizedDescription, {{u"Try again"_s, [this] { save(); }}});
     return false;
   }
-  m_state->setText(text().isEmpty() ? QString() : u"Saved"_s);
+  m_status.setState(text().isEmpty() ? QString() : u"Saved"_s);
   const QLJournalEntryFile* entry = m_session.activeEntry();
   if (!entry) return true;
   if (const auto& merge = entry->lastMerge(); merge && merge->hasClash)
-    m_notices->show(u"Another program changed the same words; both versions are in the text."_s,
-                    {{u"Keep mine"_s, [this, ours = merge->ours] { m_view->updateString(ours), textDidChange(); }},
-                     {u"Keep the other"_s, [this, theirs = merge->theirs] {
-                        m_view->updateString(theirs);
-                        textDidChange();
-                      }}});
+    m_status.notices().show(
+        u"Another program changed the same words; both versions are in the text."_s,
+        {{u"Keep mine"_s, [this, ours = merge->ours] { m_view->updateString(ours), textDidChange(); }},
+         {u"Keep the other"_s, [this, theirs = merge->theirs] {
+            m_view->updateString(theirs);
+            textDidChange();
+          }}});
   showHeading();
   if (entry->fileURLForEntryProperties()) Q_EMIT entrySaved(entry->uuid());
   return true;
@@ -191,14 +171,22 @@ void EditorPane::refresh() {
   if (!m_session.activeEntry()) return;
   Error error;
   if (!m_session.refresh(&error) && !m_session.isUnsaved()) {
-    m_notices->show(u"This entry was deleted by another program."_s, {{u"Keep it"_s, [this] {
-                                                                         textDidChange();
-                                                                         save();
-                                                                       }}});
+    m_status.notices().show(u"This entry was deleted by another program."_s, {{u"Keep it"_s, [this] {
+                                                                                 textDidChange();
+                                                                                 save();
+                                                                               }}});
     return;
   }
   showHeading();
   showWords();
+}
+
+QString EditorPane::title() const {
+  return m_heading->text();
+}
+
+QString EditorPane::details() const {
+  return m_details->text();
 }
 
 QString EditorPane::text() const {
@@ -219,7 +207,7 @@ void EditorPane::commitComposition() {
 
 void EditorPane::textDidChange() {
   m_session.textDidChange();
-  m_state->setText(u"Edited"_s);
+  m_status.setState(u"Edited"_s);
   showWords();
   m_saveTimer.start();
 }
@@ -228,7 +216,7 @@ void EditorPane::showHeading() {
   const QLJournalEntryFile* entry = m_session.activeEntry();
   const QDateTime time = entry ? localTime(*entry) : QDateTime::currentDateTime();
   m_heading->setText(locale().toString(time.date(), QLocale::LongFormat));
-  QStringList details{locale().toString(time.time(), QLocale::ShortFormat)};
+  QStringList details{clockTime(time.time(), locale())};
   if (!entry) details = {u"New entry"_s};
   for (const QString& part : m_place.metadataText().split(u"  •  "_s, Qt::SkipEmptyParts)) details << part;
   m_details->setText(details.join(u" · "_s));
@@ -236,7 +224,7 @@ void EditorPane::showHeading() {
 
 void EditorPane::showWords() {
   const int count = wordCount(text());
-  m_words->setText(count == 1 ? u"1 word"_s : u"%1 words"_s.arg(locale().toString(count)));
+  m_status.setWords(count == 1 ? u"1 word"_s : u"%1 words"_s.arg(locale().toString(count)));
 }
 
 void EditorPane::layOutColumn() {
@@ -244,7 +232,7 @@ void EditorPane::layOutColumn() {
   const double room = width();
   const double margin = std::clamp((room - widest) / 3, double{narrowestMargin}, double{widestMargin});
   const double end = std::max<double>(narrowestMargin, room - margin - widest);
-  m_column->layout()->setContentsMargins(static_cast<int>(margin), topMargin, static_cast<int>(end), 0);
+  layout()->setContentsMargins(static_cast<int>(margin), topMargin, static_cast<int>(end), 0);
 }
 
 void EditorPane::resizeEvent(QResizeEvent*) {
@@ -260,7 +248,7 @@ void EditorPane::applyColors() {
     widget.setPalette(own);
   };
   color(*m_heading, colors.text);
-  for (QWidget* widget : {m_details, m_words, m_state}) color(*widget, colors.dim);
+  color(*m_details, colors.dim);
   color(*m_view, colors.text);
 }
 

@@ -15,7 +15,7 @@ class QLabel;
 namespace quillo {
 
 class EntryViewTextView;
-class NoticeBar;
+class StatusRow;
 
 // What the editor works with; it must outlive it.
 struct EditorServices {
@@ -30,7 +30,8 @@ class EditorPane : public QWidget, private EntryText {
   Q_OBJECT
 
  public:
-  explicit EditorPane(const EditorServices& services, QWidget* parent = nullptr);
+  // What is to be said goes into the row, which must outlive the pane.
+  EditorPane(const EditorServices& services, StatusRow& status, QWidget* parent = nullptr);
   ~EditorPane() override;
 
   // Saves what is there and takes another entry in its place. False where it cannot be saved: then it stays.
@@ -52,7 +53,9 @@ class EditorPane : public QWidget, private EntryText {
   [[nodiscard]] bool isUnsaved() const { return m_session.isUnsaved(); }
   [[nodiscard]] EntrySession& session() { return m_session; }
   [[nodiscard]] EntryViewTextView& textView() { return *m_view; }
-  [[nodiscard]] NoticeBar& notices() { return *m_notices; }
+  // The day, and time, place and weather, as they stand above the text.
+  [[nodiscard]] QString title() const;
+  [[nodiscard]] QString details() const;
   // Of the text, in points.
   void setFontSize(int points);
 
@@ -83,10 +86,7 @@ class EditorPane : public QWidget, private EntryText {
   EntryViewTextView* m_view;
   QLabel* m_heading;
   QLabel* m_details;
-  QLabel* m_words;
-  QLabel* m_state;
-  NoticeBar* m_notices;
-  QWidget* m_column;
+  StatusRow& m_status;
   QTimer m_saveTimer;
   bool m_isOpening{false};
 };

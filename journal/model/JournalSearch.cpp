@@ -91,4 +91,13 @@ std::optional<JournalQuestion> JournalSearch::question(QDate today, QString* pro
   return question;
 }
 
+QStringList JournalSearch::searchedWords(QDate today) const {
+  QStringList words;
+  const auto question = JournalQuestion::parse(m_words, today);
+  if (!question) return words;
+  for (const auto& phrase : question->phrases)
+    if (!phrase.isExcluded) words << phrase.text;
+  return words;
+}
+
 }  // namespace quillo

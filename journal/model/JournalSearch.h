@@ -46,6 +46,9 @@ class JournalSearch {
   // Nothing, with one sentence in `problem`, where the words make no sense.
   [[nodiscard]] std::optional<JournalQuestion> question(QDate today, QString* problem) const;
 
+  // What of the words an entry's text is to have, for marking it there.
+  [[nodiscard]] QStringList searchedWords(QDate today) const;
+
   bool operator==(const JournalSearch&) const = default;
 
  private:

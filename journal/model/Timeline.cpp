@@ -1,6 +1,7 @@
 #include "journal/model/Timeline.h"
 
 #include "foundation/TimeZone.h"
+#include "journal/model/ClockTime.h"
 
 #include <QDateTime>
 #include <QLocale>
@@ -22,7 +23,7 @@ QString timeOf(const IndexedEntry& entry) {
   if (!utc.isValid()) return {};
   const auto zone = TimeZone::timeZoneWithName(entry.timeZone);
   const QDateTime local = zone ? utc.addSecs(zone->secondsFromUTC(utc.toSecsSinceEpoch())) : utc.toLocalTime();
-  return QLocale().toString(local.time(), QLocale::ShortFormat);
+  return clockTime(local.time(), QLocale());
 }
 
 // "Berlin" of "Berlin, Germany": where one is at home.

@@ -21,7 +21,7 @@ namespace {
 constexpr double titleHeight = 28;
 constexpr double weekdayHeight = 22;
 constexpr double rowHeight = 26;
-constexpr double cellWidth = 29.5;
+constexpr double cellWidth = 28;
 constexpr int rows = 6;
 constexpr int columns = 7;
 
