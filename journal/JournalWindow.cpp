@@ -3,6 +3,7 @@
 #include "controls/Fonts.h"
 #include "entry/text/EntryViewTextView.h"
 #include "foundation/UserDefaults.h"
+#include "journal/JournalPrinting.h"
 #include "journal/reading/ReadingView.h"
 #include "journal/views/FoldingColumns.h"
 #include "journal/views/MonthView.h"
@@ -72,6 +73,8 @@ void JournalWindow::connectCommands() {
   const auto bringToFront = [this](FoldingColumns::Column column) { m_view.columns->bringToFront(column); };
   on(m_commands.newEntry, [this] { beginEntry(); });
   on(m_commands.close, [this] { close(); });
+  on(m_commands.print, [this] { printEntries(/*toFile=*/false); });
+  on(m_commands.exportPDF, [this] { printEntries(/*toFile=*/true); });
   on(m_commands.undo, [this] { undo(); });
   on(m_commands.redo, [this] { m_view.editor->textView().redo(); });
   on(m_commands.find, [this, bringToFront] {
@@ -168,8 +171,7 @@ void JournalWindow::restoreWindow() {
   resize(1200, 760);
   if (const auto geometry = m_services.defaults.dataForKey(geometryKey)) restoreGeometry(*geometry);
   if (const auto columns = m_services.defaults.dataForKey(columnsKey)) m_view.columns->restore(*columns);
-  m_view.editor->setFontSize(m_services.fontSize());
-  m_view.reading->setFontSize(m_services.fontSize());
+  applyFontSize();
   m_view.list->setFocus();
 }
 
@@ -413,11 +415,23 @@ void JournalWindow::randomEntry() {
   });
 }
 
+void JournalWindow::printEntries(bool toFile) {
+  m_view.editor->save();
+  const auto question = m_search.question(QDate::currentDate(), nullptr);
+  if (!question) return m_view.status->notices().show(m_problem);
+  JournalPrinting printing(*this, m_library, m_services.weatherText);
+  const QString outcome = toFile ? printing.savePDF(*question) : printing.print(*question);
+  if (!outcome.isEmpty()) m_view.status->notices().show(outcome);
+}
+
 void JournalWindow::changeFontSize(int points) {
-  const int size = std::clamp(points, smallestFontSize, largestFontSize);
-  m_services.setFontSize(size);
-  m_view.editor->setFontSize(size);
-  m_view.reading->setFontSize(size);
+  m_services.setFontSize(std::clamp(points, smallestFontSize, largestFontSize));
+  applyFontSize();
+}
+
+void JournalWindow::applyFontSize() {
+  m_view.editor->setFontSize(m_services.fontSize());
+  m_view.reading->setFontSize(m_services.fontSize());
 }
 
 void JournalWindow::showShortcuts() {

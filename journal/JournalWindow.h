@@ -49,6 +49,8 @@ class JournalWindow : public QWidget {
   // Of the quillo: URLs. False where there is no such entry, which the window says.
   bool showEntry(const QString& identifier);
   void beginEntry();
+  // The settings may have another size of the text.
+  void applyFontSize();
   // Before the program ends: saves, asks nobody.
   void saveText();
 
@@ -81,6 +83,7 @@ class JournalWindow : public QWidget {
   void undo();
   void step(int rows);
   void randomEntry();
+  void printEntries(bool toFile);
   void changeFontSize(int points);
   void showShortcuts();
   void libraryStateDidChange();

@@ -86,14 +86,21 @@ JournalWindowServices QuilloApplication::windowServices() {
               }};
 }
 
+// Another program may have written them.
+void QuilloApplication::settingsDidChange() {
+  if (PersistentPropertyList* list = m_services.config.groupProperties()) list->synchronize();
+  m_library.reopen();
+  m_window->applyFontSize();
+}
+
 int QuilloApplication::fontSize() const {
-  const auto stored = m_services.defaults.objectForKey(Key::fontSize);
-  const qint64 points = stored ? stored->integerValue() : usualFontSize;
+  const PersistentPropertyList* list = m_services.config.groupProperties();
+  const qint64 points = list ? list->integerForKey(Key::fontSize) : 0;
   return points >= 9 && points <= 40 ? static_cast<int>(points) : usualFontSize;
 }
 
 void QuilloApplication::setFontSize(int points) {
-  m_services.defaults.setObjectForKey(PropertyListValue(points), Key::fontSize);
+  if (PersistentPropertyList* list = m_services.config.groupProperties()) list->setIntegerForKey(points, Key::fontSize);
   m_services.distributedCenter.postNotification(Notice::fontSizeDidChange);
 }
 

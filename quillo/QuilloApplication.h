@@ -63,6 +63,7 @@ class QuilloApplication final : public QObject {
   void carryOut(const QuilloRequest& request);
   void useJournal(const QUrl& location, bool create);
   void chooseJournal(QWidget& window);
+  void settingsDidChange();
   [[nodiscard]] int fontSize() const;
   void setFontSize(int points);
 

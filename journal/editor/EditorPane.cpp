@@ -2,9 +2,9 @@
 
 #include "controls/Fonts.h"
 #include "entry/text/EntryViewTextView.h"
-#include "foundation/TimeZone.h"
 #include "journal/editor/LineSpacing.h"
 #include "journal/model/ClockTime.h"
+#include "journal/model/EntryTime.h"
 #include "journal/views/JournalColors.h"
 #include "journal/views/NoticeBar.h"
 #include "journal/views/StatusRow.h"
@@ -34,13 +34,6 @@ constexpr int charactersInColumn = 66;
 constexpr int narrowestMargin = 24;
 constexpr int widestMargin = 62;
 constexpr int topMargin = 28;
-
-// As a clock showed it where the entry was written.
-QDateTime localTime(const QLJournalEntryFile& entry) {
-  const QDateTime utc = entry.creationDate().toDateTime();
-  const auto zone = TimeZone::timeZoneWithName(entry.timeZone());
-  return zone && utc.isValid() ? utc.toOffsetFromUtc(zone->secondsFromUTC(utc.toSecsSinceEpoch())) : utc.toLocalTime();
-}
 
 int wordCount(const QString& text) {
   int count = 0;
@@ -214,7 +207,7 @@ void EditorPane::textDidChange() {
 
 void EditorPane::showHeading() {
   const QLJournalEntryFile* entry = m_session.activeEntry();
-  const QDateTime time = entry ? localTime(*entry) : QDateTime::currentDateTime();
+  const QDateTime time = entry ? localTime(entry->creationDate(), entry->timeZone()) : QDateTime::currentDateTime();
   m_heading->setText(locale().toString(time.date(), QLocale::LongFormat));
   QStringList details{clockTime(time.time(), locale())};
   if (!entry) details = {u"New entry"_s};

@@ -1,9 +1,8 @@
 #include "journal/model/Timeline.h"
 
-#include "foundation/TimeZone.h"
 #include "journal/model/ClockTime.h"
+#include "journal/model/EntryTime.h"
 
-#include <QDateTime>
 #include <QLocale>
 
 #include <algorithm>
@@ -17,14 +16,6 @@ namespace {
 
 // More than two lines of the widest list.
 constexpr qsizetype longestText = 500;
-
-QString timeOf(const IndexedEntry& entry) {
-  const QDateTime utc = entry.creationDate.toDateTime();
-  if (!utc.isValid()) return {};
-  const auto zone = TimeZone::timeZoneWithName(entry.timeZone);
-  const QDateTime local = zone ? utc.addSecs(zone->secondsFromUTC(utc.toSecsSinceEpoch())) : utc.toLocalTime();
-  return clockTime(local.time(), QLocale());
-}
 
 // "Berlin" of "Berlin, Germany": where one is at home.
 QString shortPlace(const QString& name) {
@@ -137,7 +128,7 @@ TimelineRow Timeline::rowFor(const IndexedEntry& entry) const {
   TimelineRow row;
   row.identifier = entry.uuid;
   row.day = entry.day;
-  row.time = timeOf(entry);
+  row.time = clockTime(localTime(entry.creationDate, entry.timeZone).time(), QLocale());
   row.tags = entry.tags;
   const qsizetype start = std::clamp<qsizetype>(entry.excerpt.location, 0, entry.text.size());
   row.text = entry.text.sliced(start, std::min(longestText, entry.text.size() - start));
