@@ -1,6 +1,8 @@
-// What a save costs (two syncs and a rename: the disk decides) and how long an index of a large journal takes.
+// What a save costs (two syncs and a rename: the disk decides), how fast entries are read, and how long an index of a
+// large journal takes.
 
 #include "qlcore/Hashtags.h"
+#include "qlcore/JournalFolder.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalIndex.h"
 #include "qlcore/QLJournalPackageFile.h"
@@ -41,18 +43,24 @@ void saveEntry(benchmark::State& state) {
 }
 BENCHMARK(saveEntry)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-void indexOfManyEntries(benchmark::State& state) {
-  const QTemporaryDir directory;
-  const auto package = makePackage(directory.filePath(u"Bench.quillojournal"_s));
+// A package of that many entries, copies of one: saving as many would sync as many times. Null where it fails.
+std::shared_ptr<QLJournalPackageFile> makePackageOf(int count, const QString& path) {
+  auto package = makePackage(path);
   const auto first = QLJournalEntryFile::newEntry();
   first->setString(text());
   first->setTags(hashtags(text()));
-  if (!first->saveToJournal(package.get(), nullptr)) return state.SkipWithError("not saved");
-  // Copies: saving as many would sync as many times.
+  if (!first->saveToJournal(package.get(), nullptr)) return nullptr;
   const QString source = first->fileURLForEntryProperties()->toLocalFile();
-  for (int i = 1; i < manyEntries; ++i)
+  for (int i = 1; i < count; ++i)
     QFile::copy(source,
                 package->entriesFolder() + u'/' + QLJournalEntryFile::fileName(QLJournalEntryFile::newEntry()->uuid()));
+  return package;
+}
+
+void indexOfManyEntries(benchmark::State& state) {
+  const QTemporaryDir directory;
+  const auto package = makePackageOf(manyEntries, directory.filePath(u"Bench.quillojournal"_s));
+  if (!package) return state.SkipWithError("not saved");
   for (auto _ : state) {
     const QLJournalIndex index(package);
     if (index.entries().size() != manyEntries) state.SkipWithError("entries are missing");
@@ -60,6 +68,21 @@ void indexOfManyEntries(benchmark::State& state) {
   }
 }
 BENCHMARK(indexOfManyEntries)->Unit(benchmark::kMillisecond);
+
+// What an index asks for: each entry of a folder. The figure is entries a second.
+void readEntries(benchmark::State& state) {
+  constexpr int count = 1000;
+  const QTemporaryDir directory;
+  const auto package = makePackageOf(count, directory.filePath(u"Bench.quillojournal"_s));
+  const auto folder = package ? JournalFolder::open(package->entriesFolder(), nullptr) : std::nullopt;
+  const QStringList names = folder ? folder->propertyListNames(nullptr).value_or(QStringList()) : QStringList();
+  if (names.size() != count) return state.SkipWithError("not saved");
+  for (auto _ : state)
+    for (const QString& name : names)
+      if (!QLJournalEntryFile::entryInFolder(*folder, name.chopped(6), nullptr)) state.SkipWithError("not read");
+  state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * count);
+}
+BENCHMARK(readEntries)->Unit(benchmark::kMillisecond);
 
 void hashtagsOfAMegabyte(benchmark::State& state) {
   const QString large = text().repeated(1'000'000 / static_cast<int>(text().size()));

@@ -47,7 +47,7 @@ void draw(benchmark::State& state, const Picture& picture) {
   const QRect rect(QPoint(0, 0), picture.size);
 
   const NinePartScaledImage cut(*source, picture.topLeft, picture.bottomRight);
-  const QImage& bitmap = *bitmapForRatio(source->bitmaps(), ratio);
+  const QImage& bitmap = *source->bitmapForRatio(ratio);
   const QPixmap pixmap = QPixmap::fromImage(bitmap);
   const QSizeF size = source->size();
   const QMargins margins = QMarginsF(picture.topLeft.x(), size.height() - picture.topLeft.y(),

@@ -49,6 +49,18 @@ function(quillo_expose target folder)
   endif()
 endfunction()
 
+# quillo_module(NAME SOURCE... [LINK lib...]): what foundation/LoadableModule loads when it is first needed, so that the
+# program starts without the libraries that only this part takes. It may use what the program exports.
+function(quillo_module name)
+  cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
+  add_library(${name} MODULE ${ARG_UNPARSED_ARGUMENTS})
+  # Beside the programs in the build. Installed deep below, it is plainly nothing that others should link: the packager
+  # would announce it to the linker otherwise.
+  set_target_properties(${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  target_link_libraries(${name} PRIVATE ${ARG_LINK} quillo_options)
+  install(TARGETS ${name} LIBRARY DESTINATION lib/quillo-agent/modules)
+endfunction()
+
 # quillo_layer(TARGET [LINK lib...] [PRIVATE lib...] [EXCEPT file...]): the folder's sources, without those of its folders,
 # which are layers of their own, as one library, or as headers only where it has no source.
 function(quillo_layer target)
@@ -58,6 +70,7 @@ function(quillo_layer target)
   file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.h)
   if(ARG_EXCEPT)
     list(REMOVE_ITEM sources ${ARG_EXCEPT})
+    list(REMOVE_ITEM headers ${ARG_EXCEPT})
   endif()
   if(sources)
     add_library(${target} STATIC ${sources} ${headers})

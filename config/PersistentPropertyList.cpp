@@ -5,8 +5,11 @@
 #include "foundation/Log.h"
 #include "foundation/TildeExpansion.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QThread>
+
+#include <fcntl.h>
 
 #include <utility>
 
@@ -23,6 +26,9 @@ static Error inFile(const QString& path, Error error) {
   return error;
 }
 
+PersistentPropertyList::PersistentPropertyList(const QUrl& url)
+    : m_propertyListURL(url), m_path(url.toLocalFile()), m_folder(QFileInfo(m_path).path()) {}
+
 std::unique_ptr<PersistentPropertyList> PersistentPropertyList::withPropertyListURL(const QUrl& url, Error* error) {
   auto list = std::unique_ptr<PersistentPropertyList>(new PersistentPropertyList(url));
   if (!list->readProps(error)) return nullptr;
@@ -30,33 +36,30 @@ std::unique_ptr<PersistentPropertyList> PersistentPropertyList::withPropertyList
 }
 
 std::optional<PropertyListValue> PersistentPropertyList::parsedFile(Error* error) {
-  const QString path = m_propertyListURL.toLocalFile();
   Error reason;
   // Twice at most: what another program is writing in place reads as damaged for a moment.
   for (int attempt = 1;; ++attempt) {
-    const auto bytes = contentsOfFile(path, &reason);
+    const auto bytes = contentsOfFile(m_path, &reason);
     if (!bytes && reason.domain == ErrorDomain::cocoa && reason.code == ErrorCode::fileReadNoSuchFile) {
       m_format = PropertyListFormat::Binary;
+      m_contents.clear();
       return PropertyListDictionary();
     }
     if (!bytes) break;
     PropertyListFormat format{};
     if (const auto parsed = PropertyListSerialization::propertyListWithData(*bytes, &format, &reason)) {
       m_format = format;
+      m_contents = *bytes;
       return *parsed;
     }
     if (attempt == 2) {
-      reason = inFile(path, reason);
+      reason = inFile(m_path, reason);
       break;
     }
     QThread::msleep(tornReadMilliseconds);
   }
   fail(error, reason);
   return std::nullopt;
-}
-
-QString PersistentPropertyList::folder() const {
-  return QFileInfo(m_propertyListURL.toLocalFile()).path();
 }
 
 std::optional<PropertyListDictionary> PersistentPropertyList::replaceProperties(Error* error) {
@@ -70,7 +73,7 @@ std::optional<PropertyListDictionary> PersistentPropertyList::replaceProperties(
 bool PersistentPropertyList::readProps(Error* error) {
   std::optional<PropertyListDictionary> before;
   {
-    const FolderLock lock(folder(), FolderLock::Mode::Shared);
+    const FolderLock lock(m_folder, FolderLock::Mode::Shared);
     before = replaceProperties(error);
   }
   if (!before) return false;
@@ -95,16 +98,12 @@ void PersistentPropertyList::tellChanges(const PropertyListDictionary& before, c
   }
 }
 
-bool PersistentPropertyList::writeProps(const PropertyListDictionary& properties, Error* error) const {
-  if (!m_isDictionary)
-    return fail(error,
-                cocoaError(ErrorCode::propertyListWriteInvalid,
-                           m_propertyListURL.toLocalFile() + u": the file there is no dictionary; left as it is"_s));
+std::optional<QByteArray> PersistentPropertyList::encoded(const PropertyListDictionary& properties,
+                                                          Error* error) const {
   Error reason;
-  const auto bytes = PropertyListSerialization::dataWithPropertyList(properties, m_format, &reason);
-  if (!bytes) return fail(error, inFile(m_propertyListURL.toLocalFile(), reason));
-  // In place and not by renaming: the other application holds the same file.
-  return writeFileInPlace(m_propertyListURL.toLocalFile(), *bytes, error);
+  auto bytes = PropertyListSerialization::dataWithPropertyList(properties, m_format, &reason);
+  if (!bytes) fail(error, inFile(m_path, reason));
+  return bytes;
 }
 
 PropertyListDictionary PersistentPropertyList::allProperties() const {
@@ -120,6 +119,10 @@ bool PersistentPropertyList::synchronize(Error* error) {
     m_lastError = reason;
     return fail(error, reason);
   };
+  if (!m_dirtyProperties.isEmpty() && writeOverUnchanged()) {
+    m_lastError.reset();
+    return true;
+  }
   Error reason;
   if (!readProps(&reason)) return failed(QLatin1StringView("read"), reason);
   if (!m_dirtyProperties.isEmpty()) {
@@ -128,7 +131,7 @@ bool PersistentPropertyList::synchronize(Error* error) {
     bool isWritten = false;
     {
       // Read again, since observers were told of the first reading without the lock: they may take their time.
-      const FolderLock lock(folder(), FolderLock::Mode::Exclusive);
+      const FolderLock lock(m_folder, FolderLock::Mode::Exclusive);
       before = replaceProperties(&reason);
       now = m_properties;
       isWritten = before && writeMerged(&reason);
@@ -140,12 +143,39 @@ bool PersistentPropertyList::synchronize(Error* error) {
   return true;
 }
 
-bool PersistentPropertyList::writeMerged(Error* error) {
+PropertyListDictionary PersistentPropertyList::merged() const {
   PropertyListDictionary merged = allProperties();
-  merged.removeIf([](std::pair<const QString&, PropertyListValue&> item) { return item.second.isNull(); });
-  if (!writeProps(merged, error)) return false;
-  m_properties = merged;
+  merged.removeIf([](const QString&, const PropertyListValue& value) { return value.isNull(); });
+  return merged;
+}
+
+void PersistentPropertyList::tookOver(const PropertyListDictionary& properties, const QByteArray& contents) {
+  m_properties = properties;
+  m_contents = contents;
   m_dirtyProperties.clear();
+}
+
+bool PersistentPropertyList::writeMerged(Error* error) {
+  if (!m_isDictionary)
+    return fail(error, cocoaError(ErrorCode::propertyListWriteInvalid,
+                                  m_path + u": the file there is no dictionary; left as it is"_s));
+  const PropertyListDictionary properties = merged();
+  const auto bytes = encoded(properties, error);
+  // In place and not by renaming: the other application holds the same file.
+  if (!bytes || !writeFileInPlace(m_path, *bytes, error)) return false;
+  tookOver(properties, *bytes);
+  return true;
+}
+
+bool PersistentPropertyList::writeOverUnchanged() {
+  if (!m_isDictionary || m_contents.isEmpty()) return false;
+  const FolderLock lock(m_folder, FolderLock::Mode::Exclusive);
+  FileDescriptor file(::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CLOEXEC | O_NONBLOCK));
+  if (!file.isOpen() || contentsOfOpenFile(file.number(), m_path) != m_contents) return false;
+  const PropertyListDictionary properties = merged();
+  const auto bytes = encoded(properties, nullptr);
+  if (!bytes || !writeOpenFileInPlace(std::move(file), m_contents.size(), m_path, *bytes)) return false;
+  tookOver(properties, *bytes);
   return true;
 }
 

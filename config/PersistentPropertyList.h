@@ -60,19 +60,28 @@ class PersistentPropertyList final : public KeyValueObservable {
   [[nodiscard]] std::optional<PropertyListDictionary> dictionaryForKey(const QString& key) const;
 
  private:
-  explicit PersistentPropertyList(const QUrl& url) : m_propertyListURL(url) {}
+  explicit PersistentPropertyList(const QUrl& url);
   // The file's top level, in whatever form, which is kept; a dictionary of nothing where there is no file.
   std::optional<PropertyListValue> parsedFile(Error* error);
   // Takes the file's contents and answers those before, without telling anybody.
   std::optional<PropertyListDictionary> replaceProperties(Error* error);
   bool readProps(Error* error);
   void tellChanges(const PropertyListDictionary& before, const PropertyListDictionary& now);
+  // Writes what is pending where the file is as it was last read or written, without reading its list again. False
+  // where it is not, or cannot be written: nothing has changed then.
+  bool writeOverUnchanged();
   bool writeMerged(Error* error);
-  bool writeProps(const PropertyListDictionary& properties, Error* error) const;
-  [[nodiscard]] QString folder() const;
+  [[nodiscard]] PropertyListDictionary merged() const;
+  std::optional<QByteArray> encoded(const PropertyListDictionary& properties, Error* error) const;
+  void tookOver(const PropertyListDictionary& properties, const QByteArray& contents);
 
   PropertyListFormat m_format{PropertyListFormat::Binary};
   QUrl m_propertyListURL;
+  QString m_path;
+  QString m_folder;
+  // The bytes of the file as last read or written. Times and sizes do not tell whether it is the same: two writes can
+  // fall into one tick of the file system's clock.
+  QByteArray m_contents;
   PropertyListDictionary m_properties;
   bool m_isDictionary{true};
   PropertyListDictionary m_dirtyProperties;

@@ -1,10 +1,13 @@
 #include "controls/Image.h"
 
+#include <QFile>
 #include <QHash>
 #include <QImageReader>
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <iterator>
 #include <utility>
 
 // Outside every namespace, as the macro inside declares a function of the global one.
@@ -21,13 +24,16 @@ namespace {
 // The one format that every drawing can take without converting.
 constexpr QImage::Format drawnFormat = QImage::Format_ARGB32_Premultiplied;
 
-std::vector<QImage> prepared(std::vector<QImage> bitmaps) {
-  std::erase_if(bitmaps, [](const QImage& bitmap) { return bitmap.isNull(); });
-  for (QImage& bitmap : bitmaps) {
-    if (bitmap.format() != drawnFormat) bitmap = bitmap.convertToFormat(drawnFormat);
-  }
-  std::ranges::sort(bitmaps, {}, &QImage::devicePixelRatio);
-  return bitmaps;
+QImage prepared(const QImage& bitmap) {
+  return bitmap.format() == drawnFormat ? bitmap : bitmap.convertToFormat(drawnFormat);
+}
+
+// The first that needs no enlarging, otherwise the last. `Ratio` answers a bitmap's.
+template <typename Bitmaps, typename Ratio>
+auto suiting(Bitmaps& bitmaps, double wanted, Ratio ratioOf) {
+  const auto enough =
+      std::ranges::find_if(bitmaps, [&](const auto& bitmap) { return std::invoke(ratioOf, bitmap) >= wanted - 0.01; });
+  return enough == bitmaps.end() && !bitmaps.empty() ? std::prev(bitmaps.end()) : enough;
 }
 
 // Said, or Qt loads its plug-ins for all others to ask them first.
@@ -45,13 +51,16 @@ QImage load(const QString& path, double ratio) {
     }
     bitmap.reinterpretAsFormat(drawnFormat);
   }
-  return bitmap;
+  return prepared(bitmap);
 }
 
 }  // namespace
 
-Image::Image(std::vector<QImage> bitmaps) : m_bitmaps(prepared(std::move(bitmaps))) {
-  if (!m_bitmaps.empty()) m_size = m_bitmaps.front().deviceIndependentSize();
+Image::Image(std::vector<QImage> bitmaps) {
+  for (const QImage& bitmap : bitmaps)
+    if (!bitmap.isNull()) m_bitmaps.push_back({bitmap.devicePixelRatio(), {}, prepared(bitmap)});
+  std::ranges::sort(m_bitmaps, {}, &Bitmap::ratio);
+  if (!m_bitmaps.empty()) m_size = m_bitmaps.front().image.deviceIndependentSize();
 }
 
 Image::Image(const QImage& bitmap) : Image(std::vector<QImage>{bitmap}) {}
@@ -65,21 +74,36 @@ ImageRef Image::imageNamed(const QString& name) {
   // Only the head of the file is read here.
   const QSize size = QImageReader(path + u".png"_s, pictureFormat).size();
   if (size.isEmpty()) return nullptr;
-  const ImageRef image(new Image(QSizeF(size), [path] {
-    return std::vector<QImage>{load(path + u".png"_s, 1), load(path + u"@2x.png"_s, 2)};
-  }));
+  std::vector<Bitmap> bitmaps{{1, path + u".png"_s, {}}};
+  if (const QString fine = path + u"@2x.png"_s; QFile::exists(fine)) bitmaps.push_back({2, fine, {}});
+  const ImageRef image(new Image(QSizeF(size), std::move(bitmaps)));
   loaded.insert(name, image);
   return image;
 }
 
-const std::vector<QImage>& Image::bitmaps() const {
-  if (m_load) m_bitmaps = prepared(std::exchange(m_load, nullptr)());
-  return m_bitmaps;
+const QImage& Image::read(Bitmap& bitmap) {
+  if (!bitmap.file.isEmpty()) bitmap.image = load(std::exchange(bitmap.file, {}), bitmap.ratio);
+  return bitmap.image;
+}
+
+std::vector<QImage> Image::bitmaps() const {
+  std::vector<QImage> all;
+  for (Bitmap& bitmap : m_bitmaps) all.push_back(read(bitmap));
+  return all;
+}
+
+const QImage* Image::bitmapForRatio(double ratio) const {
+  const auto bitmap = suiting(m_bitmaps, ratio, &Bitmap::ratio);
+  return bitmap == m_bitmaps.end() ? nullptr : &read(*bitmap);
+}
+
+bool Image::isRead() const {
+  return std::ranges::all_of(m_bitmaps, &QString::isEmpty, &Bitmap::file);
 }
 
 void Image::drawInRect(QPainter& painter, const QRectF& rect, const QRectF& fromRect, CompositingOperation operation,
                        double fraction, bool /*respectFlipped*/, QPainter::RenderHints hints) const {
-  const QImage* bitmap = bitmapForRatio(bitmaps(), deviceRatio(painter));
+  const QImage* bitmap = bitmapForRatio(deviceRatio(painter));
   if (!bitmap || rect.isEmpty()) return;
   QRectF part(QPointF(0, 0), QSizeF(bitmap->size()));
   if (!fromRect.isEmpty()) {
@@ -111,10 +135,8 @@ ImageRef imageWithFraction(const Image& image, double fraction) {
 }
 
 const QImage* bitmapForRatio(const std::vector<QImage>& bitmaps, double ratio) {
-  if (bitmaps.empty()) return nullptr;
-  const auto enough = std::ranges::find_if(
-      bitmaps, [ratio](const QImage& bitmap) { return bitmap.devicePixelRatio() >= ratio - 0.01; });
-  return enough == bitmaps.end() ? &bitmaps.back() : &*enough;
+  const auto bitmap = suiting(bitmaps, ratio, &QImage::devicePixelRatio);
+  return bitmap == bitmaps.end() ? nullptr : &*bitmap;
 }
 
 double deviceRatio(const QPainter& painter) {

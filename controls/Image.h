@@ -6,7 +6,6 @@
 #include <QSizeF>
 #include <QString>
 
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -31,12 +30,19 @@ class Image {
   Image(const Image&) = delete;
   Image& operator=(const Image&) = delete;
 
-  // The program's own picture of that name at 1x and 2x; null where there is none. Its bitmaps are read when they are
-  // first asked for, as a start that shows only the icon in the tray needs few of them. Main thread only.
+  // The program's own picture of that name at 1x and 2x; null where there is none. Each of its bitmaps is read when it
+  // is first asked for: a start that shows only the icon in the tray needs few pictures, and most screens one scale.
+  // Main thread only.
   [[nodiscard]] static ImageRef imageNamed(const QString& name);
 
   [[nodiscard]] QSizeF size() const { return m_size; }
-  [[nodiscard]] const std::vector<QImage>& bitmaps() const;
+  // All of them, smallest scale first.
+  [[nodiscard]] std::vector<QImage> bitmaps() const;
+  // The one to show on a device of `ratio` pixels a point: the smallest that needs no enlarging, otherwise the largest;
+  // null when there is none.
+  [[nodiscard]] const QImage* bitmapForRatio(double ratio) const;
+  // Whether none is left to be read.
+  [[nodiscard]] bool isRead() const;
 
   // `fromRect`: the part of the picture to draw; an empty rectangle means all of it. `fraction`: 0 to 1, the opacity.
   // `respectFlipped` has nothing to decide, as a painter's y always points down. `hints` are added to the painter's.
@@ -49,12 +55,16 @@ class Image {
   explicit Image(const QSizeF& size) : m_size(size) {}
 
  private:
-  using Loader = std::function<std::vector<QImage>()>;
-  Image(const QSizeF& size, Loader load) : m_size(size), m_load(std::move(load)) {}
+  struct Bitmap {
+    double ratio;
+    QString file;  // that it is still to be read from; empty once it is there
+    QImage image;
+  };
+  Image(const QSizeF& size, std::vector<Bitmap> bitmaps) : m_size(size), m_bitmaps(std::move(bitmaps)) {}
+  static const QImage& read(Bitmap& bitmap);
 
   QSizeF m_size;
-  mutable Loader m_load;                  // until the bitmaps are there
-  mutable std::vector<QImage> m_bitmaps;  // smallest scale first
+  mutable std::vector<Bitmap> m_bitmaps;  // smallest scale first
 };
 
 // A copy of the same size, drawn at the opacity `fraction`: the dimmed look of a button at rest.

@@ -30,7 +30,7 @@ NinePartScaledImage::NinePartScaledImage(const Image& source, const QPointF& sca
     : Image(source.size()),
       m_scaleTopLeft(scaleTopLeft),
       m_scaleBottomRight(scaleBottomRight),
-      m_pieces(piecesOf(source, scaleTopLeft, scaleBottomRight)) {}
+      m_pieces(piecesOf(source.size(), source.bitmaps(), scaleTopLeft, scaleBottomRight)) {}
 
 NinePartScaledImage::NinePartScaledImage(ImageRef source, const QPointF& scaleTopLeft, const QPointF& scaleBottomRight)
     : Image(source->size()),
@@ -40,47 +40,60 @@ NinePartScaledImage::NinePartScaledImage(ImageRef source, const QPointF& scaleTo
 
 const NinePartScaledImage::Pieces& NinePartScaledImage::pieces() const {
   if (const ImageRef source = std::exchange(m_source, nullptr))
-    m_pieces = piecesOf(*source, m_scaleTopLeft, m_scaleBottomRight);
+    m_pieces = piecesOf(size(), source->bitmaps(), m_scaleTopLeft, m_scaleBottomRight);
   return m_pieces;
 }
 
-NinePartScaledImage::Pieces NinePartScaledImage::piecesOf(const Image& source, const QPointF& scaleTopLeft,
+const NinePartScaledImage::Pieces& NinePartScaledImage::piecesForRatio(double ratio) const {
+  if (!m_source) return m_pieces;
+  const QImage* bitmap = m_source->bitmapForRatio(ratio);
+  if (!bitmap || m_source->isRead()) return pieces();
+  if (m_cutRatio != bitmap->devicePixelRatio()) {
+    m_cutRatio = bitmap->devicePixelRatio();
+    m_pieces = piecesOf(size(), {*bitmap}, m_scaleTopLeft, m_scaleBottomRight);
+  }
+  return m_pieces;
+}
+
+NinePartScaledImage::Pieces NinePartScaledImage::piecesOf(QSizeF size, const std::vector<QImage>& bitmaps,
+                                                          const QPointF& scaleTopLeft,
                                                           const QPointF& scaleBottomRight) {
   const double left = scaleTopLeft.x();
   const double top = scaleTopLeft.y();
   const double right = scaleBottomRight.x();
   const double bottom = scaleBottomRight.y();
-  const double width = source.size().width();
-  const double height = source.size().height();
+  const double width = size.width();
+  const double height = size.height();
   return {
-      cut(source, {0, top, left, height - top}),
-      cut(source, {left, top, right - left, height - top}),
-      cut(source, {right, top, width - right, height - top}),
-      cut(source, {0, bottom, left, top - bottom}),
-      cut(source, {left, bottom, right - left, top - bottom}),
-      cut(source, {right, bottom, width - right, top - bottom}),
-      cut(source, {0, 0, left, bottom}),
-      cut(source, {left, 0, right - left, bottom}),
-      cut(source, {right, 0, width - right, bottom}),
+      cut(size, bitmaps, {0, top, left, height - top}),
+      cut(size, bitmaps, {left, top, right - left, height - top}),
+      cut(size, bitmaps, {right, top, width - right, height - top}),
+      cut(size, bitmaps, {0, bottom, left, top - bottom}),
+      cut(size, bitmaps, {left, bottom, right - left, top - bottom}),
+      cut(size, bitmaps, {right, bottom, width - right, top - bottom}),
+      cut(size, bitmaps, {0, 0, left, bottom}),
+      cut(size, bitmaps, {left, 0, right - left, bottom}),
+      cut(size, bitmaps, {right, 0, width - right, bottom}),
   };
 }
 
-NinePartScaledImage::Piece NinePartScaledImage::cut(const Image& source, const QRectF& rect) {
+NinePartScaledImage::Piece NinePartScaledImage::cut(QSizeF size, const std::vector<QImage>& bitmaps,
+                                                    const QRectF& rect) {
   Piece piece{rect.size(), {}, {}};
   // An empty or negative size, or one that is no number, leaves the piece without a bitmap.
   if (!isFinite(rect) || !(rect.width() > 0) || !(rect.height() > 0)) return piece;
   // Only what lies inside the source is copied: a point far outside must not cost memory.
-  const QRectF inside = rect & QRectF(QPointF(0, 0), source.size());
+  const QRectF inside = rect & QRectF(QPointF(0, 0), size);
   if (inside.isEmpty()) return piece;
   piece.content = QRectF(inside.x() - rect.x(), rect.y() + rect.height() - inside.y() - inside.height(), inside.width(),
                          inside.height());
-  for (const QImage& bitmap : source.bitmaps()) {
+  for (const QImage& bitmap : bitmaps) {
     const double ratio = bitmap.devicePixelRatio();
     // Each line is rounded by itself, so the pieces cover every pixel of the source exactly once.
     const int x = qRound(inside.x() * ratio);
-    const int y = qRound((source.size().height() - inside.y() - inside.height()) * ratio);
+    const int y = qRound((size.height() - inside.y() - inside.height()) * ratio);
     const int right = qRound((inside.x() + inside.width()) * ratio);
-    const int bottom = qRound((source.size().height() - inside.y()) * ratio);
+    const int bottom = qRound((size.height() - inside.y()) * ratio);
     if (right <= x || bottom <= y) continue;
     piece.bitmaps.push_back(bitmap.copy(x, y, right - x, bottom - y));
   }
@@ -88,7 +101,7 @@ NinePartScaledImage::Piece NinePartScaledImage::cut(const Image& source, const Q
 }
 
 void NinePartScaledImage::drawPiece(QPainter& painter, const Piece& piece, const QRectF& rect) {
-  const QImage* bitmap = bitmapForRatio(piece.bitmaps, deviceRatio(painter));
+  const QImage* bitmap = quillo::bitmapForRatio(piece.bitmaps, deviceRatio(painter));
   if (!bitmap || rect.isEmpty()) return;
   const double scaleX = rect.width() / piece.size.width();
   const double scaleY = rect.height() / piece.size.height();
@@ -101,10 +114,12 @@ void NinePartScaledImage::drawInRect(QPainter& painter, const QRectF& rect, cons
                                      CompositingOperation operation, double fraction, bool /*respectFlipped*/,
                                      QPainter::RenderHints /*hints*/) const {
   if (!isFinite(rect) || rect.isEmpty()) return;
+  const Pieces& pieces = piecesForRatio(deviceRatio(painter));
+  const auto sizeOf = [&pieces](NinePart part) { return pieces[static_cast<size_t>(part)].size; };
   const Lines columns =
-      linesFor(rect.left(), rect.right(), sizeOfPart(NinePart::Left).width(), sizeOfPart(NinePart::Right).width());
+      linesFor(rect.left(), rect.right(), sizeOf(NinePart::Left).width(), sizeOf(NinePart::Right).width());
   const Lines rows =
-      linesFor(rect.top(), rect.bottom(), sizeOfPart(NinePart::Top).height(), sizeOfPart(NinePart::Bottom).height());
+      linesFor(rect.top(), rect.bottom(), sizeOf(NinePart::Top).height(), sizeOf(NinePart::Bottom).height());
 
   painter.save();
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
@@ -120,10 +135,10 @@ void NinePartScaledImage::drawInRect(QPainter& painter, const QRectF& rect, cons
                                                          {columns.beforeLast, columns.end}}};
   const std::array<std::pair<double, double>, 3> down{
       {{rows.start, rows.afterFirst}, {rows.afterFirst, rows.beforeLast}, {rows.beforeLast, rows.end}}};
-  for (size_t index = 0; index < pieces().size(); ++index) {
+  for (size_t index = 0; index < pieces.size(); ++index) {
     const auto [left, right] = across[index % 3];
     const auto [top, bottom] = down[index / 3];
-    drawPiece(painter, pieces()[index], QRectF(left, top, right - left, bottom - top));
+    drawPiece(painter, pieces[index], QRectF(left, top, right - left, bottom - top));
   }
   painter.restore();
 }

@@ -21,7 +21,8 @@ class NinePartScaledImage : public Image {
  public:
   // Cuts at once; `source` is not kept.
   NinePartScaledImage(const Image& source, const QPointF& scaleTopLeft, const QPointF& scaleBottomRight);
-  // Cuts when it is first drawn or a piece asked for, and keeps `source`, which is not null, until then.
+  // Cuts when it is first drawn or a piece asked for, at the scale that this needs, and keeps `source`, which is not
+  // null, until it is cut at every scale.
   NinePartScaledImage(ImageRef source, const QPointF& scaleTopLeft, const QPointF& scaleBottomRight);
 
   // Draws all of it into `rect`, whatever `fromRect` and `hints` say. A rectangle too small for the corners shows what
@@ -46,14 +47,19 @@ class NinePartScaledImage : public Image {
 
   using Pieces = std::array<Piece, 9>;
   [[nodiscard]] const Pieces& pieces() const;
+  // With no less than the bitmaps for a device of this ratio.
+  [[nodiscard]] const Pieces& piecesForRatio(double ratio) const;
   [[nodiscard]] const Piece& piece(NinePart part) const { return pieces()[static_cast<size_t>(part)]; }
-  static Pieces piecesOf(const Image& source, const QPointF& scaleTopLeft, const QPointF& scaleBottomRight);
-  static Piece cut(const Image& source, const QRectF& rect);
+  // Of a source of `size` points, at the scales of these bitmaps of it.
+  static Pieces piecesOf(QSizeF size, const std::vector<QImage>& bitmaps, const QPointF& scaleTopLeft,
+                         const QPointF& scaleBottomRight);
+  static Piece cut(QSizeF size, const std::vector<QImage>& bitmaps, const QRectF& rect);
   static void drawPiece(QPainter& painter, const Piece& piece, const QRectF& rect);
 
   QPointF m_scaleTopLeft;
   QPointF m_scaleBottomRight;
-  mutable ImageRef m_source;  // until it is cut
+  mutable ImageRef m_source;     // until it is cut at every scale
+  mutable double m_cutRatio{0};  // of the one scale it is cut at so far; 0 for none
   mutable Pieces m_pieces;
 };
 

@@ -178,7 +178,7 @@ void AgentEntryWindow::layOut() {
   if (composited) {
     clearMask();
     m_maskOutline.clear();
-  } else if (const QPainterPath outline = m_ui->backgroundView->outline(); outline != m_maskOutline) {
+  } else if (const QPainterPath& outline = m_ui->backgroundView->outline(); outline != m_maskOutline) {
     // Not by filling a bitmap: Qt starts threads for a shape of this size.
     setMask(QRegion(outline.toFillPolygon().toPolygon()));
     m_maskOutline = outline;
@@ -277,10 +277,17 @@ void AgentEntryWindow::makeKeyAndOrderFront() {
 
 void AgentEntryWindow::paintEvent(QPaintEvent*) {
   if (m_shadowMargin == 0) return;
-  QPainter painter(this);
+  if (const QPainterPath& outline = m_ui->backgroundView->outline(); outline != m_shadowOutline) {
+    m_shadow.invalidate();
+    m_shadowOutline = outline;
+  }
+  m_shadow.paint(*this, [this](QPainter& painter) { drawShadow(painter); });
+}
+
+void AgentEntryWindow::drawShadow(QPainter& painter) const {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
-  // A soft shadow as rings of little alpha; it is painted once a showing, so nothing is cached.
+  // A soft shadow as rings of little alpha.
   const bool isBelow = m_ui->backgroundView->arrowEdge() == Qt::TopEdge;
   const double arrow = EntryBackgroundView::arrowHeight;
   const QRectF frame(frameOffset(), frameSize);

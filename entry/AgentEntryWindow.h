@@ -1,5 +1,7 @@
 #pragma once
 
+#include "controls/CachedDrawing.h"
+
 #include <QPainterPath>
 #include <QWidget>
 
@@ -91,6 +93,7 @@ class AgentEntryWindow : public QWidget {
 
  private:
   void layOut();
+  void drawShadow(QPainter& painter) const;
   void awakeFromNib();
   void layOutTextArea();
   // Of the frame within the widget.
@@ -107,6 +110,8 @@ class AgentEntryWindow : public QWidget {
   bool m_showsLocationSpinner{false};
   bool m_showsMetadata{false};
   QPainterPath m_maskOutline;  // what the mask was made from; empty while there is none
+  CachedDrawing m_shadow;
+  QPainterPath m_shadowOutline;  // what the shadow was drawn around
 };
 
 }  // namespace quillo

@@ -15,13 +15,21 @@ EntryBackgroundView::EntryBackgroundView(QWidget* parent) : QWidget(parent), m_a
 void EntryBackgroundView::setArrowX(double x) {
   const double margin = radius + arrowHalfWidth + 2;
   const double kept = std::clamp(x, margin, std::max(margin, width() - margin));
-  if (std::exchange(m_arrowX, kept) == kept) return;
-  m_drawing.invalidate();
-  update();
+  if (std::exchange(m_arrowX, kept) != kept) changeOutline();
 }
 
 void EntryBackgroundView::setArrowEdge(Qt::Edge edge) {
-  m_arrowEdge = edge;
+  if (std::exchange(m_arrowEdge, edge) != edge) changeOutline();
+}
+
+void EntryBackgroundView::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  changeOutline();
+}
+
+void EntryBackgroundView::changeOutline() {
+  m_outline.clear();
+  m_drawing.invalidate();
   update();
 }
 
@@ -31,7 +39,8 @@ void EntryBackgroundView::setAlpha(double alpha) {
   update();
 }
 
-QPainterPath EntryBackgroundView::outline() const {
+const QPainterPath& EntryBackgroundView::outline() const {
+  if (!m_outline.isEmpty()) return m_outline;
   QPainterPath body;
   body.addRoundedRect(QRectF(0, arrowHeight, width(), height() - arrowHeight), radius, radius);
   QPainterPath arrow;
@@ -43,7 +52,8 @@ QPainterPath EntryBackgroundView::outline() const {
   arrow.closeSubpath();
   const QPainterPath shape = body.united(arrow);
   // The same upside down; the light still comes from above.
-  return m_arrowEdge == Qt::TopEdge ? shape : QTransform(1, 0, 0, -1, 0, height()).map(shape);
+  m_outline = m_arrowEdge == Qt::TopEdge ? shape : QTransform(1, 0, 0, -1, 0, height()).map(shape);
+  return m_outline;
 }
 
 void EntryBackgroundView::paintEvent(QPaintEvent*) {
@@ -52,7 +62,7 @@ void EntryBackgroundView::paintEvent(QPaintEvent*) {
 
 void EntryBackgroundView::draw(QPainter& painter) const {
   painter.setRenderHint(QPainter::Antialiasing);
-  const QPainterPath shape = outline();
+  const QPainterPath& shape = outline();
 
   QLinearGradient slate(0, 0, 0, height());
   slate.setColorAt(0, QColor(0x3a, 0x3e, 0x45));

@@ -25,19 +25,23 @@ class EntryBackgroundView : public QWidget {
   // 0 to 1.
   void setAlpha(double alpha);
 
-  // Body and arrow as one shape, in the view's own points.
-  [[nodiscard]] QPainterPath outline() const;
+  // Body and arrow as one shape, in the view's own points. The same object as before where nothing has changed, which
+  // makes comparing cheap.
+  [[nodiscard]] const QPainterPath& outline() const;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
+  void changeOutline();
   void draw(QPainter& painter) const;
 
   double m_arrowX;
   Qt::Edge m_arrowEdge{Qt::TopEdge};
   double m_alpha{1};
   CachedDrawing m_drawing;
+  mutable QPainterPath m_outline;  // empty until it is asked for
 };
 
 }  // namespace quillo

@@ -48,7 +48,7 @@ std::optional<QByteArray> contentsOfOpenFile(int descriptor, const QString& path
   // The size was bounded above, and each turn reads at least one byte or ends; what another writer appends meanwhile is
   // left for the next read.
   while (got < bytes.size()) {
-    const ssize_t count = ::read(descriptor, bytes.data() + got, static_cast<size_t>(bytes.size() - got));
+    const ssize_t count = ::pread(descriptor, bytes.data() + got, static_cast<size_t>(bytes.size() - got), got);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return failed(fileReadError(errno, path));
     if (count == 0) break;
@@ -101,6 +101,12 @@ bool writeFileInPlace(const QString& path, const QByteArray& bytes, Error* error
   // Readers take a missing file for an empty list, but not an empty file.
   if (isMade) ::unlink(encoded.constData());
   return fail(error, fileWriteError(number, path));
+}
+
+bool writeOpenFileInPlace(FileDescriptor file, qint64 size, const QString& path, const QByteArray& bytes,
+                          Error* error) {
+  const int number = fill(file, bytes, size);
+  return number == 0 || fail(error, fileWriteError(number, path));
 }
 
 bool writeFileAtomically(const QString& path, const QByteArray& bytes, Error* error) {

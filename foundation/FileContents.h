@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/Error.h"
+#include "foundation/FileDescriptor.h"
 
 #include <QByteArray>
 #include <QString>
@@ -16,13 +17,17 @@ inline constexpr qint64 largestFileRead = qint64{256} * 1024 * 1024;
 // refused rather than waited for.
 [[nodiscard]] std::optional<QByteArray> contentsOfFile(const QString& path, Error* error = nullptr);
 
-// The same of a file that is open; `path` is for the error.
+// The same of a file that is open, from its beginning, wherever its position is; `path` is for the error.
 [[nodiscard]] std::optional<QByteArray> contentsOfOpenFile(int descriptor, const QString& path, Error* error = nullptr);
 
 // Replaces the contents of `path` in place: the same file, no temporary one, so another process that holds it open sees
 // the new bytes. Space for what is longer is claimed first, so that a full disk is an error with the old contents
 // whole. Makes the file, mode 0600, when it is missing, and removes it again when it cannot be filled.
 bool writeFileInPlace(const QString& path, const QByteArray& bytes, Error* error = nullptr);
+
+// The same with a file that is open for writing at its beginning and whose size is known; closes it.
+bool writeOpenFileInPlace(FileDescriptor file, qint64 size, const QString& path, const QByteArray& bytes,
+                          Error* error = nullptr);
 
 // Replaces `path` as a whole, mode 0600: readers and a crash find the old contents or the new. A symbolic link stays
 // and what it leads to is replaced, as some keep their settings elsewhere; so this is for files in the user's own

@@ -47,7 +47,7 @@ class Reader {
     quint64 weight{1};
     quint64 height{1};
     PropertyListArray items;
-    PropertyListDictionary entries;
+    PropertyListDictionary::Entries entries;
   };
   struct Header {
     quint8 kind;
@@ -203,14 +203,13 @@ bool Reader::readReal(const Header& header, PropertyListValue* value) {
 }
 
 bool Reader::readString(const Header& header, PropertyListValue* value) {
-  static const PropertyListValue empty{QString()};
   const bool isWide = header.kind == Utf16String;
   if (header.count > m_size) return refuse(u"an object ends behind the last"_s, header.start);
   if (!claim(header, isWide ? header.count * 2 : header.count) || !take(2, header.count, MemoryAllowance::string))
     return false;
   const auto length = static_cast<qsizetype>(header.count);
   if (length == 0) {
-    *value = empty;
+    *value = QString();
   } else if (isWide) {
     QString text(length, Qt::Uninitialized);
     qFromBigEndian<char16_t>(m_bytes + header.body, length, text.data());
@@ -225,7 +224,6 @@ bool Reader::readString(const Header& header, PropertyListValue* value) {
 }
 
 bool Reader::readScalar(quint64 index, const Header& header) {
-  static const PropertyListValue emptyData{QByteArray()};
   PropertyListValue value;
   bool good = false;
   switch (header.kind) {
@@ -251,7 +249,7 @@ bool Reader::readScalar(quint64 index, const Header& header) {
       if (good && header.count > 0)
         value = QByteArray(reinterpret_cast<const char*>(m_bytes) + header.body, static_cast<qsizetype>(header.count));
       else
-        value = emptyData;
+        value = QByteArray();
       break;
     case Uid:
       return refuse(u"UID objects, which only keyed archives have, are not accepted"_s, header.start);
@@ -283,7 +281,10 @@ bool Reader::open(quint64 index, const Header& header) {
   collection.count = header.count;
   collection.keys = header.body;
   collection.values = isDictionary ? header.body + size : header.body;
-  if (!isDictionary) collection.items.reserve(static_cast<qsizetype>(header.count));
+  if (isDictionary)
+    collection.entries.reserve(static_cast<qsizetype>(header.count));
+  else
+    collection.items.reserve(static_cast<qsizetype>(header.count));
   return true;
 }
 
@@ -329,7 +330,7 @@ bool Reader::step() {
   if (collection.isDictionary) {
     QString key;
     if (!readKey(collection, &key)) return false;
-    collection.entries.insert(key, object.value);
+    collection.entries.emplace_back(std::move(key), object.value);
   } else {
     collection.items.append(object.value);
   }
@@ -338,14 +339,12 @@ bool Reader::step() {
 }
 
 void Reader::close() {
-  static const PropertyListValue emptyArray{PropertyListArray()};
-  static const PropertyListValue emptyDictionary{PropertyListDictionary()};
-  const Collection& collection = m_open.back();
+  Collection& collection = m_open.back();
   Object& object = m_objects[collection.index];
   if (collection.isDictionary)
-    object.value = collection.count == 0 ? emptyDictionary : PropertyListValue(collection.entries);
+    object.value = PropertyListDictionary::fromEntries(std::move(collection.entries));
   else
-    object.value = collection.count == 0 ? emptyArray : PropertyListValue(collection.items);
+    object.value = std::move(collection.items);
   object.weight = collection.weight;
   object.height = collection.height;
   object.isOpen = 0;

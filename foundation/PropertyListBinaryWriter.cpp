@@ -1,12 +1,15 @@
 #include "foundation/PropertyListBinaryFormat.h"
 #include "foundation/PropertyListCoding.h"
+#include "foundation/PropertyListOutput.h"
 
+#include <QHashSeed>
 #include <QtEndian>
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <limits>
+#include <vector>
 
 namespace quillo::PropertyListCoding {
 
@@ -22,6 +25,42 @@ quint64 widthFor(quint64 count) {
   return count <= 0xFFFFFFFF ? 4 : 8;
 }
 
+// What tells one scalar from another. By kind, as true, 1 and 1.0 are equal as values and must stay apart here, then by
+// the text, the bytes, or the bits of a number.
+struct Scalar {
+  enum Kind : quint8 { String, Bytes, Bool, Signed, Unsigned, RealNumber, Instant };
+
+  Scalar(const PropertyListValue* value, const QString* key) {
+    if (key || value->isString()) {
+      const QString& text = key ? *key : value->string();
+      bytes = {reinterpret_cast<const char*>(text.utf16()), text.size() * 2};
+    } else if (value->isData()) {
+      kind = Bytes;
+      bytes = value->data();
+    } else if (value->isReal()) {
+      kind = RealNumber;
+      bits = std::bit_cast<quint64>(value->doubleValue());
+    } else if (const auto date = value->date()) {
+      kind = Instant;
+      bits = std::bit_cast<quint64>(date->timeIntervalSinceReferenceDate());
+    } else {
+      kind = value->isBool() ? Bool : value->isUnsigned64() ? Unsigned : Signed;
+      bits = value->unsignedIntegerValue();
+    }
+  }
+  [[nodiscard]] size_t hash(size_t seed) const {
+    return kind <= Bytes ? qHashBits(bytes.data(), static_cast<size_t>(bytes.size()), seed + kind)
+                         : qHashBits(&bits, sizeof bits, seed + kind);
+  }
+  bool operator==(const Scalar& other) const {
+    return kind == other.kind && bits == other.bits && bytes == other.bytes;
+  }
+
+  Kind kind{String};
+  quint64 bits{0};
+  QByteArrayView bytes;
+};
+
 // Numbers the objects breadth first, equal scalars once, then writes them in that order. Collections are written as
 // often as they occur: comparing them would cost more than it saves.
 class Writer {
@@ -30,13 +69,6 @@ class Writer {
 
  private:
   static constexpr quint32 none = std::numeric_limits<quint32>::max();
-
-  // The index under `key`, entered as none where it is new.
-  template <typename Key>
-  static quint32& entry(QHash<Key, quint32>& indexes, const Key& key) {
-    const auto found = indexes.find(key);
-    return found != indexes.end() ? *found : *indexes.insert(key, none);
-  }
 
   // A value, or a key of a dictionary.
   struct Object {
@@ -50,8 +82,9 @@ class Writer {
   bool collect(const PropertyListValue& top);
   bool collectChildren(quint32 parent);
   bool addValue(const PropertyListValue& value, quint32 parent);
-  bool addString(const QString& text, const PropertyListValue* value, quint32 parent);
-  bool append(Object object, quint32* index);
+  bool addScalar(const Object& object);
+  bool append(Object object);
+  void growScalars();
   bool refuse(const QString& problem, quint32 parent, const PropertyListValue& culprit);
 
   void writeObject(const Object& object);
@@ -60,16 +93,24 @@ class Writer {
   void writeInteger(const PropertyListValue& value);
   void writeCounted(quint8 marker, quint64 count);
   void writeBigEndian(quint64 value, quint64 width);
+  void writeByte(int byte) {
+    m_out.makeRoom(1);
+    m_out.put(static_cast<char>(byte));
+  }
   void writeTable(const std::vector<quint64>& offsets);
 
   std::vector<Object> m_objects;
   std::vector<quint32> m_references;
-  QHash<QString, quint32> m_strings;
-  QHash<QByteArray, quint32> m_data;
-  // By kind, as true, 1 and 1.0 are equal as values and must stay apart here, then by bits.
-  enum Kind { Bool, Signed, Unsigned, RealNumber, Instant, kinds };
-  std::array<QHash<quint64, quint32>, kinds> m_numbers;
-  QByteArray m_out;
+  // The indexes of the scalars, each in the first place from its hash on that was free; a power of two of places, at
+  // least twice as many as there are scalars.
+  struct Place {
+    quint32 index{none};
+    quint32 hash{0};  // enough of it to look at most objects that differ never
+  };
+  std::vector<Place> m_scalars = std::vector<Place>(256);
+  size_t m_scalarCount{0};
+  size_t m_seed{QHashSeed::globalSeed()};
+  Output m_out;
   quint64 m_referenceWidth{1};
   QString m_problem;
   QStringList m_path;
@@ -96,53 +137,54 @@ bool Writer::refuse(const QString& problem, quint32 parent, const PropertyListVa
   return false;
 }
 
-bool Writer::append(Object object, quint32* index) {
+bool Writer::append(Object object) {
   if (m_objects.size() >= none - 1) {
     m_problem = u"it holds too many values"_s;
     return false;
   }
-  *index = static_cast<quint32>(m_objects.size());
+  m_references.push_back(static_cast<quint32>(m_objects.size()));
   object.depth = object.parent == none ? 0 : m_objects[object.parent].depth + 1;
   m_objects.push_back(object);
   return true;
 }
 
-bool Writer::addString(const QString& text, const PropertyListValue* value, quint32 parent) {
-  quint32 index = m_strings.value(text, none);
-  if (index == none) {
-    if (!append({value, &text, parent, 0, 0}, &index)) return false;
-    m_strings.insert(text, index);
+void Writer::growScalars() {
+  std::vector<Place> larger(m_scalars.size() * 2);
+  for (const Place& known : m_scalars) {
+    if (known.index == none) continue;
+    size_t at = known.hash & (larger.size() - 1);
+    while (larger[at].index != none) at = (at + 1) & (larger.size() - 1);
+    larger[at] = known;
   }
-  m_references.push_back(index);
+  m_scalars = std::move(larger);
+}
+
+// Once for all that are equal in kind and bits.
+bool Writer::addScalar(const Object& object) {
+  const Scalar scalar(object.value, object.key);
+  const auto hash = static_cast<quint32>(scalar.hash(m_seed));
+  size_t at = hash & (m_scalars.size() - 1);
+  // There are free places always, and the seed keeps those taken apart.
+  for (; m_scalars[at].index != none; at = (at + 1) & (m_scalars.size() - 1)) {
+    if (m_scalars[at].hash != hash) continue;
+    const Object& known = m_objects[m_scalars[at].index];
+    if (!(Scalar(known.value, known.key) == scalar)) continue;
+    m_references.push_back(m_scalars[at].index);
+    return true;
+  }
+  m_scalars[at] = {static_cast<quint32>(m_objects.size()), hash};
+  if (!append(object)) return false;
+  if (++m_scalarCount * 2 > m_scalars.size()) growScalars();
   return true;
 }
 
 bool Writer::addValue(const PropertyListValue& value, quint32 parent) {
   if (value.isNull()) return refuse(u"there is a null value"_s, parent, value);
-  if (value.isString()) return addString(value.string(), &value, parent);
-  quint32 index = none;
-  quint32* known = nullptr;
-  if (value.isArray() || value.isDictionary()) {
-    const quint32 depth = parent == none ? 0 : m_objects[parent].depth + 1;
-    if (depth >= PropertyListSerialization::maximumDepth)
-      return refuse(u"collections are nested too deeply"_s, parent, value);
-  } else if (value.isData()) {
-    known = &entry(m_data, value.data());
-  } else {
-    Kind kind = Signed;
-    quint64 bits = value.unsignedIntegerValue();
-    if (value.isBool()) kind = Bool;
-    if (value.isUnsigned64()) kind = Unsigned;
-    if (value.isReal()) kind = RealNumber, bits = std::bit_cast<quint64>(value.doubleValue());
-    if (const auto date = value.date())
-      kind = Instant, bits = std::bit_cast<quint64>(date->timeIntervalSinceReferenceDate());
-    known = &entry(m_numbers[kind], bits);
-  }
-  if (known) index = *known;
-  if (index == none && !append({&value, nullptr, parent, 0, 0}, &index)) return false;
-  if (known) *known = index;
-  m_references.push_back(index);
-  return true;
+  if (!value.isArray() && !value.isDictionary()) return addScalar({&value, nullptr, parent, 0, 0});
+  const quint32 depth = parent == none ? 0 : m_objects[parent].depth + 1;
+  if (depth >= PropertyListSerialization::maximumDepth)
+    return refuse(u"collections are nested too deeply"_s, parent, value);
+  return append({&value, nullptr, parent, 0, 0});
 }
 
 bool Writer::collectChildren(quint32 parent) {
@@ -152,8 +194,8 @@ bool Writer::collectChildren(quint32 parent) {
   for (const auto& item : value->array())
     if (!addValue(item, parent)) return false;
   const auto& entries = value->dictionary();
-  for (auto it = entries.keyBegin(); it != entries.keyEnd(); ++it)
-    if (!addString(*it, nullptr, parent)) return false;
+  for (auto it = entries.begin(); it != entries.end(); ++it)
+    if (!addScalar({nullptr, &it.key(), parent, 0, 0})) return false;
   for (const auto& item : entries)
     if (!addValue(item, parent)) return false;
   return true;
@@ -169,45 +211,44 @@ bool Writer::collect(const PropertyListValue& top) {
 }
 
 void Writer::writeBigEndian(quint64 value, quint64 width) {
-  std::array<char, 8> bytes;
-  qToBigEndian(value, bytes.data());
-  m_out.append(bytes.data() + (8 - width), static_cast<qsizetype>(width));
+  m_out.makeRoom(8);
+  for (quint64 left = width; left > 0; --left) m_out.put(static_cast<char>(value >> 8 * (left - 1)));
 }
 
 void Writer::writeInteger(const PropertyListValue& value) {
   const quint64 bits = value.unsignedIntegerValue();
   if (value.isUnsigned64()) {
     // Eight bytes have a sign, so the largest take sixteen.
-    m_out.append(static_cast<char>(Integer | 4));
+    writeByte(Integer | 4);
     writeBigEndian(0, 8);
     writeBigEndian(bits, 8);
     return;
   }
   // The narrow widths have no sign.
   const quint64 width = widthFor(bits);
-  m_out.append(static_cast<char>(Integer | std::countr_zero(width)));
+  writeByte(Integer | std::countr_zero(width));
   writeBigEndian(bits, width);
 }
 
 void Writer::writeCounted(quint8 marker, quint64 count) {
   if (count < countFollows) {
-    m_out.append(static_cast<char>(marker | count));
+    writeByte(marker | count);
     return;
   }
-  m_out.append(static_cast<char>(marker | countFollows));
+  writeByte(marker | countFollows);
   writeInteger(PropertyListValue(count));
 }
 
 void Writer::writeString(const QString& text) {
   const bool isAscii = std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
   writeCounted(isAscii ? AsciiString : Utf16String, static_cast<quint64>(text.size()));
-  if (isAscii) {
-    m_out += text.toLatin1();
-    return;
-  }
-  const qsizetype start = m_out.size();
-  m_out.resize(start + text.size() * 2);
-  qToBigEndian<char16_t>(text.utf16(), text.size(), m_out.data() + start);
+  const qsizetype length = text.size() * (isAscii ? 1 : 2);
+  m_out.makeRoom(length);
+  if (isAscii)
+    std::transform(text.begin(), text.end(), m_out.at(), [](QChar c) { return c.toLatin1(); });
+  else
+    qToBigEndian<char16_t>(text.utf16(), text.size(), m_out.at());
+  m_out.moveTo(m_out.at() + length);
 }
 
 void Writer::writeCollection(const Object& object) {
@@ -224,15 +265,15 @@ void Writer::writeObject(const Object& object) {
   if (value.isArray() || value.isDictionary()) {
     writeCollection(object);
   } else if (value.isBool()) {
-    m_out.append(static_cast<char>(value.boolValue() ? True : False));
+    writeByte(value.boolValue() ? True : False);
   } else if (value.isInteger()) {
     writeInteger(value);
   } else if (value.isData()) {
     writeCounted(Data, static_cast<quint64>(value.data().size()));
-    m_out += value.data();
+    m_out.append({value.data().constData(), static_cast<size_t>(value.data().size())});
   } else {
     const auto date = value.date();
-    m_out.append(static_cast<char>((date ? DateMarker : Real) | 3));
+    writeByte((date ? DateMarker : Real) | 3);
     writeBigEndian(std::bit_cast<quint64>(date ? date->timeIntervalSinceReferenceDate() : value.doubleValue()), 8);
   }
 }
@@ -241,7 +282,8 @@ void Writer::writeTable(const std::vector<quint64>& offsets) {
   const auto tableOffset = static_cast<quint64>(m_out.size());
   const quint64 offsetWidth = widthFor(tableOffset);
   for (const quint64 offset : offsets) writeBigEndian(offset, offsetWidth);
-  m_out.append(static_cast<qsizetype>(offsetWidthField), '\0');
+  m_out.makeRoom(static_cast<qsizetype>(offsetWidthField));
+  m_out.fill('\0', static_cast<qsizetype>(offsetWidthField));
   writeBigEndian(offsetWidth, 1);
   writeBigEndian(m_referenceWidth, 1);
   writeBigEndian(offsets.size(), 8);
@@ -255,7 +297,7 @@ std::optional<QByteArray> Writer::write(const PropertyListValue& value, Error* e
     return std::nullopt;
   }
   m_referenceWidth = widthFor(m_objects.size());
-  m_out = "bplist00";
+  m_out.append("bplist00");
   std::vector<quint64> offsets;
   offsets.reserve(m_objects.size());
   for (const Object& object : m_objects) {
@@ -263,7 +305,7 @@ std::optional<QByteArray> Writer::write(const PropertyListValue& value, Error* e
     writeObject(object);
   }
   writeTable(offsets);
-  return m_out;
+  return m_out.taken();
 }
 
 }  // namespace

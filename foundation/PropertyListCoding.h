@@ -5,17 +5,18 @@
 #include "foundation/PropertyListValue.h"
 
 #include <QByteArray>
-#include <QHash>
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 #include <vector>
 
 // The parts that PropertyListSerialization is made of: a reader and a writer for each form. Not for other callers.
 namespace quillo::PropertyListCoding {
 
-[[nodiscard]] std::optional<PropertyListValue> readXML(const QString& text, Error* error);
+// `text` is in UTF-8, whatever its declaration names.
+[[nodiscard]] std::optional<PropertyListValue> readXML(QByteArrayView text, Error* error);
 [[nodiscard]] std::optional<PropertyListValue> readOpenStep(const QString& text, Error* error);
 [[nodiscard]] std::optional<PropertyListValue> readBinary(const QByteArray& data, Error* error);
 
@@ -31,12 +32,13 @@ namespace quillo::PropertyListCoding {
 // what the allocator makes of each kind of value.
 class MemoryAllowance {
  public:
-  static constexpr qint64 object = 24;  // the binary form's table
-  static constexpr qint64 string = 64;  // and its text
-  static constexpr qint64 array = 96;   // and its items
-  static constexpr qint64 item = 16;
-  static constexpr qint64 dictionary = 112;  // and its entries
+  static constexpr qint64 object = 40;  // the binary form's table
+  static constexpr qint64 string = 48;  // and its text
+  static constexpr qint64 array = 80;   // and its items
+  static constexpr qint64 item = 32;
+  static constexpr qint64 dictionary = 96;  // and its entries
   static constexpr qint64 entry = 80;
+  static constexpr qint64 attribute = 64;  // which the parser remembers
 
   explicit MemoryAllowance(qsizetype fileSize) : m_left(fileSize * 7 + qint64{32} * 1024 * 1024) {}
   // False once it is used up.
@@ -46,6 +48,28 @@ class MemoryAllowance {
   qint64 m_left;
 };
 
+// Short strings that come again and again, to be shared. Each has one place by its characters, and takes it from the
+// one before it, so this is quick and never grows, whatever a file holds.
+class RecentStrings {
+ public:
+  static constexpr qsizetype longest = 64;
+
+  // `text`, shared where it is here already; `isNew` receives whether it had to be made.
+  QString shared(QStringView text, bool* isNew = nullptr);
+
+ private:
+  struct Place {
+    size_t mixed{0};  // the characters of the string that came last
+    QString string;   // null until it has come twice
+  };
+  static constexpr size_t places = 512;
+  std::unique_ptr<Place[]> m_places;  // made at the first string
+};
+
+// `text` as a key of a dictionary. Lists of one kind have the same few keys, so they are shared from one list to the
+// next, too, for each thread.
+[[nodiscard]] QString sharedKey(QStringView text, bool* isNew = nullptr);
+
 // Puts a list together from its pieces in the order of a text. Collections that are still open lie on a stack of its
 // own, so that nesting costs no recursion.
 class Builder {
@@ -53,14 +77,16 @@ class Builder {
   explicit Builder(qsizetype textLength) : m_memory(textLength) {}
 
   // These answer false, with problem() saying why, where the piece has no place.
-  bool beginArray();
-  bool beginDictionary();
+  bool beginArray() { return begin(false); }
+  bool beginDictionary() { return begin(true); }
   bool endCollection();
   // A key that is there already takes the later value.
-  bool setKey(const QString& key);
-  bool add(const PropertyListValue& value);
-  // Short strings that repeat share their storage; most lists repeat the same few keys.
-  bool addString(const QString& text);
+  bool setKey(QStringView key);
+  bool add(PropertyListValue value);
+  // Short strings that repeat share their storage.
+  bool addString(QStringView text);
+  // Memory that reading takes beside the values.
+  bool take(qint64 bytes);
 
   [[nodiscard]] bool isInDictionary() const { return !m_open.empty() && m_open.back().isDictionary; }
   [[nodiscard]] size_t depth() const { return m_open.size(); }
@@ -70,20 +96,20 @@ class Builder {
 
  private:
   struct Collection {
-    bool isDictionary{false};
-    bool hasKey{false};
-    QString key;
-    PropertyListArray items;
-    PropertyListDictionary entries;
+    bool isDictionary;
+    bool hasKey;      // the last entry waits for its value
+    qsizetype first;  // of its items or entries
   };
   bool begin(bool dictionary);
   bool refuse(const QString& problem);
-  std::optional<PropertyListValue> shared(const QString& text);
-  bool take(qint64 bytes);
+  bool refuseKeyWithoutValue();
 
   std::vector<Collection> m_open;
+  // Of all open collections, those of the outer ones first.
+  PropertyListArray m_items;
+  PropertyListDictionary::Entries m_entries;
   std::optional<PropertyListValue> m_result;
-  QHash<QString, PropertyListValue> m_strings;
+  RecentStrings m_strings;
   MemoryAllowance m_memory;
   QString m_problem;
 };

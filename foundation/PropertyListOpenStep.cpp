@@ -151,9 +151,8 @@ bool Reader::readValue(Expect* next) {
     return built(m_builder.beginArray());
   }
   if (here() == u'<') {
-    static const PropertyListValue empty{QByteArray()};
     const auto data = readData();
-    return data && built(m_builder.add(data->isEmpty() ? empty : PropertyListValue(*data)));
+    return data && built(m_builder.add(*data));
   }
   const auto text = readString();
   return text && built(m_builder.addString(*text));

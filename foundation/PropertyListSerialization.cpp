@@ -3,6 +3,7 @@
 #include "foundation/PropertyListCoding.h"
 
 #include <QStringDecoder>
+#include <QStringEncoder>
 
 #include <algorithm>
 #include <cctype>
@@ -54,31 +55,42 @@ bool isWide(QStringConverter::Encoding encoding) {
          encoding != QStringConverter::System;
 }
 
-// The text of a list, by its byte order mark, its XML declaration, or else as UTF-8.
-std::optional<QString> decodedText(const QByteArray& data, Error* error) {
-  QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
-  if (const auto marked = QStringConverter::encodingForData(data, u'<')) {
-    decoder = QStringDecoder(*marked, QStringConverter::Flag::Stateless);
-  } else if (const QByteArray name = declaredEncoding(data); !name.isEmpty()) {
-    const auto declared = QStringConverter::encodingForName(name.constData());
-    // A declaration that could be read byte by byte is not in an encoding of two or four bytes, whatever it says.
-    if (declared && !isWide(*declared))
-      decoder = QStringDecoder(*declared, QStringConverter::Flag::Stateless);
-    else if (!declared)
-      decoder = QStringDecoder(name.constData(), QStringConverter::Flag::Stateless);
-    if (!decoder.isValid()) {
-      fail(error, readError(u"the encoding \"%1\" on line 1 is not known"_s.arg(QString::fromLatin1(name))));
-      return std::nullopt;
-    }
-  }
+// The decoder for a list, by its byte order mark, its XML declaration, or else for UTF-8. Invalid where it is unknown.
+QStringDecoder decoderFor(const QByteArray& data, Error* error) {
+  constexpr auto stateless = QStringConverter::Flag::Stateless;
+  if (const auto marked = QStringConverter::encodingForData(data, u'<')) return QStringDecoder(*marked, stateless);
+  const QByteArray name = declaredEncoding(data);
+  if (name.isEmpty()) return QStringDecoder(QStringConverter::Utf8, stateless);
+  const auto declared = QStringConverter::encodingForName(name.constData());
+  // A declaration that could be read byte by byte is not in an encoding of two or four bytes, whatever it says.
+  if (declared) return QStringDecoder(isWide(*declared) ? QStringConverter::Utf8 : *declared, stateless);
+  QStringDecoder decoder(name.constData(), stateless);
+  if (!decoder.isValid())
+    fail(error, readError(u"the encoding \"%1\" on line 1 is not known"_s.arg(QString::fromLatin1(name))));
+  return decoder;
+}
+
+std::optional<QString> decodedText(QStringDecoder& decoder, const QByteArray& data, Error* error) {
   QString text = decoder.decode(data);
-  if (decoder.hasError()) {
-    const qsizetype at = text.indexOf(QChar::ReplacementCharacter);
-    const auto line = 1 + QStringView(text).first(std::max<qsizetype>(at, 0)).count(u'\n');
-    fail(error, readError(u"the text on line %1 is not valid in its encoding"_s.arg(line)));
-    return std::nullopt;
-  }
-  return text;
+  if (!decoder.hasError()) return text;
+  const qsizetype at = text.indexOf(QChar::ReplacementCharacter);
+  const auto line = 1 + QStringView(text).first(std::max<qsizetype>(at, 0)).count(u'\n');
+  fail(error, readError(u"the text is not valid in its encoding, on line %1"_s.arg(line)));
+  return std::nullopt;
+}
+
+// The text in UTF-8; nothing where it has half of a pair of surrogates.
+std::optional<QByteArray> encodedText(const QString& text, Error* error) {
+  QStringEncoder encoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
+  QByteArray utf8 = encoder.encode(text);
+  if (!encoder.hasError()) return utf8;
+  fail(error, readError(u"the text is not valid in its encoding"_s));
+  return std::nullopt;
+}
+
+QByteArrayView withoutMark(QByteArrayView utf8) {
+  constexpr QByteArrayView mark = "\xef\xbb\xbf";
+  return utf8.startsWith(mark) ? utf8.sliced(mark.size()) : utf8;
 }
 
 // XML starts with a tag, and so does data of the OpenStep form: "<0fbd77>". No element's name is made of hexadecimal
@@ -94,6 +106,18 @@ bool looksLikeXML(QStringView text) {
   return false;
 }
 
+// Whether the same holds of a text in UTF-8, where that shows before anything that is not ASCII.
+bool surelyIsXML(QByteArrayView utf8) {
+  const auto isSpace = [](char character) { return character == ' ' || (character >= '\t' && character <= '\r'); };
+  utf8 = withoutMark(utf8);
+  const auto tag = std::find_if_not(utf8.begin(), utf8.end(), isSpace);
+  if (tag == utf8.end() || *tag != '<') return false;
+  const auto name = std::find_if_not(tag + 1, utf8.end(), [&](char character) {
+    return isSpace(character) || std::isxdigit(static_cast<uchar>(character));
+  });
+  return name != utf8.end() && *name != '>' && static_cast<uchar>(*name) < 0x80;
+}
+
 }  // namespace
 
 std::optional<PropertyListValue> PropertyListSerialization::propertyListWithData(const QByteArray& data,
@@ -107,11 +131,19 @@ std::optional<PropertyListValue> PropertyListSerialization::propertyListWithData
     if (format) *format = PropertyListFormat::Binary;
     return readBinary(data, error);
   }
-  const auto text = decodedText(data, error);
+  QStringDecoder decoder = decoderFor(data, error);
+  if (!decoder.isValid()) return std::nullopt;
+  if (qstrcmp(decoder.name(), "UTF-8") == 0 && surelyIsXML(data)) {
+    if (format) *format = PropertyListFormat::XML;
+    return readXML(withoutMark(data), error);
+  }
+  const auto text = decodedText(decoder, data, error);
   if (!text) return std::nullopt;
   const bool isXML = looksLikeXML(*text);
   if (format) *format = isXML ? PropertyListFormat::XML : PropertyListFormat::OpenStep;
-  return isXML ? readXML(*text, error) : readOpenStep(*text, error);
+  if (!isXML) return readOpenStep(*text, error);
+  const auto utf8 = encodedText(*text, error);
+  return utf8 ? readXML(*utf8, error) : std::nullopt;
 }
 
 std::optional<QByteArray> PropertyListSerialization::dataWithPropertyList(const PropertyListValue& value,

@@ -132,40 +132,32 @@ PropertyListValue::PropertyListValue(quint64 value) {
     m_value = value;
 }
 
-PropertyListValue::PropertyListValue(const QString& value) : m_value(Box<QString>(new Payload<QString>(value))) {}
-PropertyListValue::PropertyListValue(QLatin1StringView value) : PropertyListValue(QString(value)) {}
-PropertyListValue::PropertyListValue(const QByteArray& value)
-    : m_value(Box<QByteArray>(new Payload<QByteArray>(value))) {}
-PropertyListValue::PropertyListValue(const Array& value) : m_value(Box<Array>(new Payload<Array>(value))) {}
-PropertyListValue::PropertyListValue(const Dictionary& value)
-    : m_value(Box<Dictionary>(new Payload<Dictionary>(value))) {}
-
 bool PropertyListValue::isInteger() const {
   return std::holds_alternative<qint64>(m_value) || std::holds_alternative<quint64>(m_value);
 }
 
 const QString& PropertyListValue::string() const {
   static const QString none;
-  const auto* box = std::get_if<Box<QString>>(&m_value);
-  return box ? (*box)->value : none;
+  const auto* content = std::get_if<QString>(&m_value);
+  return content ? *content : none;
 }
 
 const QByteArray& PropertyListValue::data() const {
   static const QByteArray none;
-  const auto* box = std::get_if<Box<QByteArray>>(&m_value);
-  return box ? (*box)->value : none;
+  const auto* content = std::get_if<QByteArray>(&m_value);
+  return content ? *content : none;
 }
 
 const PropertyListArray& PropertyListValue::array() const {
   static const Array none;
-  const auto* box = std::get_if<Box<Array>>(&m_value);
-  return box ? (*box)->value : none;
+  const auto* content = std::get_if<Array>(&m_value);
+  return content ? *content : none;
 }
 
 const PropertyListDictionary& PropertyListValue::dictionary() const {
   static const Dictionary none;
-  const auto* box = std::get_if<Box<Dictionary>>(&m_value);
-  return box ? (*box)->value : none;
+  const auto* content = std::get_if<Dictionary>(&m_value);
+  return content ? *content : none;
 }
 
 std::optional<Date> PropertyListValue::date() const {
@@ -224,16 +216,7 @@ bool PropertyListValue::operator==(const PropertyListValue& other) const {
                             : equalNumbers(integerValue(), other.doubleValue());
     return isUnsigned64() == other.isUnsigned64() && unsignedIntegerValue() == other.unsignedIntegerValue();
   }
-  if (m_value.index() != other.m_value.index()) return false;
-  return std::visit(
-      [&other]<typename T>(const T& mine) {
-        const T& theirs = std::get<T>(other.m_value);
-        if constexpr (requires { mine->value; })
-          return mine == theirs || mine->value == theirs->value;
-        else
-          return mine == theirs;
-      },
-      m_value);
+  return m_value == other.m_value;
 }
 
 QString PropertyListValue::description() const {

@@ -1,14 +1,12 @@
 #pragma once
 
 #include "foundation/Date.h"
+#include "foundation/StringMap.h"
 
 #include <QByteArray>
 #include <QList>
-#include <QMap>
-#include <QSharedData>
 #include <QString>
 
-#include <initializer_list>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -17,12 +15,12 @@ namespace quillo {
 
 // The value of a property list: null marker, boolean, integer, real, string, date, data, array or dictionary.
 //
-// Sixteen bytes, whatever it holds: strings, data and collections are shared and copied on writing, so a large list
-// read from disk costs a small multiple of its file.
+// Thirty-two bytes, whatever it holds. The text, the bytes and the items behind them are shared and copied on writing,
+// each one allocation, so a large list read from disk costs a small multiple of its file.
 class PropertyListValue {
  public:
   using Array = QList<PropertyListValue>;
-  using Dictionary = QMap<QString, PropertyListValue>;
+  using Dictionary = StringMap<PropertyListValue>;
 
   // Marks a key to be removed. Never written to a file.
   struct Null {
@@ -35,14 +33,14 @@ class PropertyListValue {
   PropertyListValue(int value) : m_value(qint64{value}) {}  // NOLINT(google-explicit-constructor)
   PropertyListValue(qint64 value) : m_value(value) {}       // NOLINT(google-explicit-constructor)
   // Held as a signed integer where it fits, so that one number has one form.
-  PropertyListValue(quint64 value);                    // NOLINT(google-explicit-constructor)
-  PropertyListValue(double value) : m_value(value) {}  // NOLINT(google-explicit-constructor)
-  PropertyListValue(Date value) : m_value(value) {}    // NOLINT(google-explicit-constructor)
-  PropertyListValue(const QString& value);             // NOLINT(google-explicit-constructor)
-  PropertyListValue(QLatin1StringView value);          // NOLINT(google-explicit-constructor)
-  PropertyListValue(const QByteArray& value);          // NOLINT(google-explicit-constructor)
-  PropertyListValue(const Array& value);               // NOLINT(google-explicit-constructor)
-  PropertyListValue(const Dictionary& value);          // NOLINT(google-explicit-constructor)
+  PropertyListValue(quint64 value);                                        // NOLINT(google-explicit-constructor)
+  PropertyListValue(double value) : m_value(value) {}                      // NOLINT(google-explicit-constructor)
+  PropertyListValue(Date value) : m_value(value) {}                        // NOLINT(google-explicit-constructor)
+  PropertyListValue(QString value) : m_value(std::move(value)) {}          // NOLINT(google-explicit-constructor)
+  PropertyListValue(QLatin1StringView value) : m_value(QString(value)) {}  // NOLINT(google-explicit-constructor)
+  PropertyListValue(QByteArray value) : m_value(std::move(value)) {}       // NOLINT(google-explicit-constructor)
+  PropertyListValue(Array value) : m_value(std::move(value)) {}            // NOLINT(google-explicit-constructor)
+  PropertyListValue(Dictionary value) : m_value(std::move(value)) {}       // NOLINT(google-explicit-constructor)
   // A string literal would otherwise turn into a boolean.
   PropertyListValue(const char*) = delete;
   PropertyListValue(const char16_t*) = delete;
@@ -56,10 +54,10 @@ class PropertyListValue {
   // Boolean, integer or real.
   [[nodiscard]] bool isNumber() const { return isBool() || isInteger() || isReal(); }
   [[nodiscard]] bool isDate() const { return std::holds_alternative<Date>(m_value); }
-  [[nodiscard]] bool isString() const { return std::holds_alternative<Box<QString>>(m_value); }
-  [[nodiscard]] bool isData() const { return std::holds_alternative<Box<QByteArray>>(m_value); }
-  [[nodiscard]] bool isArray() const { return std::holds_alternative<Box<Array>>(m_value); }
-  [[nodiscard]] bool isDictionary() const { return std::holds_alternative<Box<Dictionary>>(m_value); }
+  [[nodiscard]] bool isString() const { return std::holds_alternative<QString>(m_value); }
+  [[nodiscard]] bool isData() const { return std::holds_alternative<QByteArray>(m_value); }
+  [[nodiscard]] bool isArray() const { return std::holds_alternative<Array>(m_value); }
+  [[nodiscard]] bool isDictionary() const { return std::holds_alternative<Dictionary>(m_value); }
 
   // The content where the value is of that kind, else an empty one.
   [[nodiscard]] const QString& string() const;
@@ -86,16 +84,7 @@ class PropertyListValue {
   [[nodiscard]] QString description() const;
 
  private:
-  template <typename T>
-  struct Payload : QSharedData {
-    explicit Payload(T content) : value(std::move(content)) {}
-    T value;
-  };
-  template <typename T>
-  using Box = QExplicitlySharedDataPointer<const Payload<T>>;
-
-  std::variant<Null, bool, qint64, quint64, double, Date, Box<QString>, Box<QByteArray>, Box<Array>, Box<Dictionary>>
-      m_value;
+  std::variant<Null, bool, qint64, quint64, double, Date, QString, QByteArray, Array, Dictionary> m_value;
 };
 
 using PropertyListArray = PropertyListValue::Array;
@@ -105,5 +94,5 @@ void PrintTo(const PropertyListValue& value, std::ostream* stream);
 
 }  // namespace quillo
 
-// Numbers and pointers: a growing list may move them as bytes.
+// Numbers and shared pointers: a growing list may move them as bytes.
 Q_DECLARE_TYPEINFO(quillo::PropertyListValue, Q_RELOCATABLE_TYPE);

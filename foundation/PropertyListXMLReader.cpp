@@ -1,11 +1,17 @@
 #include "foundation/PropertyListCoding.h"
+#include "foundation/PropertyListXMLScalars.h"
 
-#include <QXmlStreamReader>
+#include <QHashSeed>
+#include <QStringDecoder>
+#include <QtEndian>
+
+#include <expat.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cmath>
-#include <limits>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <vector>
 
 namespace quillo::PropertyListCoding {
 
@@ -13,304 +19,362 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool isXMLSpace(QChar character) {
-  return character == u' ' || character == u'\t' || character == u'\n' || character == u'\r';
+bool isXMLSpace(char character) {
+  return character == ' ' || character == '\t' || character == '\n' || character == '\r';
 }
 
-// Decimal or, after "0x", hexadecimal, with a sign; from -2^63 to 2^64 - 1.
-std::optional<PropertyListValue> integerFrom(QStringView text) {
-  text = text.trimmed();
-  const bool negative = text.startsWith(u'-');
-  if (negative || text.startsWith(u'+')) text = text.sliced(1);
-  const bool hexadecimal = text.startsWith(u"0x", Qt::CaseInsensitive);
-  if (hexadecimal) text = text.sliced(2);
-  if (text.isEmpty()) return std::nullopt;
-  quint64 value = 0;
-  for (const QChar character : text) {
-    const char16_t c = character.unicode();
-    quint64 digit = 16;
-    if (c >= u'0' && c <= u'9') digit = c - u'0';
-    if (hexadecimal && c >= u'a' && c <= u'f') digit = c - u'a' + 10U;
-    if (hexadecimal && c >= u'A' && c <= u'F') digit = c - u'A' + 10U;
-    if (digit == 16) return std::nullopt;
-    if (__builtin_mul_overflow(value, hexadecimal ? quint64{16} : quint64{10}, &value) ||
-        __builtin_add_overflow(value, digit, &value))
-      return std::nullopt;
+// The parser keeps every attribute of a tag, and every name of an attribute, at many times its length. A property list
+// has one attribute, the version.
+constexpr qsizetype longestTag = 1024;
+
+// False where no tag is longer, which it sees mostly by a look every thousand bytes: no tag has a "<" inside of it.
+bool mayHaveLongTag(QByteArrayView text) {
+  // Every turn moves `at` forward, so the walk is linear.
+  for (qsizetype at = text.indexOf('<'); at >= 0 && text.size() - at > longestTag;) {
+    const QByteArrayView reach = text.sliced(at + 1, longestTag);
+    if (const void* last = ::memrchr(reach.data(), '<', longestTag)) {
+      at = static_cast<const char*>(last) - text.data();
+      continue;
+    }
+    // Text of such a length behind a tag, mostly.
+    const qsizetype end = reach.indexOf('>');
+    const QByteArrayView tag = reach.first(std::max<qsizetype>(end, 0));
+    if (end < 0 || tag.contains('"') || tag.contains('\'')) return true;
+    at = text.indexOf('<', at + 1);
   }
-  if (!negative) return value;
-  if (value > quint64{1} << 63) return std::nullopt;
-  return static_cast<qint64>(0 - value);
+  return false;
 }
 
-// The value of `text`, a decimal number without a sign whose exponent is out of what a double can hold.
-double outOfRange(const QByteArray& text) {
-  const qsizetype mark = text.indexOf('e');
-  const QByteArray mantissa = mark < 0 ? text : text.first(mark);
-  bool fits = true;
-  qint64 exponent = mark < 0 ? 0 : text.sliced(mark + 1).toLongLong(&fits);
-  // An exponent of so many digits outweighs any mantissa.
-  if (!fits) exponent = text[mark + 1] == '-' ? -(qint64{1} << 40) : qint64{1} << 40;
-  qsizetype point = mantissa.indexOf('.');
-  if (point < 0) point = mantissa.size();
-  qsizetype digit = 0;
-  while (digit < mantissa.size() && (mantissa[digit] == '0' || mantissa[digit] == '.')) ++digit;
-  const bool isLarge = digit < mantissa.size() && exponent + point - digit > 0;
-  return isLarge ? std::numeric_limits<double>::infinity() : 0.0;
-}
-
-// Whether `text` is digits, with a point perhaps, and then perhaps an exponent.
-bool isDecimal(const QByteArray& text) {
-  qsizetype at = 0;
-  const auto digits = [&] {
-    const qsizetype start = at;
-    while (at < text.size() && text[at] >= '0' && text[at] <= '9') ++at;
-    return at > start;
-  };
-  bool some = digits();
-  if (at < text.size() && text[at] == '.') {
-    ++at;
-    some = digits() || some;
-  }
-  if (some && at < text.size() && text[at] == 'e') {
-    ++at;
-    if (at < text.size() && (text[at] == '-' || text[at] == '+')) ++at;
-    some = digits();
-  }
-  return some && at == text.size();
-}
-
-std::optional<PropertyListValue> realFrom(QStringView view) {
-  const QByteArray text = view.trimmed().toLatin1().toLower();
-  const bool negative = text.startsWith('-');
-  const QByteArray magnitude = negative || text.startsWith('+') ? text.sliced(1) : text;
-  double value = 0;
-  if (magnitude == "nan") {
-    value = std::numeric_limits<double>::quiet_NaN();
-  } else if (magnitude == "inf" || magnitude == "infinity") {
-    value = std::numeric_limits<double>::infinity();
-  } else if (isDecimal(magnitude)) {
-    bool ok = false;
-    value = magnitude.toDouble(&ok);
-    if (!ok) value = outOfRange(magnitude);
-  } else {
-    return std::nullopt;
-  }
-  return negative ? -value : value;
-}
-
-// "2014-03-10T20:00:00Z", also before year 1 and with a minus sign, which QDateTime does not read; else whatever ISO
-// 8601 with a zone allows.
-std::optional<PropertyListValue> dateFrom(const QString& untrimmed) {
-  const QString text = untrimmed.trimmed();
-  const bool negative = text.startsWith(u'-');
-  const QStringView view = QStringView(text).sliced(negative ? 1 : 0);
-  constexpr QStringView shape = u"dddd-dd-ddTdd:dd:ddZ";
-  bool fits = view.size() == shape.size();
-  for (qsizetype i = 0; fits && i < shape.size(); ++i)
-    fits = shape[i] == u'd' ? view[i] >= u'0' && view[i] <= u'9' : view[i] == shape[i];
-  if (!fits) {
-    const auto date = Date::fromISO8601(text);
-    return date ? std::optional<PropertyListValue>(*date) : std::nullopt;
-  }
-  const auto number = [&](qsizetype from, qsizetype count) { return view.sliced(from, count).toInt(); };
-  const std::chrono::year_month_day day{std::chrono::year(negative ? -number(0, 4) : number(0, 4)),
-                                        std::chrono::month(static_cast<unsigned>(number(5, 2))),
-                                        std::chrono::day(static_cast<unsigned>(number(8, 2)))};
-  const int hour = number(11, 2);
-  const int minute = number(14, 2);
-  const int second = number(17, 2);
-  if (!day.ok() || hour > 23 || minute > 59 || second > 59) return std::nullopt;
-  const qint64 days = std::chrono::sys_days(day).time_since_epoch().count();
-  return Date::since1970(static_cast<double>(days * 86400 + hour * 3600 + minute * 60 + second));
-}
-
-std::optional<PropertyListValue> dataFrom(const QString& text) {
-  QByteArray characters;
-  characters.reserve(text.size());
-  for (const QChar character : text) {
-    if (isXMLSpace(character)) continue;
-    if (character.unicode() >= 0x80) return std::nullopt;
-    characters.append(static_cast<char>(character.unicode()));
-  }
-  auto result = QByteArray::fromBase64Encoding(std::move(characters), QByteArray::AbortOnBase64DecodingErrors);
-  if (!result) return std::nullopt;
-  result.decoded.squeeze();
-  return result.decoded;
-}
-
-// Where markup begins that the XML parser must not see, with the reason; found in one pass that stops at nothing else.
-//
-// The parser compares every attribute of a tag with every other, so a tag of a million attributes would take hours;
-// a property list has one attribute, the version. Declarations inside of the document type (entities above all) have
-// no use here and have been the way to make a small file large.
-struct Refusal {
-  qsizetype at;
-  QString reason;
-};
-std::optional<Refusal> refusedMarkup(QStringView text) {
-  constexpr qsizetype longestTag = 1024;
-  const auto after = [&](qsizetype from, QStringView end) {
+// Where a tag begins that is too long, outside of comments and the like; -1 where none does.
+qsizetype longTag(QByteArrayView text) {
+  const auto after = [&](qsizetype from, QByteArrayView end) {
     const qsizetype found = text.indexOf(end, from);
     return found < 0 ? text.size() : found + end.size();
   };
   // Every turn moves `at` forward, so the walk is linear.
-  for (qsizetype at = text.indexOf(u'<'); at >= 0; at = text.indexOf(u'<', at)) {
-    const QStringView rest = text.sliced(at);
-    if (rest.startsWith(u"<!--")) {
-      at = after(at + 4, u"-->");
-    } else if (rest.startsWith(u"<![CDATA[")) {
-      at = after(at + 9, u"]]>");
-    } else if (rest.startsWith(u"<?")) {
-      at = after(at + 2, u"?>");
+  for (qsizetype at = text.indexOf('<'); at >= 0; at = text.indexOf('<', at)) {
+    const QByteArrayView rest = text.sliced(at);
+    if (rest.startsWith("<!--")) {
+      at = after(at + 4, "-->");
+    } else if (rest.startsWith("<![CDATA[")) {
+      at = after(at + 9, "]]>");
+    } else if (rest.startsWith("<?")) {
+      at = after(at + 2, "?>");
     } else {
       const qsizetype start = at;
-      QChar quote;
-      for (++at; at < text.size() && (!quote.isNull() || text[at] != u'>'); ++at) {
-        const QChar character = text[at];
-        if (at - start > longestTag) return Refusal{start, u"a tag is too long"_s};
-        if (!quote.isNull() ? character == quote : character == u'"' || character == u'\'')
-          quote = quote.isNull() ? character : QChar();
-        else if (quote.isNull() && character == u'[' && rest.startsWith(u"<!"))
-          return Refusal{at, u"declarations inside of the document type are not accepted"_s};
+      char quote = 0;
+      for (++at; at < text.size() && (quote || text[at] != '>'); ++at) {
+        if (at - start > longestTag) return start;
+        if (quote ? text[at] == quote : text[at] == '"' || text[at] == '\'') quote = quote ? '\0' : text[at];
       }
     }
   }
-  return std::nullopt;
+  return -1;
+}
+
+// The elements of a property list; the first three hold others, all else holds text.
+enum class Element { Unknown, Wrapper, Array, Dictionary, Key, String, Integer, Real, Date, Data, True, False };
+
+template <size_t size>
+bool isSame(const char* name, const char (&known)[size]) {
+  for (size_t i = 0; i < size; ++i)  // the null at the end, too
+    if (name[i] != known[i]) return false;
+  return true;
+}
+
+// One look mostly, at the first letter.
+Element elementNamed(const char* name) {
+  using enum Element;
+  switch (name[0]) {
+    case 'k':
+      return isSame(name, "key") ? Key : Unknown;
+    case 's':
+      return isSame(name, "string") ? String : Unknown;
+    case 'i':
+      return isSame(name, "integer") ? Integer : Unknown;
+    case 'd':
+      if (isSame(name, "dict")) return Dictionary;
+      if (isSame(name, "date")) return Element::Date;
+      return isSame(name, "data") ? Data : Unknown;
+    case 'a':
+      return isSame(name, "array") ? Array : Unknown;
+    case 'r':
+      return isSame(name, "real") ? Real : Unknown;
+    case 't':
+      return isSame(name, "true") ? True : Unknown;
+    case 'f':
+      return isSame(name, "false") ? False : Unknown;
+    case 'p':
+      return isSame(name, "plist") ? Wrapper : Unknown;
+    default:
+      return Unknown;
+  }
+}
+
+// The text of an element in UTF-8, and the same in UTF-16, in places that are used again: what is made of it is no
+// larger than it must be. Eight bytes at a time, up to seven behind the end.
+class Text {
+ public:
+  void clear() { m_size = 0; }
+  void append(std::string_view text) {
+    if (m_size + text.size() + eight > m_bytes.size()) m_bytes.resize(2 * (m_size + text.size()) + eight);
+    std::memcpy(m_bytes.data() + m_size, text.data(), text.size());
+    m_size += text.size();
+  }
+  [[nodiscard]] QByteArrayView utf8() const { return {m_bytes.data(), static_cast<qsizetype>(m_size)}; }
+  QStringView wide();
+
+ private:
+  static constexpr size_t eight = 8;
+  std::vector<char> m_bytes = std::vector<char>(256);
+  size_t m_size{0};
+  std::vector<QChar> m_wide = std::vector<QChar>(256);
+  // A mark of byte order has no meaning inside of a text, and stays.
+  QStringDecoder m_decoder{QStringConverter::Utf8,
+                           QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom};
+};
+
+QStringView Text::wide() {
+  if (m_wide.size() < m_bytes.size()) m_wide.resize(m_bytes.size());
+  QChar* to = m_wide.data();
+  size_t at = 0;
+  for (; at < m_size; at += eight) {
+    const auto bytes = qFromLittleEndian<quint64>(m_bytes.data() + at);
+    const size_t left = m_size - at;
+    const quint64 beyondASCII = 0x8080808080808080 & (left < eight ? (quint64{1} << 8 * left) - 1 : ~quint64{0});
+    if (bytes & beyondASCII) break;
+    for (size_t half = 0; half < eight; half += 4) {
+      quint64 four = bytes >> 8 * half & 0xFFFFFFFF;
+      four = (four | four << 16) & 0x0000FFFF0000FFFF;
+      four = (four | four << 8) & 0x00FF00FF00FF00FF;
+      qToLittleEndian(four, to + at + half);
+    }
+  }
+  if (at >= m_size) return {to, static_cast<qsizetype>(m_size)};
+  return {to, m_decoder.appendToBuffer(to + at, utf8().sliced(static_cast<qsizetype>(at)))};
+}
+
+QString named(const char* name) {
+  return QString::fromUtf8(name).left(100);
+}
+
+QString unknownEntity(const char* name) {
+  return u"the entity \"%1\" is not known"_s.arg(named(name));
 }
 
 class Reader {
  public:
   // `linesBefore`: that stand before the text, for the line in an error.
-  Reader(const QString& text, qint64 linesBefore) : m_xml(text), m_builder(text.size()), m_linesBefore(linesBefore) {
-    m_xml.setNamespaceProcessing(false);
-  }
+  Reader(QByteArrayView text, qint64 linesBefore);
 
   std::optional<PropertyListValue> read(Error* error);
 
  private:
-  bool startElement(const QString& name);
-  bool endElement();
-  bool addScalar(const QString& name);
-  bool addParsed(const std::optional<PropertyListValue>& value, const QString& name, const QString& text);
-  std::optional<QString> text(const QString& name);
+  void startElement(const char* name, const char** attributes);
+  void endElement(const char* name);
+  void characters(std::string_view text);
+  bool endText(const char* name);
+  bool addParsed(std::optional<PropertyListValue> value, const char* name);
+  QString parserProblem();
   bool refuse(const QString& problem);
   bool built(bool good) { return good || refuse(m_builder.problem()); }
 
-  QXmlStreamReader m_xml;
+  // What the parser calls knows of no objects.
+  static Reader& self(void* reader) { return *static_cast<Reader*>(reader); }
+  static void onStart(void* reader, const char* name, const char** attributes) {
+    if (!self(reader).m_isRefused) self(reader).startElement(name, attributes);
+  }
+  static void onEnd(void* reader, const char* name) {
+    if (!self(reader).m_isRefused) self(reader).endElement(name);
+  }
+  static void onCharacters(void* reader, const char* text, int length) {
+    if (!self(reader).m_isRefused) self(reader).characters({text, static_cast<size_t>(length)});
+  }
+  static void onDeclaration(void* reader, const char* version, const char* encoding, int standalone);
+  static void onDocumentType(void* reader, const char* name, const char* system, const char* publicly, int hasMore);
+  static void onSkippedEntity(void* reader, const char* name, int isParameter);
+
+  struct FreeParser {
+    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+  };
+
+  QByteArrayView m_document;
+  std::unique_ptr<XML_ParserStruct, FreeParser> m_xml;
   Builder m_builder;
   qint64 m_linesBefore;
+  Element m_element{Element::Unknown};  // whose text is being read
+  Text m_text;                          // of it
   bool m_sawWrapper{false};
+  bool m_isRefused{false};
   QString m_problem;
 };
 
+Reader::Reader(QByteArrayView text, qint64 linesBefore)
+    : m_document(text), m_xml(XML_ParserCreate("UTF-8")), m_builder(text.size()), m_linesBefore(linesBefore) {
+  if (!m_xml) return;
+  XML_SetUserData(m_xml.get(), this);
+  // Names can be made to meet in one place of a table. The process has a random seed; the parser would ask the system.
+  XML_SetHashSalt(m_xml.get(), QHashSeed::globalSeed() | 1);
+  XML_SetElementHandler(m_xml.get(), onStart, onEnd);
+  XML_SetCharacterDataHandler(m_xml.get(), onCharacters);
+  XML_SetXmlDeclHandler(m_xml.get(), onDeclaration);
+  XML_SetStartDoctypeDeclHandler(m_xml.get(), onDocumentType);
+  XML_SetSkippedEntityHandler(m_xml.get(), onSkippedEntity);
+}
+
+// The parser goes no further, though it may still tell what it knows already.
 bool Reader::refuse(const QString& problem) {
-  if (m_problem.isEmpty())
-    m_problem = u"%1, on line %2"_s.arg(problem, QString::number(m_linesBefore + m_xml.lineNumber()));
+  const qint64 line = m_linesBefore + static_cast<qint64>(XML_GetCurrentLineNumber(m_xml.get()));
+  m_problem = u"%1, on line %2"_s.arg(problem, QString::number(line));
+  m_isRefused = true;
+  XML_StopParser(m_xml.get(), XML_FALSE);
   return false;
 }
 
 std::optional<PropertyListValue> Reader::read(Error* error) {
-  bool good = true;
-  while (good && !m_xml.atEnd()) {
-    switch (m_xml.readNext()) {
-      case QXmlStreamReader::StartElement:
-        good = startElement(m_xml.qualifiedName().toString());
-        break;
-      case QXmlStreamReader::EndElement:
-        good = endElement();
-        break;
-      case QXmlStreamReader::Characters:
-        if (!m_xml.isWhitespace()) good = refuse(u"there is text outside of an element"_s);
-        break;
-      case QXmlStreamReader::EntityReference:
-        good = refuse(u"the entity \"%1\" is not known"_s.arg(m_xml.name().toString().left(100)));
-        break;
-      default:
-        break;
-    }
+  // In one piece: the parser would count the lines of each.
+  const auto length = static_cast<int>(m_document.size());
+  void* buffer = m_xml ? XML_GetBuffer(m_xml.get(), length) : nullptr;
+  if (!buffer) {
+    fail(error, readError(u"there is not enough memory"_s));
+    return std::nullopt;
   }
-  if (good && m_xml.hasError()) good = refuse(m_xml.errorString().simplified());
-  if (good && !m_builder.result()) good = refuse(u"there is no value"_s);
-  if (good) return m_builder.result();
+  std::memcpy(buffer, m_document.data(), static_cast<size_t>(length));
+  const bool isWhole = XML_ParseBuffer(m_xml.get(), length, XML_TRUE) == XML_STATUS_OK;
+  if (!isWhole && !m_isRefused) refuse(parserProblem());
+  if (!m_isRefused && !m_builder.result()) refuse(u"there is no value"_s);
+  if (!m_isRefused) return m_builder.result();
   fail(error, readError(m_problem));
   return std::nullopt;
 }
 
-bool Reader::startElement(const QString& name) {
-  if (name == u"dict") return built(m_builder.beginDictionary());
-  if (name == u"array") return built(m_builder.beginArray());
-  if (name == u"plist") {
-    if (m_sawWrapper || m_builder.depth() > 0) return refuse(u"an element <plist> is inside of the list"_s);
-    m_sawWrapper = true;
-    return true;
+// Why the parser went no further.
+QString Reader::parserProblem() {
+  if (!m_document.isValidUtf8()) return u"the text is not valid in its encoding"_s;
+  const auto error = XML_GetErrorCode(m_xml.get());
+  const auto at = static_cast<qsizetype>(XML_GetCurrentByteIndex(m_xml.get()));
+  const QByteArrayView rest = at >= 0 && at < m_document.size() ? m_document.sliced(at) : QByteArrayView();
+  switch (error) {
+    case XML_ERROR_NO_ELEMENTS:
+    case XML_ERROR_UNCLOSED_TOKEN:
+    case XML_ERROR_UNCLOSED_CDATA_SECTION:
+      return u"it ends too early"_s;
+    case XML_ERROR_INVALID_TOKEN:
+      return u"there is something that XML does not allow"_s;
+    case XML_ERROR_UNDEFINED_ENTITY:
+      if (const qsizetype end = rest.indexOf(';'); rest.startsWith('&') && end > 0)
+        return unknownEntity(rest.first(end).sliced(1).toByteArray().constData());
+      return u"an entity is not known"_s;
+    default:
+      return QString::fromUtf8(XML_ErrorString(error));
   }
-  return addScalar(name);
 }
 
-bool Reader::endElement() {
-  // The elements that hold text are read to their end at once, so this ends a collection or the wrapper.
-  return m_builder.depth() == 0 || built(m_builder.endCollection());
+void Reader::onDeclaration(void* reader, const char* version, const char* /*encoding*/, int /*standalone*/) {
+  if (version && std::strcmp(version, "1.0") != 0)
+    self(reader).refuse(u"its XML version \"%1\" is not known"_s.arg(named(version)));
 }
 
-bool Reader::addScalar(const QString& name) {
-  static constexpr QStringView known[] = {u"key", u"string", u"integer", u"real", u"date", u"data", u"true", u"false"};
-  if (std::find(std::begin(known), std::end(known), QStringView(name)) == std::end(known))
-    return refuse(u"the element <%1> is not known"_s.arg(name.left(100)));
-  const auto content = text(name);
-  if (!content) return false;
-  if (name == u"key") return built(m_builder.setKey(*content));
-  if (name == u"string") return built(m_builder.addString(*content));
-  if (name == u"integer") return addParsed(integerFrom(*content), name, *content);
-  if (name == u"real") return addParsed(realFrom(*content), name, *content);
-  if (name == u"date") return addParsed(dateFrom(*content), name, *content);
-  if (name == u"data") return addParsed(dataFrom(*content), name, *content);
-  if (!content->trimmed().isEmpty()) return refuse(u"the element <%1> is not empty"_s.arg(name));
-  return built(m_builder.add(name == u"true"));
+// Declarations inside of the document type, entities above all, have no use here and have been the way to make a small
+// file large.
+void Reader::onDocumentType(void* reader, const char* /*name*/, const char* /*system*/, const char* /*publicly*/,
+                            int hasMore) {
+  if (hasMore) self(reader).refuse(u"declarations inside of the document type are not accepted"_s);
 }
 
-bool Reader::addParsed(const std::optional<PropertyListValue>& value, const QString& name, const QString& text) {
-  if (value) return built(m_builder.add(*value));
-  return refuse(u"\"%1\" is no %2"_s.arg(text.simplified().left(60), name));
+// One that the document type could declare somewhere else.
+void Reader::onSkippedEntity(void* reader, const char* name, int /*isParameter*/) {
+  if (!self(reader).m_isRefused) self(reader).refuse(unknownEntity(name));
 }
 
-// The text up to the element's end; comments do not part it.
-std::optional<QString> Reader::text(const QString& name) {
-  QString result;
-  while (!m_xml.atEnd()) {
-    switch (m_xml.readNext()) {
-      case QXmlStreamReader::Characters:
-        if (result.isEmpty())
-          result = m_xml.text().toString();  // no larger than it must be
-        else
-          result.append(m_xml.text());
-        break;
-      case QXmlStreamReader::EndElement:
-        return result;
-      case QXmlStreamReader::StartElement:
-        refuse(u"an element is inside of <%1>"_s.arg(name));
-        return std::nullopt;
-      case QXmlStreamReader::EntityReference:
-        refuse(u"the entity \"%1\" is not known"_s.arg(m_xml.name().toString().left(100)));
-        return std::nullopt;
-      default:
-        break;
-    }
+void Reader::startElement(const char* name, const char** attributes) {
+  if (m_element != Element::Unknown) {
+    static constexpr const char* names[] = {"",        "plist", "array", "dict", "key",  "string",
+                                            "integer", "real",  "date",  "data", "true", "false"};
+    refuse(u"an element is inside of <%1>"_s.arg(QLatin1StringView(names[static_cast<size_t>(m_element)])));
+    return;
   }
-  refuse(m_xml.errorString().simplified());
-  return std::nullopt;
+  for (; *attributes; attributes += 2)
+    if (!built(m_builder.take(MemoryAllowance::attribute))) return;
+  switch (const Element element = elementNamed(name)) {
+    case Element::Dictionary:
+      built(m_builder.beginDictionary());
+      break;
+    case Element::Array:
+      built(m_builder.beginArray());
+      break;
+    case Element::Wrapper:
+      if (m_sawWrapper || m_builder.depth() > 0) refuse(u"an element <plist> is inside of the list"_s);
+      m_sawWrapper = true;
+      break;
+    case Element::Unknown:
+      refuse(u"the element <%1> is not known"_s.arg(named(name)));
+      break;
+    default:
+      m_element = element;
+      m_text.clear();
+      break;
+  }
+}
+
+void Reader::endElement(const char* name) {
+  if (m_element != Element::Unknown) {
+    endText(name);
+    m_element = Element::Unknown;
+  } else if (m_builder.depth() > 0) {  // else it is the wrapper
+    built(m_builder.endCollection());
+  }
+}
+
+void Reader::characters(std::string_view text) {
+  if (m_element != Element::Unknown)
+    m_text.append(text);
+  else if (!std::all_of(text.begin(), text.end(), [](char c) { return isXMLSpace(c); }))
+    refuse(u"there is text outside of an element"_s);
+}
+
+bool Reader::endText(const char* name) {
+  switch (m_element) {
+    case Element::Key:
+      return built(m_builder.setKey(m_text.wide()));
+    case Element::String:
+      return built(m_builder.addString(m_text.wide()));
+    case Element::Integer:
+      return addParsed(integerFrom(m_text.utf8()), name);
+    case Element::Real:
+      return addParsed(realFrom(m_text.utf8()), name);
+    case Element::Date:
+      return addParsed(dateFrom(m_text.utf8()), name);
+    case Element::Data:
+      return addParsed(dataFrom(m_text.utf8()), name);
+    default:
+      if (!m_text.utf8().isEmpty() && !m_text.wide().trimmed().isEmpty())
+        return refuse(u"the element <%1> is not empty"_s.arg(QString::fromUtf8(name)));
+      return built(m_builder.add(m_element == Element::True));
+  }
+}
+
+bool Reader::addParsed(std::optional<PropertyListValue> value, const char* name) {
+  if (value) return built(m_builder.add(*std::move(value)));
+  const QString text = m_text.wide().toString().simplified().left(60);
+  return refuse(u"\"%1\" is no %2"_s.arg(text, QString::fromUtf8(name)));
 }
 
 }  // namespace
 
-std::optional<PropertyListValue> readXML(const QString& text, Error* error) {
-  if (const auto refusal = refusedMarkup(text)) {
-    const auto line = 1 + QStringView(text).first(refusal->at).count(u'\n');
-    fail(error, readError(u"%1, on line %2"_s.arg(refusal->reason, QString::number(line))));
+std::optional<PropertyListValue> readXML(QByteArrayView text, Error* error) {
+  const auto refused = [error](const QString& why) {
+    fail(error, readError(why));
     return std::nullopt;
+  };
+  if (text.size() > (qsizetype{1} << 30)) return refused(u"it is too large"_s);
+  if (const qsizetype at = mayHaveLongTag(text) ? longTag(text) : -1; at >= 0) {
+    const auto line = 1 + std::count(text.begin(), text.begin() + at, '\n');
+    return refused(u"a tag is too long, on line %1"_s.arg(line));
   }
   // White space before the declaration is against the rules of XML, but not against the platform's.
-  const auto start = std::find_if_not(text.begin(), text.end(), isXMLSpace) - text.begin();
-  return Reader(text.sliced(start), QStringView(text).first(start).count(u'\n')).read(error);
+  const auto start = std::find_if_not(text.begin(), text.end(), isXMLSpace);
+  return Reader(text.sliced(start - text.begin()), std::count(text.begin(), start, '\n')).read(error);
 }
 
 }  // namespace quillo::PropertyListCoding

@@ -48,7 +48,7 @@ std::optional<PropertyListValue> UserDefaults::objectForKey(const QString& key) 
 }
 
 void UserDefaults::setObjectForKey(const std::optional<PropertyListValue>& value, const QString& key) {
-  const auto found = m_values.constFind(key);
+  const auto found = m_values.find(key);
   if (value ? found != m_values.cend() && *found == *value : found == m_values.cend()) return;
   if (value)
     m_values.insert(key, *value);

@@ -48,8 +48,8 @@ ReminderInterval ReminderInterval::read(
 
 ReminderInterval ReminderInterval::reminderIntervalFromUserDefaults(const PropertyListDictionary& values) {
   return read([&values](const QString& key) -> std::optional<PropertyListValue> {
-    const auto found = values.constFind(key);
-    if (found == values.constEnd()) return std::nullopt;
+    const auto found = values.find(key);
+    if (found == values.end()) return std::nullopt;
     return *found;
   });
 }

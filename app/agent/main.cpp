@@ -37,9 +37,7 @@
 #include "platform/linux/sound/SoundEffects.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
-#include "qlcore/services/PositionProvider.h"
-#include "qlcore/services/QLLocationManager.h"
-#include "qlcore/services/QLWeatherManager.h"
+#include "qlcore/services/OnlineServices.h"
 #include "reminders/SystemNotices.h"
 
 #include <QApplication>
@@ -161,7 +159,7 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
   PTHotKeyCenter::sharedCenter().setPlatform(hotKeys.get());
 
   RawButtonPresses outsideClicks;
-  QLWeatherManager weather(clock, QLWeatherManager::standardSettings(ownDefaults, directories.caches));
+  const auto weather = onlineWeather(clock, ownDefaults, directories.caches);
   SoundEffects sounds(Bundle::mainBundle());
   SessionBusUserNotifications userNotifications(u"quillo-agent"_s, sounds);
 
@@ -169,22 +167,20 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
   {
     SpellChecker spellChecker(SpellChecker::standardSources(directories));
     EntryDraft draft(EntryDraft::defaultPath(), EntryDraft::defaultFormerPath());
-    QuilloAgentAppDelegate delegate(
-        agentServices(config, draft, spellChecker),
-        {.runningApplications = runningApplications,
-         .workspace = workspace,
-         .makeStatusItem = [] { return std::make_unique<TrayStatusItem>(); },
-         .compositorIsRunning = compositorIsRunning,
-         .keepOutOfTaskBar = keepOutOfTaskBar,
-         .outsideClicks = outsideClicks,
-         .makeLocationManager =
-             [&ownDefaults] { return std::make_unique<QLLocationManager>(positionProvider(ownDefaults)); },
-         .weather = weather,
-         .clock = clock,
-         .timers = timers,
-         .terminate = [] { QApplication::exit(); },
-         .userNotifications = &userNotifications,
-         .sounds = &sounds});
+    QuilloAgentAppDelegate delegate(agentServices(config, draft, spellChecker),
+                                    {.runningApplications = runningApplications,
+                                     .workspace = workspace,
+                                     .makeStatusItem = [] { return std::make_unique<TrayStatusItem>(); },
+                                     .compositorIsRunning = compositorIsRunning,
+                                     .keepOutOfTaskBar = keepOutOfTaskBar,
+                                     .outsideClicks = outsideClicks,
+                                     .makeLocationManager = [&ownDefaults] { return onlineLocation(ownDefaults); },
+                                     .weather = *weather,
+                                     .clock = clock,
+                                     .timers = timers,
+                                     .terminate = [] { QApplication::exit(); },
+                                     .userNotifications = &userNotifications,
+                                     .sounds = &sounds});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      [&delegate] { delegate.applicationWillTerminate(); });
     const SessionEnd sessionEnd(application, [&delegate] { delegate.applicationWillTerminate(); });
@@ -212,14 +208,13 @@ int main(int argc, char** argv) {
   QStringList homeArguments;
   if (const auto code = readArguments(argc, argv, homeArguments)) return *code;
   if (!takeEnoughDescriptors()) return 1;
-  if (!displayIsReachable()) {
-    std::cerr << "quillo-agent: there is no display to show the tray icon on (is DISPLAY set?)\n";
-    return 1;
-  }
 
+  std::optional<DisplayRequirement> needed(
+      "quillo-agent: there is no display to show the tray icon on (is DISPLAY set?)");
   const DisplayChoice display = chooseDisplay();
   QApplication application(argc, argv);
   restoreEnvironment(display);
+  needed.reset();
   QApplication::setApplicationName(u"quillo-agent"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(u"quillo-agent"_s);

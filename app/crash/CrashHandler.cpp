@@ -3,14 +3,17 @@
 #include "app/crash/CrashReportWriter.h"
 #include "app/crash/CrashStack.h"
 #include "app/logging/LoggingSetup.h"
+#include "foundation/LoadableModule.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 
 #include <cxxabi.h>
+#include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <pthread.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -54,6 +57,7 @@ struct HandlerState {
   int directory{-1};
   std::array<char, 128> fileName{};
   std::array<char, 2048> preamble{};
+  std::array<char, PATH_MAX> stackModule{};
   std::atomic<int> reportingThread{0};  // the first to crash; 0 while all is well
   std::atomic<int> signal{SIGABRT};     // what it dies of
   std::atomic<bool> reported{false};
@@ -130,6 +134,19 @@ bool claimReport(int signal) {
   dieOf(signal);
 }
 
+// Loading the module now takes nothing, in memory and locks, that the names of functions would not take: the program
+// does without it all the time that it does not crash.
+void writeSymbolizedStack(const CrashReportWriter& writer, int file, void* context) {
+  void* const module = ::dlopen(state.stackModule.data(), RTLD_NOW | RTLD_LOCAL);
+  auto* const write =
+      module ? reinterpret_cast<WriteSymbolizedStack*>(::dlsym(module, "quilloWriteSymbolizedStack")) : nullptr;
+  if (write != nullptr)
+    return write(context, file,
+                 [](int descriptor, std::string_view text) { CrashReportWriter(descriptor).text(text); });
+  const char* const reason = ::dlerror();
+  writer.text("not known: ").text(reason == nullptr ? "no such function" : reason).text("\n");
+}
+
 void writeReport(std::string_view cause, const siginfo_t* info, void* context) {
   // Raw: an owner would be of no use, as the process may end in giveUpOnStack(), where nothing is destroyed.
   const int file =
@@ -152,7 +169,7 @@ void writeReport(std::string_view cause, const siginfo_t* info, void* context) {
   const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
   ::backtrace_symbols_fd(frames.data(), count, file);
   writer.text("\nStack, innermost first:\n");
-  writeSymbolizedStack(file, context);
+  writeSymbolizedStack(writer, file, context);
   writer.text("\nEnd of report\n");
   ::alarm(0);
   ::close(file);
@@ -220,6 +237,8 @@ void layOutTexts(const QString& preamble) {
   const QString start = QDateTime::currentDateTimeUtc().toString(u"yyyyMMdd'T'HHmmss'Z'"_s);
   const QByteArray name = u"quillo-agent-%1-%2%3"_s.arg(start).arg(::getpid()).arg(crashReportSuffix).toUtf8();
   qstrncpy(state.fileName.data(), name.constData(), state.fileName.size());
+  const QByteArray module = QFile::encodeName(LoadableModule::path(u"quillo-crash-stack"_s));
+  qstrncpy(state.stackModule.data(), module.constData(), state.stackModule.size());
   qstrncpy(state.preamble.data(), preamble.toUtf8().constData(), state.preamble.size());
 }
 
@@ -243,9 +262,10 @@ bool installCrashHandler(const CrashHandlerSettings& settings) {
     return false;
   }
   layOutTexts(settings.preamble);
-  // The first call loads a library; the one in the handler must not.
+  // The first call loads a library; the one in the handler must not. No frame is asked for: finding one reads the
+  // tables of the whole program into memory.
   void* frame = nullptr;
-  ::backtrace(&frame, 1);
+  ::backtrace(&frame, 0);
   if (!sanitized) giveThreadAlternateStack();
   struct sigaction action {};
   action.sa_sigaction = handleSignal;

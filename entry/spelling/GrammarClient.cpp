@@ -1,15 +1,17 @@
 #include "entry/spelling/GrammarClient.h"
 
+#include "entry/spelling/GrammarTransport.h"
+#include "foundation/LoadableModule.h"
 #include "foundation/Log.h"
 
-#include <QHostAddress>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QNetworkAccessManager>
-#include <QNetworkProxy>
-#include <QNetworkReply>
-#include <QUrlQuery>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+
+#include <utility>
 
 namespace quillo {
 
@@ -20,8 +22,18 @@ namespace {
 constexpr int timeout = 10000;  // milliseconds
 constexpr qint64 largestAnswer = qint64{1024} * 1024;
 
+// Of an address in numbers; names are none.
+bool isLoopbackAddress(const QByteArray& host) {
+  in6_addr address{};
+  if (::inet_pton(AF_INET6, host.constData(), &address) == 1) return IN6_IS_ADDR_LOOPBACK(&address);
+  in_addr shortAddress{};
+  return ::inet_pton(AF_INET, host.constData(), &shortAddress) == 1 &&
+         (ntohl(shortAddress.s_addr) >> IN_CLASSA_NSHIFT) == IN_LOOPBACKNET;
+}
+
 bool isOnThisMachine(const QUrl& server) {
-  return server.scheme() == "http"_L1 && (server.host() == "localhost"_L1 || QHostAddress(server.host()).isLoopback());
+  return server.scheme() == "http"_L1 &&
+         (server.host() == "localhost"_L1 || isLoopbackAddress(server.host().toLatin1()));
 }
 
 QUrl below(QUrl server, const QString& path) {
@@ -57,15 +69,12 @@ GrammarClient::GrammarClient(const QUrl& server, QObject* parent) : QObject(pare
 
 GrammarClient::~GrammarClient() = default;
 
-QNetworkAccessManager& GrammarClient::network() {
-  // Made on first use: it brings a thread along.
-  if (!m_network) {
-    m_network = new QNetworkAccessManager(this);
-    m_network->setProxy(QNetworkProxy::NoProxy);
-    m_network->setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
-    m_network->setTransferTimeout(timeout);
-  }
-  return *m_network;
+GrammarTransport* GrammarClient::transport() {
+  static LoadableModule module(u"quillo-grammar"_s);
+  if (!m_transport)
+    if (auto* const make = module.function<MakeGrammarTransport>("quilloMakeGrammarTransport"))
+      make(timeout, largestAnswer, m_transport);
+  return m_transport.get();
 }
 
 void GrammarClient::setAvailability(Availability availability) {
@@ -74,42 +83,28 @@ void GrammarClient::setAvailability(Availability availability) {
   Q_EMIT availabilityDidChange();
 }
 
-void GrammarClient::bound(QNetworkReply& reply) {
-  connect(&reply, &QNetworkReply::downloadProgress, &reply, [&reply](qint64 received) {
-    if (received > largestAnswer) reply.abort();
-  });
-  connect(&reply, &QNetworkReply::finished, &reply, &QObject::deleteLater);
-}
-
 void GrammarClient::probe() {
   if (m_isProbing) return;
-  if (!hasServer()) return setAvailability(Availability::Unavailable);
+  if (!hasServer() || !transport()) return setAvailability(Availability::Unavailable);
   m_isProbing = true;
-  QNetworkReply* reply = network().get(QNetworkRequest(below(m_server, u"/v2/languages"_s)));
-  bound(*reply);
-  connect(reply, &QNetworkReply::finished, this, [this, reply] {
+  transport()->ask(below(m_server, u"/v2/languages"_s), {}, [this](const std::optional<QByteArray>& body) {
     m_isProbing = false;
-    const bool answered =
-        reply->error() == QNetworkReply::NoError && QJsonDocument::fromJson(reply->readAll()).isArray();
-    setAvailability(answered ? Availability::Available : Availability::Unavailable);
+    setAvailability(body && QJsonDocument::fromJson(*body).isArray() ? Availability::Available
+                                                                     : Availability::Unavailable);
   });
 }
 
 bool GrammarClient::check(const QString& text, Answer answer) {
-  if (!hasServer() || m_isChecking || text.size() > longestText) return false;
+  if (!hasServer() || m_isChecking || text.size() > longestText || !transport()) return false;
   m_isChecking = true;
-  QNetworkRequest request(below(m_server, u"/v2/check"_s));
-  request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
   const QByteArray form = "language=auto&text=" + QUrl::toPercentEncoding(text);
-  QNetworkReply* reply = network().post(request, form);
-  bound(*reply);
-  connect(reply, &QNetworkReply::finished, this, [this, reply, size = text.size(), answer = std::move(answer)] {
-    m_isChecking = false;
-    std::optional<QList<GrammarIssue>> issues;
-    if (reply->error() == QNetworkReply::NoError) issues = issuesOfAnswer(reply->readAll(), size);
-    setAvailability(issues ? Availability::Available : Availability::Unavailable);
-    answer(issues);
-  });
+  transport()->ask(below(m_server, u"/v2/check"_s), form,
+                   [this, size = text.size(), answer = std::move(answer)](const std::optional<QByteArray>& body) {
+                     m_isChecking = false;
+                     const auto issues = body ? issuesOfAnswer(*body, size) : std::nullopt;
+                     setAvailability(issues ? Availability::Available : Availability::Unavailable);
+                     answer(issues);
+                   });
   return true;
 }
 

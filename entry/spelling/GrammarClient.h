@@ -7,12 +7,12 @@
 #include <QUrl>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
-class QNetworkAccessManager;
-class QNetworkReply;
-
 namespace quillo {
+
+class GrammarTransport;
 
 // Asks a LanguageTool server on this machine about a text. Nothing ever leaves the machine: servers that are not on a
 // loopback address are refused, redirections are not followed and proxies are not used. Nothing waits, and nothing
@@ -51,12 +51,11 @@ class GrammarClient : public QObject {
   void availabilityDidChange();
 
  private:
-  [[nodiscard]] QNetworkAccessManager& network();
-  void bound(QNetworkReply& reply);
+  [[nodiscard]] GrammarTransport* transport();
   void setAvailability(Availability availability);
 
-  QUrl m_server;  // empty for none
-  QNetworkAccessManager* m_network{nullptr};
+  QUrl m_server;                                  // empty for none
+  std::unique_ptr<GrammarTransport> m_transport;  // made on first use: it brings a thread along
   Availability m_availability{Availability::Unknown};
   bool m_isProbing{false};
   bool m_isChecking{false};

@@ -1,14 +1,14 @@
 #include "entry/spelling/SpellingDictionary.h"
 
+#include "entry/spelling/WordList.h"
+#include "foundation/LoadableModule.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 
 #include <unicode/ucnv.h>
-
-#include <exception>
-#include <hunspell/hunspell.hxx>
 
 namespace quillo {
 
@@ -164,14 +164,14 @@ SpellingDictionary::SpellingDictionary() = default;
 SpellingDictionary::~SpellingDictionary() = default;
 
 std::unique_ptr<SpellingDictionary> SpellingDictionary::open(const Files& files) {
+  static LoadableModule module(u"quillo-spelling"_s);
+  auto* const openWordList = module.function<OpenWordList>("quilloOpenWordList");
+  if (!openWordList) return nullptr;
   std::unique_ptr<SpellingDictionary> dictionary(new SpellingDictionary);
-  try {
-    dictionary->m_hunspell = std::make_unique<Hunspell>(QFile::encodeName(files.affixes).constData(),
-                                                        QFile::encodeName(files.words).constData());
-    dictionary->m_encoding = DictionaryEncoding::named(converterName(dictionary->m_hunspell->get_dict_encoding()));
-  } catch (const std::exception&) {
-    return nullptr;
-  }
+  openWordList(QFile::encodeName(files.affixes).constData(), QFile::encodeName(files.words).constData(),
+               dictionary->m_words);
+  if (!dictionary->m_words) return nullptr;
+  dictionary->m_encoding = DictionaryEncoding::named(converterName(dictionary->m_words->encoding()));
   if (!dictionary->m_encoding) return nullptr;
   dictionary->m_language = files.language;
   dictionary->m_script = scriptOfLanguage(files.language);
@@ -182,12 +182,7 @@ std::unique_ptr<SpellingDictionary> SpellingDictionary::open(const Files& files)
 bool SpellingDictionary::contains(const QString& word) const {
   if (word.size() > longestWord) return false;
   const auto bytes = m_encoding->bytes(word);
-  if (!bytes) return false;
-  try {
-    return m_hunspell->spell(*bytes);
-  } catch (const std::exception&) {
-    return false;
-  }
+  return bytes && m_words->contains(*bytes);
 }
 
 QStringList SpellingDictionary::suggestions(const QString& word) const {
@@ -195,13 +190,9 @@ QStringList SpellingDictionary::suggestions(const QString& word) const {
   const auto bytes = m_encoding->bytes(word);
   if (!bytes) return {};
   QStringList words;
-  try {
-    for (const std::string& suggestion : m_hunspell->suggest(*bytes)) {
-      const QString text = m_encoding->text(suggestion.data(), static_cast<qsizetype>(suggestion.size()));
-      if (!text.isEmpty()) words << text;
-    }
-  } catch (const std::exception&) {
-    return {};
+  for (const std::string& suggestion : m_words->suggestions(*bytes)) {
+    const QString text = m_encoding->text(suggestion.data(), static_cast<qsizetype>(suggestion.size()));
+    if (!text.isEmpty()) words << text;
   }
   return words;
 }

@@ -7,11 +7,10 @@
 #include <memory>
 #include <optional>
 
-class Hunspell;
-
 namespace quillo {
 
 class DictionaryEncoding;
+class WordList;
 
 // One hunspell dictionary, in whatever encoding its files are. Can be opened on any thread and used on one at a time.
 class SpellingDictionary {
@@ -28,7 +27,7 @@ class SpellingDictionary {
   // the language alone, else of any territory. With none of them, American English. Nothing where that is missing too.
   [[nodiscard]] static std::optional<Files> find(const QStringList& languages, const QStringList& directories);
 
-  // Null when the files cannot be used.
+  // Null when the files cannot be used. The first call loads the dictionary library.
   [[nodiscard]] static std::unique_ptr<SpellingDictionary> open(const Files& files);
   ~SpellingDictionary();
 
@@ -50,7 +49,7 @@ class SpellingDictionary {
   QChar::Script m_script{QChar::Script_Common};
   QString m_alphabet;
   std::unique_ptr<DictionaryEncoding> m_encoding;
-  std::unique_ptr<Hunspell> m_hunspell;
+  std::unique_ptr<WordList> m_words;
 };
 
 }  // namespace quillo

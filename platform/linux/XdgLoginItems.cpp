@@ -23,7 +23,7 @@ namespace {
 
 constexpr QLatin1StringView suffix{".desktop"};
 // A desktop file with all its translations is a few kilobytes.
-constexpr qint64 largestEntry = 1024 * 1024;
+constexpr qint64 largestEntry = qint64{1024} * 1024;
 
 // An identifier is one path component, whoever gave it.
 bool isFileName(const QString& label) {

@@ -56,16 +56,15 @@ void XkbKeyboardLayouts::FreeContext::operator()(xkb_context* context) const {
   xkb_context_unref(context);
 }
 
-XkbKeyboardLayouts::XkbKeyboardLayouts() : m_context(xkb_context_new(XKB_CONTEXT_NO_FLAGS)) {
-  // What is wrong with a keyboard map is nothing for the terminal of a program that wants a key's name.
-  if (m_context) xkb_context_set_log_level(m_context.get(), XKB_LOG_LEVEL_CRITICAL);
-}
-
+XkbKeyboardLayouts::XkbKeyboardLayouts() = default;
 XkbKeyboardLayouts::~XkbKeyboardLayouts() = default;
 
 std::shared_ptr<const KeyboardLayout> XkbKeyboardLayouts::currentKeyboardLayout() {
   static const auto none = std::make_shared<const LayoutWithoutKeys>();
+  if (!m_context) m_context.reset(xkb_context_new(XKB_CONTEXT_NO_FLAGS));
   if (!m_context) return none;
+  // What is wrong with a keyboard map is nothing for the terminal of a program that wants a key's name.
+  xkb_context_set_log_level(m_context.get(), XKB_LOG_LEVEL_CRITICAL);
   auto [keymap, index] = currentKeymap(m_context.get());
   if (!keymap) {
     m_current.reset();

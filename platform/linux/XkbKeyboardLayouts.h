@@ -33,7 +33,7 @@ class XkbKeyboardLayouts final : public KeyboardLayouts {
   struct FreeContext {
     void operator()(xkb_context* context) const;
   };
-  const std::unique_ptr<xkb_context, FreeContext> m_context;
+  std::unique_ptr<xkb_context, FreeContext> m_context;  // from the first question on
   std::shared_ptr<const class XkbKeyboardLayout> m_current;
 };
 

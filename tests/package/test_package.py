@@ -33,7 +33,7 @@ class PackageTest(unittest.TestCase):
         run("dpkg-deb", "-x", cls.package, cls.root)
 
     def test_everything_is_in_its_place(self):
-        for path in ("usr/bin/quillo-agent", "usr/bin/quilloctl", "usr/lib/quillo-agent/modules/quillo-sound.so", "usr/share/applications/quillo-agent.desktop",
+        for path in ("usr/bin/quillo-agent", "usr/bin/quilloctl", *(f"usr/lib/quillo-agent/modules/quillo-{name}.so" for name in ("crash-stack", "grammar", "services", "sound", "spelling")), "usr/share/applications/quillo-agent.desktop",
                      "usr/share/applications/com.quilloapp.quillo.desktop", "etc/xdg/autostart/com.quilloapp.quillo-agent.desktop",
                      "usr/share/icons/hicolor/48x48/apps/quillo-agent.png", "usr/share/man/man1/quillo-agent.1.gz",
                      "usr/share/man/man1/quilloctl.1.gz", "usr/share/bash-completion/completions/quilloctl",
@@ -54,7 +54,8 @@ class PackageTest(unittest.TestCase):
 
     def test_it_needs_what_it_is_linked_with_and_removal_touches_nothing_else(self):
         depends = run("dpkg-deb", "-f", self.package, "Depends")
-        for package in ("libc6", "libqt6widgets6", "libqt6dbus6", "libqt6multimedia6", "libicu72", "libxcb1", "qt6-qpa-plugins"):
+        for package in ("libc6", "libqt6widgets6", "libqt6dbus6", "libqt6multimedia6", "libqt6network6", "libqt6positioning6",
+                        "libhunspell-1.7-0", "libdw1", "libicu72", "libxcb1", "qt6-qpa-plugins"):
             self.assertIn(package, depends)
         # No script runs when it is removed: the user's journal and settings are not the package's.
         control = self.directory / "control"

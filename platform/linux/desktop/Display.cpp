@@ -6,6 +6,9 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdio>
+#include <cstdlib>
+
 namespace quillo {
 
 using namespace Qt::StringLiterals;
@@ -21,9 +24,30 @@ static bool xServerAnswers() {
   return answers;
 }
 
-bool displayIsReachable() {
-  // Another platform was asked for by name, such as the offscreen one: it needs neither.
-  return qEnvironmentVariableIsSet(platformVariable) || isWaylandSession() || xServerAnswers();
+static const char* lineWithoutDisplay = nullptr;
+static QtMessageHandler handlerBefore = nullptr;
+
+[[noreturn]] static void endWithoutDisplay() {
+  std::fprintf(stderr, "%s\n", lineWithoutDisplay);
+  // Nothing has begun that would have to end.
+  std::_Exit(1);
+}
+
+static void handleMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+  if (type == QtFatalMsg) endWithoutDisplay();
+  handlerBefore(type, context, text);
+}
+
+DisplayRequirement::DisplayRequirement(const char* line) {
+  lineWithoutDisplay = line;
+  // Where another platform was asked for by name, such as the offscreen one, it needs neither.
+  if (!qEnvironmentVariableIsSet(platformVariable) && !isWaylandSession() && qEnvironmentVariableIsEmpty("DISPLAY"))
+    endWithoutDisplay();
+  handlerBefore = qInstallMessageHandler(handleMessage);
+}
+
+DisplayRequirement::~DisplayRequirement() {
+  qInstallMessageHandler(handlerBefore);
 }
 
 bool isWaylandSession() {
@@ -59,9 +83,8 @@ QString description(DisplayChoice choice) {
 bool compositorIsRunning() {
   xcb_connection_t* connection = X11::connection();
   if (!connection) return true;
-  // Of the first screen, the only one that today's servers have. A compositor owns this selection while it runs. Asked
-  // for once: the connection is the process's only one, and this is called whenever a window shows.
-  static const xcb_atom_t selection = X11::atom("_NET_WM_CM_S0");
+  // Of the first screen, the only one that today's servers have. A compositor owns this selection while it runs.
+  const xcb_atom_t selection = X11::atom("_NET_WM_CM_S0");
   const auto owner =
       X11::owned(xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selection), nullptr));
   return owner && owner->owner != XCB_NONE;
@@ -70,8 +93,8 @@ bool compositorIsRunning() {
 void keepOutOfTaskBar(WId window) {
   xcb_connection_t* connection = X11::connection();
   if (!connection) return;
-  static const xcb_atom_t state = X11::atom("_NET_WM_STATE");
-  static const xcb_atom_t skipped[] = {X11::atom("_NET_WM_STATE_SKIP_TASKBAR"), X11::atom("_NET_WM_STATE_SKIP_PAGER")};
+  const xcb_atom_t state = X11::atom("_NET_WM_STATE");
+  const xcb_atom_t skipped[] = {X11::atom("_NET_WM_STATE_SKIP_TASKBAR"), X11::atom("_NET_WM_STATE_SKIP_PAGER")};
   // Qt adds its own when it shows the window.
   xcb_change_property(connection, XCB_PROP_MODE_APPEND, static_cast<xcb_window_t>(window), state, XCB_ATOM_ATOM, 32, 2,
                       skipped);

@@ -5,8 +5,16 @@
 
 namespace quillo {
 
-// Whether there is an X server or a Wayland compositor to show anything on. Qt would end the process.
-[[nodiscard]] bool displayIsReachable();
+// For the making of the application object: where that finds no X server or Wayland compositor to show anything on, the
+// process says `line` on standard error and ends with code 1. Qt by itself ends it by a crash. One at a time.
+class DisplayRequirement {
+ public:
+  // The text must outlive the object. Ends the process at once where no display is even named.
+  explicit DisplayRequirement(const char* line);
+  ~DisplayRequirement();
+  DisplayRequirement(const DisplayRequirement&) = delete;
+  DisplayRequirement& operator=(const DisplayRequirement&) = delete;
+};
 
 // Whether the windows of this session are a Wayland compositor's, be it through Xwayland.
 [[nodiscard]] bool isWaylandSession();

@@ -1,6 +1,9 @@
 #include "platform/linux/desktop/StatusImage.h"
 
+#include <QFile>
 #include <QPainter>
+
+#include <png.h>
 
 #include <algorithm>
 
@@ -32,12 +35,29 @@ QColor readableOn(const QColor& background) {
   return brightness > 0.5 ? QColor(Qt::black) : QColor(Qt::white);
 }
 
-std::optional<QColor> readableOnMost(std::vector<QColor> seen) {
+std::optional<QColor> readableOnMost(std::vector<QRgb> seen) {
   if (seen.empty()) return {};
   const auto middle = seen.begin() + static_cast<std::ptrdiff_t>(seen.size() / 2);
-  std::nth_element(seen.begin(), middle, seen.end(),
-                   [](const auto& a, const auto& b) { return qGray(a.rgb()) < qGray(b.rgb()); });
-  return readableOn(*middle);
+  std::nth_element(seen.begin(), middle, seen.end(), [](QRgb a, QRgb b) { return qGray(a) < qGray(b); });
+  return readableOn(QColor(*middle));
+}
+
+QImage imageOfPNG(const QString& path) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) return {};
+  const QByteArray bytes = file.readAll();
+  png_image png{};
+  png.version = PNG_IMAGE_VERSION;
+  if (!png_image_begin_read_from_memory(&png, bytes.constData(), static_cast<size_t>(bytes.size()))) return {};
+  png.format = PNG_FORMAT_RGBA;
+  QImage image(static_cast<int>(png.width), static_cast<int>(png.height), QImage::Format_RGBA8888);
+  const auto lineLength = static_cast<png_int_32>(image.bytesPerLine());
+  // Either ends the reading and gives back what it took.
+  if (image.isNull())
+    png_image_free(&png);
+  else if (!png_image_finish_read(&png, nullptr, image.bits(), lineLength, nullptr))
+    image = {};
+  return image;
 }
 
 QImage statusImage(const QImage& image, QSizeF points, double pixelRatio, const StatusImageStyle& style) {

@@ -13,7 +13,11 @@ namespace quillo {
 [[nodiscard]] QColor readableOn(const QColor& background);
 // The same for a background that was seen here and there. The middle one counts, so that a neighbour's picture or some
 // text does not; nothing when nothing was seen.
-[[nodiscard]] std::optional<QColor> readableOnMost(std::vector<QColor> seen);
+[[nodiscard]] std::optional<QColor> readableOnMost(std::vector<QRgb> seen);
+
+// A PNG file, by the library for that: Qt's own reading first loads its modules for every other format, and the status
+// item is drawn while the program starts. Null when it cannot be read.
+[[nodiscard]] QImage imageOfPNG(const QString& path);
 
 struct StatusImageStyle {
   std::optional<QColor> tint;     // replaces every colour of the image, keeping its shape

@@ -9,7 +9,6 @@
 #include <QApplication>
 #include <QCursor>
 #include <QEvent>
-#include <QFile>
 #include <QPalette>
 #include <QScreen>
 
@@ -28,7 +27,7 @@ constexpr double iconPoints = 22;
 constexpr std::chrono::milliseconds highlightDelay{30};
 constexpr double widestLength = 256;
 constexpr qsizetype mostIconsKept = 16;
-// A panel that has just placed an icon may still have to paint itself.
+// A panel that has just changed may still have to paint itself.
 constexpr std::chrono::milliseconds settleTime{300};
 // How long a menu that a tray draws counts as shown where the tray does not tell that it closed it.
 constexpr std::chrono::seconds longestMenu{5};
@@ -49,7 +48,8 @@ QList<ScreenArea> screenAreas() {
 
 }  // namespace
 
-TrayStatusItem::TrayStatusItem() : m_window([this] { trayWindowChanged(); }), m_watcher([this] { makeIcon(); }) {
+TrayStatusItem::TrayStatusItem()
+    : m_window([this] { trayWindowChanged(); }, [this] { checkForeground(); }), m_watcher([this] { makeIcon(); }) {
   m_settled.setSingleShot(true);
   m_settled.setInterval(settleTime);
   connect(&m_settled, &QTimer::timeout, this, &TrayStatusItem::checkForeground);
@@ -74,7 +74,6 @@ void TrayStatusItem::makeIcon() {
   connect(m_icon.get(), &QSystemTrayIcon::activated, this, &TrayStatusItem::activated);
   m_icon->setContextMenu(m_menu);
   updateIcon();
-  m_settled.start();
 }
 
 void TrayStatusItem::setImage(const QString& name, bool isTemplate) {
@@ -163,8 +162,10 @@ void TrayStatusItem::activated(QSystemTrayIcon::ActivationReason reason) {
 }
 
 void TrayStatusItem::trayWindowChanged() {
-  m_settled.start();
   checkForeground();
+  // The first time, the tray has the icon painted. A panel that moves it may still have to paint itself, and need not
+  // say so.
+  if (std::exchange(m_isPlaced, m_window.pixels().has_value())) m_settled.start();
   if (const auto callback = m_onGeometryChanged) callback();
 }
 
@@ -184,9 +185,7 @@ std::optional<QColor> TrayStatusItem::foreground() const {
   if (const auto colour = m_window.foreground()) return colour;
   // A tray that draws icons itself tells nothing of its colours. Where the screen can be looked at, its panel shows.
   if (isWaylandSession()) return {};
-  std::vector<QColor> seen;
-  X11::appendPixels(pixelsOfGlobalRect(panelStrip(screenAreas()), screenAreas()).toRect(), seen);
-  return readableOnMost(std::move(seen));
+  return readableOnMost(X11::pixelsOf({pixelsOfGlobalRect(panelStrip(screenAreas()), screenAreas()).toRect()}));
 }
 
 StatusImageStyle TrayStatusItem::style() const {
@@ -213,8 +212,8 @@ QIcon TrayStatusItem::drawnIcon(const StatusImageStyle& style) const {
   QIcon icon;
   for (const int ratio : {1, 2}) {
     const QString path = base + (ratio == 1 ? u".png"_s : u"@2x.png"_s);
-    if (!QFile::exists(path)) continue;
-    QImage image(path);
+    const QImage image = imageOfPNG(path);
+    if (image.isNull()) continue;
     const QSizeF points(m_length > 0 ? m_length : image.width() / double(ratio), iconPoints);
     icon.addPixmap(QPixmap::fromImage(statusImage(image, points, ratio, style)));
   }
@@ -240,7 +239,10 @@ void TrayStatusItem::updateIcon() {
   }
   m_icon->setIcon(icon);
   // Only now, as an icon without an image would stand in the tray as a gap.
-  if (!m_icon->isVisible()) m_icon->show();
+  if (!m_icon->isVisible()) {
+    m_icon->show();
+    if (!TrayWindow::isEmbeddable()) m_settled.start();
+  }
   if (!TrayWindow::isEmbeddable()) updateToolTip();
 }
 

@@ -63,6 +63,7 @@ class TrayStatusItem final : public QObject, public StatusItem {
   QString m_imageName;
   bool m_isTemplate{false};
   bool m_isHighlighted{false};
+  bool m_isPlaced{false};  // by a tray that embeds it
   double m_length{0};
   std::optional<QColor> m_foreground;
   // By their looks: drawn anew, each would stay in Qt's cache as another.

@@ -34,7 +34,8 @@ xcb_window_t iconWindow() {
 
 }  // namespace
 
-TrayWindow::TrayWindow(std::function<void()> onChange) : m_onChange(std::move(onChange)) {
+TrayWindow::TrayWindow(std::function<void()> onChange, std::function<void()> onRepaint)
+    : m_onChange(std::move(onChange)), m_onRepaint(std::move(onRepaint)) {
   m_connection = X11::connection();
   if (!m_connection) return;
   qApp->installNativeEventFilter(this);
@@ -71,10 +72,26 @@ bool TrayWindow::nativeEventFilter(const QByteArray& eventType, void* message, q
     case XCB_MAP_NOTIFY:
       if (concerns(reinterpret_cast<const xcb_map_notify_event_t*>(event)->window)) refreshLater();
       break;
+    case XCB_EXPOSE: {
+      const auto* expose = reinterpret_cast<const xcb_expose_event_t*>(event);
+      if (expose->window == m_icon && expose->count == 0) repaintedLater();
+      break;
+    }
     default:
       break;
   }
   return false;
+}
+
+void TrayWindow::repaintedLater() {
+  if (std::exchange(m_isRepainted, true)) return;
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        m_isRepainted = false;
+        m_onRepaint();
+      },
+      Qt::QueuedConnection);
 }
 
 void TrayWindow::refreshLater() {
@@ -88,12 +105,11 @@ void TrayWindow::refresh() {
   const auto before = m_pixels;
   m_icon = iconWindow();
   m_ancestors = m_icon ? ancestorsOf(m_icon) : std::vector<Window>();
-  for (const Window window : m_ancestors) {
-    // The mask is this connection's own, so nothing of the tray's is overwritten. The window may be gone by now.
-    const uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    owned(xcb_request_check(m_connection,
-                            xcb_change_window_attributes_checked(m_connection, window, XCB_CW_EVENT_MASK, &mask)));
-  }
+  // The mask is this connection's own, so nothing of the tray's is overwritten. A window may be gone by now.
+  const uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  for (const Window window : m_ancestors)
+    xcb_discard_reply(m_connection,
+                      xcb_change_window_attributes_checked(m_connection, window, XCB_CW_EVENT_MASK, &mask).sequence);
   // Directly below the root, the window waits for a tray.
   m_pixels.reset();
   if (const auto rect = m_ancestors.empty() ? std::nullopt : X11::rectOf(m_icon)) m_pixels = *rect;
@@ -146,9 +162,9 @@ std::optional<QColor> TrayWindow::backgroundAround(const QRect& icon, const QRec
       QRect(icon.left(), icon.top() - 1, icon.width(), 1),
       QRect(icon.left(), icon.bottom() + 1, icon.width(), 1),
   };
-  std::vector<QColor> colours;
-  for (const auto& side : sides) X11::appendPixels(side & panel, colours);
-  return readableOnMost(std::move(colours));
+  QList<QRect> shown;
+  for (const auto& side : sides) shown << (side & panel);
+  return readableOnMost(X11::pixelsOf(shown));
 }
 
 }  // namespace quillo

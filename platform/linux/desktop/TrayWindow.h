@@ -20,8 +20,9 @@ namespace quillo {
 // has one status item, so there is one window to find.
 class TrayWindow final : public QObject, public QAbstractNativeEventFilter {
  public:
-  // `onChange` is called from the event loop after the window came, went, or moved.
-  explicit TrayWindow(std::function<void()> onChange);
+  // Both are called from the event loop: `onChange` after the window came, went, or moved, `onRepaint` after a tray has
+  // had it painted anew, which trays do when they have painted what is around it.
+  TrayWindow(std::function<void()> onChange, std::function<void()> onRepaint);
   ~TrayWindow() override;
 
   // Whether the icon is to be embedded by a tray, be it waiting for one, and not to be drawn by it.
@@ -37,6 +38,7 @@ class TrayWindow final : public QObject, public QAbstractNativeEventFilter {
  private:
   using Window = unsigned int;
 
+  void repaintedLater();
   void refreshLater();
   void refresh();
   [[nodiscard]] std::vector<Window> ancestorsOf(Window window) const;
@@ -44,11 +46,13 @@ class TrayWindow final : public QObject, public QAbstractNativeEventFilter {
   [[nodiscard]] std::optional<QColor> backgroundAround(const QRect& icon, const QRect& panel) const;
 
   std::function<void()> m_onChange;
+  std::function<void()> m_onRepaint;
   xcb_connection_t* m_connection{nullptr};  // Qt's; null without an X server
   Window m_icon{0};
   std::vector<Window> m_ancestors;  // the wrapper first, the panel last
   std::optional<QRectF> m_pixels;
   bool m_refreshing{false};
+  bool m_isRepainted{false};
 };
 
 }  // namespace quillo

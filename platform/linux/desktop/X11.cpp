@@ -1,12 +1,27 @@
 #include "platform/linux/desktop/X11.h"
 
 #include <QGuiApplication>
+#include <QHash>
+#include <QtEndian>
 
 #include <xcb/xcb.h>
+
+#include <cstring>
 
 namespace quillo::X11 {
 
 static constexpr char traySelection[] = "_NET_SYSTEM_TRAY_S0";
+// Asked for together, with the first: each would be a wait for the server.
+static constexpr const char* usualAtoms[] = {traySelection,
+                                             "MANAGER",
+                                             "_NET_SYSTEM_TRAY_COLORS",
+                                             "_NET_CLIENT_LIST",
+                                             "_NET_WM_WINDOW_TYPE",
+                                             "_NET_WM_WINDOW_TYPE_DOCK",
+                                             "_NET_WM_CM_S0",
+                                             "_NET_WM_STATE",
+                                             "_NET_WM_STATE_SKIP_TASKBAR",
+                                             "_NET_WM_STATE_SKIP_PAGER"};
 
 xcb_connection_t* connection() {
   const auto* x11 = qApp ? qApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
@@ -21,9 +36,18 @@ Window rootWindow() {
 unsigned int atom(const QByteArray& name) {
   xcb_connection_t* c = connection();
   if (!c) return 0;
-  const auto cookie = xcb_intern_atom(c, 0, static_cast<uint16_t>(name.size()), name.constData());
-  const auto reply = owned(xcb_intern_atom_reply(c, cookie, nullptr));
-  return reply ? reply->atom : 0;
+  // A program has one connection in its life, and an atom keeps its number as long as the server lives.
+  static const QHash<QByteArray, xcb_atom_t> known = [c] {
+    std::vector<xcb_intern_atom_cookie_t> cookies;
+    for (const char* usual : usualAtoms)
+      cookies.push_back(xcb_intern_atom(c, 0, static_cast<uint16_t>(std::strlen(usual)), usual));
+    QHash<QByteArray, xcb_atom_t> atoms;
+    for (size_t i = 0; i < cookies.size(); ++i)
+      if (const auto reply = owned(xcb_intern_atom_reply(c, cookies[i], nullptr)))
+        atoms.insert(usualAtoms[i], reply->atom);
+    return atoms;
+  }();
+  return known.value(name, XCB_ATOM_NONE);
 }
 
 Window trayOwner() {
@@ -73,28 +97,36 @@ QList<QRect> panels() {
   return found;
 }
 
-void appendPixels(const QRect& rect, std::vector<QColor>& colours) {
-  xcb_connection_t* c = connection();
-  const auto screen = rectOf(rootWindow());
-  if (!c || !screen) return;
-  // Outside the screen there are none, and asking for them is an error.
-  const QRect part = rect & *screen;
-  if (part.isEmpty()) return;
-  const auto cookie = xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, rootWindow(), static_cast<int16_t>(part.x()),
-                                    static_cast<int16_t>(part.y()), static_cast<uint16_t>(part.width()),
-                                    static_cast<uint16_t>(part.height()), ~0U);
+static void appendPixels(xcb_connection_t* c, xcb_get_image_cookie_t cookie, std::vector<QRgb>& pixels) {
   const auto image = owned(xcb_get_image_reply(c, cookie, nullptr));
   // Other depths are long out of use, and their pixels would need a colour map.
   if (!image || (image->depth != 24 && image->depth != 32)) return;
   const auto* bytes = xcb_get_image_data(image.get());
   const int length = xcb_get_image_data_length(image.get());
   const bool isLittleEndian = xcb_get_setup(c)->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
-  for (int i = 0; i + 4 <= length; i += 4) {
-    const auto channel = [&](int significance) {
-      return bytes[i + (isLittleEndian ? significance : 3 - significance)];
-    };
-    colours.emplace_back(channel(2), channel(1), channel(0));
+  // A whole panel's, some ten thousand, while the program starts.
+  pixels.reserve(pixels.size() + static_cast<size_t>(length / 4));
+  for (int i = 0; i + 4 <= length; i += 4)
+    pixels.push_back((isLittleEndian ? qFromLittleEndian<QRgb>(bytes + i) : qFromBigEndian<QRgb>(bytes + i)) |
+                     0xff000000);
+}
+
+std::vector<QRgb> pixelsOf(const QList<QRect>& rects) {
+  std::vector<QRgb> pixels;
+  xcb_connection_t* c = connection();
+  const auto screen = rectOf(rootWindow());
+  if (!c || !screen) return pixels;
+  std::vector<xcb_get_image_cookie_t> cookies;
+  for (const QRect& rect : rects) {
+    // Outside the screen there are none, and asking for them is an error.
+    const QRect part = rect & *screen;
+    if (part.isEmpty()) continue;
+    cookies.push_back(xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, rootWindow(), static_cast<int16_t>(part.x()),
+                                    static_cast<int16_t>(part.y()), static_cast<uint16_t>(part.width()),
+                                    static_cast<uint16_t>(part.height()), ~0U));
   }
+  for (const auto cookie : cookies) appendPixels(c, cookie, pixels);
+  return pixels;
 }
 
 }  // namespace quillo::X11

@@ -30,6 +30,7 @@ std::unique_ptr<T, Free> owned(T* reply) {
 [[nodiscard]] xcb_connection_t* connection();
 // Of the first screen, the only one that today's servers have.
 [[nodiscard]] Window rootWindow();
+// Of the names that the program uses, which are listed beside it; 0 for others.
 [[nodiscard]] unsigned int atom(const QByteArray& name);
 // The window that speaks for the tray that embeds icons; 0 where there is no such tray.
 [[nodiscard]] Window trayOwner();
@@ -39,7 +40,7 @@ std::unique_ptr<T, Free> owned(T* reply) {
 [[nodiscard]] std::optional<QRect> rectOf(Window window);
 // The bars along the edges of the screen, in its pixels.
 [[nodiscard]] QList<QRect> panels();
-// Adds what the screen shows there.
-void appendPixels(const QRect& rect, std::vector<QColor>& colours);
+// What the screen shows there.
+[[nodiscard]] std::vector<QRgb> pixelsOf(const QList<QRect>& rects);
 
 }  // namespace quillo::X11

@@ -41,8 +41,11 @@ bool X11HotKeys::isAvailable() {
   return X11::connection() != nullptr;
 }
 
-X11HotKeys::X11HotKeys() : m_connection(X11::connection()), m_releases(m_connection) {
-  if (!m_connection) return;
+X11HotKeys::X11HotKeys() : m_connection(X11::connection()) {}
+
+void X11HotKeys::prepare() {
+  if (m_releases) return;
+  m_releases.emplace(m_connection);
   m_root = X11::rootWindow();
   m_firstXkbEvent = firstXkbEvent(m_connection);
   m_mapSettled.setSingleShot(true);
@@ -53,14 +56,15 @@ X11HotKeys::X11HotKeys() : m_connection(X11::connection()), m_releases(m_connect
 
 X11HotKeys::~X11HotKeys() {
   // Without an application there is no connection any more either.
-  if (!qGuiApp || !m_connection) return;
+  if (!qGuiApp || !m_releases) return;
   for (Claim& claim : m_claims) ungrab(claim);
-  m_releases.listen(false);
+  m_releases->listen(false);
   xcb_flush(m_connection);
 }
 
 OSStatus X11HotKeys::registerHotKey(quint32 keyCode, quint32 modifiers, HotKeyID id, HotKeyRef* ref) {
   if (!m_connection || xcb_connection_has_error(m_connection)) return HotKeyStatus::unsupported;
+  prepare();
   if (m_claims.empty()) readModifiers();
   Claim claim;
   claim.id = id;
@@ -227,7 +231,7 @@ bool X11HotKeys::nativeEventFilter(const QByteArray& eventType, void* message, q
   if (type == XCB_KEY_PRESS) return keyPressed(*key);
   if (type == XCB_KEY_RELEASE)
     keyReleased(key->detail, key->time);
-  else if (const auto release = m_releases.releaseIn(message))
+  else if (const auto release = m_releases->releaseIn(message))
     keyReleased(release->keycode, release->time);
   return false;
 }
@@ -272,7 +276,8 @@ void X11HotKeys::keyReleased(quint8 keycode, Milliseconds time) {
 }
 
 void X11HotKeys::listenForReleases() {
-  m_releases.listen(std::any_of(m_claims.begin(), m_claims.end(), [](const Claim& c) { return c.motion.isDown; }));
+  if (!m_releases) return;
+  m_releases->listen(std::any_of(m_claims.begin(), m_claims.end(), [](const Claim& c) { return c.motion.isDown; }));
 }
 
 void X11HotKeys::deliver(const Claim& claim, quint32 kind) const {

@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <optional>
 #include <vector>
 
 struct xcb_connection_t;
@@ -61,6 +62,8 @@ class X11HotKeys final : public QObject, public HotKeys, public QAbstractNativeE
     KeyMotion motion;
   };
 
+  // What only claims need: programs without any start without it.
+  void prepare();
   [[nodiscard]] Claim* find(HotKeyRef ref);
   OSStatus grab(Claim& claim);
   void ungrab(Claim& claim);
@@ -74,8 +77,8 @@ class X11HotKeys final : public QObject, public HotKeys, public QAbstractNativeE
 
   xcb_connection_t* m_connection{nullptr};  // Qt's; null without an X server
   quint32 m_root{0};
-  quint8 m_firstXkbEvent{0};  // 0 without the extension
-  RawKeyReleases m_releases;
+  quint8 m_firstXkbEvent{0};                 // 0 without the extension
+  std::optional<RawKeyReleases> m_releases;  // from the first claim on
   X11Modifiers m_modifiers;
   std::vector<Claim> m_claims;
   HotKeyRef m_lastRef{0};

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "foundation/Bundle.h"
+#include "foundation/LoadableModule.h"
 #include "platform/Sounds.h"
-
-#include <QLibrary>
 
 #include <utility>
 
@@ -20,11 +19,8 @@ class SoundEffects final : public Sounds {
   bool playSoundNamed(const QString& name) override;
 
  private:
-  bool load();
-
   Bundle m_bundle;
-  QLibrary m_module;
-  bool m_triedToLoad{false};
+  LoadableModule m_module{QStringLiteral("quillo-sound")};
 };
 
 }  // namespace quillo

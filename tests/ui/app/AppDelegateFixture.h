@@ -115,6 +115,12 @@ struct SilentStatusItem : StatusItem {
 };
 
 class AppDelegateTest : public testing::Test {
+ public:
+  ~AppDelegateTest() override {
+    delegate.reset();
+    SilentStatusItem::source() = {};
+  }
+
  protected:
   AppDelegateTest() {
     forgetSettings();
@@ -157,10 +163,6 @@ class AppDelegateTest : public testing::Test {
                            .userNotifications = reminderOutlets,
                            .sounds = reminderOutlets};
     delegate = std::make_unique<QuilloAgentAppDelegate>(std::move(services), std::move(platform));
-  }
-  ~AppDelegateTest() override {
-    delegate.reset();
-    SilentStatusItem::source() = {};
   }
   // What a new process reads anew. There may be no delegate.
   void forgetSettings() {

@@ -161,8 +161,8 @@ TEST_F(AppDelegateTest, RenewsItsOwnBookmarkFromTheSharedOne) {
   EXPECT_TRUE(log.takeLines()[0].startsWith(u"Unable to resolve shared bookmark - "_s));
 
   ownDefaults.setObjectForKey(PropertyListValue(QByteArray("old")), Key::journalFileBookmarkData);
-  list().setObjectForKey(*Bookmark::bookmarkData(QUrl::fromLocalFile(home.path(u"there"_s)), Bookmark::plain),
-                         Key::journalFileSharedBookmarkData);
+  const auto bookmark = Bookmark::bookmarkData(QUrl::fromLocalFile(home.path(u"there"_s)), Bookmark::plain);
+  list().setObjectForKey(bookmark.value_or(QByteArray()), Key::journalFileSharedBookmarkData);
   delegate->resolveJournalFileAccess();
   // Of the configured location, which is gone: the old bookmark goes, too.
   EXPECT_EQ(ownDefaults.objectForKey(Key::journalFileBookmarkData), std::nullopt);

@@ -50,7 +50,7 @@ TEST(NinePartScaledImageTest, KeepsCornersAndStretchesTheRest) {
   const NinePartScaledImage image(patternSource(), topLeft, bottomRight);
   for (const int ratio : {1, 2}) {
     SCOPED_TRACE(ratio);
-    const QImage& source = *bitmapForRatio(patternSource().bitmaps(), ratio);
+    const QImage& source = *patternSource().bitmapForRatio(ratio);
     // At the source's own size it is the source, whatever part is asked for.
     EXPECT_EQ(draw(image, {0, 0, 100, 40}, ratio, {100, 40}), source);
     EXPECT_EQ(draw(image, {0, 0, 100, 40}, ratio, {100, 40}, QRectF(20, 20, 3, 3)), source);
@@ -163,6 +163,18 @@ TEST(ArtworkTest, APictureIsLoadedOnceAndAtBothScales) {
   EXPECT_EQ(image->bitmaps()[1].size(), QSize(44, 44));
   EXPECT_EQ(Image::imageNamed(u"menubar-new-entry"_s), image);
   EXPECT_EQ(Image::imageNamed(u"no-such-picture"_s), nullptr);
+}
+
+TEST(ArtworkTest, APictureThatIsCutScaleByScaleLooksAsOneCutAtOnce) {
+  const ImageRef image = Image::imageNamed(u"menubar-inputbox"_s);
+  ASSERT_TRUE(image);
+  const QPointF from(5, 141);
+  const QPointF to(295, 5);
+  const NinePartScaledImage later(image, from, to);
+  QList<QImage> drawn;
+  for (const int ratio : {1, 2, 1}) drawn << draw(later, {0, 0, 310, 90}, ratio, {310, 90});
+  const NinePartScaledImage atOnce(*image, from, to);
+  for (const int i : {0, 1, 2}) EXPECT_EQ(drawn[i], draw(atOnce, {0, 0, 310, 90}, i == 1 ? 2 : 1, {310, 90})) << i;
 }
 
 // The mean difference of two pictures' colours, 0 to 255.

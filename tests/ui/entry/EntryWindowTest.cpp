@@ -56,7 +56,8 @@ TEST_F(EntryWindowTest, AFailedSaveIsReportedTwiceAndLosesNothing) {
   PropertyListDictionary content{{u"formatVersion"_s, 99}};
   QFile file(journalURL.toLocalFile() + u"/Journal.plist"_s);
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.write(*PropertyListSerialization::dataWithPropertyList(content, PropertyListFormat::XML));
+  const auto bytes = PropertyListSerialization::dataWithPropertyList(content, PropertyListFormat::XML);
+  file.write(bytes.value_or(QByteArray()));
   file.close();
   alerts.expected = 2;
   click("saveButton");

@@ -138,8 +138,7 @@ TEST_F(GrammarTest, AnIssueMovesWithTheTextBeforeIt) {
   select(0, 0);
   type(u"ab"_s);
   const auto issue = view->checking().highlighter()->issueAt(6);
-  ASSERT_TRUE(issue);
-  EXPECT_EQ(issue->range, (TextRange{5, 4}));
+  EXPECT_EQ(issue ? issue->range : TextRange::nowhere(), (TextRange{5, 4}));
 }
 
 TEST_F(GrammarTest, TheMenuItemFollowsWhetherThereIsAServer) {

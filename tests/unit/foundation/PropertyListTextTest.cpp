@@ -34,6 +34,8 @@ TEST(PropertyListXML, ReadsEveryKindOfElement) {
       {"<string>a<!-- b -->c<![CDATA[<&>]]>&lt;&amp;&gt;&quot;&apos;&#65;&#x1F642;</string>",
        u"ac<&><&>\"'A\U0001f642"_s},
       {"<string> two\r\nlines </string>", u" two\nlines "_s},
+      {"<string>\xef\xbb\xbfseven.. \xf0\x9f\x99\x82\xc3\xbc and what is behind</string>",
+       u"\ufeffseven.. \U0001f642\u00fc and what is behind"_s},
       {"<integer> 12 </integer>", 12},
       {"<integer>0x1F</integer>", 31},
       {"<integer>-9223372036854775808</integer>", std::numeric_limits<qint64>::min()},
@@ -129,6 +131,12 @@ TEST(PropertyListXML, RefusesMarkupThatIsDearToParse) {
   for (int i = 0; i < 1000000; ++i) attributes += " a" + QByteArray::number(i) + "=\"\"";
   EXPECT_THAT(whyRefused("<!-- <![CDATA[ -->\n" + attributes + "><true/></plist>"),
               AllOf(HasSubstr("too long"), HasSubstr("line 2")));
+  // Also where no other tag is near, and where a value hides its end; one of that length is none too many.
+  const auto tagOf = [](qsizetype size) { return "<true a='>" + QByteArray(size - 13, 'x') + "'/>"; };
+  EXPECT_TRUE(parsed(tagOf(1024)));
+  EXPECT_THAT(whyRefused(tagOf(1026)), HasSubstr("too long"));
+  EXPECT_THAT(whyRefused("<array><string>" + QByteArray(5000, '>') + "</string>" + tagOf(5000) + "</array>"),
+              HasSubstr("too long"));
   // What looks like that inside of text is text.
   const QByteArray text = "<!DOCTYPE [ " + QByteArray(5000, '=') + '>';
   const QByteArray harmless[] = {"<string><![CDATA[" + text + "]]></string>", "<!--" + text + "--><true/>",

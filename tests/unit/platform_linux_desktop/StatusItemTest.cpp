@@ -108,7 +108,7 @@ TEST(StatusImage, ReadsOnItsBackground) {
   // Equally strong, but green looks light and blue looks dark.
   EXPECT_EQ(readableOn(QColor(0, 255, 0)), QColor(Qt::black));
   EXPECT_EQ(readableOn(QColor(0, 0, 255)), QColor(Qt::white));
-  EXPECT_EQ(readableOnMost({Qt::white, Qt::black, Qt::white, Qt::white, Qt::black}), QColor(Qt::black));
+  EXPECT_EQ(readableOnMost({0xffffffff, 0xff000000, 0xffffffff, 0xffffffff, 0xff000000}), QColor(Qt::black));
   EXPECT_EQ(readableOnMost({}), std::nullopt);
 }
 

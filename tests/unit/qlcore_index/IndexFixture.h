@@ -9,9 +9,11 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <memory>
 
 namespace quillo {
@@ -36,8 +38,13 @@ class IndexFixture : public testing::Test {
     more.insert(QStringLiteral("creationDate"), Date::since1970(created));
     writeBytes(pathOf(number), *PropertyListSerialization::dataWithPropertyList(more, PropertyListFormat::XML));
   }
+  // As a whole and without waiting for the disk.
   static void writeBytes(const QString& path, const QByteArray& bytes) {
-    ASSERT_TRUE(writeFileAtomically(path, bytes));
+    const QString temporary = QFileInfo(path).path() + QStringLiteral("/.new");
+    QFile file(temporary);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    file.close();
+    ASSERT_EQ(std::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(path).constData()), 0);
   }
 
   static JournalQuestion question(const QString& typed) {

@@ -1,5 +1,7 @@
 #include "WeatherServer.h"
 #include "foundation/FileContents.h"
+#include "foundation/UserDefaults.h"
+#include "qlcore/services/OnlineServices.h"
 #include "qlcore/services/QLWeatherManager.h"
 #include "qlcore/services/WeatherError.h"
 #include "tests/support/EventLoop.h"
@@ -73,7 +75,7 @@ class WeatherManagerTest : public testing::Test {
   WeatherServer server;
   TestHome home;
   QString cacheFile{home.path(u".cache/quillo/Weather.json"_s)};
-  std::unique_ptr<QLWeatherManager> manager;
+  std::unique_ptr<WeatherService> manager;
   std::vector<Outcome> outcomes;
 };
 
@@ -330,6 +332,17 @@ TEST_F(WeatherManagerTest, SaysNothingOnceItIsGone) {
   ASSERT_TRUE(runUntil([&] { return heard; }));
   handlePendingEvents();
   EXPECT_TRUE(outcomes.empty());
+}
+
+// This program does not export what the module takes from it.
+TEST_F(WeatherManagerTest, FailsWhereTheModuleCannotBeLoadedAndSaysSoOnce) {
+  LogCapture log;
+  const UserDefaults defaults(home.path(), u"own"_s);
+  manager = onlineWeather(clock, defaults, home.path());
+  EXPECT_EQ(failureOf(ask()), WeatherError::NotReachable);
+  EXPECT_EQ(failureOf(ask()), WeatherError::NotReachable);
+  EXPECT_EQ(onlineLocation(defaults), nullptr);
+  EXPECT_EQ(log.lines().size(), 1);
 }
 
 }  // namespace

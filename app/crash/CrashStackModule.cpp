@@ -1,12 +1,13 @@
-#include "app/crash/CrashStack.h"
+// The half of crash reports that needs the library for debugging information; a module that the crash handler loads.
 
-#include "app/crash/CrashReportWriter.h"
+#include <QtGlobal>
 
 #define BACKWARD_HAS_DW 1
 #include <ucontext.h>
 
 #include <backward.hpp>
 #include <string>
+#include <string_view>
 
 namespace quillo {
 
@@ -32,18 +33,18 @@ std::string place(const backward::ResolvedTrace::SourceLoc& source) {
   return " at " + source.filename + ':' + std::to_string(source.line);
 }
 
-void writeFrame(int descriptor, const backward::ResolvedTrace& trace) {
+std::string textOfFrame(const backward::ResolvedTrace& trace) {
   std::string text;
   for (const auto& inlined : trace.inliners) text += "      inlined " + inlined.function + place(inlined) + '\n';
   const std::string& function = trace.source.function.empty() ? trace.object_function : trace.source.function;
-  text += '#' + std::to_string(trace.idx) + "    " + (function.empty() ? "(unknown)" : function) + place(trace.source) +
-          " in " + trace.object_filename + '\n';
-  CrashReportWriter(descriptor).text(text);
+  return text + '#' + std::to_string(trace.idx) + "    " + (function.empty() ? "(unknown)" : function) +
+         place(trace.source) + " in " + trace.object_filename + '\n';
 }
 
 }  // namespace
 
-void writeSymbolizedStack(int descriptor, void* signalContext) noexcept {
+extern "C" Q_DECL_EXPORT void quilloWriteSymbolizedStack(void* signalContext, int descriptor,
+                                                         void (*write)(int descriptor, std::string_view)) {
   try {
     backward::StackTrace stack;
     void* const pointer = instructionPointer(signalContext);
@@ -54,7 +55,8 @@ void writeSymbolizedStack(int descriptor, void* signalContext) noexcept {
     }
     backward::TraceResolver resolver;
     resolver.load_stacktrace(stack);
-    for (std::size_t index = 0; index < stack.size(); ++index) writeFrame(descriptor, resolver.resolve(stack[index]));
+    for (std::size_t index = 0; index < stack.size(); ++index)
+      write(descriptor, textOfFrame(resolver.resolve(stack[index])));
   } catch (...) {  // The raw stack is in the report already.
   }
 }

@@ -1,0 +1,334 @@
+#include "IndexFixture.h"
+#include "tests/support/SmallDisk.h"
+
+#include <QProcess>
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utime.h>
+
+#include <thread>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+class JournalSearchIndexTest : public IndexFixture {
+ protected:
+  static void setTimeWritten(const QString& path, time_t seconds) {
+    const utimbuf times{seconds, seconds};
+    ASSERT_EQ(::utime(QFile::encodeName(path).constData(), &times), 0);
+  }
+  // One entry with `text`, in an index that is closed.
+  void indexed(const QString& text) {
+    write(1, text);
+    JournalSearchIndex(*package).bringUpToDate();
+  }
+  static void fill(const QString& path, qint64 from, qint64 size) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    file.seek(from);
+    QByteArray noise(size, '\0');
+    for (char& c : noise) c = static_cast<char>(std::rand());
+    file.write(noise);
+  }
+};
+
+TEST_F(JournalSearchIndexTest, ListsInTheOrderOfThePlainIndexAlsoWithinASecond) {
+  constexpr int count = 60;
+  for (int i = 0; i < count; ++i) {
+    // A few seconds for many entries; modified and written in another order.
+    write(i, QString::number(i), 1'700'000'000 + i % 3,
+          {{u"modificationDate"_s, Date::since1970(1'700'000'100 + i % 2)}});
+    setTimeWritten(pathOf(i), 1'700'000'000 + (i * 7) % 5);
+  }
+  JournalSearchIndex index(*package);
+  index.bringUpToDate();
+  const auto expectSameOrder = [&] {
+    JournalQuestion everything;
+    everything.limit = 1000;
+    QStringList uuids;
+    for (const IndexedEntry& entry : index.ask(everything).entries) uuids << entry.uuid;
+    QStringList plain;
+    const QLJournalIndex entries(package);
+    for (const auto& entry : entries.entries()) plain << entry->uuid();
+    EXPECT_EQ(uuids, plain);
+  };
+  expectSameOrder();
+  // Into the middle, one by one: there is always room.
+  for (int i = count; i < 3 * count; ++i) {
+    write(i, QString::number(i), 1'700'000'001, {{u"modificationDate"_s, Date::since1970(1'700'000'100)}});
+    setTimeWritten(pathOf(i), 1'700'000'002);
+    index.bringUpToDate({uuidOf(i) + u".plist"_s});
+  }
+  setTimeWritten(pathOf(5), 1'800'000'000);
+  index.bringUpToDate();
+  expectSameOrder();
+}
+
+TEST_F(JournalSearchIndexTest, TellsOfDamagedFilesAndLooksAtThemAgainWhenTheyChange) {
+  write(1, u"whole"_s);
+  writeBytes(pathOf(2), "half of an ent");
+  writeBytes(package->entriesFolder() + u"/notes.plist"_s, "x");
+  writeBytes(package->entriesFolder() + u"/.hidden.plist"_s, "x");
+  const QString lower = package->entriesFolder() + u'/' + uuidOf(0xA1).toLower() + u".plist"_s;
+  write(0xA1, u"upper"_s);
+  ASSERT_TRUE(QFile::copy(pathOf(0xA1), lower));
+
+  JournalSearchIndex index(*package);
+  EXPECT_EQ(index.bringUpToDate().changed, 5);
+  const auto damaged = index.damagedEntries();
+  ASSERT_EQ(damaged.size(), 3);
+  EXPECT_TRUE(damaged[0].reason.contains(uuidOf(2)));
+  EXPECT_EQ(damaged[0].uuid, uuidOf(2));
+  EXPECT_TRUE(damaged[1].reason.contains(u"has another file"_s));
+  EXPECT_EQ(damaged[2].fileName, u"notes.plist"_s);
+  EXPECT_EQ(index.uuidsWithPrefix(u"0000"_s, 10), (QStringList{uuidOf(1), uuidOf(2), uuidOf(0xA1)}));
+  EXPECT_EQ(found(index).size(), 2);
+  EXPECT_FALSE(index.bringUpToDate().hasNews());
+
+  write(2, u"mended"_s);
+  ASSERT_TRUE(QFile::remove(pathOf(0xA1)));
+  ASSERT_TRUE(QFile::remove(package->entriesFolder() + u"/notes.plist"_s));
+  writeBytes(pathOf(1), "broken");
+  index.bringUpToDate();
+  EXPECT_EQ(found(index, u"mended"_s).size(), 1);
+  EXPECT_EQ(found(index, u"upper"_s).size(), 1);
+  EXPECT_EQ(found(index).size(), 2);
+  ASSERT_EQ(index.damagedEntries().size(), 1);
+  EXPECT_EQ(index.damagedEntries()[0].uuid, uuidOf(1));
+}
+
+TEST_F(JournalSearchIndexTest, ShowsTheTextAroundWhatMatched) {
+  struct Case {
+    QString text;
+    QString typed;
+    QString begins;
+    QStringList matches;
+  };
+  const QString filler = u"lorem ipsum dolor "_s.repeated(40);
+  const Case cases[] = {
+      {u"By the Sea, by the sea"_s, u"the sea"_s, u"By"_s, {u"the"_s, u"Sea"_s, u"the"_s, u"sea"_s}},
+      {u"By the Séa, by the sea"_s, u"\"the sea\""_s, u"By"_s, {u"the Séa"_s, u"the sea"_s}},
+      {u"Seaside"_s, u"sea"_s, u"Seaside"_s, {u"Seaside"_s}},
+      {filler + u"needle "_s + filler, u"need"_s, u"lorem ipsum dolor lorem ipsum dolor needle"_s, {u"needle"_s}},
+      {u"今日は東京港まで歩いた"_s, u"東京"_s, u"今日"_s, {u"東京"_s}},
+      {u"cafe\u0301 au lait"_s, u"café -tea"_s, u"cafe"_s, {u"cafe\u0301"_s}},
+      {u"a b c d"_s, u"\"b c\" \"a b\""_s, u"a"_s, {u"a b c"_s}},
+      {QString(500, u'x') + u" y"_s, u"y"_s, u"y"_s, {u"y"_s}},
+      {u"nothing here"_s, u"-elsewhere"_s, u"nothing"_s, {}},
+  };
+  JournalSearchIndex index(*package, {true, 1024, 1, {}});
+  for (const Case& expected : cases) {
+    write(1, expected.text);
+    index.bringUpToDate();
+    const JournalAnswer answer = index.ask(question(expected.typed));
+    ASSERT_EQ(answer.entries.size(), 1) << expected.typed.toStdString();
+    const IndexedEntry& entry = answer.entries[0];
+    const QString excerpt = entry.text.mid(entry.excerpt.start, entry.excerpt.length);
+    EXPECT_TRUE(excerpt.startsWith(expected.begins)) << excerpt.toStdString();
+    EXPECT_LE(excerpt.size(), 200);
+    QStringList matches;
+    for (const TextRange& match : entry.matches) matches << entry.text.mid(match.start, match.length);
+    EXPECT_EQ(matches, expected.matches) << expected.typed.toStdString();
+  }
+}
+
+TEST_F(JournalSearchIndexTest, CountsByDayMonthTagAndPlace) {
+  const auto at = [](const QString& name) {
+    return PropertyListDictionary{{u"latitude"_s, 1.0}, {u"longitude"_s, 2.0}, {u"placeName"_s, name}};
+  };
+  write(1, u"sea"_s, 1'740'830'400,
+        {{u"tags"_s, PropertyListArray{u"Work"_s, u"work"_s}}, {u"location"_s, at(u"Oslo"_s)}});
+  write(2, u"sea"_s, 1'740'830'500, {{u"tags"_s, PropertyListArray{u"work"_s, u"Play"_s}}});
+  write(3, u"sea land"_s, 1'743'508'800, {{u"tags"_s, PropertyListArray{u"WORK"_s}}, {u"location"_s, at(u"oslo"_s)}});
+  write(4, u"land"_s, 1'709'294'400);
+  JournalSearchIndex index(*package);
+  index.bringUpToDate();
+  const auto described = [&](const QString& typed, JournalCountBy by) {
+    QStringList parts;
+    for (const JournalCount& count : index.counts(question(typed), by))
+      parts << (count.day.isValid() ? count.day.toString(Qt::ISODate) : count.name) + u' ' +
+                   QString::number(count.count);
+    return parts.join(u", "_s);
+  };
+  EXPECT_EQ(described(u""_s, JournalCountBy::Day), u"2024-03-01 1, 2025-03-01 2, 2025-04-01 1"_s);
+  EXPECT_EQ(described(u"since:2025"_s, JournalCountBy::Month), u"2025-03-01 2, 2025-04-01 1"_s);
+  EXPECT_EQ(described(u"sea"_s, JournalCountBy::Tag), u"WORK 3, Play 1"_s);
+  EXPECT_EQ(described(u"sea before:2025-04"_s, JournalCountBy::Tag), u"work 2, Play 1"_s);
+  EXPECT_EQ(described(u""_s, JournalCountBy::Place), u"oslo 2"_s);
+  JournalQuestion onThisDay;
+  onThisDay.anniversary = JournalQuestion::Anniversary{QDate(2025, 3, 1)};
+  EXPECT_EQ(index.ask(onThisDay).total, 1);
+  EXPECT_EQ(index.newestUUID(), uuidOf(3));
+  EXPECT_EQ(index.entryWithUUID(uuidOf(4).toLower())->text, u"land"_s);
+}
+
+TEST_F(JournalSearchIndexTest, NoticesAChangeThatTheClockDoesNotShow) {
+  write(1, u"aaaa"_s);
+  setTimeWritten(pathOf(1), 1'700'000'000);
+  JournalSearchIndex index(*package);
+  index.bringUpToDate();
+  // In place, as long as before, with the time set back; all within a moment.
+  QFile file(pathOf(1));
+  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+  const QByteArray bytes = file.readAll().replace("aaaa", "bbbb");
+  file.seek(0);
+  file.write(bytes);
+  file.close();
+  setTimeWritten(pathOf(1), 1'700'000'000);
+  index.bringUpToDate();
+  EXPECT_EQ(found(index), QStringList{u"bbbb"_s});
+}
+
+TEST_F(JournalSearchIndexTest, IsForTheUserAloneAndKeepsNoDeletedText) {
+  const ::mode_t before = ::umask(0);
+  write(1, u"harmless"_s);
+  write(2, u"unmentionable secret"_s);
+  {
+    JournalSearchIndex index(*package);
+    index.bringUpToDate();
+    EXPECT_EQ(databases().size(), 1);
+    EXPECT_EQ(modeOf(home.path(u".cache/quillo/index"_s)), 0700);
+    for (const QString& end : {u""_s, u"-wal"_s, u"-shm"_s, u"-state"_s}) EXPECT_EQ(modeOf(databases()[0] + end), 0600);
+    ASSERT_TRUE(QFile::remove(pathOf(2)));
+    index.bringUpToDate();
+    for (int i = 0; i < 1000 && index.tidyUp(); ++i) continue;
+    EXPECT_FALSE(index.tidyUp());
+    for (const QString& end : {u""_s, u"-wal"_s}) {
+      const QByteArray bytes = contentsOfFile(databases()[0] + end).value_or("");
+      EXPECT_FALSE(bytes.contains("unmentionable")) << end.toStdString();
+      EXPECT_EQ(bytes.contains("harmless"), end.isEmpty());
+    }
+    EXPECT_EQ(found(index), QStringList{u"harmless"_s});
+  }
+  ::umask(before);
+}
+
+TEST_F(JournalSearchIndexTest, ThrowsAwayWhatIsNotAsItWasLeft) {
+  indexed(u"right"_s);
+  const QString path = databases().value(0);
+  const qint64 size = QFileInfo(path).size();
+  const std::function<void()> harms[] = {
+      [&] { fill(path, 0, size); },
+      [&] { fill(path, size / 2, 300); },
+      [&] { fill(path, 18, 2); },
+      [&] { QFile::resize(path, size / 3); },
+      [&] { QFile::resize(path, 0); },
+      [&] { QFile::remove(path); },
+      [&] { QFile::remove(path + u"-state"_s); },
+      [&] { fill(path + u"-state"_s, 0, 10); },
+      [&] { fill(path + u"-wal"_s, 0, 50'000); },
+      [&] { writeBytes(path, "another program's file"); },
+      [&] { QFile::remove(path), QDir().mkpath(path); },
+      // Another version, and another program's database.
+      [&] {
+        QProcess::execute(u"sqlite3"_s, {path, u"PRAGMA user_version = 1"_s});
+      },
+      [&] {
+        QProcess::execute(u"sqlite3"_s, {path, u"PRAGMA application_id = 7"_s});
+      },
+  };
+  int number = 0;
+  for (const auto& harm : harms) {
+    SCOPED_TRACE(++number);
+    QDir(path).removeRecursively();
+    indexed(u"right"_s);
+    harm();
+    {
+      JournalSearchIndex index(*package);
+      EXPECT_FALSE(found(index, u"wrong"_s).size() > 0);
+      index.bringUpToDate();
+      EXPECT_EQ(found(index, u"right"_s).size(), 1);
+      // While it is open.
+      harm();
+      EXPECT_EQ(found(index, u"right"_s).size(), 1);
+      write(1, u"right too"_s);
+      harm();
+      index.bringUpToDate();
+      EXPECT_EQ(found(index, u"too"_s).size(), 1);
+    }
+  }
+}
+
+TEST_F(JournalSearchIndexTest, GoesOnInMemoryWhereTheCacheCannotBeUsed) {
+  if (::geteuid() != 0) GTEST_SKIP() << "small disks need root";
+  const SmallDisk disk(home.path(u"disk"_s));
+  if (!disk.isMounted()) GTEST_SKIP() << disk.reason();
+  // Everything is on that disk: 256 kB, which hold the journal and not its index.
+  const auto small = open(home.path(u"disk/Small.quillojournal"_s), true);
+  ASSERT_TRUE(small);
+  for (int i = 0; i < 30; ++i)
+    ASSERT_TRUE(QFile::copy((write(1, u"word%1 "_s.arg(i).repeated(40)), pathOf(1)),
+                            small->entriesFolder() + u'/' + uuidOf(i) + u".plist"_s));
+  JournalSearchIndex index(*small, {false, 1024, 0, home.path(u"disk/cache"_s)});
+  EXPECT_EQ(index.bringUpToDate().changed, 30);
+  EXPECT_TRUE(index.isInMemory());
+  EXPECT_EQ(found(index, u"word7"_s).size(), 1);
+
+  // Another file system than that of the cache: never copied out of it.
+  JournalSearchIndex outside(*small);
+  outside.bringUpToDate();
+  EXPECT_TRUE(outside.isInMemory());
+  EXPECT_EQ(found(outside, u"word7"_s).size(), 1);
+  EXPECT_TRUE(databases().isEmpty());
+}
+
+TEST_F(JournalSearchIndexTest, TakesTheIndexAlongWithAMovedJournalAndNotWithACopy) {
+  indexed(u"original"_s);
+  const QString moved = home.path(u"Moved.quillojournal"_s);
+  ASSERT_TRUE(QDir().rename(package->url().toLocalFile(), moved));
+  package = open(moved, false);
+  JournalSearchIndex index(*package);
+  EXPECT_EQ(found(index), QStringList{u"original"_s});
+  EXPECT_EQ(databases().size(), 1);
+  ASSERT_EQ(QProcess::execute(u"cp"_s, {u"-r"_s, moved, home.path(u"Copy.quillojournal"_s)}), 0);
+  const auto copy = open(home.path(u"Copy.quillojournal"_s), false);
+  ASSERT_TRUE(QFile::remove(copy->entriesFolder() + u'/' + uuidOf(1) + u".plist"_s));
+  JournalSearchIndex other(*copy);
+  other.bringUpToDate();
+  EXPECT_EQ(found(other), QStringList());
+  EXPECT_EQ(found(index), QStringList{u"original"_s});
+}
+
+TEST_F(JournalSearchIndexTest, SurvivesBeingKilledAndTwoProcessesAtOnce) {
+  constexpr int count = 1500;
+  for (int i = 0; i < count; ++i) write(i, u"entry number%1 of many"_s.arg(i), 1'700'000'000 + i);
+  for (int round = 0; round < 10; ++round) {
+    std::array<pid_t, 2> children{};
+    for (pid_t& child : children) {
+      child = ::fork();
+      if (child != 0) continue;
+      JournalSearchIndex(*package).bringUpToDate();
+      ::_exit(0);
+    }
+    ::usleep(static_cast<useconds_t>(20'000 + round * 25'000));
+    ::kill(children[0], SIGKILL);
+    if (round % 2 == 0) ::kill(children[1], SIGKILL);
+    for (const pid_t child : children) ::waitpid(child, nullptr, 0);
+    write(round, u"changed in round%1"_s.arg(round), 1'700'000'000 + round);
+  }
+  JournalSearchIndex index(*package);
+  const auto update = index.bringUpToDate();
+  EXPECT_TRUE(update.isComplete);
+  EXPECT_FALSE(index.isInMemory());
+  EXPECT_EQ(index.ask({}).total, count);
+  EXPECT_EQ(found(index, u"number777"_s).size(), 1);
+  EXPECT_EQ(found(index, u"round3"_s).size(), 1);
+  EXPECT_EQ(index.ask(question(u"many"_s)).total, count - 10);
+}
+
+TEST_F(JournalSearchIndexTest, StopsWhenAskedToAndGoesOnLater) {
+  for (int i = 0; i < 2000; ++i) write(i, u"entry"_s, 1'700'000'000 + i);
+  JournalSearchIndex index(*package);
+  std::stop_source stop;
+  const auto update = index.bringUpToDate(stop.get_token(), [&](const auto&) { stop.request_stop(); });
+  EXPECT_FALSE(update.isComplete);
+  EXPECT_GT(index.ask({}).total, 0);
+  EXPECT_LT(index.ask({}).total, 2000);
+  EXPECT_TRUE(index.bringUpToDate().isComplete);
+  EXPECT_EQ(index.ask({}).total, 2000);
+}
+
+}  // namespace quillo
