@@ -278,6 +278,7 @@ void QuilloAgentAppDelegate::reloadEntryWindow() {
                                .notices = m_services.localCenter,
                                .journalFile = &QLJournalPackageFile::defaultPackage,
                                .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry,
+                               .tags = m_platform.tags,
                                .workspace = &m_platform.workspace,
                                .outsideClicks = &m_platform.outsideClicks,
                                .makeLocationManager = m_platform.makeLocationManager,

@@ -71,6 +71,7 @@ struct AgentPlatform {
   OneShotTimerFactory& timers;
   // Ends the program from its event loop.
   std::function<void()> terminate;
+  TagSource tags{};
   // Reminders do without either.
   UserNotifications* userNotifications{nullptr};
   Sounds* sounds{nullptr};

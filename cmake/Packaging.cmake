@@ -23,6 +23,11 @@ get_property(compressed GLOBAL PROPERTY QUILLO_COMPRESSED)
 add_custom_target(compressed_documents ALL DEPENDS ${compressed})
 install(FILES docs/copyright resources/LegalAcknowledgements.txt DESTINATION share/doc/quillo-agent)
 
+# Where each shell looks for what it does not know yet.
+install(FILES quilloctl/completion/quilloctl.bash DESTINATION share/bash-completion/completions RENAME quilloctl)
+install(FILES quilloctl/completion/_quilloctl DESTINATION share/zsh/vendor-completions)
+install(FILES quilloctl/completion/quilloctl.fish DESTINATION share/fish/vendor_completions.d)
+
 # Switched off: whoever wants the agent at login says `quilloctl agent enable`, which writes an entry of the user's own.
 install(CODE "
   set(sysconf \"\${CMAKE_INSTALL_PREFIX}/etc\")

@@ -81,7 +81,8 @@ AgentEntryWindowController::AgentEntryWindowController(const AgentEntryWindowSer
                  .draft = services.draft,
                  .usageTracker = services.usageTracker,
                  .journalFile = services.journalFile,
-                 .emptyJournalEntry = services.emptyJournalEntry},
+                 .emptyJournalEntry = services.emptyJournalEntry,
+                 .tags = services.tags},
                 m_text, m_place) {}
 
 AgentEntryWindowController::~AgentEntryWindowController() {
@@ -128,7 +129,8 @@ void AgentEntryWindowController::dressTextView() {
   textView.setTextContainerInset(QSizeF(4, 0));
   textView.setServices(m_services.text);
   textView.awakeFromNib();
-  textView.setCompletionSource([this] { return m_session.tags(); });
+  textView.setCompletionSource([this] { return m_session.tags().tags(); });
+  connect(&m_session.tags(), &JournalTags::didBecomeKnown, &textView, &EntryViewTextView::completionSourceDidChange);
 }
 
 void AgentEntryWindowController::connectControls() {
@@ -290,6 +292,7 @@ void AgentEntryWindowController::finishClosing() {
   m_services.notices.postNotification(Notice::windowWillClose, this);
   m_isShown = false;
   m_isClosing = false;
+  m_session.tags().forget();
   window().orderOut();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "entry/session/JournalTags.h"
 #include "entry/text/EntryTextServices.h"
 
 #include <qwindowdefs.h>
@@ -38,6 +39,7 @@ struct AgentEntryWindowServices {
   // See EntrySessionServices.
   std::function<std::shared_ptr<QLJournalPackageFile>()> journalFile;
   std::function<std::shared_ptr<QLJournalEntryFile>()> emptyJournalEntry;
+  TagSource tags{};
   Workspace* workspace{nullptr};
   OutsideClicks* outsideClicks{nullptr};
   // Called once, when a place is first wanted.

@@ -227,6 +227,13 @@ void QLJournalEntryFile::setTags(const QStringList& tags) {
     if (!tag.isEmpty()) m_content.tags << storableText(tag);
 }
 
+bool QLJournalEntryFile::setCreationDate(Date date) {
+  const auto storable = storableDate(toWholeSecond(date));
+  if (m_fileURL || !storable) return false;
+  m_creationDate = storable;
+  return true;
+}
+
 // Whatever the file holds, what is taken from it can be written again.
 void QLJournalEntryFile::readFields(const PropertyListDictionary& fields) {
   setString(fields.value(textKey).string());

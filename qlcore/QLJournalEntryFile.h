@@ -64,6 +64,9 @@ class QLJournalEntryFile {
   void setWeather(const std::optional<QLWeather>& weather) { m_content.weather = weather; }
   // Where the file has none, that of the last save.
   [[nodiscard]] Date creationDate() const { return m_creationDate.value_or(m_modificationDate); }
+  // When it was begun, to the second, where that is not now: of an entry that has not been saved yet, and goes into its
+  // file with the first save. False, and nothing changes, for one that has a file, and for a date that none can hold.
+  bool setCreationDate(Date date);
   // Of the last save.
   [[nodiscard]] Date modificationDate() const { return m_modificationDate; }
   // The IANA name of the zone that the entry was begun in.

@@ -17,8 +17,12 @@ QString storableText(QString text) {
   return text;
 }
 
+Date toWholeSecond(Date date) {
+  return Date(std::floor(date.timeIntervalSinceReferenceDate()));
+}
+
 Date storableNow() {
-  return Date(std::floor(Date::now().timeIntervalSinceReferenceDate()));
+  return toWholeSecond(Date::now());
 }
 
 std::optional<Date> storableDate(const PropertyListValue& value) {

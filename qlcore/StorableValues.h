@@ -12,7 +12,8 @@ namespace quillo {
 // line feed and carriage return, halves of a surrogate pair, U+FFFE and U+FFFF.
 [[nodiscard]] QString storableText(QString text);
 
-// Now, to the second as an entry file has it, so that what was written reads back equal.
+// To the second, as an entry file has dates, so that what was written reads back equal.
+[[nodiscard]] Date toWholeSecond(Date date);
 [[nodiscard]] Date storableNow();
 
 // The date that `value` is, unless an entry file cannot hold it: NaN, or outside the years 1 to 9999.

@@ -55,6 +55,7 @@ JournalWindowServices QuilloApplication::windowServices() {
                                  .emptyJournalEntry = [this]() -> std::shared_ptr<QLJournalEntryFile> {
                                    return m_library.package() ? QLJournalEntryFile::newEntry() : nullptr;
                                  },
+                                 .tags = [this](auto answer) { return askForTags(std::move(answer)); },
                                  .deletesEmptiedEntries = false},
                      .place = {.config = config,
                                .makeLocationManager = m_services.makeLocationManager,
@@ -102,6 +103,17 @@ int QuilloApplication::fontSize() const {
 void QuilloApplication::setFontSize(int points) {
   if (PersistentPropertyList* list = m_services.config.groupProperties()) list->setIntegerForKey(points, Key::fontSize);
   m_services.distributedCenter.postNotification(Notice::fontSizeDidChange);
+}
+
+std::unique_ptr<Registration> QuilloApplication::askForTags(std::function<void(const QStringList& tags)> answer) {
+  auto asker = std::make_shared<QObject>();
+  m_library.count(asker.get(), {}, JournalCountBy::Tag,
+                  [answer = std::move(answer)](const QList<JournalCount>& counts) {
+                    QStringList tags;
+                    for (const JournalCount& count : counts) tags << count.name;
+                    answer(tags);
+                  });
+  return std::make_unique<Registration>([asker]() mutable { asker.reset(); });
 }
 
 void QuilloApplication::useJournal(const QUrl& location, bool create) {

@@ -64,6 +64,7 @@ class QuilloApplication final : public QObject {
   void useJournal(const QUrl& location, bool create);
   void chooseJournal(QWidget& window);
   void settingsDidChange();
+  [[nodiscard]] std::unique_ptr<Registration> askForTags(std::function<void(const QStringList& tags)> answer);
   [[nodiscard]] int fontSize() const;
   void setFontSize(int points);
 

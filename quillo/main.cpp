@@ -24,9 +24,7 @@
 #include "platform/linux/XdgWorkspace.h"
 #include "platform/linux/desktop/Display.h"
 #include "qlcore/QLJournalPackageFile.h"
-#include "qlcore/services/PositionProvider.h"
-#include "qlcore/services/QLLocationManager.h"
-#include "qlcore/services/QLWeatherManager.h"
+#include "qlcore/services/OnlineServices.h"
 #include "quillo/QuilloApplication.h"
 
 #include <QApplication>
@@ -116,7 +114,7 @@ int runQuillo(QApplication& application, SingleInstance& instance, const QString
   const UserDirectories& directories = UserDirectories::current();
   UserDefaults& defaults = UserDefaults::standardUserDefaults();
   const SystemClock clock;
-  QLWeatherManager weather(clock, QLWeatherManager::standardSettings(defaults, directories.caches));
+  const auto weather = onlineWeather(clock, defaults, directories.caches);
   AlertSheet alerts;
   OpenPanelSheet openPanel;
 

@@ -33,4 +33,16 @@ std::shared_ptr<QLJournalPackageFile> openJournal(Context& context) {
   return package;
 }
 
+CLI::Validator atLeastOne() {
+  return CLI::Validator(
+      [](const std::string& word) {
+        return QString::fromStdString(word).toLongLong() > 0 ? std::string() : "a whole number from 1 is expected";
+      },
+      "");
+}
+
+CLI::Validator notEmpty(const std::string& expected) {
+  return CLI::Validator([expected](const std::string& word) { return word.empty() ? expected : std::string(); }, "");
+}
+
 }  // namespace quillo::ctl

@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace quillo {
 class AgentManager;
@@ -62,6 +63,11 @@ PersistentPropertyList* sharedList(Context& context);
 // The configured journal; null, with the reason said.
 std::shared_ptr<QLJournalPackageFile> openJournal(Context& context);
 
+// Checks of words that are given with an option. The parser's own check tells the range in digits by the hundred.
+[[nodiscard]] CLI::Validator atLeastOne();
+// An empty variable of a script is a slip.
+[[nodiscard]] CLI::Validator notEmpty(const std::string& expected);
+
 // Each adds its command with all sub-commands. The chosen one leaves its work in `action`, run after parsing is done,
 // so that a wrong word anywhere changes nothing.
 using Action = std::function<int(Context&)>;
@@ -73,5 +79,7 @@ void addShortcutCommand(CLI::App& program, Action& action);
 void addAgentCommand(CLI::App& program, Action& action);
 void addOpenURLCommand(CLI::App& program, Action& action);
 void addPostCommand(CLI::App& program, Action& action);
+// The directory of an option --home in the command line that is completed goes into `home`.
+void addCompleteCommand(CLI::App& program, Action& action, std::string& home);
 
 }  // namespace quillo::ctl

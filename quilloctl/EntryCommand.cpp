@@ -1,14 +1,16 @@
-#include "config/Keys.h"
-#include "foundation/PropertyListJson.h"
-#include "foundation/TimeZone.h"
 #include "qlcore/Hashtags.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalIndexDeletion.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/EntryEditing.h"
+#include "quilloctl/EntryIdentifier.h"
+#include "quilloctl/EntryQuestions.h"
+#include "quilloctl/EntryText.h"
+#include "quilloctl/Moment.h"
+#include "quilloctl/Pager.h"
 
-#include <QDateTime>
-#include <QJsonArray>
+#include <QDate>
 #include <QJsonObject>
 
 #include <memory>
@@ -21,158 +23,119 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QJsonObject json(const QLJournalEntryFile& entry) {
-  QJsonObject object{{u"uuid"_s, entry.uuid()},
-                     {u"text"_s, entry.string()},
-                     {u"tags"_s, QJsonArray::fromStringList(entry.tags())},
-                     {u"creationDate"_s, entry.creationDate().toISO8601()},
-                     {u"modificationDate"_s, entry.modificationDate().toISO8601()},
-                     {u"timeZone"_s, entry.timeZone()}};
-  if (const auto location = entry.location()) object[u"location"_s] = jsonFromPropertyList(location->toPropertyList());
-  if (const auto weather = entry.weather()) object[u"weather"_s] = jsonFromPropertyList(weather->toPropertyList());
-  return object;
-}
-
-// As a clock showed it where the entry was written, with that zone's offset: "2014-03-10T21:00:00+01:00".
-QString timeOfEntry(Date date, const QLJournalEntryFile& entry) {
-  const auto zone = TimeZone::timeZoneWithName(entry.timeZone());
-  const QDateTime utc = date.toDateTime();
-  if (!zone || !utc.isValid()) return date.toISO8601();
-  const QString text = utc.toOffsetFromUtc(zone->secondsFromUTC(utc.toSecsSinceEpoch())).toString(Qt::ISODate);
-  // There is none for years of more than four digits.
-  return text.isEmpty() ? date.toISO8601() : text;
-}
-
-// One line: what it is found by, when it was written, how it begins.
-QString summary(const QLJournalEntryFile& entry) {
-  constexpr qsizetype shown = 60;
-  QString text = entry.string().left(4 * shown).simplified();
-  if (text.size() > shown) text = text.left(shown - 1) + u'…';
-  return withoutControls(entry.uuid() + u"  "_s + timeOfEntry(entry.creationDate(), entry) + u"  "_s + text);
-}
-
-int list(Context& context, int limit) {
+int show(Context& context, const EntryIdentifier& identifier) {
   const auto package = openJournal(context);
-  if (!package) return Failed;
-  const QLJournalIndex index(package);
-  // An empty list would look like an empty journal.
-  if (const auto& error = index.readError()) return failed(error->localizedDescription);
-  const auto entries =
-      limit > 0 ? index.entries().first(std::min<qsizetype>(limit, index.entries().size())) : index.entries();
-  QJsonArray array;
-  for (const auto& entry : entries) {
-    if (context.json)
-      array << json(*entry);
-    else
-      print(summary(*entry));
-  }
-  if (context.json) printJson(array);
-  for (const auto& damaged : index.damagedEntries()) failed(damaged.reason);
-  return Done;
-}
-
-int show(Context& context, const QString& uuid) {
-  const auto package = openJournal(context);
-  if (!package) return Failed;
+  const auto uuid = package ? identifier.resolve(*package) : std::nullopt;
+  if (!uuid) return Failed;
   Error error;
-  const auto entry = QLJournalEntryFile::entryWithUUID(*package, uuid, &error);
+  const auto entry = QLJournalEntryFile::entryWithUUID(*package, *uuid, &error);
   if (!entry) return failed(error.localizedDescription);
-  if (context.json) {
-    printJson(json(*entry));
-    return Done;
-  }
-  print(u"uuid:     "_s + entry->uuid());
-  print(u"created:  "_s + timeOfEntry(entry->creationDate(), *entry) + u' ' + entry->timeZone());
-  print(u"modified: "_s + timeOfEntry(entry->modificationDate(), *entry));
-  if (!entry->tags().isEmpty()) print(u"tags:     "_s + entry->tags().join(u", "_s));
-  if (const auto location = entry->location(); location && !location->placeName.isEmpty())
-    print(u"place:    "_s + location->placeName);
-  print(QString());
-  print(entry->string());
+  Pager::begin();
+  if (context.json)
+    printJson(json(shownEntry(*entry)));
+  else
+    printWhole(shownEntry(*entry));
   return Done;
 }
 
-int add(Context& context, const std::optional<std::string>& word) {
+int add(Context& context, const std::optional<std::string>& word, const std::string& on) {
   const auto package = openJournal(context);
   if (!package) return Failed;
+  const QString day = QString::fromStdString(on);
+  const auto date = momentOfDayFromText(day, QDate::currentDate(), Calendar::currentCalendar());
+  const auto entry = QLJournalEntryFile::newEntry();
+  if (!on.empty() && (!date || !entry->setCreationDate(*date)))
+    return failed(u"\"%1\" is no date; write one as 2014-03-10, 2014-03-10T21:00 or yesterday"_s.arg(day));
   QString reason;
   auto text = word ? std::optional(QString::fromStdString(*word)) : textOfStandardInput(&reason);
   if (!text) return failed(reason);
   if (!word && text->endsWith(u'\n')) text->chop(1);
   if (text->trimmed().isEmpty()) return failed(u"there is no text to add"_s);
-  const auto entry = QLJournalEntryFile::newEntry();
   entry->setString(*text);
-  if (sharedList(context)->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags)
-    entry->setTags(hashtags(*text));
+  if (makesTagsOfHashtags(context)) entry->setTags(hashtags(*text));
   Error error;
   if (!entry->saveToJournal(package.get(), &error)) return failed(error.localizedDescription);
-  if (context.json)
-    printJson(json(*entry));
-  else
-    print(entry->uuid());
+  printAdded(context, *entry);
   return Done;
 }
 
-int remove(Context& context, const QString& uuid, bool permanently) {
+int edit(Context& context, const EntryIdentifier& identifier) {
   const auto package = openJournal(context);
-  if (!package) return Failed;
+  const auto uuid = package ? identifier.resolve(*package) : std::nullopt;
+  return uuid ? editEntry(context, *uuid, editorOfUser(QProcessEnvironment::systemEnvironment())) : Failed;
+}
+
+int remove(Context& context, const EntryIdentifier& identifier, bool permanently) {
+  const auto package = openJournal(context);
+  const auto uuid = package ? identifier.resolve(*package) : std::nullopt;
+  if (!uuid) return Failed;
   Error error;
-  const auto url = QLJournalEntryFile::fileURL(*package, uuid, &error);
+  const auto url = QLJournalEntryFile::fileURL(*package, *uuid, &error);
   if (!url) return failed(error.localizedDescription);
   QLJournalIndex index = QLJournalIndex::unread(package);
-  const QLEntry entry{*QLJournalEntryFile::canonicalUUID(uuid), *url};
+  const QLEntry entry{*QLJournalEntryFile::canonicalUUID(*uuid), *url};
   if (!QLJournalIndexOSXAdditions::deleteEntry(index, entry, !permanently, &error))
     return failed(error.localizedDescription);
-  if (context.json) printJson(QJsonObject{{u"deleted"_s, uuid.toUpper()}});
+  if (context.json) printJson(QJsonObject{{u"deleted"_s, entry.uuid}});
   return Done;
 }
 
-// The parser's own check tells the range in digits by the hundred.
-CLI::Validator atLeastOne() {
-  return CLI::Validator(
-      [](const std::string& word) {
-        return QString::fromStdString(word).toLongLong() > 0 ? std::string() : "a whole number from 1 is expected";
-      },
-      "");
+void addShow(CLI::App& entry, Action& action) {
+  CLI::App* shower = entry.add_subcommand("show", "Print an entry");
+  const auto identifier = EntryIdentifier::addTo(*shower);
+  shower->callback(
+      [&action, identifier] { action = [identifier](Context& context) { return show(context, *identifier); }; });
+}
+
+void addAdd(CLI::App& entry, Action& action) {
+  struct Words {
+    std::string text, on;
+  };
+  const auto words = std::make_shared<Words>();
+  CLI::App* adder = entry.add_subcommand("add", "Add an entry and print its identifier");
+  const CLI::Option* text = adder->add_option(
+      "TEXT", words->text, "The text; - or nothing reads the standard input, until Ctrl+D in a terminal");
+  adder->add_option("--on", words->on, "When it was, in place of now: 2014-03-10, 2014-03-10T21:00, yesterday")
+      ->type_name("DATE")
+      ->check(notEmpty("a date is expected"));
+  adder->callback([&action, words, text] {
+    const bool isGiven = text->count() > 0 && words->text != "-";
+    action = [word = isGiven ? std::optional(words->text) : std::nullopt, words](Context& context) {
+      return add(context, word, words->on);
+    };
+  });
+}
+
+void addEdit(CLI::App& entry, Action& action) {
+  CLI::App* editor = entry.add_subcommand("edit", "Edit an entry's text in $VISUAL, else in $EDITOR");
+  const auto identifier = EntryIdentifier::addTo(*editor);
+  editor->callback(
+      [&action, identifier] { action = [identifier](Context& context) { return edit(context, *identifier); }; });
+}
+
+void addDelete(CLI::App& entry, Action& action) {
+  const auto permanently = std::make_shared<bool>(false);
+  CLI::App* deleter = entry.add_subcommand("delete", "Move an entry to the Trash")->alias("rm");
+  const auto identifier = EntryIdentifier::addTo(*deleter);
+  deleter->add_flag("--permanently", *permanently, "Delete it for good");
+  deleter->callback([&action, identifier, permanently] {
+    action = [identifier, permanently](Context& context) { return remove(context, *identifier, *permanently); };
+  });
 }
 
 }  // namespace
 
 void addEntryCommand(CLI::App& program, Action& action) {
-  struct Words {
-    std::string uuid, text;
-    int limit{0};
-    bool permanently{false};
-  };
-  const auto words = std::make_shared<Words>();
-  const auto uuid = [words] { return QString::fromStdString(words->uuid); };
-  CLI::App* entry = program.add_subcommand("entry", "List, show, add and delete entries");
+  CLI::App* entry = program.add_subcommand("entry", "List, search, show, add, edit and delete entries");
   entry->require_subcommand(1);
-
-  CLI::App* lister = entry->add_subcommand("list", "Print the entries, newest first, one a line");
-  lister->add_option("--limit", words->limit, "How many at most")->type_name("COUNT")->check(atLeastOne());
-  lister->callback([&action, words] { action = [words](Context& context) { return list(context, words->limit); }; });
-
-  CLI::App* shower = entry->add_subcommand("show", "Print an entry");
-  shower->add_option("UUID", words->uuid, "Its identifier, as list prints it")->required();
-  shower->callback([&action, uuid] { action = [uuid](Context& context) { return show(context, uuid()); }; });
-
-  CLI::App* adder = entry->add_subcommand("add", "Add an entry and print its identifier");
-  const CLI::Option* text = adder->add_option(
-      "TEXT", words->text, "The text; - or nothing reads the standard input, until Ctrl+D in a terminal");
-  adder->callback([&action, words, text] {
-    const bool isGiven = text->count() > 0 && words->text != "-";
-    action = [word = isGiven ? std::optional(words->text) : std::nullopt](Context& context) {
-      return add(context, word);
-    };
-  });
-
-  CLI::App* deleter = entry->add_subcommand("delete", "Move an entry to the Trash");
-  deleter->add_option("UUID", words->uuid, "Its identifier, as list prints it")->required();
-  deleter->add_flag("--permanently", words->permanently, "Delete it for good");
-  deleter->callback([&action, uuid, words] {
-    action = [uuid, words](Context& context) { return remove(context, uuid(), words->permanently); };
-  });
+  addList(*entry, action);
+  addSearch(*entry, action);
+  addOnThisDay(*entry, action);
+  addTags(*entry, action);
+  addShow(*entry, action);
+  addAdd(*entry, action);
+  addEdit(*entry, action);
+  addDelete(*entry, action);
 }
 
 }  // namespace quillo::ctl

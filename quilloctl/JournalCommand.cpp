@@ -2,6 +2,7 @@
 #include "qlcore/QLJournalIndex.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/JournalStatistics.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -104,6 +105,9 @@ void addJournalCommand(CLI::App& program, Action& action) {
   setter->add_option("PATH", *words, "The journal, a folder NAME.quillojournal")->required();
   setter->callback([&action, words] { action = [words](Context& context) { return set(context, *words); }; });
 
+  journal->add_subcommand("stats", "Print how much is written, and when")->callback([&action] {
+    action = journalStatistics;
+  });
   journal->add_subcommand("path", "Print the journal's path")->callback([&action] { action = path; });
   journal->add_subcommand("check", "Read every entry and tell of those that are damaged")->callback([&action] {
     action = check;

@@ -1,16 +1,15 @@
 #include "config/Keys.h"
+#include "config/QuilloURL.h"
 #include "config/Settings.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "platform/Workspace.h"
-#include "qlcore/Hashtags.h"
-#include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/EntryEditing.h"
 #include "quilloctl/SettingText.h"
 #include "quilloctl/TextEditor.h"
 
 #include <QUrl>
-#include <QUrlQuery>
 
 #include <cstdio>
 #include <memory>
@@ -27,83 +26,6 @@ struct Request {
   bool isInTerminal{false};
   QStringList homeArguments;
 };
-
-// The command of a quillo: URL is what stands where others have the host.
-QString commandOf(const QUrl& url) {
-  return url.scheme() == u"quillo" && (url.path().isEmpty() || url.path() == u"/") ? url.host() : QString();
-}
-
-// A text with the end that it had: editors give every file a last line break.
-QString trimmedEnd(const QString& text, const QString& original) {
-  return text.endsWith(u'\n') && !original.endsWith(u'\n') ? text.chopped(1) : text;
-}
-
-// The tags that are none of the old text's hashtags stay; they were given by hand.
-QStringList tagsAfterEditing(const QStringList& tags, const QString& before, const QString& after) {
-  QStringList kept = tags;
-  for (const QString& tag : hashtags(before)) kept.removeAll(tag);
-  for (const QString& tag : hashtags(after))
-    if (!kept.contains(tag, Qt::CaseInsensitive)) kept << tag;
-  return kept;
-}
-
-bool makesTagsOfHashtags(Context& context) {
-  return sharedList(context)->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags;
-}
-
-int edit(Context& context, const QString& uuid, const EditorChoice& editor) {
-  const auto package = openJournal(context);
-  if (!package) return Failed;
-  Error error;
-  const auto entry = QLJournalEntryFile::entryWithUUID(*package, uuid, &error);
-  if (!entry) return failed(error.localizedDescription);
-  const QString before = entry->string();
-  const auto draft = Draft::withText(context, before);
-  if (!draft) return Failed;
-  const auto edited = draft->edit(context, editor);
-  if (!edited) return Failed;
-  const QString after = trimmedEnd(*edited, before);
-
-  if (after == before) {
-    draft->discard();
-    return Done;
-  }
-  if (after.trimmed().isEmpty()) {
-    draft->discard();
-    return failed(u"the text is empty and the entry stays as it was; quilloctl entry delete deletes it"_s);
-  }
-  // Somebody else may have written meanwhile; theirs is not lost for ours.
-  const auto now = QLJournalEntryFile::entryWithUUID(*package, uuid, &error);
-  if (!now) return draft->kept(context, u"the entry cannot be read any more, "_s + error.localizedDescription);
-  if (now->string() != before || now->modificationDate() != entry->modificationDate())
-    return draft->kept(context, u"the entry was changed by another program meanwhile and stays as that left it"_s);
-  now->setString(after);
-  if (makesTagsOfHashtags(context)) now->setTags(tagsAfterEditing(now->tags(), before, after));
-  if (!now->saveToJournal(package.get(), &error)) return draft->kept(context, error.localizedDescription);
-  draft->discard();
-  return Done;
-}
-
-int post(Context& context, const EditorChoice& editor) {
-  const auto package = openJournal(context);
-  if (!package) return Failed;
-  const auto draft = Draft::withText(context, {});
-  if (!draft) return Failed;
-  const auto text = draft->edit(context, editor);
-  if (!text) return Failed;
-  if (text->trimmed().isEmpty()) {
-    draft->discard();
-    return Done;
-  }
-  const auto entry = QLJournalEntryFile::newEntry();
-  entry->setString(trimmedEnd(*text, {}));
-  if (makesTagsOfHashtags(context)) entry->setTags(hashtags(entry->string()));
-  Error error;
-  if (!entry->saveToJournal(package.get(), &error)) return draft->kept(context, error.localizedDescription);
-  draft->discard();
-  print(entry->uuid());
-  return Done;
-}
 
 int open(Context& context) {
   const auto package = openJournal(context);
@@ -124,7 +46,7 @@ int preferences(Context&) {
     if (setting.store != SettingStore::SharedList) continue;
     print(u"  "_s + absentText(setting));
   }
-  print({});
+  print(QString());
   section(u"With commands of their own:"_s);
   for (const QString& line : {u"quilloctl journal set PATH"_s, u"quilloctl reminder set --every \"3 hours\""_s,
                               u"quilloctl reminder on | off"_s, u"quilloctl shortcut set \"cmd+shift+J\""_s,
@@ -151,21 +73,21 @@ int runInOtherTerminal(const Request& request) {
 }
 
 int openURL(Context& context, const Request& request) {
-  const QString command = commandOf(request.url);
-  if (command == u"open") return open(context);
-  if (command == u"updatebookmarks") return updateBookmarks(context);
-  if (command == u"preferences")
+  using Kind = QuilloRequest::Kind;
+  const auto asked = requestOfURL(request.url);
+  if (!asked) return failed(u"\"%1\" is no command that Quillo knows"_s.arg(request.url.toString()));
+  if (asked->kind == Kind::Open) return open(context);
+  if (asked->kind == Kind::UpdateBookmarks) return updateBookmarks(context);
+  if (asked->kind == Kind::Preferences)
     return outputIsDiscarded() && !request.isInTerminal ? runInOtherTerminal(request) : preferences(context);
-  if (command != u"edit" && command != u"post")
-    return failed(u"\"%1\" is no command that Quillo knows"_s.arg(request.url.toString()));
 
   const EditorChoice editor = editorOfUser(QProcessEnvironment::systemEnvironment());
   if (editor.needsTerminal && !standsInTerminal()) {
     if (request.isInTerminal) return failed(u"the editor needs a terminal, and this window is none"_s);
     return runInOtherTerminal(request);
   }
-  if (command == u"post") return post(context, editor);
-  return edit(context, QUrlQuery(request.url).queryItemValue(u"entryId"_s, QUrl::FullyDecoded), editor);
+  if (asked->kind == Kind::Post) return writeEntry(context, editor);
+  return editEntry(context, asked->entryIdentifier, editor);
 }
 
 // A window of our own closes with us: what was said in it is to be read first.
@@ -194,7 +116,9 @@ void addOpenURLCommand(CLI::App& program, Action& action) {
     action = [words](Context& context) {
       const Request request{QUrl(QString::fromStdString(words->url)), words->isInTerminal, context.homeArguments};
       const int code = openURL(context, request);
-      if (request.isInTerminal && (code != Done || commandOf(request.url) == u"preferences")) waitForReturn();
+      if (request.isInTerminal &&
+          (code != Done || requestOfURL(request.url) == QuilloRequest{QuilloRequest::Kind::Preferences, {}}))
+        waitForReturn();
       return code;
     };
   });

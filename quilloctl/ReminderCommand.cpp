@@ -4,6 +4,7 @@
 #include "foundation/Calendar.h"
 #include "foundation/PropertyListJson.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/Moment.h"
 #include "reminders/ReminderBatch.h"
 #include "reminders/ReminderCalculator.h"
 #include "reminders/ReminderInterval.h"
@@ -64,21 +65,6 @@ std::optional<int> parseTimeOfDay(const QString& text) {
   const QTime time = QTime::fromString(text, text.size() == 4 ? u"H:mm"_s : u"HH:mm"_s);
   if (!time.isValid()) return std::nullopt;
   return time.hour() * 60 + time.minute();
-}
-
-// A date with a zone, or a wall-clock reading in the calendar's.
-std::optional<Date> parseMoment(const QString& text, const Calendar& calendar) {
-  if (const auto date = Date::fromISO8601(text)) return date;
-  const QDateTime reading = QDateTime::fromString(text.trimmed(), Qt::ISODate);
-  if (!reading.isValid()) return std::nullopt;
-  DateComponents components;
-  components.year = reading.date().year();
-  components.month = reading.date().month();
-  components.day = reading.date().day();
-  components.hour = reading.time().hour();
-  components.minute = reading.time().minute();
-  components.second = reading.time().second();
-  return calendar.dateFromComponents(components);
 }
 
 QString timeOfDay(Date date, const Calendar& calendar) {
@@ -184,7 +170,7 @@ std::optional<ReminderInterval> intervalFromWords(const Words& words) {
   if (!calendar) return wrong(u"there is no time zone \"%1\""_s.arg(zone));
 
   const QString starting = QString::fromStdString(words.starting);
-  auto base = starting.isEmpty() ? std::optional(Date::now()) : parseMoment(starting, *calendar);
+  auto base = starting.isEmpty() ? std::optional(Date::now()) : momentFromText(starting, *calendar);
   if (!base) return wrong(u"\"%1\" is no date; one is 2014-03-10T21:00"_s.arg(starting));
 
   ReminderInterval interval;
@@ -260,7 +246,7 @@ int next(Context& context, const Words& words) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
   const QString text = QString::fromStdString(words.after);
-  const auto after = text.isEmpty() ? std::optional(Date::now()) : parseMoment(text, Calendar::currentCalendar());
+  const auto after = text.isEmpty() ? std::optional(Date::now()) : momentFromText(text, Calendar::currentCalendar());
   if (!after) return failed(u"\"%1\" is no date; one is 2014-03-10T21:00"_s.arg(text));
   const auto interval = ReminderInterval::reminderIntervalFromUserDefaults(*list);
   const auto dates = nextReminders(interval, *after, words.count);

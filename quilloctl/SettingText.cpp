@@ -1,17 +1,13 @@
 #include "quilloctl/SettingText.h"
 
 #include "foundation/PropertyListJson.h"
+#include "quilloctl/NearestWords.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocale>
 #include <QUrl>
-
-#include <algorithm>
-#include <numeric>
-#include <utility>
-#include <vector>
 
 namespace quillo::ctl {
 
@@ -41,24 +37,6 @@ std::optional<PropertyListValue> parseJson(const QString& text) {
   if (error.error != QJsonParseError::NoError || document.array().size() != 1) return std::nullopt;
   return propertyListFromJson(document.array().first());
 }
-
-// How many letters have to be put in, taken out or changed to make one word of the other.
-qsizetype distance(const QString& a, const QString& b) {
-  std::vector<qsizetype> row(static_cast<size_t>(b.size()) + 1);
-  std::iota(row.begin(), row.end(), 0);
-  for (const QChar letter : a) {
-    qsizetype diagonal = std::exchange(row[0], row[0] + 1);
-    for (size_t i = 1; i < row.size(); ++i) {
-      const qsizetype changed = diagonal + (letter == b[static_cast<qsizetype>(i) - 1] ? 0 : 1);
-      diagonal = row[i];
-      row[i] = std::min({row[i - 1] + 1, row[i] + 1, changed});
-    }
-  }
-  return row.back();
-}
-
-// Far from every name, and long to compare.
-constexpr qsizetype longestWord = 64;
 
 }  // namespace
 
@@ -140,23 +118,11 @@ QString absentText(const Setting& setting) {
 }
 
 QStringList nearestSettings(const QString& key) {
-  constexpr size_t offered = 3;
-  if (key.size() > longestWord) return {};
-  const QString wanted = key.toLower();
-  std::vector<std::pair<qsizetype, QString>> found;
-  for (const Setting& setting : settingsTable()) {
-    if (!isShared(setting)) continue;
-    const QString name = QString(setting.key).toLower();
-    const qsizetype far = distance(wanted, name);
-    // A part of a name stands for it as well as one with a slip or two.
-    const bool isPart = wanted.size() > 2 && name.contains(wanted);
-    if (isPart || far <= std::max<qsizetype>(2, name.size() / 3)) found.emplace_back(far, setting.key);
-  }
-  std::ranges::sort(found);
+  constexpr qsizetype offered = 3;
   QStringList names;
-  for (const auto& candidate : found)
-    if (names.size() < static_cast<qsizetype>(offered)) names << candidate.second;
-  return names;
+  for (const Setting& setting : settingsTable())
+    if (isShared(setting)) names << setting.key;
+  return nearestWords(key, names).mid(0, offered);
 }
 
 }  // namespace quillo::ctl

@@ -1,5 +1,8 @@
 #include "quilloctl/Streams.h"
 
+#include "quilloctl/Pager.h"
+#include "quilloctl/Terminal.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -13,6 +16,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace quillo::ctl {
 
@@ -23,9 +27,20 @@ namespace {
 // Why the output could not be written; 0 while it could.
 int outputError = 0;
 
-void write(const QByteArray& bytes) {
+// What is to be said once the terminal is ours again.
+QByteArray heldErrors;
+
+void writeNow(const QByteArray& bytes) {
   const auto size = static_cast<size_t>(bytes.size());
   if (std::fwrite(bytes.constData(), 1, size, stdout) != size && outputError == 0) outputError = errno;
+}
+
+void write(const QByteArray& bytes) {
+  writeNow(Pager::passOn(bytes));
+}
+
+void writeError(const QByteArray& bytes) {
+  std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stderr);
 }
 
 QString reasonOf(int error) {
@@ -80,13 +95,23 @@ QString withoutControls(const QString& text) {
 int failed(const QString& reason) {
   // One line, whatever a library's text, or the user's, holds.
   const QByteArray bytes = u"quilloctl: %1\n"_s.arg(withoutControls(reason.simplified())).toUtf8();
-  std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stderr);
+  if (Pager::isInUse())
+    heldErrors += bytes;
+  else
+    writeError(bytes);
   return Failed;
 }
 
 void print(const QString& line) {
-  static const bool isTerminal = ::isatty(STDOUT_FILENO) == 1;
-  write((isTerminal ? withoutControls(line) : line).toUtf8() + '\n');
+  write((outputIsTerminal() ? withoutControls(line) : line).toUtf8() + '\n');
+}
+
+void print(const StyledLine& line) {
+  write(line.text().toUtf8() + '\n');
+}
+
+bool outputIsGone() {
+  return outputError != 0;
 }
 
 void printJson(const QJsonValue& value) {
@@ -97,10 +122,29 @@ void printJson(const QJsonValue& value) {
   print(withEscapedControls(array.mid(1, array.size() - 2)));
 }
 
+JsonList::JsonList() {
+  write("[");
+}
+
+void JsonList::add(const QJsonObject& object) {
+  QByteArray lines = QJsonDocument(object).toJson().trimmed();
+  // Line breaks stand between the parts of a document alone, never in a string.
+  lines.replace('\n', "\n    ");
+  write((m_isEmpty ? "\n    " : ",\n    ") + withEscapedControls(lines).toUtf8());
+  m_isEmpty = false;
+}
+
+void JsonList::end() {
+  write("\n]\n");
+}
+
 int finishOutput(int code) {
+  writeNow(Pager::rest());
   if (std::fflush(stdout) != 0 && outputError == 0) outputError = errno;
   // A write that somebody else made and did not look at.
   if (outputError == 0 && std::ferror(stdout) != 0) outputError = EIO;
+  Pager::end();
+  writeError(std::exchange(heldErrors, {}));
   if (outputError == 0 || outputError == EPIPE || code != Done) return code;
   return failed(u"done, but the output could not be written - "_s + reasonOf(outputError));
 }

@@ -1,12 +1,15 @@
 #pragma once
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QJsonValue>
 #include <QString>
 
 #include <optional>
 
 namespace quillo::ctl {
+
+class StyledLine;
 
 // How a command ends. What failed has been said, in one line on the error stream.
 enum ExitCode : int { Done = 0, Failed = 1, Usage = 2 };
@@ -20,8 +23,25 @@ int failed(const QString& reason);
 
 // A line on the standard output, in UTF-8. What goes to a terminal goes without the control characters it would obey.
 void print(const QString& line);
+void print(const StyledLine& line);
 // One JSON document on the standard output, also for a bare value.
 void printJson(const QJsonValue& value);
+
+// A list of any length as one JSON document, whose items go out as they come.
+class JsonList {
+ public:
+  JsonList();
+  void add(const QJsonObject& object);
+  // To be called last.
+  void end();
+
+ private:
+  bool m_isEmpty{true};
+};
+
+// Whether nobody gets what is printed any more, and there is no use in going on.
+[[nodiscard]] bool outputIsGone();
+
 // A copy with a mark in the place of each control character but line breaks and tabs.
 [[nodiscard]] QString withoutControls(const QString& text);
 

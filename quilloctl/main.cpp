@@ -17,6 +17,8 @@
 #include "platform/linux/XdgWorkspace.h"
 #include "platform/linux/XkbKeyboardLayouts.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/CommandTree.h"
+#include "quilloctl/NearestWords.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -115,24 +117,18 @@ struct CommonOptions {
   bool json{false};
 };
 
-// An empty variable of a script must not mean the user's own home.
-CLI::Validator notEmpty() {
-  return CLI::Validator(
-      [](const std::string& word) { return word.empty() ? "a directory is expected" : std::string(); }, "");
-}
-
 // They may stand before the command and after it.
 void addCommonOptions(CLI::App& command, CommonOptions& options) {
   const std::string group = command.get_parent() ? "Of every command" : "Options";
   command.add_option("--home", options.home, "Use this directory in place of the user's home")
       ->type_name("DIR")
-      ->check(notEmpty())
+      ->check(ctl::notEmpty("a directory is expected"))
       ->group(group);
   command.add_flag("--json", options.json, "Print one JSON document")->group(group);
   for (CLI::App* part : command.get_subcommands({})) addCommonOptions(*part, options);
 }
 
-void addCommands(CLI::App& program, ctl::Action& action) {
+void addCommands(CLI::App& program, ctl::Action& action, CommonOptions& options) {
   ctl::addSettingsCommand(program, action);
   ctl::addJournalCommand(program, action);
   ctl::addEntryCommand(program, action);
@@ -141,13 +137,17 @@ void addCommands(CLI::App& program, ctl::Action& action) {
   ctl::addAgentCommand(program, action);
   ctl::addOpenURLCommand(program, action);
   ctl::addPostCommand(program, action);
+  ctl::addCompleteCommand(program, action, options.home);
 }
 
 // Of a word that is no command the parser says only that one is required.
-std::string reasonOf(const CLI::App& program, const CLI::ParseError& error) {
+QString reasonOf(const CLI::App& program, const CLI::ParseError& error) {
   const auto unknown = program.remaining(/*recurse=*/true);
   const bool wantsCommand = std::string_view(error.what()) == "A subcommand is required";
-  return wantsCommand && !unknown.empty() ? "There is no command " + unknown.front() : error.what();
+  if (!wantsCommand || unknown.empty()) return QString::fromStdString(error.what());
+  const QString word = QString::fromStdString(unknown.front());
+  const QStringList meant = ctl::nearestWords(word, ctl::namesOfCommands(ctl::lastParsedCommand(program)));
+  return u"There is no command "_s + word + (meant.isEmpty() ? QString() : u", did you mean %1?"_s.arg(meant.first()));
 }
 
 // What the parser has to say: help that was asked for, or what is wrong with the words.
@@ -158,7 +158,7 @@ int endOfParsing(const CLI::App& program, const CLI::ParseError& error) {
     ctl::print(QString::fromStdString(text.str()).trimmed());
     return ctl::Done;
   }
-  ctl::failed(QString::fromStdString(reasonOf(program, error)) + u" (--help tells more)"_s);
+  ctl::failed(reasonOf(program, error) + u" (--help tells more)"_s);
   return ctl::Usage;
 }
 
@@ -180,7 +180,7 @@ int run(int argc, char** argv) {
   program.footer("Exit status: 0 done, 1 failed (one line says why), 2 wrong usage.");
   ctl::Action action;
   CommonOptions options;
-  addCommands(program, action);
+  addCommands(program, action, options);
   addCommonOptions(program, options);
   if (!areTexts(argc, argv)) return ctl::Failed;
   try {

@@ -4,6 +4,7 @@
 #include "PTHotKey/PTKeyCodeTranslator.h"
 #include "about/ProductInformation.h"
 #include "app/QuilloAgentAppDelegate.h"
+#include "app/QuilloctlTags.h"
 #include "app/SessionEnd.h"
 #include "app/logging/LoggingSetup.h"
 #include "app/switches/AgentManager.h"
@@ -20,7 +21,9 @@
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 #include "foundation/UserDirectories.h"
+#include "platform/Registration.h"
 #include "platform/linux/LinuxSystemEvents.h"
+#include "platform/linux/ProgramAnswer.h"
 #include "platform/linux/SessionBusApplications.h"
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/SessionBusUserNotifications.h"
@@ -50,8 +53,10 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <iostream>
+#include <memory>
 
 using namespace quillo;
 using namespace Qt::StringLiterals;
@@ -132,6 +137,22 @@ AgentServices agentServices(QuilloConfig& config, EntryDraft& draft, SpellChecke
           .usageTracker = &QLMixpanelTracker::sharedInstance};
 }
 
+// Asks the quilloctl that lies beside this program.
+TagSource tagSource(const QStringList& homeArguments) {
+  using namespace std::chrono_literals;
+  static constexpr ProgramAnswer::Limits limits{.bytes = qsizetype{512} * 1024, .time = 30s};
+  return [arguments = homeArguments + QuilloctlTags::arguments()](std::function<void(const QStringList&)> answer) {
+    const auto answered = [answer = std::move(answer)](const std::optional<QByteArray>& output, const QString& reason) {
+      const auto tags = output ? QuilloctlTags::tagsOfAnswer(*output) : std::nullopt;
+      if (tags) return answer(*tags);
+      QLLogInfo(u"The tags in use are not known - %1"_s.arg(output ? u"quilloctl gives no list of them"_s : reason));
+    };
+    const QString program = QApplication::applicationDirPath() + u"/quilloctl"_s;
+    auto question = std::make_shared<ProgramAnswer>(program, arguments, limits, answered);
+    return std::make_unique<Registration>([question = std::move(question)] {});
+  };
+}
+
 // From the set-up of the log to the end of the event loop.
 int runAgent(QApplication& application, const QStringList& homeArguments, DisplayChoice display) {
   QuilloConfig& config = QuilloConfig::sharedConfig();
@@ -179,6 +200,7 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
                                      .clock = clock,
                                      .timers = timers,
                                      .terminate = [] { QApplication::exit(); },
+                                     .tags = tagSource(homeArguments),
                                      .userNotifications = &userNotifications,
                                      .sounds = &sounds});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,

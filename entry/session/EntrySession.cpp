@@ -30,7 +30,7 @@ static Error journalFileNotFound() {
 }
 
 EntrySession::EntrySession(EntrySessionServices services, EntryText& text, EntryPlace& place)
-    : m_services(std::move(services)), m_text(text), m_place(place) {}
+    : m_services(std::move(services)), m_text(text), m_place(place), m_tags(m_services.tags) {}
 
 bool EntrySession::hasText() const {
   return !m_text.text().isEmpty() || m_services.draft.isLeftBehind();
@@ -83,14 +83,7 @@ void EntrySession::takePlaceOfEntry() {
 void EntrySession::textDidChange() {
   m_hasUnsavedText = true;
   keepDraftSoon();
-  if (m_editBeginDate) return;
-  m_editBeginDate = Date::now();
-  // In time for the first hashtag.
-  refreshTags();
-}
-
-void EntrySession::refreshTags() {
-  m_tags.refresh(m_services.config.configuredJournalFileURL());
+  if (!m_editBeginDate) m_editBeginDate = Date::now();
 }
 
 bool EntrySession::shouldAddHashtags() {
@@ -187,7 +180,6 @@ void EntrySession::takeOverUnsavedText(EntrySession& other) {
   other.m_text.setText({});
   other.forgetActiveEntry();
   keepDraftSoon();
-  refreshTags();
 }
 
 EntryDraft::Content EntrySession::draftContent() const {
@@ -216,7 +208,6 @@ void EntrySession::restoreDraft() {
   m_text.setText(left->text);
   m_editBeginDate = left->editBeginDate;
   m_hasUnsavedText = true;
-  refreshTags();
   if (!left->entryIdentifier.isEmpty()) goOnWithEntry(*left);
 }
 

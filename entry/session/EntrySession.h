@@ -33,6 +33,7 @@ struct EntrySessionServices {
   std::function<std::shared_ptr<QLJournalPackageFile>()> journalFile;
   // A new, unsaved entry; null while there is no journal for it.
   std::function<std::shared_ptr<QLJournalEntryFile>()> emptyJournalEntry;
+  TagSource tags{};
   // Whether a save of an emptied text deletes the entry. Otherwise the entry keeps the text that it had.
   bool deletesEmptiedEntries{true};
 };
@@ -52,8 +53,8 @@ class EntrySession : public QObject {
   [[nodiscard]] const QLJournalEntryFile* activeEntry() const { return m_activeEntry.get(); }
   // Whether something is written: here, or in the draft of an earlier process.
   [[nodiscard]] bool hasText() const;
-  // The tags in use in the journal, most used first, as far as they are known.
-  [[nodiscard]] const QStringList& tags() const { return m_tags.tags(); }
+  // The tags in use in the journal, for completion.
+  [[nodiscard]] JournalTags& tags() { return m_tags; }
 
   // Goes on with an entry of the journal; what there was before must have been saved.
   void open(std::shared_ptr<QLJournalEntryFile> entry);
@@ -94,7 +95,6 @@ class EntrySession : public QObject {
   void forgetActiveEntry();
   void textIsSafe();
   [[nodiscard]] bool shouldAddHashtags();
-  void refreshTags();
   [[nodiscard]] EntryDraft::Content draftContent() const;
   void keepDraftSoon();
   void keepDraftNow();

@@ -190,6 +190,10 @@ void EntryViewTextView::setCompletionSource(std::function<QStringList()> source)
   m_completer->setSource(std::move(source));
 }
 
+void EntryViewTextView::completionSourceDidChange() {
+  m_completer->sourceDidChange();
+}
+
 TextRange EntryViewTextView::currentWordRangeForCursorLocation(qsizetype location) const {
   // Words do not reach over the ends of a paragraph, so that the rest of a long text need not be looked at.
   const auto within = static_cast<int>(std::clamp(location, qsizetype{0}, qsizetype{document()->characterCount()} - 1));

@@ -72,6 +72,8 @@ class EntryViewTextView : public PlainTextView {
 
   // Tags in use, most used first, without the "#"; asked for when a hashtag begins. None at first.
   void setCompletionSource(std::function<QStringList()> source);
+  // To be called when the source has tags that it did not have yet.
+  void completionSourceDidChange();
   // The word around `location`, between spaces or line ends; it may be empty.
   [[nodiscard]] TextRange currentWordRangeForCursorLocation(qsizetype location) const;
   // What a completion would replace: the hashtag, with its "#", that ends at the caret. Nowhere with a selection,

@@ -71,6 +71,11 @@ void HashtagCompleter::end() {
 }
 
 void HashtagCompleter::close() {
+  m_isWanted = false;
+  hideList();
+}
+
+void HashtagCompleter::hideList() {
   if (m_list) m_list->hide();
 }
 
@@ -81,7 +86,15 @@ void HashtagCompleter::userDidType() {
     return;
   }
   if (word.location != m_wordStart || word.length == 1) begin(word.location);
-  if (!m_isDismissed) showMatches(word);
+  m_isWanted = !m_isDismissed;
+  if (m_isWanted) showMatches(word);
+}
+
+void HashtagCompleter::sourceDidChange() {
+  const TextRange word = m_view.rangeForUserCompletion();
+  if (!m_isWanted || !m_source || word.isNowhere() || word.location != m_wordStart) return;
+  m_tags = m_source();
+  showMatches(word);
 }
 
 void HashtagCompleter::showMatches(TextRange word) {
@@ -100,7 +113,7 @@ void HashtagCompleter::showMatches(TextRange word) {
   }
   QRect caret = m_view.cursorRect();
   if (matches.isEmpty() || !m_view.viewport()->rect().intersects(caret)) {
-    close();
+    hideList();
     return;
   }
   // A long word may begin on another line than the caret's.

@@ -36,6 +36,8 @@ class HashtagCompleter : public QObject {
   void userDidType();
   void caretDidMove();
   void textDidScroll();
+  // The source has tags that it did not have when it was asked: a list that is waited for opens.
+  void sourceDidChange();
   void close();
 
   // Whether the open list takes this key.
@@ -47,6 +49,7 @@ class HashtagCompleter : public QObject {
   void begin(qsizetype wordStart);
   void end();
   void showMatches(TextRange word);
+  void hideList();
   void take(const QString& tag, int key);
   [[nodiscard]] bool isOpen() const;
   [[nodiscard]] HashtagCompletionList& list();
@@ -58,6 +61,8 @@ class HashtagCompleter : public QObject {
   // Of the hashtag being typed; -1 for none.
   qsizetype m_wordStart{-1};
   bool m_isDismissed{false};
+  // Nothing but typing has happened since the list was last looked for.
+  bool m_isWanted{false};
 };
 
 }  // namespace quillo

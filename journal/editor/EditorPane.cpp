@@ -60,7 +60,8 @@ EditorPane::EditorPane(const EditorServices& services, StatusRow& status, QWidge
   connect(&m_saveTimer, &QTimer::timeout, this, &EditorPane::save);
   connect(m_view, &EntryViewTextView::textDidChange, this, &EditorPane::textDidChange);
   connect(&m_place, &EntryPlace::metadataDidChange, this, &EditorPane::showHeading);
-  m_view->setCompletionSource([this] { return m_session.tags(); });
+  m_view->setCompletionSource([this] { return m_session.tags().tags(); });
+  connect(&m_session.tags(), &JournalTags::didBecomeKnown, m_view, &EntryViewTextView::completionSourceDidChange);
   m_view->awakeFromNib();
   applyColors();
   showHeading();
@@ -109,6 +110,8 @@ bool EditorPane::leave() {
 bool EditorPane::open(std::shared_ptr<QLJournalEntryFile> entry) {
   if (!leave()) return false;
   m_status.notices().dismiss();
+  // They may be others by the time that one is typed.
+  m_session.tags().forget();
   {
     const QScopedValueRollback opening(m_isOpening, true);
     m_session.open(std::move(entry));

@@ -3,16 +3,12 @@
 import os
 import plistlib
 import pty
-import re
-import shlex
 import shutil
 import subprocess
 import time
 from pathlib import Path
 
 from quilloctl import QUILLOCTL, QuilloctlTestCase
-
-COMPLETION = Path(__file__).parents[2] / "quilloctl/completion/quilloctl.bash"
 
 
 def wait_for(path):
@@ -198,25 +194,3 @@ class MainApplicationTest(QuilloctlTestCase):
             result = self.run_ctl(*words)
             self.assertEqual(result.returncode, 1)
             self.assertRegex(result.stderr, "could not be made a login item: the folder .*/autostart cannot be made\n$")
-
-    def completions(self, line):
-        """What bash would offer at the end of the line, which it splits into words as it does."""
-        words = [word for part in line.split(" ") for word in re.split("([:=])", part) if word or not part]
-        script = (f'source "{COMPLETION}"; COMP_LINE={shlex.quote(line)}; COMP_POINT=${{#COMP_LINE}}; '
-                  f'COMP_WORDS=({shlex.join(words)}); COMP_CWORD={len(words) - 1}; _quilloctl; printf "%s\\n" "${{COMPREPLY[@]}}"')
-        return subprocess.run(["bash", "-c", script], capture_output=True, text=True, check=True).stdout.split()
-
-    def test_every_command_completes_in_bash(self):
-        def commands(*words):
-            listed = self.ctl(*words, "--help").split("Subcommands:\n")[1].split("\n\n")[0]
-            return {line.split()[0] for line in listed.splitlines() if line.startswith("  ") and line[2] != " "}
-        offered = set(self.completions("quilloctl "))
-        self.assertEqual({word for word in offered if word[0] != "-"}, commands())
-        for command in commands() - {"open-url", "post"}:
-            self.assertEqual(set(self.completions(f"quilloctl {command} ")) - {"--help"}, commands(command))
-        for typed, offered in (("journal path --j", ["--json"]), ("settings list --a", ["--all"])):
-            self.assertEqual(self.completions("quilloctl " + typed), offered)
-        for typed, offered in (("quillo", ["quillo://open", "quillo://preferences", "quillo://post", "quillo://edit?entryId=",
-                                           "quillo://updatebookmarks"]),
-                               ("quillo://p", ["//preferences", "//post"]), ("quillo://edit?entryId=", [])):
-            self.assertEqual(self.completions("quilloctl open-url " + typed), offered, typed)

@@ -19,7 +19,7 @@ class StreamsTest(QuilloctlTestCase):
         self.journal = self.make_journal()
 
     def start(self, *words, **more):
-        return subprocess.Popen([QUILLOCTL, "--home", self.home, *words], env=self.environment(), stderr=subprocess.PIPE, **more)
+        return subprocess.Popen([QUILLOCTL, "--home", self.home, *words], env=self.environment(NO_COLOR="1"), stderr=subprocess.PIPE, **more)
 
     def run_shell(self, script):
         return subprocess.run(["sh", "-c", script, "sh", QUILLOCTL, self.home], env=self.environment(), capture_output=True, timeout=30)

@@ -41,6 +41,20 @@ class EntryWindowTest(AgentTestCase):
         time.sleep(0.3)
         self.assertTrue(agent.is_open())
 
+    def test_a_hashtag_is_completed_with_those_of_the_journal(self):
+        self.ctl("entry", "add", "#workshop #workshop")
+        agent = self.start_agent()
+        agent.open_window()
+        type_text("at the #wor")
+        # Another process has looked, and is gone.
+        wait_until(lambda: list((self.home / ".cache/quillo/index").glob("*.sqlite")) and
+                   not run("pgrep", "-P", str(agent.program.pid), check=False), "the tags")
+        time.sleep(0.5)
+        press("Tab")
+        agent.push(CLOSE)
+        agent.wait_closed()
+        self.assertEqual(self.texts(), ["#workshop #workshop", "at the #workshop"])
+
     def test_a_window_that_a_reminder_opened_stays(self):
         agent = self.start_agent()
         agent.open_window()

@@ -81,6 +81,11 @@ class EntryWindowTest : public EntryTest {
             .notices = notices,
             .journalFile = &QLJournalPackageFile::defaultPackage,
             .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry,
+            .tags = [this](auto answer) -> std::unique_ptr<Registration> {
+              ++tagQuestions;
+              tagsAnswer = std::move(answer);
+              return std::make_unique<Registration>([this] { tagsAnswer = {}; });
+            },
             .workspace = &workspace,
             .outsideClicks = &outsideClicks,
             .makeLocationManager = makeLocationManager(),
@@ -106,6 +111,9 @@ class EntryWindowTest : public EntryTest {
   FakeOpenPanel openPanel;
   FakeWorkspace workspace;
   FakeOutsideClicks outsideClicks;
+  // Set while a question for the tags waits for its answer, or could be answered.
+  std::function<void(const QStringList&)> tagsAnswer;
+  int tagQuestions{0};
   ReminderAlarm* alarm{nullptr};
   NotificationCenter notices;
   SpellChecker spellChecker{SpellChecker::standardSources(UserDirectories::current())};

@@ -1,6 +1,7 @@
 // The entry window with real key and mouse events and a real journal on disk.
 
 #include "entry/panels/AlertSheet.h"
+#include "entry/text/HashtagCompletionList.h"
 #include "tests/ui/entry/EntryWindowFixture.h"
 
 #include <QAccessible>
@@ -228,5 +229,28 @@ TEST_F(EntryWindowTest, AnAlertHangsOnTheWindowAndShowsTextAsItIs) {
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_FALSE(window.findChild<QMessageBox*>());
 }
+TEST_F(EntryWindowTest, TagsAreAskedForAtTheFirstHashtagOfEachShowing) {
+  const auto isListOpen = [this] {
+    const auto* list = controller->window().findChild<HashtagCompletionList*>();
+    return list && list->isVisible();
+  };
+  for (int showing = 1; showing <= 2; ++showing) {
+    show();
+    QTest::keyClick(textView(), Qt::Key_End);
+    type(" word ");
+    EXPECT_EQ(tagQuestions, showing - 1);
+    type("#");
+    ASSERT_TRUE(tagsAnswer);
+    EXPECT_FALSE(isListOpen());
+    tagsAnswer({u"work"_s});
+    EXPECT_TRUE(isListOpen());
+    type("x #w");
+    EXPECT_TRUE(isListOpen());
+    EXPECT_EQ(tagQuestions, showing);
+    controller->close();
+    EXPECT_FALSE(tagsAnswer) << "the question ends with the window";
+  }
+}
+
 }  // namespace
 }  // namespace quillo

@@ -7,6 +7,8 @@
 #include <QApplication>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace quillo {
 namespace {
 
@@ -60,6 +62,35 @@ TEST_F(HashtagCompletionTest, TheSourceIsAskedOnceAHashtag) {
   EXPECT_EQ(asked, 1);
   type(u" b #wor"_s);
   EXPECT_EQ(asked, 2);
+}
+
+TEST_F(HashtagCompletionTest, TagsThatComeLaterAreOfferedWhileTheirHashtagIsTyped) {
+  const QStringList all = std::exchange(tags, {});
+  const struct {
+    const char* name;
+    std::function<void()> meanwhile;
+    bool opens;
+  } cases[] = {
+      {"nothing", [] {}, true},
+      {"another letter", [this] { type(u"e"_s); }, true},
+      {"the end of the word", [this] { type(u"x "_s); }, false},
+      {"caret", [this] { press(Qt::Key_Left); }, false},
+      {"focus", [this] { view->clearFocus(); }, false},
+      {"composing", [this] { compose(u"n"_s); }, false},
+      {"new text", [this] { view->setString(u"#ev"_s); }, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    tags.clear();
+    view->setString({});
+    view->setFocus();
+    type(u"#ev"_s);
+    c.meanwhile();
+    tags = all;
+    view->completionSourceDidChange();
+    EXPECT_EQ(list() != nullptr, c.opens);
+    compose({});
+  }
 }
 
 TEST_F(HashtagCompletionTest, KeysChooseAndTake) {

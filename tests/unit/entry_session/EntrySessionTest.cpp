@@ -1,4 +1,4 @@
-// The entry being written, without a window: session, draft, place and tags.
+// The entry being written, without a window: session, draft and place.
 
 #include "entry/session/EntryPlace.h"
 #include "entry/session/EntrySession.h"
@@ -224,30 +224,6 @@ TEST_F(EntryPlaceTest, ImprovingFixesAskForTheWeatherOnceAndTheLastWordIsToldOf)
   // An answer that comes when nobody is there.
   editor.reset();
   weather.succeed(mildWeather());
-}
-
-using JournalTagsTest = EntrySessionTest;
-
-TEST_F(JournalTagsTest, AreThoseOfTheLastFinishedReadingMostUsedFirst) {
-  finish(u"#alps #sea"_s);
-  finish(u"#sea"_s);
-  const QUrl first = journalURL;
-  useJournal(u"Other.quillojournal"_s);
-  finish(u"#lake"_s);
-  JournalTags tags;
-  const auto become = [&tags](const QStringList& expected) {
-    return runUntil([&] { return tags.tags() == expected; });
-  };
-  tags.refresh(first);
-  tags.refresh(journalURL);  // comes too early
-  EXPECT_TRUE(become({u"sea"_s, u"alps"_s}));
-  tags.refresh(journalURL);
-  EXPECT_EQ(tags.tags().size(), 2);
-  EXPECT_TRUE(become({u"lake"_s}));
-  tags.refresh(QUrl::fromLocalFile(home.path(u"gone"_s)));
-  EXPECT_TRUE(become({}));
-  // It may go in the middle of a reading.
-  JournalTags().refresh(first);
 }
 
 using EntryDraftTest = EntrySessionTest;

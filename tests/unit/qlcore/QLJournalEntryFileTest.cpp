@@ -5,6 +5,7 @@
 
 #include <sys/stat.h>
 
+#include <cmath>
 #include <functional>
 #include <limits>
 
@@ -52,6 +53,18 @@ TEST_F(QLJournalEntryFileTest, ReadsBackAsItWasSaved) {
   EXPECT_FALSE(reread(entry->uuid())->location());
   EXPECT_FALSE(reread(entry->uuid())->weather());
   EXPECT_EQ(everythingIn(package->entriesFolder()).size(), 1);
+}
+
+TEST_F(QLJournalEntryFileTest, ANewEntryCanBeOfAnotherTime) {
+  const auto entry = QLJournalEntryFile::newEntry();
+  const Date begun = entry->creationDate();
+  for (const double seconds : {std::nan(""), 1e300, -1e12}) EXPECT_FALSE(entry->setCreationDate(Date(seconds)));
+  EXPECT_EQ(entry->creationDate(), begun);
+  ASSERT_TRUE(entry->setCreationDate(Date(1000.75)));
+  ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
+  EXPECT_EQ(reread(entry->uuid())->creationDate(), Date(1000));
+  EXPECT_GE(reread(entry->uuid())->modificationDate(), begun);
+  EXPECT_FALSE(entry->setCreationDate(begun));
 }
 
 TEST_F(QLJournalEntryFileTest, KeepsWhatAnotherWriterAddedSinceItWasRead) {
