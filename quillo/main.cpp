@@ -130,8 +130,8 @@ int runQuillo(QApplication& application, SingleInstance& instance, const QString
          .text = {.defaults = defaults, .localCenter = NotificationCenter::localCenter(), .spellChecker = spellChecker},
          .draft = draft,
          .workspace = workspace,
-         .weather = weather,
-         .makeLocationManager = [&defaults] { return std::make_unique<QLLocationManager>(positionProvider(defaults)); },
+         .weather = *weather,
+         .makeLocationManager = [&defaults] { return onlineLocation(defaults); },
          .makeReader = [](const QLJournalPackageFile& package) -> std::unique_ptr<JournalReader> {
            return std::make_unique<IndexedJournalReader>(package);
          },
