@@ -149,6 +149,7 @@ void QuilloApplication::carryOut(const QuilloRequest& request) {
   using Kind = QuilloRequest::Kind;
   if (request.kind == Kind::Edit) m_window->showEntry(request.entryIdentifier);
   if (request.kind == Kind::Post) m_window->beginEntry();
+  if (request.kind == Kind::Preferences) m_services.showPreferences();
   if (request.kind == Kind::UpdateBookmarks) {
     m_services.config.updateSharedBookmarkDataForConfiguredJournalFile();
     // The agent makes its own bookmark from the shared one when it hears this.

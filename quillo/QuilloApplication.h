@@ -39,6 +39,8 @@ struct QuilloServices {
   std::function<std::unique_ptr<JournalReader>(const QLJournalPackageFile& package)> makeReader;
   Alerts& alerts;
   OpenPanel& openPanel;
+  // Shows the settings and how they are changed.
+  std::function<void()> showPreferences;
   // Ends the program from its event loop.
   std::function<void()> terminate;
 };

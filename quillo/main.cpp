@@ -9,6 +9,7 @@
 #include "entry/session/EntryDraft.h"
 #include "entry/spelling/SpellChecker.h"
 #include "foundation/Bundle.h"
+#include "foundation/DetachedProcess.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileModeMask.h"
 #include "foundation/Log.h"
@@ -51,7 +52,7 @@ Arguments readArguments(int argc, char** argv) {
   std::string home;
   std::vector<std::string> urls;
   program.add_option("--home", home, "Use this directory in place of the user's home")->type_name("DIR");
-  program.add_option("URL", urls, "quillo://open, edit?entryId=UUID, post or updatebookmarks");
+  program.add_option("URL", urls, "quillo://open, edit?entryId=UUID, post, preferences or updatebookmarks");
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -98,6 +99,13 @@ QString instanceName() {
   return u"%1.h%2"_s.arg(Identifier::mainApplication, QString::number(qHash(home, 0), 16));
 }
 
+// In a terminal, as quilloctl knows them.
+void showPreferences() {
+  const QStringList arguments{u"--home"_s, UserDirectories::current().home, u"open-url"_s, u"quillo://preferences"_s};
+  if (!startDetached(QApplication::applicationDirPath() + u"/quilloctl"_s, arguments, u"/"_s))
+    QLLogWarn(u"The settings cannot be shown: quilloctl does not start"_s);
+}
+
 // From the set-up of the log to the end of the event loop.
 int runQuillo(QApplication& application, SingleInstance& instance, const QStringList& urls) {
   QuilloConfig& config = QuilloConfig::sharedConfig();
@@ -137,6 +145,7 @@ int runQuillo(QApplication& application, SingleInstance& instance, const QString
          },
          .alerts = alerts,
          .openPanel = openPanel,
+         .showPreferences = showPreferences,
          .terminate = [] { QApplication::exit(); }});
     QObject::connect(&application, &QApplication::aboutToQuit, &quillo, &QuilloApplication::willTerminate);
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &quillo, &QuilloApplication::willTerminate,
