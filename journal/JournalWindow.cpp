@@ -54,7 +54,6 @@ JournalWindow::JournalWindow(const JournalWindowServices& services)
       m_overview(m_library),
       m_commands(*this),
       m_view(*this, m_timeline, services.editor) {
-  setWindowTitle(u"Quillo"_s);
   setMinimumSize(320, 360);
   auto* menu = new QMenu(this);
   for (QMenu* part : m_commands.menus) menu->addMenu(part);
@@ -465,6 +464,9 @@ void JournalWindow::libraryStateDidChange() {
     m_view.paperState->show(u"The journal cannot be reached"_s, m_library.problem(),
                             {{u"Try Again"_s, [this] { m_library.reopen(); }},
                              {u"Choose Another…"_s, [this] { m_services.chooseJournal(*this); }}});
+  const QString name = isOpen ? m_library.name() : QString();
+  m_view.title->setText(name.isEmpty() ? u"Quillo"_s : name);
+  setWindowTitle(name.isEmpty() ? u"Quillo"_s : name + u" \u2014 Quillo"_s);
   if (isOpen) m_view.editor->restoreDraft();
   showPaper();
   showListState();

@@ -47,6 +47,10 @@ void JournalLibrary::close(State state, const QString& problem) {
   if (wasOpen) Q_EMIT didChange();
 }
 
+QString JournalLibrary::name() const {
+  return m_package ? QFileInfo(m_package->url().toLocalFile()).completeBaseName() : QString();
+}
+
 std::shared_ptr<QLJournalEntryFile> JournalLibrary::entry(const QString& identifier, Error* error) const {
   if (m_package) return QLJournalEntryFile::entryWithUUID(*m_package, identifier, error);
   fail(error, JournalError::make(JournalError::JournalFileNotFound, u"The journal cannot be reached"_s));

@@ -50,6 +50,8 @@ class JournalLibrary : public JournalReader {
   [[nodiscard]] State state() const { return m_state; }
   // Why it is away, in one sentence.
   [[nodiscard]] const QString& problem() const { return m_problem; }
+  // As a person calls it; empty while it is not open.
+  [[nodiscard]] QString name() const;
   // Null while it is not open.
   [[nodiscard]] const std::shared_ptr<QLJournalPackageFile>& package() const { return m_package; }
 
