@@ -35,6 +35,7 @@
 #include <CLI/CLI.hpp>
 
 #include <iostream>
+#include <optional>
 
 using namespace quillo;
 using namespace Qt::StringLiterals;
@@ -170,11 +171,9 @@ int main(int argc, char** argv) {
   FileModeMask::makePrivate();
   const Arguments arguments = readArguments(argc, argv);
   if (arguments.exitCode) return *arguments.exitCode;
-  if (!displayIsReachable()) {
-    std::cerr << "quillo: there is no display to show the window on (is DISPLAY set?)\n";
-    return 1;
-  }
+  std::optional<DisplayRequirement> needed("quillo: there is no display to show the window on (is DISPLAY set?)");
   QApplication application(argc, argv);
+  needed.reset();
   QApplication::setApplicationName(u"quillo"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(Identifier::mainApplication);
