@@ -1,8 +1,10 @@
 // How long the entry window takes to show, from the call to the first painted frame, and from the save button to the
 // bytes on disk, each beside its floor: an empty window of the same flags and size, and a bare write, sync and rename
-// of the same bytes. Needs a display: run it in scripts/desktop/desktop, from a folder that is on a disk.
+// of the same bytes. The first showing, for which much is read and made, is measured in processes of their own. Needs a
+// display: run it in scripts/desktop/desktop, with --compositor and without, from a folder that is on a disk.
 //
 //   bench_EntryWindowBench [ROUNDS]
+//   bench_EntryWindowBench --first window|floor      milliseconds until the first frame
 
 #include "config/QuilloConfig.h"
 #include "entry/AgentEntryWindow.h"
@@ -12,6 +14,7 @@
 #include "entry/session/OpenPanel.h"
 #include "entry/spelling/SpellChecker.h"
 #include "foundation/NotificationCenter.h"
+#include "platform/linux/desktop/Display.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
@@ -23,6 +26,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <fcntl.h>
@@ -60,16 +64,16 @@ void report(const char* what, const std::vector<double>& ours, const std::vector
               median(ours) / median(floor));
 }
 
-// Milliseconds from `show` until the turn of the event loop after the widget's first painting, when the frame has gone
-// to the screen.
+// Milliseconds from `show`, which answers what it shows, until the turn of the event loop after that widget's first
+// painting, when the frame has gone to the screen.
 class FirstFrame : public QObject {
  public:
-  double of(QWidget& widget, const std::function<void()>& show) {
+  double of(const std::function<QWidget&()>& show) {
     m_painted = false;
-    widget.installEventFilter(this);
     QElapsedTimer timer;
     timer.start();
-    show();
+    QWidget& widget = show();
+    widget.installEventFilter(this);
     while (!m_painted) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     const double milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
     widget.removeEventFilter(this);
@@ -101,7 +105,26 @@ class EmptyWindow : public QWidget {
     setAttribute(Qt::WA_TranslucentBackground);
     setFixedSize(size);
   }
+  void open() {
+    show();
+    raise();
+    activateWindow();
+  }
 };
+
+// Of both, in turn; each measures itself.
+void measureFirstShowings() {
+  constexpr int processes = 11;
+  std::vector<double> shown, emptyShown;
+  for (int i = 0; i < processes; ++i)
+    for (const auto& [which, times] : {std::pair(u"window"_s, &shown), std::pair(u"floor"_s, &emptyShown)}) {
+      QProcess process;
+      process.start(QCoreApplication::applicationFilePath(), {u"--first"_s, which});
+      if (!process.waitForFinished() || process.exitCode() != 0) std::exit(1);
+      times->push_back(process.readAllStandardOutput().toDouble());
+    }
+  report("first show to first frame", shown, emptyShown);
+}
 
 double bareSave(const QString& folder, const QByteArray& bytes) {
   const QByteArray temporary = QFile::encodeName(folder + u"/bare.tmp"_s);
@@ -123,7 +146,19 @@ double bareSave(const QString& folder, const QByteArray& bytes) {
 int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
-  const int rounds = argc > 1 ? std::max(1, QString::fromLocal8Bit(argv[1]).toInt()) : 100;
+  const QStringList words = QCoreApplication::arguments();
+  FirstFrame frame;
+  if (words.size() == 3 && words[2] == u"floor"_s) {
+    settle();
+    std::unique_ptr<EmptyWindow> empty;
+    std::printf("%.3f\n", frame.of([&]() -> QWidget& {
+      empty = std::make_unique<EmptyWindow>(AgentEntryWindow::frameSize.toSize());
+      empty->open();
+      return *empty;
+    }));
+    return 0;
+  }
+  const int rounds = words.size() == 2 ? std::max(1, words[1].toInt()) : 100;
 
   const QTemporaryDir home(QDir::currentPath() + u"/entry-window-XXXXXX"_s);
   UserDirectories::moveTo(home.path());
@@ -149,15 +184,26 @@ int main(int argc, char** argv) {
                                .usageTracker = &QLMixpanelTracker::sharedInstance,
                                .notices = NotificationCenter::localCenter(),
                                .journalFile = &QLJournalPackageFile::defaultPackage,
-                               .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry},
+                               .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry,
+                               .compositorIsRunning = compositorIsRunning,
+                               .keepOutOfTaskBar = keepOutOfTaskBar},
       nullptr);
+  const auto show = [&]() -> QWidget& {
+    controller->showWindowInMode(EntryWindowModeStandard);
+    return controller->window();
+  };
+  if (words.size() == 3) {
+    settle();
+    std::printf("%.3f\n", frame.of(show));
+    return 0;
+  }
+  measureFirstShowings();
   AgentEntryWindow& window = controller->window();
   EmptyWindow empty(window.size());
 
-  FirstFrame frame;
   std::vector<double> shown, emptyShown, saved, bareSaved;
   for (int i = 0; i < rounds; ++i) {
-    shown.push_back(frame.of(window, [&] { controller->showWindowInMode(EntryWindowModeStandard); }));
+    shown.push_back(frame.of(show));
     settle();
     window.findChild<QPlainTextEdit*>(u"textView"_s)
         ->insertPlainText(u"Walked the long way home along the river. #evening"_s);
@@ -168,10 +214,9 @@ int main(int argc, char** argv) {
     saved.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
     window.findChild<QAbstractButton*>(u"saveButton"_s)->click();
     settle();
-    emptyShown.push_back(frame.of(empty, [&] {
-      empty.show();
-      empty.raise();
-      empty.activateWindow();
+    emptyShown.push_back(frame.of([&]() -> QWidget& {
+      empty.open();
+      return empty;
     }));
     settle();
     empty.hide();

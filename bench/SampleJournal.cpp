@@ -26,15 +26,18 @@ const QStringList& commonWords() {
   return words;
 }
 
-// A word made of syllables: which ones says its number.
+// A word made of syllables: which ones says its number. Some beginnings are more frequent than others.
 QString madeWord(int number) {
-  static const QStringList syllables =
-      u"ta re mo li sen dor va ki per lun gra bo she thi nor wes ca fel ing mer sto pra ju hel dan so ri me ble qua"_s
-          .split(u' ');
+  static const QStringList consonants = u"s c p d r b m f t h l g w n v st pr br k j"_s.split(u' ');
+  static const QString vowels = u"aeiou"_s;
+  const double share = number * 7919 % 1000 / 1000.0;
+  int syllable = static_cast<int>(share * share * 100);
   QString word;
-  for (int rest = number * 7 + 11; rest > 0; rest /= static_cast<int>(syllables.size()))
-    word += syllables[rest % syllables.size()];
-  return number % 40 == 0 ? word + u"é"_s : word;
+  for (int rest = number * 7 + 11; rest > 0; rest /= 90) {
+    word += consonants[syllable / 5] + vowels[syllable % 5];
+    syllable = rest % 100;
+  }
+  return number % 40 == 0 ? word + u"é"_s : word + consonants[number % 15];
 }
 
 class Samples {
@@ -56,7 +59,7 @@ class Samples {
     static const QStringList unparted{u"今日は天気が良くて、港まで歩きました。"_s, u"今天我们去了海边，天气很好。"_s,
                                       u"오늘은 날씨가 좋아서 항구까지 걸었다."_s};
     QString text;
-    const int words = 40 + below(150);
+    const int words = 25 + below(100);
     for (int i = 0; i < words; ++i) text += (i == 0 ? u""_s : i % 13 == 0 ? u". "_s : u" "_s) + word();
     if (below(25) == 0) text += u"\n"_s + unparted[below(3)] + unparted[below(3)];
     return text;

@@ -30,10 +30,9 @@ quint64 widthFor(quint64 count) {
 struct Scalar {
   enum Kind : quint8 { String, Bytes, Bool, Signed, Unsigned, RealNumber, Instant };
 
-  Scalar(const PropertyListValue* value, const QString* key) {
-    if (key || value->isString()) {
-      const QString& text = key ? *key : value->string();
-      bytes = {reinterpret_cast<const char*>(text.utf16()), text.size() * 2};
+  Scalar(const PropertyListValue* value, const QString* text) {
+    if (text) {
+      bytes = {reinterpret_cast<const char*>(text->utf16()), text->size() * 2};
     } else if (value->isData()) {
       kind = Bytes;
       bytes = value->data();
@@ -73,7 +72,7 @@ class Writer {
   // A value, or a key of a dictionary.
   struct Object {
     const PropertyListValue* value;
-    const QString* key;
+    const QString* text;  // of a string or a key
     quint32 parent;
     quint32 depth;          // in how many collections it lies
     size_t firstReference;  // of a collection, in m_references
@@ -161,14 +160,14 @@ void Writer::growScalars() {
 
 // Once for all that are equal in kind and bits.
 bool Writer::addScalar(const Object& object) {
-  const Scalar scalar(object.value, object.key);
+  const Scalar scalar(object.value, object.text);
   const auto hash = static_cast<quint32>(scalar.hash(m_seed));
   size_t at = hash & (m_scalars.size() - 1);
   // There are free places always, and the seed keeps those taken apart.
   for (; m_scalars[at].index != none; at = (at + 1) & (m_scalars.size() - 1)) {
     if (m_scalars[at].hash != hash) continue;
     const Object& known = m_objects[m_scalars[at].index];
-    if (!(Scalar(known.value, known.key) == scalar)) continue;
+    if (!(Scalar(known.value, known.text) == scalar)) continue;
     m_references.push_back(m_scalars[at].index);
     return true;
   }
@@ -180,7 +179,8 @@ bool Writer::addScalar(const Object& object) {
 
 bool Writer::addValue(const PropertyListValue& value, quint32 parent) {
   if (value.isNull()) return refuse(u"there is a null value"_s, parent, value);
-  if (!value.isArray() && !value.isDictionary()) return addScalar({&value, nullptr, parent, 0, 0});
+  if (!value.isArray() && !value.isDictionary())
+    return addScalar({&value, value.isString() ? &value.string() : nullptr, parent, 0, 0});
   const quint32 depth = parent == none ? 0 : m_objects[parent].depth + 1;
   if (depth >= PropertyListSerialization::maximumDepth)
     return refuse(u"collections are nested too deeply"_s, parent, value);
@@ -260,7 +260,7 @@ void Writer::writeCollection(const Object& object) {
 }
 
 void Writer::writeObject(const Object& object) {
-  if (object.key) return writeString(*object.key);
+  if (object.text) return writeString(*object.text);
   const PropertyListValue& value = *object.value;
   if (value.isArray() || value.isDictionary()) {
     writeCollection(object);

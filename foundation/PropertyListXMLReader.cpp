@@ -175,6 +175,7 @@ class Reader {
   void characters(std::string_view text);
   bool endText(const char* name);
   bool addParsed(std::optional<PropertyListValue> value, const char* name);
+  bool parse();
   QString parserProblem();
   bool refuse(const QString& problem);
   bool built(bool good) { return good || refuse(m_builder.problem()); }
@@ -232,20 +233,24 @@ bool Reader::refuse(const QString& problem) {
 }
 
 std::optional<PropertyListValue> Reader::read(Error* error) {
-  // In one piece: the parser would count the lines of each.
-  const auto length = static_cast<int>(m_document.size());
-  void* buffer = m_xml ? XML_GetBuffer(m_xml.get(), length) : nullptr;
-  if (!buffer) {
+  if (!m_xml) {
     fail(error, readError(u"there is not enough memory"_s));
     return std::nullopt;
   }
-  std::memcpy(buffer, m_document.data(), static_cast<size_t>(length));
-  const bool isWhole = XML_ParseBuffer(m_xml.get(), length, XML_TRUE) == XML_STATUS_OK;
-  if (!isWhole && !m_isRefused) refuse(parserProblem());
+  if (!parse() && !m_isRefused) refuse(parserProblem());
   if (!m_isRefused && !m_builder.result()) refuse(u"there is no value"_s);
   if (!m_isRefused) return m_builder.result();
   fail(error, readError(m_problem));
   return std::nullopt;
+}
+
+// In one piece: of each, the parser would count the lines once more, which takes longer than to copy it.
+bool Reader::parse() {
+  const auto length = static_cast<int>(m_document.size());
+  void* buffer = XML_GetBuffer(m_xml.get(), length);
+  if (!buffer) return false;
+  std::memcpy(buffer, m_document.data(), static_cast<size_t>(length));
+  return XML_ParseBuffer(m_xml.get(), length, XML_TRUE) == XML_STATUS_OK;
 }
 
 // Why the parser went no further.

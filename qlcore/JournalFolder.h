@@ -34,8 +34,9 @@ class JournalFolder {
   // fails; nothing of it then stays behind.
   bool replaceFile(const QString& name, const QByteArray& bytes, Error* error) const;
 
-  // The names that end in ".plist", in no order; hidden ones, and with them all temporary files, are passed by.
-  [[nodiscard]] std::optional<QStringList> propertyListNames(Error* error) const;
+  // The names that end in ".plist" and begin with `beginning`, in any case of letters, in no order; hidden ones, and
+  // with them all temporary files, are passed by.
+  [[nodiscard]] std::optional<QStringList> propertyListNames(Error* error, const QString& beginning = {}) const;
 
   // Removes temporary files of entries whose writer is gone or that are older than a day.
   void removeLeftovers() const;

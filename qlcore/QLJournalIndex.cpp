@@ -6,7 +6,6 @@
 #include "qlcore/QLJournalPackageFile.h"
 
 #include <QFileInfo>
-#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -114,33 +113,6 @@ std::optional<QLEntry> QLJournalIndex::entryWithUUID(const QString& uuid) const 
   for (const DamagedEntry& damaged : m_damaged)
     if (urls.contains(damaged.url)) return QLEntry{*canonical, damaged.url};
   return std::nullopt;
-}
-
-QStringList QLJournalIndex::tagsByUse() const {
-  struct Use {
-    QString folded;
-    QString spelling;
-    int count{0};
-  };
-  QHash<QString, Use> uses;
-  for (const auto& entry : m_entries) {
-    for (const QString& tag : entry->tags()) {
-      const QString folded = tag.toCaseFolded();
-      Use& use = uses[folded];
-      // Entries come newest first, so the first spelling met is the most recent one.
-      if (use.count++ == 0) use = {folded, tag, 1};
-    }
-  }
-  QList<Use> sorted = uses.values();
-  std::sort(sorted.begin(), sorted.end(), [](const Use& a, const Use& b) {
-    if (a.count != b.count) return a.count > b.count;
-    const int order = a.folded.localeAwareCompare(b.folded);
-    // Words that the collation takes for the same must still have one order.
-    return order != 0 ? order < 0 : a.folded < b.folded;
-  });
-  QStringList tags;
-  for (const Use& use : sorted) tags << use.spelling;
-  return tags;
 }
 
 bool QLJournalIndex::deleteEntry(const QLEntry& entry, Error* error, const DeleteFileBlock& deleteFileBlock) {

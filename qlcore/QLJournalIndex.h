@@ -54,10 +54,6 @@ class QLJournalIndex {
   // The entry with this identifier, readable or damaged.
   [[nodiscard]] std::optional<QLEntry> entryWithUUID(const QString& uuid) const;
 
-  // The tags of all entries, most used first, equally used ones in alphabetical order; each once, compared without
-  // case, in its most recent spelling.
-  [[nodiscard]] QStringList tagsByUse() const;
-
   // Call the block for each file of the entry and drop the entry from the index once they are gone, also where the
   // block's error is that there was no file. Answer what the block answered. An entry that was never saved has no
   // file; an entry of another journal is refused.

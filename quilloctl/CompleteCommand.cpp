@@ -22,6 +22,7 @@ namespace {
 
 constexpr int mostEntries = 50;
 constexpr qsizetype mostTags = 500;
+constexpr qsizetype longestDescription = 50;
 
 // Where in a command line the word stands that is to be completed.
 struct Place {
@@ -110,7 +111,7 @@ class Completion {
     QMap<QString, QString> names;
     for (const Setting& setting : settingsTable())
       if (isShared(setting) && !onlySet) names[setting.key] = setting.note;
-    for (auto it = values.begin(); it != values.end(); ++it) names[it.key()] = bareText(*it).left(mostEntries);
+    for (auto it = values.begin(); it != values.end(); ++it) names[it.key()] = bareText(*it).left(longestDescription);
     for (auto it = names.cbegin(); it != names.cend(); ++it) offer(it.key(), it.value());
   }
 
@@ -147,7 +148,7 @@ class Completion {
     const auto index = openIndex();
     if (!index) return;
     const auto offerEntry = [this](const IndexedEntry& entry) {
-      offer(entry.uuid, entry.day.toString(Qt::ISODate) + u' ' + entry.text.left(mostEntries));
+      offer(entry.uuid, entry.day.toString(Qt::ISODate) + u' ' + entry.text.left(longestDescription));
     };
     if (m_place.word.isEmpty()) {
       JournalQuestion newest;

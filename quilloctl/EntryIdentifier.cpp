@@ -29,12 +29,10 @@ bool canBegin(const QString& text) {
 // Of damaged entries, too, in ascending order: the names of the files say it, without a look into them.
 QStringList identifiersBeginningWith(const QLJournalPackageFile& package, const QString& beginning) {
   const auto folder = JournalFolder::open(package.entriesFolder(), nullptr);
-  const auto names = folder ? folder->propertyListNames(nullptr) : std::nullopt;
+  const auto names = folder ? folder->propertyListNames(nullptr, beginning) : std::nullopt;
   QStringList found;
-  for (const QString& name : names.value_or(QStringList())) {
-    if (!name.startsWith(beginning, Qt::CaseInsensitive)) continue;
+  for (const QString& name : names.value_or(QStringList()))
     if (const auto uuid = QLJournalEntryFile::canonicalUUID(name.chopped(6))) found << *uuid;
-  }
   found.sort();
   // An entry may have a file in lower case beside its own.
   found.removeDuplicates();

@@ -2,6 +2,7 @@
 #include "config/Settings.h"
 #include "foundation/PropertyListJson.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/Pager.h"
 #include "quilloctl/SettingText.h"
 
 #include <QJsonObject>
@@ -57,6 +58,7 @@ int list(Context& context, bool all) {
   const PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
   PropertyListDictionary values = list->properties();
+  Pager::begin();
   if (context.json) {
     QJsonObject object = jsonFromPropertyList(values).toObject();
     for (const Setting& setting : settingsTable()) {

@@ -5,6 +5,7 @@
 #include "about/ProductInformation.h"
 #include "app/QuilloAgentAppDelegate.h"
 #include "app/QuilloctlTags.h"
+#include "app/RestingMemory.h"
 #include "app/SessionEnd.h"
 #include "app/logging/LoggingSetup.h"
 #include "app/switches/AgentManager.h"
@@ -41,6 +42,7 @@
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
 #include "qlcore/services/OnlineServices.h"
+#include "qlcore/services/PlaceTable.h"
 #include "reminders/SystemNotices.h"
 
 #include <QApplication>
@@ -209,6 +211,13 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
     runningApplications.setOnToggle([&delegate] { delegate.hitHotKey(nullptr); });
     delegate.applicationWillFinishLaunching();
     delegate.applicationDidFinishLaunching();
+    const RestingMemory restingMemory(
+        NotificationCenter::localCenter(),
+        [&delegate] { return delegate.statusController() && delegate.statusController()->isShowingEntryWindow(); },
+        [&spellChecker] {
+          spellChecker.unload();
+          PlaceTable::unload();
+        });
     // After the icon: nothing of the system has to be listened to for showing it.
     LinuxSystemEvents events;
     postSystemNotices(events, NotificationCenter::localCenter(), NotificationCenter::workspaceCenter());

@@ -82,6 +82,13 @@ void SpellChecker::load() {
   }
 }
 
+void SpellChecker::unload() {
+  if (m_state != State::Ready) return;
+  m_state = State::NotLoaded;
+  m_dictionary.reset();
+  m_known = {};
+}
+
 void SpellChecker::didLoad() {
   Loaded result = m_loading.get();
   m_dictionary = std::move(result.dictionary);

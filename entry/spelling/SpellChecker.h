@@ -36,8 +36,10 @@ class SpellChecker : public QObject {
   [[nodiscard]] State state() const { return m_state; }
 
   // Starts to read the dictionary on a thread of its own; vocabularyDidChange() tells when it is there. Only the first
-  // call does anything. No dictionary at all is said once in the log.
+  // call does anything, and the first after unload(). No dictionary at all is said once in the log.
   void load();
+  // Lets go of the dictionary, which takes some megabytes; load() reads it again. Taught and ignored words stay.
+  void unload();
 
   // Words in another script than the dictionary's language pass, and so do those too long for a dictionary.
   [[nodiscard]] bool isMisspelled(QStringView word);

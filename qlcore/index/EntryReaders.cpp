@@ -15,8 +15,9 @@ constexpr qsizetype mostBytes = qsizetype{8} * 1024 * 1024;
 
 }  // namespace
 
-EntryReaders::EntryReaders(const JournalFolder& folder, int descriptor, std::vector<QByteArray> names, unsigned threads)
-    : m_folder(folder), m_descriptor(descriptor), m_names(std::move(names)) {
+EntryReaders::EntryReaders(const JournalFolder& folder, int descriptor, const CommonPrefixes& prefixes,
+                           std::vector<QByteArray> names, unsigned threads)
+    : m_folder(folder), m_descriptor(descriptor), m_prefixes(prefixes), m_names(std::move(names)) {
   // For a handful of files a thread costs more than it saves.
   const auto useful = static_cast<unsigned>(std::min<size_t>(threads, m_names.size() / portion));
   try {
@@ -40,7 +41,7 @@ EntryReaders::~EntryReaders() {
 }
 
 void EntryReaders::run() {
-  EntryReader reader(m_folder, m_descriptor);
+  EntryReader reader(m_folder, m_descriptor, m_prefixes);
   std::vector<FileReading> readings;
   qsizetype bytes = 0;
   for (size_t from = m_next.fetch_add(portion); from < m_names.size() && !m_isStopped;
@@ -71,7 +72,7 @@ void EntryReaders::hand(std::vector<FileReading>& readings, qsizetype bytes) {
 std::vector<FileReading> EntryReaders::take() {
   if (m_threads.empty()) {
     std::vector<FileReading> readings;
-    EntryReader reader(m_folder, m_descriptor);
+    EntryReader reader(m_folder, m_descriptor, m_prefixes);
     const size_t from = m_next.fetch_add(portion);
     for (size_t i = from; i < std::min(from + portion, m_names.size()); ++i)
       readings.push_back(reader.read(m_names[i]));

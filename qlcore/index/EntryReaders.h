@@ -17,8 +17,9 @@ namespace quillo {
 // taken yet is bounded, so that a journal of any size takes little memory.
 class EntryReaders {
  public:
-  // `folder` and `descriptor`, which are the same folder, must outlive the object.
-  EntryReaders(const JournalFolder& folder, int descriptor, std::vector<QByteArray> names, unsigned threads);
+  // `folder` and `descriptor`, which are the same folder, and `prefixes` must outlive the object.
+  EntryReaders(const JournalFolder& folder, int descriptor, const CommonPrefixes& prefixes,
+               std::vector<QByteArray> names, unsigned threads);
   // Stops reading.
   ~EntryReaders();
   EntryReaders(const EntryReaders&) = delete;
@@ -33,6 +34,7 @@ class EntryReaders {
 
   const JournalFolder& m_folder;
   int m_descriptor;
+  const CommonPrefixes& m_prefixes;
   std::vector<QByteArray> m_names;
   std::atomic<size_t> m_next{0};
   std::atomic<bool> m_isStopped{false};

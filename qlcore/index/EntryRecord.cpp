@@ -8,11 +8,12 @@
 #include <QCryptographicHash>
 #include <QDataStream>
 #include <QFile>
-#include <QSet>
+#include <QVarLengthArray>
 
 #include <time.h>
 
 #include <cmath>
+#include <vector>
 
 namespace quillo {
 
@@ -30,18 +31,43 @@ qint64 nowInNanoseconds() {
   return qint64{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
 }
 
-// Adds the words of `text` to `words`, and their initials to `initials`.
-void addWords(const QString& text, QString& words, QSet<char32_t>& initials) {
-  SearchWords next(text);
-  while (next.next()) {
-    const QStringView word = next.folded();
-    if (!words.isEmpty()) words += u' ';
-    words += word;
-    if (next.isCharacter()) continue;
-    const bool isPair = word.size() > 1 && word[0].isHighSurrogate() && word[1].isLowSurrogate();
-    initials.insert(isPair ? QChar::surrogateToUcs4(word[0], word[1]) : word[0].unicode());
+// Gathers the words of an entry, and what its words begin with.
+class WordGatherer {
+ public:
+  explicit WordGatherer(const CommonPrefixes& prefixes)
+      : m_prefixes(prefixes), m_hasPrefix(static_cast<size_t>(prefixes.all().size()), false) {}
+
+  // Adds the words of `text` to `words`.
+  void add(const QString& text, QString& words) {
+    SearchWords next(text);
+    while (next.next()) {
+      const QStringView word = next.folded();
+      if (!words.isEmpty()) words += u' ';
+      words += word;
+      if (next.isCharacter()) continue;
+      addInitial(word);
+      m_prefixes.find(word, m_hasPrefix);
+    }
   }
-}
+
+  void addMarks(QString& marks) const {
+    for (const char32_t initial : m_initials) marks += u' ' + SearchMarks::initial(initial);
+    for (size_t i = 0; i < m_hasPrefix.size(); ++i)
+      if (m_hasPrefix[i]) marks += u' ' + SearchMarks::prefix(m_prefixes.all()[static_cast<qsizetype>(i)]);
+  }
+
+ private:
+  void addInitial(QStringView word) {
+    const bool isPair = word.size() > 1 && word[0].isHighSurrogate() && word[1].isLowSurrogate();
+    const char32_t initial = isPair ? QChar::surrogateToUcs4(word[0], word[1]) : word[0].unicode();
+    // They are few, so that looking through them is quickest.
+    if (!m_initials.contains(initial)) m_initials.append(initial);
+  }
+
+  const CommonPrefixes& m_prefixes;
+  std::vector<bool> m_hasPrefix;
+  QVarLengthArray<char32_t, 64> m_initials;
+};
 
 }  // namespace
 
@@ -53,12 +79,13 @@ QStringList partedTags(const QString& joined) {
   return joined.isEmpty() ? QStringList() : joined.split(tagSeparator);
 }
 
-EntryWords EntryWords::of(const QString& text, const QStringList& tags, const QString& place, QDate day) {
-  QSet<char32_t> initials;
+EntryWords EntryWords::of(const QString& text, const QStringList& tags, const QString& place, QDate day,
+                          const CommonPrefixes& prefixes) {
+  WordGatherer gatherer(prefixes);
   EntryWords words;
   QString joined;
   joined.reserve(text.size() + text.size() / 8);
-  addWords(text, joined, initials);
+  gatherer.add(text, joined);
   words.text = joined.toUtf8();
 
   QString marks = SearchMarks::everyEntry();
@@ -66,16 +93,16 @@ EntryWords EntryWords::of(const QString& text, const QStringList& tags, const QS
   for (const QString& tag : tags) {
     // Keeps a phrase from reaching from one tag into the next.
     if (!tagWords.isEmpty()) tagWords += u' ' + SearchMarks::everyEntry();
-    addWords(tag, tagWords, initials);
+    gatherer.add(tag, tagWords);
     marks += u' ' + SearchMarks::tag(tag);
   }
   words.tags = tagWords.toUtf8();
   QString placeWords;
-  addWords(place, placeWords, initials);
+  gatherer.add(place, placeWords);
   words.place = placeWords.toUtf8();
 
   marks += u' ' + SearchMarks::dayOfYear(day) + u' ' + SearchMarks::year(day);
-  for (const char32_t initial : initials) marks += u' ' + SearchMarks::initial(initial);
+  gatherer.addMarks(marks);
   words.marks = marks.toUtf8();
   return words;
 }
@@ -158,7 +185,7 @@ EntryRecord EntryReader::record(const QLJournalEntryFile& entry, const StampedFi
     stream << weather->temperature << weather->symbolCode << weather->text << weather->provider
            << weather->date.has_value() << weather->date.value_or(Date()).timeIntervalSinceReferenceDate();
   record.digest = record.computedDigest();
-  record.words = EntryWords::of(entry.string(), entry.tags(), record.place, record.day);
+  record.words = EntryWords::of(entry.string(), entry.tags(), record.place, record.day, m_prefixes);
   return record;
 }
 

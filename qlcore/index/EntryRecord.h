@@ -3,6 +3,7 @@
 #include "foundation/Date.h"
 #include "foundation/TimeZone.h"
 #include "qlcore/JournalFolder.h"
+#include "qlcore/index/CommonPrefixes.h"
 #include "qlcore/index/EntryFileStamp.h"
 #include "qlcore/index/IndexedEntry.h"
 
@@ -24,7 +25,8 @@ struct EntryWords {
   QByteArray place;
   QByteArray marks;  // see SearchMarks.h
 
-  [[nodiscard]] static EntryWords of(const QString& text, const QStringList& tags, const QString& place, QDate day);
+  [[nodiscard]] static EntryWords of(const QString& text, const QStringList& tags, const QString& place, QDate day,
+                                     const CommonPrefixes& prefixes);
 };
 
 // An entry on its way from its file to the database: what is stored of it.
@@ -61,8 +63,9 @@ struct FileReading {
 // Reads files of entries. One for each thread.
 class EntryReader {
  public:
-  // `folder` must outlive the reader.
-  explicit EntryReader(const JournalFolder& folder, int descriptor) : m_folder(folder), m_descriptor(descriptor) {}
+  // `folder`, of which `descriptor` is the same, and `prefixes` must outlive the reader.
+  EntryReader(const JournalFolder& folder, int descriptor, const CommonPrefixes& prefixes)
+      : m_folder(folder), m_descriptor(descriptor), m_prefixes(prefixes) {}
 
   [[nodiscard]] FileReading read(const QByteArray& name);
 
@@ -72,6 +75,7 @@ class EntryReader {
 
   const JournalFolder& m_folder;
   int m_descriptor;
+  const CommonPrefixes& m_prefixes;
   QHash<QString, std::optional<TimeZone>> m_zones;
 };
 

@@ -55,6 +55,7 @@ IndexKeeper::~IndexKeeper() {
 
 void IndexKeeper::open() {
   ++m_openings;
+  m_prefixes.reset();
   if (m_place.path.isEmpty() || !openFile(m_place.path)) openInMemory();
 }
 
@@ -166,6 +167,32 @@ bool IndexKeeper::recover() {
   if (failure != IndexFailure::Damaged || m_failures > 1) m_place.path.clear();
   open();
   return true;
+}
+
+const CommonPrefixes& IndexKeeper::prefixes() {
+  if (!m_prefixes) {
+    const QString joined = m_database.first(u"SELECT value FROM setting WHERE name = 'prefixes'"_s).toString();
+    m_prefixes = CommonPrefixes(joined.split(u' ', Qt::SkipEmptyParts));
+  }
+  return *m_prefixes;
+}
+
+void IndexKeeper::setPrefixes(const CommonPrefixes& prefixes) {
+  if (!m_database.begin(/*forWriting=*/true)) return;
+  // Another program may have been first.
+  if (!m_database.first(u"SELECT 1 FROM entry LIMIT 1"_s).isValid())
+    m_database.run(u"INSERT OR IGNORE INTO setting VALUES('prefixes', ?)"_s, {prefixes.all().join(u' ')});
+  m_database.commit();
+  m_prefixes.reset();
+}
+
+void IndexKeeper::startAnew() {
+  m_database.close();
+  if (m_file) {
+    const FolderLock lock(m_file->folder(), FolderLock::Mode::Exclusive);
+    m_file->discard();
+  }
+  open();
 }
 
 void IndexKeeper::useMemory(bool much) {

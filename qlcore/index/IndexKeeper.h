@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qlcore/index/CommonPrefixes.h"
 #include "qlcore/index/IndexDatabase.h"
 #include "qlcore/index/IndexFile.h"
 
@@ -36,6 +37,12 @@ class IndexKeeper {
   // Work was done to its end: the next failure is a new one.
   void noteSuccess() { m_failures = 0; }
 
+  // Those by which entries are marked in this database. They can be set once, as long as there are no entries.
+  [[nodiscard]] const CommonPrefixes& prefixes();
+  void setPrefixes(const CommonPrefixes& prefixes);
+  // Starts with an empty database again.
+  void startAnew();
+
   // For much writing: the database may keep more of what it works on in memory, until told otherwise.
   void useMemory(bool much);
 
@@ -55,6 +62,7 @@ class IndexKeeper {
   Place m_place;
   std::optional<IndexFile> m_file;
   IndexDatabase m_database;
+  std::optional<CommonPrefixes> m_prefixes;
   int m_failures{0};
   int m_openings{0};
 };

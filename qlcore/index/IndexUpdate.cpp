@@ -54,6 +54,7 @@ Update IndexUpdate::all(const std::stop_token& stop, const ProgressCallback& pro
     update.isComplete = isEmptyJournal;
     return update;
   }
+  startAnewIfGrown();
   // Files that change while they are read are looked at again, but not for ever.
   constexpr int mostTurns = 3;
   for (int turn = 0; turn < mostTurns; ++turn) {
@@ -104,7 +105,7 @@ void IndexUpdate::removeEverything(Update& update) {
     while (damage.next()) names.push_back(damage.value(0).toByteArray());
   }
   // No folder: none of them is there.
-  IndexWriter writer(m_keeper.database(), -1);
+  IndexWriter writer(m_keeper.database(), -1, m_keeper.prefixes());
   writer.remove(names);
   update.removed += writer.removed();
 }
@@ -151,10 +152,12 @@ qsizetype IndexUpdate::readAndWrite(const JournalFolder& folder, int descriptor,
                                     const std::stop_token& stop, const ProgressCallback& progress) {
   const bool isLarge = difference.toRead.size() >= many;
   if (isLarge) m_keeper.useMemory(true);
-  IndexWriter writer(m_keeper.database(), descriptor);
+  settlePrefixes(folder, descriptor, difference.toRead);
+  const CommonPrefixes prefixes = m_keeper.prefixes();
+  IndexWriter writer(m_keeper.database(), descriptor, prefixes);
   writer.remove(difference.toRemove);
   Progress done{0, static_cast<qsizetype>(difference.toRead.size())};
-  EntryReaders readers(folder, descriptor, std::move(difference.toRead), m_threads);
+  EntryReaders readers(folder, descriptor, prefixes, std::move(difference.toRead), m_threads);
   std::vector<FileReading> batch;
   size_t batchSize = firstPortion;
   const auto write = [&] {
@@ -178,6 +181,28 @@ qsizetype IndexUpdate::readAndWrite(const JournalFolder& folder, int descriptor,
   update.changed += writer.changed();
   update.removed += writer.removed();
   return writer.overtaken();
+}
+
+// An index that was made when the journal was small has no marks for common beginnings of words.
+void IndexUpdate::startAnewIfGrown() {
+  constexpr qint64 grown = 4 * many;
+  IndexDatabase& database = m_keeper.database();
+  if (database.first(u"SELECT 1 FROM setting WHERE name = 'prefixes'"_s).isValid()) return;
+  if (database.first(u"SELECT count(*) FROM entry"_s).toLongLong() >= grown) m_keeper.startAnew();
+}
+
+// Of a journal that is indexed for the first time and is large enough for that to matter.
+void IndexUpdate::settlePrefixes(const JournalFolder& folder, int descriptor, const std::vector<QByteArray>& names) {
+  constexpr size_t sampleSize = 300;
+  if (names.size() < many || m_keeper.database().first(u"SELECT 1 FROM entry LIMIT 1"_s).isValid()) return;
+  const CommonPrefixes none;
+  EntryReader reader(folder, descriptor, none);
+  QStringList texts;
+  for (size_t i = 0; i < sampleSize; ++i) {
+    const FileReading reading = reader.read(names[i * names.size() / sampleSize]);
+    if (reading.entry) texts << QString::fromUtf8(reading.entry->text);
+  }
+  m_keeper.setPrefixes(CommonPrefixes::ofSample(texts));
 }
 
 // For counting by them, which the entries' own order does not serve. Made when most entries are there.

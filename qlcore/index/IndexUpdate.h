@@ -35,6 +35,8 @@ class IndexUpdate {
   qsizetype readAndWrite(const JournalFolder& folder, int descriptor, Difference difference,
                          JournalSearchIndex::Update& update, const std::stop_token& stop,
                          const JournalSearchIndex::ProgressCallback& progress);
+  void settlePrefixes(const JournalFolder& folder, int descriptor, const std::vector<QByteArray>& names);
+  void startAnewIfGrown();
   void makeSecondaryIndexes();
 
   IndexKeeper& m_keeper;

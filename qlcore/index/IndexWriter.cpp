@@ -156,7 +156,8 @@ std::optional<EntryRecord> IndexWriter::takeRow(qint64 id) {
   auto taken = record(m_database, id);
   if (!taken) return std::nullopt;
   // The full-text table does not know what it holds of a row.
-  taken->words = EntryWords::of(QString::fromUtf8(taken->text), partedTags(taken->tags), taken->place, taken->day);
+  taken->words =
+      EntryWords::of(QString::fromUtf8(taken->text), partedTags(taken->tags), taken->place, taken->day, m_prefixes);
   m_database.run(u"INSERT INTO words(words, rowid, text, tags, place, marks) VALUES('delete', ?, ?, ?, ?, ?)"_s,
                  wordValues(id, taken->words));
   m_database.run(u"DELETE FROM entry WHERE id = ?"_s, {id});

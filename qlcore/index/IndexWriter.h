@@ -14,8 +14,9 @@ namespace quillo {
 // its file has overtaken is left out.
 class IndexWriter {
  public:
-  // `folder` is the open folder of entries.
-  IndexWriter(IndexDatabase& database, int folder) : m_database(database), m_folder(folder) {}
+  // `folder` is the open folder of entries, `prefixes` those of the database.
+  IndexWriter(IndexDatabase& database, int folder, const CommonPrefixes& prefixes)
+      : m_database(database), m_folder(folder), m_prefixes(prefixes) {}
 
   void write(std::vector<FileReading> readings);
   // Of files that are no longer there.
@@ -47,6 +48,7 @@ class IndexWriter {
 
   IndexDatabase& m_database;
   int m_folder;
+  const CommonPrefixes& m_prefixes;
   bool m_hasDamage{true};
   qsizetype m_changed{0};
   qsizetype m_removed{0};

@@ -60,6 +60,7 @@ class JournalSearchIndex::OpenIndex {
         m_keeper({pathOfIndex(package, options), m_entriesFolder, options.cacheKiB}) {}
 
   [[nodiscard]] bool isInMemory() const { return m_keeper.isInMemory(); }
+  [[nodiscard]] const CommonPrefixes& prefixes() { return m_keeper.prefixes(); }
 
   Update update(const std::function<Update(IndexUpdate&)>& work) {
     Update update;
@@ -141,7 +142,7 @@ JournalAnswer JournalSearchIndex::ask(const JournalQuestion& question) {
   JournalAnswer answer;
   m_open->answer([&](IndexDatabase& database) {
     answer = {};
-    QuestionQuery query(database, question);
+    QuestionQuery query(database, m_open->prefixes(), question);
     answer.total = query.total();
     if (answer.total == 0) return;
     const EntryExcerpt excerpt(question);
@@ -157,7 +158,8 @@ JournalAnswer JournalSearchIndex::ask(const JournalQuestion& question) {
 
 QList<JournalCount> JournalSearchIndex::counts(const JournalQuestion& question, JournalCountBy by) {
   QList<JournalCount> counts;
-  m_open->answer([&](IndexDatabase& database) { counts = QuestionQuery(database, question).counts(by); });
+  m_open->answer(
+      [&](IndexDatabase& database) { counts = QuestionQuery(database, m_open->prefixes(), question).counts(by); });
   return counts;
 }
 

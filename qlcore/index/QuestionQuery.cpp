@@ -26,7 +26,7 @@ constexpr qint64 mostRanked = 2000;
 
 // A phrase in the language of the full-text table. Words hold neither quotes nor spaces, so that nothing that was typed
 // means anything there. Empty where there are no words in it.
-QString matchOf(const QString& text, bool isPrefix) {
+QString matchOf(const QString& text, bool isPrefix, const CommonPrefixes& prefixes) {
   QStringList words;
   SearchWords next(text);
   bool isCharacter = false;
@@ -39,20 +39,21 @@ QString matchOf(const QString& text, bool isPrefix) {
   const bool isPair = last.size() == 2 && last[0].isHighSurrogate();
   if (isPrefix && !isCharacter && words.size() == 1 && (last.size() == 1 || isPair))
     return u'"' + SearchMarks::initial(isPair ? QChar::surrogateToUcs4(last[0], last[1]) : last[0].unicode()) + u'"';
+  if (isPrefix && words.size() == 1 && prefixes.contains(last)) return u'"' + SearchMarks::prefix(last) + u'"';
   const QString phrase = u'"' + words.join(u' ') + u'"';
   return isPrefix && !isCharacter ? phrase + u" *"_s : phrase;
 }
 
-QString matchOf(const JournalQuestion& question) {
+QString matchOf(const JournalQuestion& question, const CommonPrefixes& prefixes) {
   QStringList wanted;
   QStringList excluded;
   const auto add = [&](const QString& match, bool isExcluded) {
     if (!match.isEmpty()) (isExcluded ? excluded : wanted) << match;
   };
-  for (const auto& phrase : question.phrases) add(matchOf(phrase.text, phrase.isPrefix), phrase.isExcluded);
+  for (const auto& phrase : question.phrases) add(matchOf(phrase.text, phrase.isPrefix, prefixes), phrase.isExcluded);
   for (const auto& tag : question.tags) add(u'"' + SearchMarks::tag(tag.name) + u'"', tag.isExcluded);
   for (const auto& place : question.places) {
-    const QString phrase = matchOf(place.name, false);
+    const QString phrase = matchOf(place.name, false, prefixes);
     add(phrase.isEmpty() ? phrase : u"place : "_s + phrase, place.isExcluded);
   }
   if (question.anniversary) {
@@ -72,8 +73,8 @@ double startOfDay(QDate day) {
 
 }  // namespace
 
-QuestionQuery::QuestionQuery(IndexDatabase& database, const JournalQuestion& question)
-    : m_database(database), m_question(question), m_match(matchOf(question)) {
+QuestionQuery::QuestionQuery(IndexDatabase& database, const CommonPrefixes& prefixes, const JournalQuestion& question)
+    : m_database(database), m_question(question), m_match(matchOf(question, prefixes)) {
   m_hasDays = question.firstDay || question.lastDay;
   m_firstDay = question.firstDay.value_or(QDate(-4000, 1, 1)).toJulianDay();
   m_lastDay = question.lastDay.value_or(QDate(12000, 1, 1)).toJulianDay();

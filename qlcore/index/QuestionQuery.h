@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qlcore/index/CommonPrefixes.h"
 #include "qlcore/index/IndexDatabase.h"
 #include "qlcore/index/IndexedEntry.h"
 #include "qlcore/index/JournalQuestion.h"
@@ -14,7 +15,7 @@ namespace quillo {
 // Answers one question from the tables. Within a transaction, so that all answers are of one moment.
 class QuestionQuery {
  public:
-  QuestionQuery(IndexDatabase& database, const JournalQuestion& question);
+  QuestionQuery(IndexDatabase& database, const CommonPrefixes& prefixes, const JournalQuestion& question);
 
   // How many entries there are that it finds.
   [[nodiscard]] qint64 total();

@@ -11,6 +11,7 @@ constexpr char16_t wholeTag = 0xE001;
 constexpr char16_t beginning = 0xE002;
 constexpr char16_t anniversary = 0xE003;
 constexpr char16_t inYear = 0xE004;
+constexpr char16_t commonBeginning = 0xE005;
 // What stands for a sign of ASCII, at which the full-text table would part a word.
 constexpr char16_t signs = 0xE100;
 
@@ -29,6 +30,10 @@ QString tag(const QString& name) {
 
 QString initial(char32_t letter) {
   return QChar(beginning) + QString::fromUcs4(&letter, 1);
+}
+
+QString prefix(const QString& prefix) {
+  return QChar(commonBeginning) + prefix;
 }
 
 QString dayOfYear(QDate day) {

@@ -14,6 +14,8 @@ namespace quillo::SearchMarks {
 // Some word begins with this letter, which may be half of a pair. Finding all words that begin with a letter would take
 // long in a large journal.
 [[nodiscard]] QString initial(char32_t letter);
+// Some word begins with this, one of CommonPrefixes.
+[[nodiscard]] QString prefix(const QString& prefix);
 // The day of the year, 310 for 10 March.
 [[nodiscard]] QString dayOfYear(QDate day);
 [[nodiscard]] QString year(QDate day);

@@ -20,7 +20,10 @@ namespace {
 constexpr double earthRadius = 6371;  // kilometres
 constexpr double full = (1 << 24) - 1;
 
-bool sharedTableIsLoaded = false;
+std::optional<PlaceTable>& sharedTable() {
+  static std::optional<PlaceTable> table;
+  return table;
+}
 
 // Kilometres, by the table's measure of population: 1024 people doubled every 16 steps.
 const std::array<double, 256>& reaches() {
@@ -75,18 +78,24 @@ double fractionAt(QByteArrayView planes, size_t index, size_t count) {
 }  // namespace
 
 const PlaceTable& PlaceTable::shared() {
-  static const PlaceTable table = [] {
-    sharedTableIsLoaded = true;
+  auto& table = sharedTable();
+  if (!table) {
     QFile file(u":/quillo/places/places.bin"_s);
-    auto read = file.open(QIODevice::ReadOnly) ? fromBytes(file.readAll()) : std::nullopt;
-    if (!read) QLLogError(u"There is no table of places; locations are named by their coordinates."_s);
-    return read ? std::move(*read) : PlaceTable();
-  }();
-  return table;
+    table = file.open(QIODevice::ReadOnly) ? fromBytes(file.readAll()) : std::nullopt;
+    if (!table) {
+      QLLogError(u"There is no table of places; locations are named by their coordinates."_s);
+      table = PlaceTable();
+    }
+  }
+  return *table;
 }
 
 bool PlaceTable::isLoaded() {
-  return sharedTableIsLoaded;
+  return sharedTable().has_value();
+}
+
+void PlaceTable::unload() {
+  sharedTable().reset();
 }
 
 std::optional<PlaceTable> PlaceTable::fromBytes(const QByteArray& bytes) {

@@ -34,6 +34,8 @@ class PlaceTable {
   static const PlaceTable& shared();
   // Whether there was a first call.
   [[nodiscard]] static bool isLoaded();
+  // Lets go of its two megabytes; the next call is a first one again. No reference to it may be kept over this.
+  static void unload();
 
   // The form that resources/places/build writes; nothing when `bytes` is something else.
   [[nodiscard]] static std::optional<PlaceTable> fromBytes(const QByteArray& bytes);

@@ -37,7 +37,9 @@ class PackageTest(unittest.TestCase):
         for path in ("usr/bin/quillo", "usr/bin/quillo-agent", "usr/bin/quilloctl", *modules, "usr/share/applications/quillo-agent.desktop",
                      "usr/share/applications/com.quilloapp.quillo.desktop", "etc/xdg/autostart/com.quilloapp.quillo-agent.desktop",
                      "usr/share/icons/hicolor/48x48/apps/quillo-agent.png", "usr/share/man/man1/quillo.1.gz",
-                     "usr/share/man/man1/quillo-agent.1.gz", "usr/share/man/man1/quilloctl.1.gz", "usr/share/bash-completion/completions/quilloctl",
+                     "usr/share/man/man1/quillo-agent.1.gz", "usr/share/man/man1/quilloctl.1.gz",
+                     "usr/share/bash-completion/completions/quilloctl", "usr/share/zsh/vendor-completions/_quilloctl",
+                     "usr/share/fish/vendor_completions.d/quilloctl.fish",
                      "usr/share/metainfo/com.quilloapp.quillo-agent.metainfo.xml", "usr/share/doc/quillo-agent/copyright"):
             self.assertTrue((self.root / path).is_file(), path)
         for path in self.root.rglob("*"):

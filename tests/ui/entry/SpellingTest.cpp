@@ -38,6 +38,12 @@ TEST_F(EntryViewTest, TheDictionaryIsReadAtTheFirstKeyPressOnly) {
   press(Qt::Key_End);
   ASSERT_TRUE(QTest::qWaitFor([this] { return checker->state() == SpellChecker::State::Ready; }, 5000));
   EXPECT_EQ(misspelled(), QStringList{u"wrod"_s});
+  // Given back while the window rests, it is read again by the next one.
+  checker->unload();
+  EXPECT_FALSE(checker->isMisspelled(u"wrod"));
+  press(Qt::Key_End);
+  ASSERT_TRUE(QTest::qWaitFor([this] { return checker->state() == SpellChecker::State::Ready; }, 5000));
+  EXPECT_TRUE(checker->isMisspelled(u"wrod"));
 }
 
 TEST_F(EntryViewTest, WithNeitherCheckingNorCorrectionNoDictionaryIsRead) {

@@ -133,8 +133,8 @@ TEST(PropertyListXML, RefusesMarkupThatIsDearToParse) {
               AllOf(HasSubstr("too long"), HasSubstr("line 2")));
   // Also where no other tag is near, and where a value hides its end; one of that length is none too many.
   const auto tagOf = [](qsizetype size) { return "<true a='>" + QByteArray(size - 13, 'x') + "'/>"; };
-  EXPECT_TRUE(parsed(tagOf(1024)));
-  EXPECT_THAT(whyRefused(tagOf(1026)), HasSubstr("too long"));
+  EXPECT_TRUE(parsed(tagOf(1026)));
+  EXPECT_THAT(whyRefused(tagOf(1027)), HasSubstr("too long"));
   EXPECT_THAT(whyRefused("<array><string>" + QByteArray(5000, '>') + "</string>" + tagOf(5000) + "</array>"),
               HasSubstr("too long"));
   // What looks like that inside of text is text.

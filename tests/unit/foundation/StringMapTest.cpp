@@ -26,10 +26,10 @@ TEST(StringMap, HoldsWhatAMapHolds) {
   QMap<QString, int> model;
   const auto key = [&random] {
     // Of one to three characters, of which some are beyond those of one unit, and some are the beginning of others.
-    QString key;
+    QString text;
     for (auto length = random() % 3 + 1; length > 0; --length)
-      key += QStringList{u"a"_s, u"Z"_s, u"\u00fc"_s, u"\U0001f642"_s, u"\uff5e"_s}[random() % 5];
-    return key;
+      text += QStringList{u"a"_s, u"Z"_s, u"\u00fc"_s, u"\U0001f642"_s, u"\uff5e"_s}[random() % 5];
+    return text;
   };
   for (int round = 0; round < 2000; ++round) {
     const Map before = map;
@@ -49,7 +49,9 @@ TEST(StringMap, HoldsWhatAMapHolds) {
         break;
       case 3: {
         const auto isGone = [round](const QString& each, int value) { return (each.size() + value) % 7 == round % 7; };
-        EXPECT_EQ(map.removeIf(isGone), model.removeIf([&](auto item) { return isGone(item.first, item.second); }));
+        EXPECT_EQ(map.removeIf(isGone), model.removeIf([&](std::pair<const QString&, int&> item) {
+          return isGone(item.first, item.second);
+        }));
         break;
       }
       case 4: {

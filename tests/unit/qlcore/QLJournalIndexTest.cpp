@@ -18,9 +18,9 @@ using namespace Qt::StringLiterals;
 class QLJournalIndexTest : public JournalFixture {
  protected:
   // An entry as another program would write it.
-  void writeEntry(int number, double created, const PropertyListArray& tags = {}) {
+  void writeEntry(int number, double created) {
     write(entryPath(uuidOf(number)),
-          {{u"text"_s, QString::number(number)}, {u"creationDate"_s, Date::since1970(created)}, {u"tags"_s, tags}});
+          {{u"text"_s, QString::number(number)}, {u"creationDate"_s, Date::since1970(created)}});
   }
   static QString uuidOf(int number) { return u"00000000-0000-4000-8000-%1"_s.arg(number, 12, 10, QChar(u'0')); }
   static QStringList textsOf(const QLJournalIndex& index) {
@@ -129,13 +129,6 @@ TEST_F(QLJournalIndexTest, FilesNamedInLowerCaseAreEntriesLikeOthers) {
   const auto remove = [](const QUrl& file, Error* error) { return FileManager::removeItemAtURL(file, false, error); };
   EXPECT_TRUE(index.deleteEntry(*index.entryWithUUID(uuid), nullptr, remove));
   EXPECT_TRUE(everythingIn(package->entriesFolder()).isEmpty());
-}
-
-TEST_F(QLJournalIndexTest, TagsCountWithoutCaseInTheirLatestSpelling) {
-  writeEntry(1, 1000, {u"Work"_s, u"sea"_s, u"Lake"_s});
-  writeEntry(2, 2000, {u"work"_s, u"alps"_s});
-  writeEntry(3, 3000, {u"WORK"_s, u"sea"_s, u"zoo"_s});
-  EXPECT_EQ(QLJournalIndex(package).tagsByUse(), (QStringList{u"WORK"_s, u"sea"_s, u"alps"_s, u"Lake"_s, u"zoo"_s}));
 }
 
 TEST_F(QLJournalIndexTest, DropsAnEntryOnlyOnceItsFileIsGone) {

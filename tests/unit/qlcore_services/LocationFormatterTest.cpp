@@ -31,6 +31,9 @@ TEST(APlaceTable, IsLoadedByTheFirstQuestionForAPlace) {
   EXPECT_FALSE(PlaceTable::isLoaded());
   EXPECT_FALSE(formatter.placeNameForLocation({52.52, 13.405, {}}).isEmpty());
   EXPECT_TRUE(PlaceTable::isLoaded());
+  PlaceTable::unload();
+  EXPECT_FALSE(PlaceTable::isLoaded());
+  EXPECT_FALSE(formatter.placeNameForLocation({52.52, 13.405, {}}).isEmpty());
 }
 
 TEST(LocationFormatter, NamesSpotsAllOverTheWorld) {
