@@ -18,6 +18,7 @@ namespace {
 // In points.
 constexpr int margin = 18;
 constexpr int timeWidth = 52;
+constexpr int lineHeight = 20;
 constexpr int textLines = 2;
 
 }  // namespace
@@ -55,11 +56,11 @@ void TimelineRowPainter::paintRow(const QRect& rect, const TimelineRow& row, QDa
                      row.day == headingDay ? row.time : QLocale().toString(row.day, u"d MMM"_s));
   const double x = rect.x() + margin + timeWidth;
   const double width = rect.right() + 1 - margin - x;
-  paintText(mirrored(QRectF(x, rect.y() + 8, width, 42), rect), row, isSelected);
-  paintDetails(mirrored(QRectF(x, rect.y() + 50, width, 18), rect), row, isSelected);
+  const int lines = paintText(mirrored(QRectF(x, rect.y() + 8, width, 42), rect), row, isSelected);
+  paintDetails(mirrored(QRectF(x, rect.y() + 10 + lines * lineHeight, width, 18), rect), row, isSelected);
 }
 
-void TimelineRowPainter::paintText(const QRectF& rect, const TimelineRow& row, bool isSelected) {
+int TimelineRowPainter::paintText(const QRectF& rect, const TimelineRow& row, bool isSelected) {
   QTextLayout layout(row.damage.isEmpty() ? row.text : row.damage, textFont(14));
   QTextOption option;
   // Each text in its own direction.
@@ -82,22 +83,24 @@ void TimelineRowPainter::paintText(const QRectF& rect, const TimelineRow& row, b
     if (!line.isValid()) break;
     line.setLineWidth(rect.width());
     line.setPosition({0, y});
-    y += 20;
+    y += lineHeight;
     shown = line.textStart() + line.textLength();
   }
   layout.endLayout();
   m_painter.setPen(isSelected ? m_colors.accentText : row.damage.isEmpty() ? m_colors.text : m_colors.dim);
   layout.draw(&m_painter, rect.topLeft());
-  if (shown >= layout.text().size()) return;
+  if (shown >= layout.text().size()) return layout.lineCount();
   // Over the end of the last line.
   const QTextLine last = layout.lineAt(layout.lineCount() - 1);
   const QFontMetricsF metrics(layout.font());
   const double dots = metrics.horizontalAdvance(u'…');
   const double end = std::min(rect.width() - dots, last.naturalTextWidth());
   const bool isRightToLeft = layout.text().isRightToLeft();
-  const QRectF corner(isRightToLeft ? rect.right() - end - dots : rect.x() + end, rect.y() + last.y(), dots, 20);
+  const QRectF corner(isRightToLeft ? rect.right() - end - dots : rect.x() + end, rect.y() + last.y(), dots,
+                      lineHeight);
   m_painter.fillRect(corner, m_ground);
   m_painter.drawText(corner.topLeft() + QPointF(0, last.ascent()), u"…"_s);
+  return layout.lineCount();
 }
 
 void TimelineRowPainter::paintDetails(const QRectF& rect, const TimelineRow& row, bool isSelected) {

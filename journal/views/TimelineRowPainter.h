@@ -29,7 +29,8 @@ class TimelineRowPainter {
   void paintPlaceholder(const QRect& rect);
 
  private:
-  void paintText(const QRectF& rect, const TimelineRow& row, bool isSelected);
+  // Answers how many lines it took.
+  int paintText(const QRectF& rect, const TimelineRow& row, bool isSelected);
   void paintDetails(const QRectF& rect, const TimelineRow& row, bool isSelected);
   [[nodiscard]] QRectF mirrored(const QRectF& rect, const QRect& in) const;
 
