@@ -56,7 +56,7 @@ QImage load(const QString& path, double ratio) {
 
 }  // namespace
 
-Image::Image(std::vector<QImage> bitmaps) {
+Image::Image(const std::vector<QImage>& bitmaps) {
   for (const QImage& bitmap : bitmaps)
     if (!bitmap.isNull()) m_bitmaps.push_back({bitmap.devicePixelRatio(), {}, prepared(bitmap)});
   std::ranges::sort(m_bitmaps, {}, &Bitmap::ratio);
@@ -76,7 +76,7 @@ ImageRef Image::imageNamed(const QString& name) {
   if (size.isEmpty()) return nullptr;
   std::vector<Bitmap> bitmaps{{1, path + u".png"_s, {}}};
   if (const QString fine = path + u"@2x.png"_s; QFile::exists(fine)) bitmaps.push_back({2, fine, {}});
-  const ImageRef image(new Image(QSizeF(size), std::move(bitmaps)));
+  ImageRef image(new Image(QSizeF(size), std::move(bitmaps)));
   loaded.insert(name, image);
   return image;
 }
@@ -88,6 +88,7 @@ const QImage& Image::read(Bitmap& bitmap) {
 
 std::vector<QImage> Image::bitmaps() const {
   std::vector<QImage> all;
+  all.reserve(m_bitmaps.size());
   for (Bitmap& bitmap : m_bitmaps) all.push_back(read(bitmap));
   return all;
 }
@@ -131,7 +132,7 @@ ImageRef imageWithFraction(const Image& image, double fraction) {
     painter.end();
     copies.push_back(copy);
   }
-  return std::make_shared<Image>(std::move(copies));
+  return std::make_shared<Image>(copies);
 }
 
 const QImage* bitmapForRatio(const std::vector<QImage>& bitmaps, double ratio) {

@@ -24,7 +24,7 @@ enum class CompositingOperation { Copy = 1, SourceOver = 2 };
 class Image {
  public:
   // Of the size that the first bitmap's pixels and device pixel ratio give. Null bitmaps are left out.
-  explicit Image(std::vector<QImage> bitmaps);
+  explicit Image(const std::vector<QImage>& bitmaps);
   explicit Image(const QImage& bitmap);
   virtual ~Image() = default;
   Image(const Image&) = delete;

@@ -21,7 +21,7 @@ class CommonPrefixes {
   // Those of the words of `texts`, each of them a sample of an entry.
   [[nodiscard]] static CommonPrefixes ofSample(const QStringList& texts);
 
-  [[nodiscard]] QStringList all() const { return m_prefixes; }
+  [[nodiscard]] const QStringList& all() const { return m_prefixes; }
   [[nodiscard]] bool contains(const QString& prefix) const { return m_numbers.contains(prefix); }
 
   // Notes in `isFound`, which has a place for each of all(), those that `word` begins with.

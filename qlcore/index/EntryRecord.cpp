@@ -53,7 +53,7 @@ class WordGatherer {
   void addMarks(QString& marks) const {
     for (const char32_t initial : m_initials) marks += u' ' + SearchMarks::initial(initial);
     for (size_t i = 0; i < m_hasPrefix.size(); ++i)
-      if (m_hasPrefix[i]) marks += u' ' + SearchMarks::prefix(m_prefixes.all()[static_cast<qsizetype>(i)]);
+      if (m_hasPrefix[i]) marks += u' ' + SearchMarks::prefix(m_prefixes.all().at(static_cast<qsizetype>(i)));
   }
 
  private:

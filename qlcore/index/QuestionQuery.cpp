@@ -106,6 +106,11 @@ QVariantList QuestionQuery::conditionValues() const {
 }
 
 qint64 QuestionQuery::total() {
+  if (!m_total) m_total = countAll();
+  return *m_total;
+}
+
+qint64 QuestionQuery::countAll() {
   if (m_match.isEmpty() && m_hasDays)
     return m_database.first(u"SELECT count(*) FROM entry WHERE day BETWEEN ? AND ?"_s, {m_firstDay, m_lastDay})
         .toLongLong();
@@ -134,9 +139,11 @@ std::vector<qint64> QuestionQuery::ids() {
 }
 
 std::vector<qint64> QuestionQuery::idsByRank(qint64 offset, qint64 limit) {
-  const QVariant oldestRanked =
-      m_database.first(u"SELECT rowid FROM words"_s + condition() + u" ORDER BY rowid DESC LIMIT 1 OFFSET ?"_s,
-                       conditionValues() << mostRanked - 1);
+  QVariant oldestRanked;
+  if (total() > mostRanked)
+    oldestRanked =
+        m_database.first(u"SELECT rowid FROM words"_s + condition() + u" ORDER BY rowid DESC LIMIT 1 OFFSET ?"_s,
+                         conditionValues() << mostRanked - 1);
   // A tag or a place says more than a word of the text.
   std::vector<qint64> ids =
       idsFrom(u"SELECT rowid FROM words"_s + condition() +

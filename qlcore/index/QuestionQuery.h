@@ -24,6 +24,7 @@ class QuestionQuery {
   [[nodiscard]] QList<JournalCount> counts(JournalCountBy by);
 
  private:
+  [[nodiscard]] qint64 countAll();
   [[nodiscard]] QString condition() const;
   [[nodiscard]] QVariantList conditionValues() const;
   [[nodiscard]] std::vector<qint64> idsByRank(qint64 offset, qint64 limit);
@@ -34,6 +35,7 @@ class QuestionQuery {
   IndexDatabase& m_database;
   const JournalQuestion& m_question;
   QString m_match;  // as the full-text table takes it; empty where only days are asked for
+  std::optional<qint64> m_total;
   bool m_hasDays{false};
   qint64 m_firstDay{0};  // Julian
   qint64 m_lastDay{0};

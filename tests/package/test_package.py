@@ -58,7 +58,7 @@ class PackageTest(unittest.TestCase):
     def test_it_needs_what_it_is_linked_with_and_removal_touches_nothing_else(self):
         depends = run("dpkg-deb", "-f", self.package, "Depends")
         for package in ("libc6", "libqt6widgets6", "libqt6dbus6", "libqt6multimedia6", "libqt6network6", "libqt6positioning6",
-                        "libhunspell-1.7-0", "libdw1", "libicu72", "libxcb1", "qt6-qpa-plugins"):
+                        "libhunspell-1.7-0", "libdw1", "libicu72", "libxcb1", "qt6-qpa-plugins", "libqt6sql6-sqlite"):
             self.assertIn(package, depends)
         # No script runs when it is removed: the user's journal and settings are not the package's.
         control = self.directory / "control"

@@ -319,6 +319,72 @@ TEST_F(JournalSearchIndexTest, SurvivesBeingKilledAndTwoProcessesAtOnce) {
   EXPECT_EQ(index.ask(question(u"many"_s)).total, count - 10);
 }
 
+// There what very many words begin with is looked up in another way.
+TEST_F(JournalSearchIndexTest, FindsUnfinishedWordsInALargeJournal) {
+  constexpr int count = 5200;
+  const auto text = [](int i) { return u"%1 word%2 Thé1"_s.arg(i % 2 == 0 ? u"wording"_s : u"while"_s).arg(i % 10); };
+  for (int i = 0; i < count; ++i) write(i, text(i), 1'700'000'000 + i);
+  JournalSearchIndex index(*package, {true, 4096, 0, {}});
+  index.bringUpToDate();
+  const auto expectTotals = [&](int changed) {
+    const QPair<QString, int> totals[] = {
+        {u"w"_s, count - changed},
+        {u"wo"_s, count - changed},
+        {u"word"_s, count - changed},
+        {u"wordi"_s, count / 2 - changed},
+        {u"wh"_s, count / 2},
+        {u"the"_s, count - changed},
+        {u"thé1"_s, count - changed},
+        {u"word3"_s, count / 10},
+        {u"\"word\""_s, 0},
+        {u"wh -word3"_s, count / 2 - count / 10},
+        {u"z"_s, changed},
+        {u"zebra"_s, changed},
+    };
+    for (const auto& [typed, total] : totals) EXPECT_EQ(index.ask(question(typed)).total, total) << typed.toStdString();
+  };
+  expectTotals(0);
+  for (int i = 0; i < 8; i += 4) {
+    write(2 * i, u"zebra"_s, 1'700'000'000 + 2 * i);
+    index.bringUpToDate({uuidOf(2 * i) + u".plist"_s});
+  }
+  expectTotals(2);
+}
+
+// Entries of other programs: very long words, none at all, times and names that nobody has.
+TEST_F(JournalSearchIndexTest, TakesWhateverAFileHolds) {
+  const QString texts[] = {QString(),
+                           QString(300'000, u'x'),
+                           u"\u0301\u0302"_s,
+                           QString(QChar(0xE000)) + u"tag"_s,
+                           u"\"quoted\" AND NOT * ^ : ( )"_s,
+                           QString(200'000, u'今'),
+                           u"a\0b"_s};
+  int number = 0;
+  for (const QString& text : texts) {
+    ++number;
+    write(number, text, -1e11 * number,
+          {{u"tags"_s, PropertyListArray{text.left(50), u"a b-c_d'"_s, QString()}},
+           {u"timeZone"_s, u"../../etc/passwd"_s}});
+  }
+  write(100, u"far away"_s, 250e9);
+  JournalSearchIndex index(*package);
+  EXPECT_TRUE(index.bringUpToDate().isComplete);
+  const qsizetype readable = QLJournalIndex(package).entries().size();
+  JournalQuestion everything;
+  EXPECT_EQ(index.ask(everything).entries.size(), readable);
+  EXPECT_EQ(index.ask(question(u"tag:\"A b-c_d'\""_s)).total, index.ask(question(u"-away"_s)).total);
+  for (const QString& typed :
+       {u"\" AND * ("_s, u"NEAR(a b)"_s, u"tag:* x"_s, u"a:b {c}"_s, u"'; DROP TABLE entry; --"_s, u"%_?"_s}) {
+    const auto asked = JournalQuestion::parse(typed, QDate(2025, 3, 12));
+    EXPECT_LE(asked ? index.ask(*asked).total : 0, readable);
+  }
+  EXPECT_FALSE(index.counts(everything, JournalCountBy::Tag).isEmpty());
+  EXPECT_EQ(index.uuidsWithPrefix(u"not an identifier"_s, 5), QStringList());
+  EXPECT_EQ(index.uuidsWithPrefix(u""_s, 3).size(), 3);
+  EXPECT_FALSE(index.isInMemory());
+}
+
 TEST_F(JournalSearchIndexTest, StopsWhenAskedToAndGoesOnLater) {
   for (int i = 0; i < 2000; ++i) write(i, u"entry"_s, 1'700'000'000 + i);
   JournalSearchIndex index(*package);
