@@ -128,7 +128,10 @@ void JournalWindow::connectViews() {
     searchDidChange();
   });
   connect(m_view.search, &SearchField::cleared, m_commands.allEntries, &QAction::trigger);
-  connect(m_view.search, &SearchField::leftForResults, this, [this] { m_view.list->setFocus(Qt::TabFocusReason); });
+  connect(m_view.search, &SearchField::leftForResults, this, [this] {
+    if (m_view.list->currentRow() < 0 && m_timeline.total() > 0) m_view.list->setCurrentRow(0);
+    m_view.list->setFocus();
+  });
   connect(m_view.month, &MonthView::dayActivated, this, &JournalWindow::showDay);
   connect(m_view.heatMap, &YearHeatMap::dayActivated, this, &JournalWindow::showDay);
   connect(m_view.year, &YearPage::dayActivated, this, [this](QDate day) {
@@ -305,13 +308,18 @@ bool JournalWindow::showEntry(const QString& identifier) {
   return true;
 }
 
+void JournalWindow::editEntry(const QString& identifier) {
+  if (!showEntry(identifier)) return;
+  setReads(false);
+  m_view.columns->bringToFront(FoldingColumns::Column::Paper);
+  m_view.editor->setFocus();
+}
+
 void JournalWindow::beginEntry() {
   m_showsFirst = false;
   if (!m_view.editor->beginEntry()) return;
-  m_commands.read->setChecked(false);
-  m_view.readButton->setChecked(false);
   m_view.list->setCurrentEntry({});
-  showPaper();
+  setReads(false);
   m_view.columns->bringToFront(FoldingColumns::Column::Paper);
   m_view.editor->setFocus();
 }

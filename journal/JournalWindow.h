@@ -48,6 +48,8 @@ class JournalWindow : public QWidget {
 
   // Of the quillo: URLs. False where there is no such entry, which the window says.
   bool showEntry(const QString& identifier);
+  // The same, with the keyboard in its text.
+  void editEntry(const QString& identifier);
   void beginEntry();
   // The settings may have another size of the text.
   void applyFontSize();

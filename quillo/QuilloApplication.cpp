@@ -147,7 +147,7 @@ void QuilloApplication::open(const QStringList& urls) {
 
 void QuilloApplication::carryOut(const QuilloRequest& request) {
   using Kind = QuilloRequest::Kind;
-  if (request.kind == Kind::Edit) m_window->showEntry(request.entryIdentifier);
+  if (request.kind == Kind::Edit) m_window->editEntry(request.entryIdentifier);
   if (request.kind == Kind::Post) m_window->beginEntry();
   if (request.kind == Kind::Preferences) m_services.showPreferences();
   if (request.kind == Kind::UpdateBookmarks) {

@@ -3,7 +3,7 @@
 #include "journal/views/MonthView.h"
 #include "journal/views/StatePage.h"
 
-#include <QPushButton>
+#include <QToolButton>
 
 namespace quillo {
 namespace {
