@@ -1,5 +1,5 @@
 find_package(PkgConfig REQUIRED)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets DBus Network Sql Multimedia Positioning)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets PrintSupport DBus Network Sql Multimedia Positioning)
 find_package(ICU 72 REQUIRED COMPONENTS uc i18n)
 find_package(EXPAT REQUIRED)
 find_package(CLI11 REQUIRED)

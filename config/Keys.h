@@ -79,6 +79,7 @@ inline constexpr QLatin1StringView editorSpellCheckEnabled{"EditorSpellCheckEnab
 inline constexpr QLatin1StringView editorGrammarCheckEnabled{"EditorGrammarCheckEnabled"};
 inline constexpr QLatin1StringView editorCorrectSpellingEnabled{"EditorCorrectSpellingEnabled"};
 inline constexpr QLatin1StringView markdownEnabled{"MarkdownEnabled"};
+inline constexpr QLatin1StringView fontSize{"FontSize"};
 // Services.
 inline constexpr QLatin1StringView sendUsageData{"SendUsageData"};
 inline constexpr QLatin1StringView serverURL{"QLServerURL"};

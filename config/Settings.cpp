@@ -68,7 +68,7 @@ constexpr std::array table{
     Setting{"SecurityIdleLockEnabled"_L1, mainApplication, Bool, none},
     Setting{"SecurityIdleLockTime"_L1, mainApplication, Object, none},
     Setting{"DefaultEntryFileFormat"_L1, mainApplication, Object, none},
-    Setting{"FontSize"_L1, mainApplication, Object, none, {}, Notice::fontSizeDidChange},
+    Setting{Key::fontSize, mainApplication, Object, none, {}, Notice::fontSizeDidChange},
     Setting{"TextStyle"_L1, mainApplication, Object, none, {}, Notice::textStyleDidChange},
     Setting{"EmbedMediaEnabled"_L1, mainApplication, Bool, none, {}, Notice::embedMediaDidChange},
     Setting{"LinkTwitterHandles"_L1, mainApplication, Bool, none, {}, Notice::linkTwitterHandlesDidChange},

@@ -18,16 +18,12 @@
 #include "foundation/UserDirectories.h"
 #include "platform/OutsideClicks.h"
 #include "platform/Workspace.h"
-#include "qlcore/JournalError.h"
-#include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
 #include "reminders/ReminderAlarm.h"
 #include "reminders/ReminderInterval.h"
 #include "ui_AgentEntryWindow.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFileInfo>
 #include <QGraphicsOpacityEffect>
 #include <QParallelAnimationGroup>
 #include <QPropertyAnimation>
@@ -434,20 +430,10 @@ void AgentEntryWindowController::chooseJournalButtonClicked() {
 
 void AgentEntryWindowController::useJournal(const QUrl& location, bool create) {
   Error error;
-  // A home that is new has no folder of documents yet.
-  if (create) QDir().mkpath(QFileInfo(location.toLocalFile()).path());
-  const auto package = QLJournalPackageFile::openPackage(location, create, &error);
-  if (!package) return presentError(error, {});
-  m_services.config.setConfiguredJournalFileURL(package->url());
-  showWindowInMode(m_currentMode);
-  PersistentPropertyList* list = m_services.config.groupProperties();
-  if (list && !list->dirtyProperties().contains(Key::journalPackageURL)) return;
-  presentError({JournalError::domain,
-                JournalError::NotWritable,
-                u"The place of the journal could not be saved in the settings."_s,
-                u"It is used until Quillo ends. The log has the reason."_s,
-                {}},
-               {});
+  const bool isUsed = quillo::useJournal(m_services.config, location, create, &error);
+  // What could not be saved is used all the same.
+  if (m_services.config.configuredJournalFileURL() == location) showWindowInMode(m_currentMode);
+  if (!isUsed) presentError(error, {});
 }
 
 }  // namespace quillo

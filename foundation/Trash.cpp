@@ -182,4 +182,21 @@ std::optional<Item> moveItem(const QString& path, Error* error) {
   return failed(EEXIST, files);
 }
 
+bool putBack(const Item& item, const QString& path, Error* error) {
+  const int number = renameToFree(QFile::encodeName(item.path), QFile::encodeName(path));
+  if (number == 0) {
+    ::unlink(QFile::encodeName(item.informationPath).constData());
+    return true;
+  }
+  const bool isGone = number == ENOENT && !statusOf(item.path);
+  const QString reason = number == EEXIST ? u"there is another file in its place"_s
+                         : isGone         ? u"it is not in the Trash any more"_s
+                                          : QString::fromLocal8Bit(std::strerror(number));
+  return fail(error, {ErrorDomain::osStatus,
+                      isGone ? ErrorCode::fileNotFound : statusInputOutput,
+                      u"%1: cannot be put back - %2"_s.arg(path, reason),
+                      {},
+                      {}});
+}
+
 }  // namespace quillo::Trash

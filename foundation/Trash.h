@@ -19,4 +19,8 @@ struct Item {
 // why. Errors are of the OS-status domain; a missing file is status -43.
 std::optional<Item> moveItem(const QString& path, Error* error = nullptr);
 
+// The opposite: moves an item back to `path`, where nothing may be, and drops the note. It stays in the Trash where
+// that fails. Errors as above.
+bool putBack(const Item& item, const QString& path, Error* error = nullptr);
+
 }  // namespace quillo::Trash

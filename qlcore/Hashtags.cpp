@@ -23,9 +23,8 @@ char32_t next(const QString& text, qsizetype& at) {
 
 }  // namespace
 
-QStringList hashtags(const QString& text) {
-  QStringList tags;
-  QSet<QString> seen;
+QList<HashtagRange> hashtagRanges(const QString& text) {
+  QList<HashtagRange> ranges;
   bool afterWord = false;
   // One pass: both loops only move `at` forward.
   for (qsizetype at = 0; at < text.size();) {
@@ -42,13 +41,29 @@ QStringList hashtags(const QString& text) {
       hasLetter = hasLetter || QChar::isLetter(part);
       afterWord = isWord(part, afterWord);
     }
-    if (!hasLetter) continue;
-    const QString tag = text.mid(start, at - start);
+    if (hasLetter) ranges.append({start - 1, at - start + 1});
+  }
+  return ranges;
+}
+
+QStringList hashtags(const QString& text) {
+  QStringList tags;
+  QSet<QString> seen;
+  for (const HashtagRange& range : hashtagRanges(text)) {
+    const QString tag = text.mid(range.start + 1, range.length - 1);
     const qsizetype known = seen.size();
     seen.insert(tag.toCaseFolded());
     if (seen.size() > known) tags << tag;
   }
   return tags;
+}
+
+QStringList tagsAfterEditing(const QStringList& tags, const QString& before, const QString& after) {
+  QStringList kept = tags;
+  for (const QString& tag : hashtags(before)) kept.removeAll(tag);
+  for (const QString& tag : hashtags(after))
+    if (!kept.contains(tag, Qt::CaseInsensitive)) kept << tag;
+  return kept;
 }
 
 }  // namespace quillo

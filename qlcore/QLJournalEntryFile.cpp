@@ -1,11 +1,13 @@
 #include "qlcore/QLJournalEntryFile.h"
 
+#include "foundation/FolderLock.h"
 #include "foundation/Log.h"
 #include "foundation/PropertyListSerialization.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalFolder.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/StorableValues.h"
+#include "qlcore/TextMerge.h"
 
 #include <QFileInfo>
 #include <QTimeZone>
@@ -82,6 +84,23 @@ PropertyListArray tagList(const QStringList& tags, const PropertyListArray& onDi
   for (const auto& other : onDisk)
     if (!other.isString()) list << other;
   return list;
+}
+
+// What the file has, with what was added and taken out here since `before`.
+QStringList mergedTags(const QStringList& before, const QStringList& theirs, const QStringList& ours) {
+  QStringList merged;
+  for (const QString& tag : theirs)
+    if (ours.contains(tag) || !before.contains(tag)) merged << tag;
+  for (const QString& tag : ours)
+    if (!merged.contains(tag, Qt::CaseInsensitive) && !before.contains(tag)) merged << tag;
+  return merged;
+}
+
+QStringList tagsIn(const PropertyListDictionary& fields) {
+  QStringList tags;
+  for (const auto& tag : fields.value(tagsKey).array())
+    if (tag.isString() && !tag.string().isEmpty()) tags << storableText(tag.string());
+  return tags;
 }
 
 // XML, as entries are; but values of unknown keys may be such that only a binary list holds them. Every reader takes
@@ -218,9 +237,7 @@ bool QLJournalEntryFile::setCreationDate(Date date) {
 // Whatever the file holds, what is taken from it can be written again.
 void QLJournalEntryFile::readFields(const PropertyListDictionary& fields) {
   setString(fields.value(textKey).string());
-  QStringList tags;
-  for (const auto& tag : fields.value(tagsKey).array()) tags << tag.string();
-  setTags(tags);
+  m_content.tags = tagsIn(fields);
   const auto modified = storableDate(fields.value(modificationDateKey));
   m_creationDate = storableDate(fields.value(creationDateKey));
   m_modificationDate = modified.value_or(m_creationDate.value_or(Date()));
@@ -228,6 +245,20 @@ void QLJournalEntryFile::readFields(const PropertyListDictionary& fields) {
   m_content.location = QLLocation::fromPropertyList(fields.value(locationKey));
   m_content.weather = QLWeather::fromPropertyList(fields.value(weatherKey));
   m_saved = m_content;
+}
+
+// Takes in what another writer has made of text and tags, where both were changed here too.
+void QLJournalEntryFile::mergeWith(const PropertyListDictionary& fields) {
+  if (const auto& text = fields.value(textKey); text.isString() && m_content.string != m_saved.string) {
+    const QString theirs = storableText(text.string());
+    if (theirs != m_saved.string && theirs != m_content.string) {
+      const MergedText merged = mergeTexts(m_saved.string, theirs, m_content.string);
+      m_lastMerge = Merge{theirs, std::exchange(m_content.string, merged.text), merged.hasClash};
+    }
+  }
+  if (m_content.tags != m_saved.tags)
+    if (const QStringList theirs = tagsIn(fields); theirs != m_saved.tags)
+      m_content.tags = mergedTags(m_saved.tags, theirs, m_content.tags);
 }
 
 void QLJournalEntryFile::writeFields(PropertyListDictionary& fields) const {
@@ -262,7 +293,8 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
   const auto folder = JournalFolder::openOrMake(package->entriesFolder(), &reason);
   if (!folder) return fail(error, JournalError::forWriting(reason, introduction));
 
-  // What another writer added to the file meanwhile is kept.
+  // What another writer added to the file meanwhile is kept, and none of ours writes between reading and writing.
+  const FolderLock lock(folder->path(), FolderLock::Mode::Exclusive);
   auto fields = fieldsOnDisk(*folder, m_fileName, &reason);
   if (!fields && isDamage(reason))
     QLLogInfo(u"Replaced a damaged entry - "_s + reason.localizedDescription);  // the text here is whole
@@ -270,11 +302,16 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
     return fail(error, JournalError::forWriting(reason, introduction));
   if (!fields) fields.emplace();
 
+  const Content own = m_content;
+  m_lastMerge.reset();
+  if (!fields->isEmpty()) mergeWith(*fields);
   const Date before = std::exchange(m_modificationDate, storableNow());
   writeFields(*fields);
   const auto bytes = serialized(*fields, &reason);
   if (!bytes || !folder->replaceFile(m_fileName, *bytes, &reason)) {
     m_modificationDate = before;
+    m_content = own;
+    m_lastMerge.reset();
     return fail(error, JournalError::forWriting(reason, introduction));
   }
   m_fileURL = QUrl::fromLocalFile(folder->path() + u'/' + m_fileName);

@@ -22,7 +22,8 @@ class QLJournalPackageFile;
 
 // One entry of a journal and its file, Entries/UUID.plist. A save writes what was changed since the entry was read and
 // leaves the rest of the file as it is there now: keys and values that this version does not know, and what another
-// writer changed since. A file whose name has its letters in lower case, as another writer may make it, keeps it.
+// writer changed since. Where both changed the text or the tags, the file gets the changes of both. A file whose name
+// has its letters in lower case, as another writer may make it, keeps it.
 class QLJournalEntryFile {
  public:
   // A new, unsaved entry with an identifier of its own; null when no journal is configured or nothing is at its place.
@@ -73,12 +74,21 @@ class QLJournalEntryFile {
   // Nothing before the first save.
   [[nodiscard]] std::optional<QUrl> fileURLForEntryProperties() const { return m_fileURL; }
 
+  // A save in which the texts of two writers became one, which string() then is.
+  struct Merge {
+    QString theirs;        // as the other had left it
+    QString ours;          // as it was to be saved
+    bool hasClash{false};  // both wrote different things in the same place, and both are there now
+  };
+
   // Writes the entry's file in the package, or lays over it what was changed above since it was read. False, with an
   // error of JournalError::domain, when it cannot; the file then holds what it held (but for a disk that fails in
   // syncing: then the old or the new). A null package fails with the reason why the
   // configured journal cannot be opened. A location or weather that is not valid counts as
   // absent. Entries have no attachments yet, so `attachmentErrors` is only emptied.
   bool saveToJournal(const QLJournalPackageFile* package, Error* error, QList<Error>* attachmentErrors = nullptr);
+  // Of the last save; nothing where no other writer had changed the text.
+  [[nodiscard]] const std::optional<Merge>& lastMerge() const { return m_lastMerge; }
 
  private:
   QLJournalEntryFile() = default;
@@ -90,6 +100,7 @@ class QLJournalEntryFile {
     std::optional<QLWeather> weather;
   };
   void readFields(const PropertyListDictionary& fields);
+  void mergeWith(const PropertyListDictionary& fields);
   void writeFields(PropertyListDictionary& fields) const;
   void writeContent(PropertyListDictionary& fields, bool isNew) const;
 
@@ -97,6 +108,7 @@ class QLJournalEntryFile {
   QString m_fileName;
   Content m_content;
   Content m_saved;  // as last read or written
+  std::optional<Merge> m_lastMerge;
   std::optional<Date> m_creationDate;
   Date m_modificationDate;
   QString m_timeZone;

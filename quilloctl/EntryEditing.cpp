@@ -17,15 +17,6 @@ QString trimmedEnd(const QString& text, const QString& original) {
   return text.endsWith(u'\n') && !original.endsWith(u'\n') ? text.chopped(1) : text;
 }
 
-// The tags that are none of the old text's hashtags stay; they were given by hand.
-QStringList tagsAfterEditing(const QStringList& tags, const QString& before, const QString& after) {
-  QStringList kept = tags;
-  for (const QString& tag : hashtags(before)) kept.removeAll(tag);
-  for (const QString& tag : hashtags(after))
-    if (!kept.contains(tag, Qt::CaseInsensitive)) kept << tag;
-  return kept;
-}
-
 }  // namespace
 
 bool makesTagsOfHashtags(Context& context) {

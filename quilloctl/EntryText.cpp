@@ -49,8 +49,8 @@ StyledLine headLine(const IndexedEntry& entry) {
 void addMatches(StyledLine& line, const IndexedEntry& entry, qsizetype start, qsizetype end) {
   const auto part = [&entry](qsizetype from, qsizetype to) { return entry.text.mid(from, to - from); };
   for (const TextRange& match : entry.matches) {
-    const qsizetype matchStart = std::clamp(match.start, start, end);
-    const qsizetype matchEnd = std::clamp(match.start + match.length, matchStart, end);
+    const qsizetype matchStart = std::clamp(match.location, start, end);
+    const qsizetype matchEnd = std::clamp(match.location + match.length, matchStart, end);
     line.add(part(start, matchStart)).add(part(matchStart, matchEnd), Style::Match);
     start = matchEnd;
   }
@@ -88,9 +88,9 @@ QJsonObject jsonWithMatches(const IndexedEntry& entry) {
   QJsonObject object = json(entry);
   QJsonArray matches;
   for (const TextRange& match : entry.matches)
-    matches << QJsonObject{{u"start"_s, match.start}, {u"length"_s, match.length}};
+    matches << QJsonObject{{u"start"_s, match.location}, {u"length"_s, match.length}};
   object[u"matches"_s] = matches;
-  object[u"excerpt"_s] = entry.text.mid(entry.excerpt.start, entry.excerpt.length);
+  object[u"excerpt"_s] = entry.text.mid(entry.excerpt.location, entry.excerpt.length);
   return object;
 }
 
@@ -102,7 +102,7 @@ void printLine(const IndexedEntry& entry) {
 
 void printFound(const IndexedEntry& entry) {
   print(headLine(entry));
-  const qsizetype start = std::clamp<qsizetype>(entry.excerpt.start, 0, entry.text.size());
+  const qsizetype start = std::clamp<qsizetype>(entry.excerpt.location, 0, entry.text.size());
   const qsizetype end = std::clamp<qsizetype>(start + entry.excerpt.length, start, entry.text.size());
   StyledLine line;
   line.gap(4).add(start > 0 ? u"…"_s : QString());

@@ -44,7 +44,7 @@ qint64 wordsOf(const QString& text) {
   qint64 count = 0;
   // Pictures count as words for a search alone.
   for (SearchWords words(text); words.next();)
-    if (!words.isCharacter() || text.at(words.range().start).isLetter()) ++count;
+    if (!words.isCharacter() || text.at(words.range().location).isLetter()) ++count;
   return count;
 }
 

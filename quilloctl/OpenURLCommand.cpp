@@ -1,4 +1,5 @@
 #include "config/Keys.h"
+#include "config/QuilloURL.h"
 #include "config/Settings.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "platform/Workspace.h"
@@ -9,7 +10,6 @@
 #include "quilloctl/TextEditor.h"
 
 #include <QUrl>
-#include <QUrlQuery>
 
 #include <cstdio>
 #include <memory>
@@ -26,11 +26,6 @@ struct Request {
   bool isInTerminal{false};
   QStringList homeArguments;
 };
-
-// The command of a quillo: URL is what stands where others have the host.
-QString commandOf(const QUrl& url) {
-  return url.scheme() == u"quillo" && (url.path().isEmpty() || url.path() == u"/") ? url.host() : QString();
-}
 
 int open(Context& context) {
   const auto package = openJournal(context);
@@ -78,21 +73,21 @@ int runInOtherTerminal(const Request& request) {
 }
 
 int openURL(Context& context, const Request& request) {
-  const QString command = commandOf(request.url);
-  if (command == u"open") return open(context);
-  if (command == u"updatebookmarks") return updateBookmarks(context);
-  if (command == u"preferences")
+  using Kind = QuilloRequest::Kind;
+  const auto asked = requestOfURL(request.url);
+  if (!asked) return failed(u"\"%1\" is no command that Quillo knows"_s.arg(request.url.toString()));
+  if (asked->kind == Kind::Open) return open(context);
+  if (asked->kind == Kind::UpdateBookmarks) return updateBookmarks(context);
+  if (asked->kind == Kind::Preferences)
     return outputIsDiscarded() && !request.isInTerminal ? runInOtherTerminal(request) : preferences(context);
-  if (command != u"edit" && command != u"post")
-    return failed(u"\"%1\" is no command that Quillo knows"_s.arg(request.url.toString()));
 
   const EditorChoice editor = editorOfUser(QProcessEnvironment::systemEnvironment());
   if (editor.needsTerminal && !standsInTerminal()) {
     if (request.isInTerminal) return failed(u"the editor needs a terminal, and this window is none"_s);
     return runInOtherTerminal(request);
   }
-  if (command == u"post") return writeEntry(context, editor);
-  return editEntry(context, QUrlQuery(request.url).queryItemValue(u"entryId"_s, QUrl::FullyDecoded), editor);
+  if (asked->kind == Kind::Post) return writeEntry(context, editor);
+  return editEntry(context, asked->entryIdentifier, editor);
 }
 
 // A window of our own closes with us: what was said in it is to be read first.
@@ -121,7 +116,9 @@ void addOpenURLCommand(CLI::App& program, Action& action) {
     action = [words](Context& context) {
       const Request request{QUrl(QString::fromStdString(words->url)), words->isInTerminal, context.homeArguments};
       const int code = openURL(context, request);
-      if (request.isInTerminal && (code != Done || commandOf(request.url) == u"preferences")) waitForReturn();
+      if (request.isInTerminal &&
+          (code != Done || requestOfURL(request.url) == QuilloRequest{QuilloRequest::Kind::Preferences, {}}))
+        waitForReturn();
       return code;
     };
   });

@@ -36,6 +36,50 @@ bool EntrySession::hasText() const {
   return !m_text.text().isEmpty() || m_services.draft.isLeftBehind();
 }
 
+void EntrySession::open(std::shared_ptr<QLJournalEntryFile> entry) {
+  forgetActiveEntry();
+  m_activeEntry = std::move(entry);
+  m_text.setText(m_activeEntry->string());
+  takePlaceOfEntry();
+}
+
+void EntrySession::close() {
+  textIsSafe();
+  forgetActiveEntry();
+  m_text.setText({});
+  m_place.setLocation(nullptr);
+  m_place.setWeather({});
+}
+
+bool EntrySession::refresh(Error* error) {
+  if (!m_activeEntry || !m_activeEntry->fileURLForEntryProperties()) return true;
+  Error reason;
+  const auto package = m_services.journalFile();
+  const auto entry = package ? QLJournalEntryFile::entryWithUUID(*package, m_activeEntry->uuid(), &reason) : nullptr;
+  if (!package) reason = journalFileNotFound();
+  if (!entry) return fail(error, reason);
+  m_text.commitComposition();
+  if (m_hasUnsavedText || m_text.text() != m_activeEntry->string()) return true;
+  m_activeEntry = entry;
+  if (m_text.text() != entry->string()) m_text.setText(entry->string());
+  takePlaceOfEntry();
+  return true;
+}
+
+bool EntrySession::update(const std::function<void(QLJournalEntryFile&)>& change, Error* error) {
+  if (!m_activeEntry) m_activeEntry = m_services.emptyJournalEntry();
+  if (!m_activeEntry) return fail(error, journalFileNotFound());
+  change(*m_activeEntry);
+  return save(/*force=*/false, error);
+}
+
+// Or the next save would take them from the entry.
+void EntrySession::takePlaceOfEntry() {
+  const auto& place = m_activeEntry->location();
+  m_place.setLocation(place ? std::make_shared<const QLLocation>(*place) : nullptr);
+  m_place.setWeather(m_activeEntry->weather());
+}
+
 void EntrySession::textDidChange() {
   m_hasUnsavedText = true;
   keepDraftSoon();
@@ -77,14 +121,16 @@ bool EntrySession::write(bool force, Error* error) {
   m_text.commitComposition();
   const QString written = m_text.text();
   if (!force && written.isEmpty()) {
+    if (m_activeEntry && !m_services.deletesEmptiedEntries) return true;
     textIsSafe();
     if (m_activeEntry) removeActiveEntry();
     return true;
   }
   if (!m_activeEntry) m_activeEntry = m_services.emptyJournalEntry();
   if (!m_activeEntry) return fail(error, journalFileNotFound());
+  const QString before = m_activeEntry->string();
   m_activeEntry->setString(written);
-  if (shouldAddHashtags()) m_activeEntry->setTags(hashtags(written));
+  if (shouldAddHashtags()) m_activeEntry->setTags(tagsAfterEditing(m_activeEntry->tags(), before, written));
   const auto& place = m_place.location();
   m_activeEntry->setLocation(place ? std::optional(*place) : std::nullopt);
   m_activeEntry->setWeather(m_place.weather());
@@ -97,6 +143,7 @@ bool EntrySession::write(bool force, Error* error) {
     return fail(error, reason);
   }
   textIsSafe();
+  if (m_activeEntry->lastMerge()) m_text.setText(m_activeEntry->string());
   return true;
 }
 
@@ -171,9 +218,7 @@ void EntrySession::goOnWithEntry(const EntryDraft::Content& draft) {
   const auto entry = package ? QLJournalEntryFile::entryWithUUID(*package, draft.entryIdentifier, nullptr) : nullptr;
   if (!entry || (entry->string() != draft.text && draft.writtenDate < entry->modificationDate())) return;
   m_activeEntry = entry;
-  // Or the next save would take them from the entry.
-  if (const auto& place = m_activeEntry->location()) m_place.setLocation(std::make_shared<const QLLocation>(*place));
-  m_place.setWeather(m_activeEntry->weather());
+  takePlaceOfEntry();
 }
 
 }  // namespace quillo

@@ -34,6 +34,8 @@ struct EntrySessionServices {
   // A new, unsaved entry; null while there is no journal for it.
   std::function<std::shared_ptr<QLJournalEntryFile>()> emptyJournalEntry;
   TagSource tags{};
+  // Whether a save of an emptied text deletes the entry. Otherwise the entry keeps the text that it had.
+  bool deletesEmptiedEntries{true};
 };
 
 // An entry that is being written, between an editor's text and the journal: makes the entry, writes it, removes it, and
@@ -54,12 +56,24 @@ class EntrySession : public QObject {
   // The tags in use in the journal, for completion.
   [[nodiscard]] JournalTags& tags() { return m_tags; }
 
+  // Goes on with an entry of the journal; what there was before must have been saved.
+  void open(std::shared_ptr<QLJournalEntryFile> entry);
+  // Forgets the entry and empties the text, whatever of it is saved: it was deleted, or another is to begin.
+  void close();
+  // Takes in what another program has made of the entry, unless the text here is not saved yet: then the next save
+  // does. False, with an error, where the entry cannot be read any more; entry and text stay.
+  bool refresh(Error* error);
+  // Changes the entry by other means than its text and its place, and saves it; makes one on first need.
+  bool update(const std::function<void(QLJournalEntryFile&)>& change, Error* error);
+  // Whether the journal does not have the text yet.
+  [[nodiscard]] bool isUnsaved() const { return m_hasUnsavedText; }
+
   // To be called when the user has changed the text.
   void textDidChange();
 
   // Writes the text into the journal: makes the entry on first need, updates it later, deletes the file of one that was
-  // emptied. With `force`, an empty text makes an entry too. On failure the text is in a draft, and the next save tries
-  // again.
+  // emptied. With `force`, an empty text makes an entry too. What another program has changed in it meanwhile comes
+  // into the text. On failure the text is in a draft, and the next save tries again.
   bool save(bool force, Error* error);
   // Ends the entry, which must have been saved, and empties the text. The usage event, where there is an entry, gets
   // `context` and how long it was edited.
@@ -84,6 +98,7 @@ class EntrySession : public QObject {
   [[nodiscard]] EntryDraft::Content draftContent() const;
   void keepDraftSoon();
   void keepDraftNow();
+  void takePlaceOfEntry();
   void goOnWithEntry(const EntryDraft::Content& draft);
 
   EntrySessionServices m_services;

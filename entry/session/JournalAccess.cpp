@@ -1,9 +1,13 @@
 #include "entry/session/JournalAccess.h"
 
+#include "config/Keys.h"
+#include "config/QuilloConfig.h"
 #include "config/URLAccess.h"
 #include "foundation/UserDirectories.h"
+#include "qlcore/JournalError.h"
 #include "qlcore/QLJournalPackageFile.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 namespace quillo {
@@ -31,6 +35,21 @@ SuggestedJournal suggestedJournal() {
     if (suggested.exists) break;
   }
   return suggested;
+}
+
+bool useJournal(QuilloConfig& config, const QUrl& location, bool create, Error* error) {
+  // A home that is new has no folder of documents yet.
+  if (create) QDir().mkpath(QFileInfo(location.toLocalFile()).path());
+  const auto package = QLJournalPackageFile::openPackage(location, create, error);
+  if (!package) return false;
+  config.setConfiguredJournalFileURL(package->url());
+  PersistentPropertyList* list = config.groupProperties();
+  if (list && !list->dirtyProperties().contains(Key::journalPackageURL)) return true;
+  return fail(error, {JournalError::domain,
+                      JournalError::NotWritable,
+                      u"The place of the journal could not be saved in the settings."_s,
+                      u"It is used until Quillo ends. The log has the reason."_s,
+                      {}});
 }
 
 // The location as a part of a sentence that can be wrapped after any slash.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "entry/document/TextRange.h"
 #include "entry/spelling/GrammarIssue.h"
+#include "foundation/TextRange.h"
 
 #include <QDeadlineTimer>
 #include <QList>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "entry/document/TextRange.h"
+#include "foundation/TextRange.h"
 
 #include <QList>
 #include <QString>

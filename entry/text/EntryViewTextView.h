@@ -1,8 +1,8 @@
 #pragma once
 
-#include "entry/document/TextRange.h"
 #include "entry/text/EntryTextServices.h"
 #include "entry/text/PlainTextView.h"
+#include "foundation/TextRange.h"
 #include "platform/Registration.h"
 
 #include <QStringList>

@@ -49,6 +49,26 @@ void PlainTextView::setString(const QString& text) {
   Q_EMIT stringWasSet();
 }
 
+void PlainTextView::updateString(const QString& text) {
+  const QString before = string();
+  if (text == before) return;
+  // Positions are not those of the text there; and who waits for a paragraph of that length does not mind the caret.
+  if (m_seams->hasSeams()) return setString(text);
+  const qsizetype most = std::min(before.size(), text.size());
+  qsizetype start = 0;
+  while (start < most && before[start] == text[start]) ++start;
+  qsizetype end = 0;
+  while (end < most - start && before[before.size() - 1 - end] == text[text.size() - 1 - end]) ++end;
+  // Halves of a surrogate pair stay together.
+  if (start > 0 && before[start - 1].isHighSurrogate()) --start;
+  if (end > 0 && before[before.size() - end].isLowSurrogate()) --end;
+  const QScopedValueRollback setting(m_isSettingString, true);
+  replaceCharacters({start, before.size() - start - end}, text.sliced(start, text.size() - start - end));
+  m_seams->leaveAsItIs();
+  m_lastText = string();
+  Q_EMIT stringWasSet();
+}
+
 void PlainTextView::replaceCharacters(TextRange range, const QString& text) {
   if (range.location < 0 || range.length < 0 || range.end() >= document()->characterCount()) return;
   QTextCursor caret = textCursor();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "entry/document/TextRange.h"
+#include "foundation/TextRange.h"
 
 #include <QPlainTextEdit>
 #include <QTextBlock>
@@ -29,6 +29,9 @@ class PlainTextView : public QPlainTextEdit {
   [[nodiscard]] QString string() const;
   // Replaces the text and forgets what could be undone. Not an edit by the user: textDidChange() stays silent.
   void setString(const QString& text);
+  // Takes over a text that came from elsewhere: only what differs is replaced, as a step that can be undone, and the
+  // caret stays with the words around it. Not an edit by the user either.
+  void updateString(const QString& text);
   // Replaced as one undo step that nothing typed before or after joins. Nothing for what is no range of the document.
   void replaceCharacters(TextRange range, const QString& text);
   // Hide the base class's, which would also stop at a seam that came or went: there is nothing to see of those steps.
@@ -48,7 +51,7 @@ class PlainTextView : public QPlainTextEdit {
  Q_SIGNALS:
   // The user changed the text, by whatever means.
   void textDidChange();
-  // setString() did.
+  // setString() or updateString() did.
   void stringWasSet();
 
  protected:

@@ -44,7 +44,7 @@ void EntryExcerpt::find(IndexedEntry& entry) const {
   const QString& text = entry.text;
   std::vector<Word> words;
   QList<TextRange> matches;
-  const auto endOf = [](const TextRange& range) { return range.start + range.length; };
+  const auto endOf = [](const TextRange& range) { return range.end(); };
   // Without a match the beginning is shown, and no more than that has to be looked through.
   qsizetype limit = m_phrases.empty() ? longestExcerpt : furthest;
   SearchWords next(text);
@@ -54,41 +54,41 @@ void EntryExcerpt::find(IndexedEntry& entry) const {
       const qsizetype count = endingPhrase(words, phrase);
       if (count == 0) continue;
       if (matches.isEmpty())
-        limit = std::max(words[words.size() - static_cast<size_t>(count)].range.start - before, qsizetype{0}) +
+        limit = std::max(words[words.size() - static_cast<size_t>(count)].range.location - before, qsizetype{0}) +
                 longestExcerpt;
       // All its words, with what stands between them.
       TextRange range = words[words.size() - static_cast<size_t>(count)].range;
-      range.length = endOf(words.back().range) - range.start;
+      range.length = endOf(words.back().range) - range.location;
       // Phrases may overlap: they become one match.
-      while (!matches.isEmpty() && endOf(matches.constLast()) > range.start) {
+      while (!matches.isEmpty() && endOf(matches.constLast()) > range.location) {
         range.length =
-            std::max(endOf(range), endOf(matches.constLast())) - std::min(range.start, matches.constLast().start);
-        range.start = std::min(range.start, matches.constLast().start);
+            std::max(endOf(range), endOf(matches.constLast())) - std::min(range.location, matches.constLast().location);
+        range.location = std::min(range.location, matches.constLast().location);
         matches.removeLast();
       }
       matches << range;
     }
   }
   qsizetype start = 0;
-  if (!matches.isEmpty() && matches.constFirst().start > before && text.size() > longestExcerpt) {
+  if (!matches.isEmpty() && matches.constFirst().location > before && text.size() > longestExcerpt) {
     // At the beginning of a word.
-    const qsizetype wanted = matches.constFirst().start - before;
+    const qsizetype wanted = matches.constFirst().location - before;
     const auto word =
-        std::find_if(words.begin(), words.end(), [wanted](const Word& w) { return w.range.start >= wanted; });
-    start = std::min(word->range.start, matches.constFirst().start);
+        std::find_if(words.begin(), words.end(), [wanted](const Word& w) { return w.range.location >= wanted; });
+    start = std::min(word->range.location, matches.constFirst().location);
   }
   qsizetype end = text.size();
   if (end - start > longestExcerpt) {
     end = start;
     for (const Word& word : words)
-      if (word.range.start >= start && endOf(word.range) <= start + longestExcerpt) end = endOf(word.range);
+      if (word.range.location >= start && endOf(word.range) <= start + longestExcerpt) end = endOf(word.range);
     // A word longer than that, or none at all.
     if (end == start) end = start + longestExcerpt - (text.at(start + longestExcerpt - 1).isHighSurrogate() ? 1 : 0);
   }
   entry.excerpt = {start, end - start};
   entry.matches.clear();
   for (const TextRange& match : matches)
-    if (match.start >= start && endOf(match) <= end) entry.matches << match;
+    if (match.location >= start && endOf(match) <= end) entry.matches << match;
 }
 
 }  // namespace quillo

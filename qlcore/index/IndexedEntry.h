@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/Date.h"
+#include "foundation/TextRange.h"
 #include "qlcore/QLLocation.h"
 #include "qlcore/QLWeather.h"
 
@@ -12,14 +13,6 @@
 #include <optional>
 
 namespace quillo {
-
-// A part of a text, counted in UTF-16 units.
-struct TextRange {
-  qsizetype start{0};
-  qsizetype length{0};
-
-  bool operator==(const TextRange&) const = default;
-};
 
 // An entry as the index knows it.
 struct IndexedEntry {

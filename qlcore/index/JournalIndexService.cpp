@@ -14,6 +14,7 @@ namespace {
 // Kinds of requests beside those of JournalCountBy.
 constexpr int askKind = -1;
 constexpr int entryKind = -2;
+constexpr int damagedKind = -3;
 
 }  // namespace
 
@@ -124,6 +125,14 @@ void JournalIndexService::entry(QObject* asker, const QString& uuid, const Entry
     callback(std::any_cast<const std::optional<IndexedEntry>&>(answer));
   };
   request(asker, entryKind, std::move(asked));
+}
+
+void JournalIndexService::damaged(QObject* asker, const DamagedCallback& callback) {
+  Request asked;
+  asked.isOnce = true;
+  asked.work = [](JournalSearchIndex& index) -> std::any { return index.damagedEntries(); };
+  asked.deliver = [callback](const std::any& answer) { callback(std::any_cast<const QList<IndexedDamage>&>(answer)); };
+  request(asker, damagedKind, std::move(asked));
 }
 
 void JournalIndexService::forget(const QObject* asker) {

@@ -31,6 +31,7 @@ class JournalIndexService : public QObject {
   using AnswerCallback = std::function<void(const JournalAnswer&)>;
   using CountsCallback = std::function<void(const QList<JournalCount>&)>;
   using EntryCallback = std::function<void(const std::optional<IndexedEntry>&)>;
+  using DamagedCallback = std::function<void(const QList<IndexedDamage>&)>;
 
   explicit JournalIndexService(const JournalSearchIndex::Options& options = {}, QObject* parent = nullptr);
   // Ends the thread, at the next entry where it is reading.
@@ -47,6 +48,8 @@ class JournalIndexService : public QObject {
   void count(QObject* asker, const JournalQuestion& question, JournalCountBy by, const CountsCallback& callback);
   // One entry as it is known now, once.
   void entry(QObject* asker, const QString& uuid, const EntryCallback& callback);
+  // The files that cannot be read, as they are known now, once.
+  void damaged(QObject* asker, const DamagedCallback& callback);
   void forget(const QObject* asker);
 
   // A save or deletion of one's own: seen in answers without waiting for the file system to tell.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "qlcore/index/IndexedEntry.h"
+#include "foundation/TextRange.h"
 
 #include <QString>
 #include <QStringView>

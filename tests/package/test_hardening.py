@@ -16,7 +16,7 @@ class HardeningTest(unittest.TestCase):
     def test_programs_and_modules_are_hardened(self):
         modules = sorted(PROGRAMS.glob("quillo-*.so"))
         self.assertTrue(modules)
-        for path in (PROGRAMS / "quillo-agent", PROGRAMS / "quilloctl", *modules):
+        for path in (PROGRAMS / "quillo", PROGRAMS / "quillo-agent", PROGRAMS / "quilloctl", *modules):
             with self.subTest(path.name):
                 dynamic, segments, symbols = (readelf(option, path) for option in ("--dynamic", "--segments", "--dyn-syms"))
                 if path.suffix != ".so":

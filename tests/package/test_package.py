@@ -33,11 +33,13 @@ class PackageTest(unittest.TestCase):
         run("dpkg-deb", "-x", cls.package, cls.root)
 
     def test_everything_is_in_its_place(self):
-        for path in ("usr/bin/quillo-agent", "usr/bin/quilloctl", *(f"usr/lib/quillo-agent/modules/quillo-{name}.so" for name in ("crash-stack", "grammar", "services", "sound", "spelling")), "usr/share/applications/quillo-agent.desktop",
+        modules = (f"usr/lib/quillo-agent/modules/quillo-{name}.so" for name in ("crash-stack", "grammar", "services", "sound", "spelling"))
+        for path in ("usr/bin/quillo", "usr/bin/quillo-agent", "usr/bin/quilloctl", *modules, "usr/share/applications/quillo-agent.desktop",
                      "usr/share/applications/com.quilloapp.quillo.desktop", "etc/xdg/autostart/com.quilloapp.quillo-agent.desktop",
-                     "usr/share/icons/hicolor/48x48/apps/quillo-agent.png", "usr/share/man/man1/quillo-agent.1.gz",
-                     "usr/share/man/man1/quilloctl.1.gz", "usr/share/bash-completion/completions/quilloctl",
-                     "usr/share/zsh/vendor-completions/_quilloctl", "usr/share/fish/vendor_completions.d/quilloctl.fish",
+                     "usr/share/icons/hicolor/48x48/apps/quillo-agent.png", "usr/share/man/man1/quillo.1.gz",
+                     "usr/share/man/man1/quillo-agent.1.gz", "usr/share/man/man1/quilloctl.1.gz",
+                     "usr/share/bash-completion/completions/quilloctl", "usr/share/zsh/vendor-completions/_quilloctl",
+                     "usr/share/fish/vendor_completions.d/quilloctl.fish",
                      "usr/share/metainfo/com.quilloapp.quillo-agent.metainfo.xml", "usr/share/doc/quillo-agent/copyright"):
             self.assertTrue((self.root / path).is_file(), path)
         for path in self.root.rglob("*"):
@@ -48,7 +50,7 @@ class PackageTest(unittest.TestCase):
     def test_the_desktop_knows_what_opens_quillo_and_starts_nothing_at_login(self):
         handler = (self.root / "usr/share/applications/com.quilloapp.quillo.desktop").read_text()
         self.assertIn("MimeType=x-scheme-handler/quillo;", handler)
-        self.assertIn("Exec=quilloctl open-url %u", handler)
+        self.assertIn("Exec=quillo %u", handler)
         self.assertIn("Hidden=true", (self.root / "etc/xdg/autostart/com.quilloapp.quillo-agent.desktop").read_text())
         run("desktop-file-validate", *self.root.rglob("*.desktop"))
         run("appstreamcli", "validate", "--no-net", *self.root.rglob("*.metainfo.xml"))

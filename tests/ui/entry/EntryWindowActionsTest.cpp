@@ -1,7 +1,7 @@
 // The open and settings buttons, and the panel without a journal.
 
 #include "controls/Button.h"
-#include "entry/OpenPanelSheet.h"
+#include "entry/panels/OpenPanelSheet.h"
 #include "tests/ui/entry/EntryWindowFixture.h"
 
 #include <QFileDialog>

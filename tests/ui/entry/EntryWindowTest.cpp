@@ -1,6 +1,6 @@
 // The entry window with real key and mouse events and a real journal on disk.
 
-#include "entry/AlertSheet.h"
+#include "entry/panels/AlertSheet.h"
 #include "entry/text/HashtagCompletionList.h"
 #include "tests/ui/entry/EntryWindowFixture.h"
 

@@ -111,6 +111,16 @@ TEST_F(EntrySessionTest, OnlyTheValueTwoKeepsHashtagsOutOfTheTags) {
   }
 }
 
+TEST_F(EntrySessionTest, WhatAnotherProgramChangedComesIntoTheText) {
+  write(u"The river was cold."_s);
+  const auto theirs = entries().first();
+  theirs->setString(u"The old river was cold."_s);
+  ASSERT_TRUE(theirs->saveToJournal(nullptr, nullptr));
+  write(u" Home late."_s);
+  EXPECT_EQ(editor->text.content, u"The old river was cold. Home late."_s);
+  EXPECT_EQ(texts(), QStringList{editor->text.content});
+}
+
 TEST_F(EntrySessionTest, UnsavedTextIsInADraftUntilItIsSaved) {
   // Typing on does not put it off.
   EXPECT_TRUE(runUntil([this] {

@@ -129,6 +129,37 @@ TEST_F(QLJournalEntryFileTest, AnEditLeavesOnDiskWhatItDoesNotTouch) {
   EXPECT_EQ(reread(uuid)->location(), oslo);
 }
 
+TEST_F(QLJournalEntryFileTest, MergesWhatTwoWritersChanged) {
+  const auto ours = saved(u"The river was cold."_s);
+  ours->setTags({u"one"_s, u"two"_s});
+  ASSERT_TRUE(ours->saveToJournal(package.get(), nullptr));
+  EXPECT_FALSE(ours->lastMerge());
+  const auto theirs = reread(ours->uuid());
+  theirs->setString(u"The old river was cold."_s);
+  theirs->setTags({u"two"_s, u"three"_s});
+  ASSERT_TRUE(theirs->saveToJournal(package.get(), nullptr));
+
+  ours->setString(u"The river was cold today."_s);
+  ours->setTags({u"one"_s, u"two"_s, u"Three"_s, u"four"_s});
+  ASSERT_TRUE(ours->saveToJournal(package.get(), nullptr));
+  ASSERT_TRUE(ours->lastMerge());
+  EXPECT_FALSE(ours->lastMerge()->hasClash);
+  EXPECT_EQ(ours->lastMerge()->theirs, u"The old river was cold."_s);
+  EXPECT_EQ(ours->lastMerge()->ours, u"The river was cold today."_s);
+  EXPECT_EQ(ours->string(), u"The old river was cold today."_s);
+  EXPECT_EQ(reread(ours->uuid())->string(), ours->string());
+  EXPECT_EQ(reread(ours->uuid())->tags(), (QStringList{u"two"_s, u"three"_s, u"four"_s}));
+
+  // A text that was not touched here is not put back.
+  theirs->setString(u"Another text."_s);
+  ASSERT_TRUE(theirs->saveToJournal(package.get(), nullptr));
+  EXPECT_TRUE(theirs->lastMerge()->hasClash);
+  ours->setLocation(oslo);
+  ASSERT_TRUE(ours->saveToJournal(package.get(), nullptr));
+  EXPECT_FALSE(ours->lastMerge());
+  EXPECT_EQ(reread(ours->uuid())->string(), u"The old river was cold today.\nAnother text."_s);
+}
+
 TEST_F(QLJournalEntryFileTest, SavesAlthoughXMLCannotHoldAnUnknownKey) {
   const auto entry = saved(u"text"_s);
   const QString path = entryPath(entry->uuid());

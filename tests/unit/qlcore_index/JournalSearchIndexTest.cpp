@@ -126,11 +126,11 @@ TEST_F(JournalSearchIndexTest, ShowsTheTextAroundWhatMatched) {
     const JournalAnswer answer = index.ask(question(expected.typed));
     ASSERT_EQ(answer.entries.size(), 1) << expected.typed.toStdString();
     const IndexedEntry& entry = answer.entries[0];
-    const QString excerpt = entry.text.mid(entry.excerpt.start, entry.excerpt.length);
+    const QString excerpt = entry.text.mid(entry.excerpt.location, entry.excerpt.length);
     EXPECT_TRUE(excerpt.startsWith(expected.begins)) << excerpt.toStdString();
     EXPECT_LE(excerpt.size(), 200);
     QStringList matches;
-    for (const TextRange& match : entry.matches) matches << entry.text.mid(match.start, match.length);
+    for (const TextRange& match : entry.matches) matches << entry.text.mid(match.location, match.length);
     EXPECT_EQ(matches, expected.matches) << expected.typed.toStdString();
   }
 }

@@ -35,8 +35,8 @@ TEST(SearchWordsTest, PartsAndFoldsWhatPeopleWrite) {
     SearchWords next(expected.text);
     while (next.next()) {
       words << next.folded().toString();
-      EXPECT_GE(next.range().start, end);
-      end = next.range().start + next.range().length;
+      EXPECT_GE(next.range().location, end);
+      end = next.range().location + next.range().length;
     }
     EXPECT_EQ(words, expected.words) << expected.text.toStdString();
     EXPECT_LE(end, expected.text.size());

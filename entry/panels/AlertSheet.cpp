@@ -1,4 +1,4 @@
-#include "entry/AlertSheet.h"
+#include "entry/panels/AlertSheet.h"
 
 #include <QMessageBox>
 #include <QPointer>

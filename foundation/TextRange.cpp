@@ -1,4 +1,4 @@
-#include "entry/document/TextRange.h"
+#include "foundation/TextRange.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "entry/OpenPanelSheet.h"
+#include "entry/panels/OpenPanelSheet.h"
 
 #include <QFileDialog>
 #include <QFileInfo>

@@ -1,0 +1,502 @@
+#include "journal/JournalWindow.h"
+
+#include "controls/Fonts.h"
+#include "entry/text/EntryViewTextView.h"
+#include "foundation/UserDefaults.h"
+#include "journal/JournalPrinting.h"
+#include "journal/reading/ReadingView.h"
+#include "journal/views/FoldingColumns.h"
+#include "journal/views/MonthView.h"
+#include "journal/views/NoticeBar.h"
+#include "journal/views/SearchField.h"
+#include "journal/views/SidebarList.h"
+#include "journal/views/StatePage.h"
+#include "journal/views/StatusRow.h"
+#include "journal/views/TimelineView.h"
+#include "journal/views/YearHeatMap.h"
+#include "journal/views/YearPage.h"
+#include "qlcore/QLJournalEntryFile.h"
+
+#include <QCloseEvent>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QMenu>
+#include <QPainter>
+#include <QRandomGenerator>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Of the window's own settings.
+const QString geometryKey = u"JournalWindowGeometry"_s;
+const QString columnsKey = u"JournalWindowColumns"_s;
+
+constexpr int usualFontSize = 16;
+constexpr int smallestFontSize = 9;
+constexpr int largestFontSize = 40;
+// Of tags and places that the sidebar lists.
+constexpr qsizetype mostListed = 200;
+
+}  // namespace
+
+JournalWindow::JournalWindow(const JournalWindowServices& services)
+    : m_services(services),
+      m_library(services.library),
+      m_timeline(m_library, services.weatherText),
+      m_overview(m_library),
+      m_commands(*this),
+      m_view(*this, m_timeline, services.editor) {
+  setMinimumSize(320, 360);
+  auto* menu = new QMenu(this);
+  for (QMenu* part : m_commands.menus) menu->addMenu(part);
+  m_view.moreButton->setMenu(menu);
+  connectCommands();
+  connectViews();
+  restoreWindow();
+  libraryStateDidChange();
+  search();
+}
+
+JournalWindow::~JournalWindow() = default;
+
+void JournalWindow::connectCommands() {
+  const auto on = [this](QAction* command, auto act) { connect(command, &QAction::triggered, this, act); };
+  const auto bringToFront = [this](FoldingColumns::Column column) { m_view.columns->bringToFront(column); };
+  on(m_commands.newEntry, [this] { beginEntry(); });
+  on(m_commands.close, [this] { close(); });
+  on(m_commands.print, [this] { printEntries(/*toFile=*/false); });
+  on(m_commands.exportPDF, [this] { printEntries(/*toFile=*/true); });
+  on(m_commands.undo, [this] { undo(); });
+  on(m_commands.redo, [this] { m_view.editor->textView().redo(); });
+  on(m_commands.find, [this, bringToFront] {
+    if (m_view.columns->columnCount() == 1) bringToFront(FoldingColumns::Column::List);
+    m_view.search->beginSearch();
+  });
+  on(m_commands.moveToTrash, [this] { moveToTrash(m_view.list->selectedIdentifiers()); });
+  on(m_commands.read, [this](bool reads) { setReads(reads); });
+  connect(m_view.readButton, &QPushButton::clicked, this, [this](bool reads) { setReads(reads); });
+  on(m_commands.year, [this](bool isShown) { showYear(isShown); });
+  on(m_commands.sidebar, [this](bool isShown) { m_view.columns->setWanted(FoldingColumns::Column::Sidebar, isShown); });
+  on(m_commands.list, [this](bool isShown) { m_view.columns->setWanted(FoldingColumns::Column::List, isShown); });
+  on(m_commands.larger, [this] { changeFontSize(m_services.fontSize() + 1); });
+  on(m_commands.smaller, [this] { changeFontSize(m_services.fontSize() - 1); });
+  on(m_commands.normalSize, [this] { changeFontSize(usualFontSize); });
+  on(m_commands.allEntries, [this] {
+    m_search.clear();
+    searchDidChange();
+    m_view.list->setFocus();
+  });
+  on(m_commands.today, [this] { showDay(QDate::currentDate()); });
+  on(m_commands.onThisDay, [this] { addFilter({SearchFilter::Kind::OnThisDay, {}, QDate::currentDate()}); });
+  on(m_commands.randomEntry, [this] { randomEntry(); });
+  on(m_commands.nextEntry, [this] { step(1); });
+  on(m_commands.previousEntry, [this] { step(-1); });
+  on(m_commands.shortcuts, [this] { showShortcuts(); });
+  on(m_commands.about, [this] { m_services.showAbout(); });
+
+  connect(m_view.newButton, &QPushButton::clicked, this, &JournalWindow::beginEntry);
+  connect(m_view.sidebarButton, &QPushButton::clicked, this, [this, bringToFront] {
+    const bool isShown = m_view.columns->shows(FoldingColumns::Column::Sidebar);
+    if (m_view.columns->columnCount() == 3)
+      m_view.columns->setWanted(FoldingColumns::Column::Sidebar, !isShown);
+    else
+      bringToFront(isShown ? FoldingColumns::Column::List : FoldingColumns::Column::Sidebar);
+  });
+  connect(m_view.backButton, &QPushButton::clicked, this,
+          [bringToFront] { bringToFront(FoldingColumns::Column::List); });
+  connect(m_view.columns, &FoldingColumns::arranged, this, [this] {
+    m_commands.sidebar->setChecked(m_view.columns->shows(FoldingColumns::Column::Sidebar));
+    m_commands.list->setChecked(m_view.columns->shows(FoldingColumns::Column::List));
+  });
+}
+
+void JournalWindow::connectViews() {
+  connect(m_view.search, &SearchField::wordsChanged, this, [this](const QString& words) {
+    m_search.setWords(words);
+    search();
+  });
+  connect(m_view.search, &SearchField::chipRemoved, this, [this](int index) {
+    m_search.removeFilter(index);
+    searchDidChange();
+  });
+  connect(m_view.search, &SearchField::cleared, m_commands.allEntries, &QAction::trigger);
+  connect(m_view.search, &SearchField::leftForResults, this, [this] {
+    if (m_view.list->currentRow() < 0 && m_timeline.total() > 0) m_view.list->setCurrentRow(0);
+    m_view.list->setFocus();
+  });
+  connect(m_view.month, &MonthView::dayActivated, this, &JournalWindow::showDay);
+  connect(m_view.heatMap, &YearHeatMap::dayActivated, this, &JournalWindow::showDay);
+  connect(m_view.year, &YearPage::dayActivated, this, [this](QDate day) {
+    showYear(false);
+    showDay(day);
+  });
+  connect(m_view.sidebar, &SidebarList::itemChosen, this, &JournalWindow::sidebarChosen);
+  connect(m_view.list, &TimelineView::currentEntryChanged, this, &JournalWindow::entryChosen);
+  connect(m_view.list, &TimelineView::entryActivated, this, [this] {
+    m_view.columns->bringToFront(FoldingColumns::Column::Paper);
+    m_view.editor->setFocus();
+  });
+  connect(m_view.list, &TimelineView::deletionWanted, m_commands.moveToTrash, &QAction::trigger);
+  connect(m_view.list, &TimelineView::contextMenuWanted, this, [this](QPoint at) {
+    QMenu menu(this);
+    menu.addActions({m_commands.moveToTrash, m_commands.print, m_commands.exportPDF});
+    menu.exec(at);
+  });
+  connect(m_view.reading, &ReadingView::tagActivated, this,
+          [this](const QString& tag) { addFilter(SearchFilter::tag(tag)); });
+  connect(m_view.reading, &ReadingView::linkActivated, this, [this](const QUrl& link) { m_services.openURL(link); });
+  connect(&m_timeline, &Timeline::didReset, this, &JournalWindow::showListState);
+  connect(&m_overview, &JournalOverview::didChange, this, &JournalWindow::showOverview);
+  connect(&m_library, &JournalLibrary::stateDidChange, this, &JournalWindow::libraryStateDidChange);
+  connect(&m_library, &JournalLibrary::didChange, m_view.editor, &EditorPane::refresh);
+  connect(&m_library, &JournalLibrary::progressed, this, [this](qsizetype done, qsizetype total) {
+    m_view.progress->setVisible(done < total);
+    m_view.progress->setText(u"Reading the journal: %1 of %2"_s.arg(locale().toString(done), locale().toString(total)));
+  });
+  connect(m_view.editor, &EditorPane::entrySaved, this, [this](const QString& identifier) {
+    m_library.entryDidChange(identifier);
+    if (m_view.list->currentIdentifier().isEmpty()) m_view.list->setCurrentEntry(identifier);
+  });
+  connect(m_view.editor, &EditorPane::emptiedEntryLeft, this,
+          [this](const QString& identifier) { moveToTrash({identifier}); });
+}
+
+void JournalWindow::restoreWindow() {
+  resize(1200, 760);
+  if (const auto geometry = m_services.defaults.dataForKey(geometryKey)) restoreGeometry(*geometry);
+  if (const auto columns = m_services.defaults.dataForKey(columnsKey)) m_view.columns->restore(*columns);
+  applyFontSize();
+  m_view.list->setFocus();
+}
+
+void JournalWindow::keepWindow() {
+  m_services.defaults.setObjectForKey(PropertyListValue(saveGeometry()), geometryKey);
+  m_services.defaults.setObjectForKey(PropertyListValue(m_view.columns->state()), columnsKey);
+}
+
+void JournalWindow::searchDidChange() {
+  m_view.search->setWords(m_search.words());
+  m_view.search->setChips(m_search.texts());
+  search();
+}
+
+void JournalWindow::search() {
+  m_problem.clear();
+  const auto question = m_search.question(QDate::currentDate(), &m_problem);
+  if (question) {
+    m_timeline.show(*question);
+    return;
+  }
+  // What was found last stays while the words are being put right.
+  m_view.search->setStatus(m_problem, /*isProblem=*/true);
+}
+
+void JournalWindow::addFilter(const SearchFilter& filter) {
+  m_search.addFilter(filter);
+  searchDidChange();
+}
+
+void JournalWindow::showListState() {
+  const qint64 all = m_overview.total();
+  if (m_problem.isEmpty())
+    m_view.search->setStatus(m_search.isEmpty() || all == 0
+                                 ? QString()
+                                 : u"%1 of %2"_s.arg(locale().toString(m_timeline.total()), locale().toString(all)),
+                             /*isProblem=*/false);
+  const bool isEmpty =
+      m_timeline.isKnown() && m_timeline.total() == 0 && m_library.state() == JournalLibrary::State::Open;
+  m_view.listStack->setCurrentWidget(isEmpty ? static_cast<QWidget*>(m_view.listState) : m_view.list);
+  if (isEmpty && m_search.isEmpty()) {
+    m_view.listState->show(u"Nothing written yet"_s, u"The first entry is a key away: Ctrl+N."_s,
+                           {{u"New Entry"_s, [this] { beginEntry(); }}});
+  } else if (isEmpty) {
+    QList<StatePage::Action> actions;
+    for (qsizetype i = 0; i < m_search.filters().size(); ++i)
+      actions.append({u"Without %1"_s.arg(m_search.texts()[i]), [this, i] {
+                        m_search.removeFilter(i);
+                        searchDidChange();
+                      }});
+    actions.append({u"Show all entries"_s, [this] { m_commands.allEntries->trigger(); }});
+    m_view.listState->show(u"Nothing found"_s, u"No entry has all of this."_s, actions);
+  }
+  if (m_showsFirst && m_timeline.total() > 0) {
+    m_showsFirst = false;
+    m_view.list->setCurrentRow(0);
+  }
+}
+
+void JournalWindow::showOverview() {
+  const QDate today = QDate::currentDate();
+  const QHash<QDate, int> entries = m_overview.entriesByDay();
+  m_view.month->setMarkedDays({entries.keyBegin(), entries.keyEnd()});
+  m_view.month->setToday(today);
+  m_view.heatMap->setAmounts(entries, u"entries"_s);
+  m_view.year->setEntriesByDay(entries, today);
+  const WritingStreak streak = m_overview.streak(today);
+  m_view.streak->setText(streak.daysWritten == 0
+                             ? QString()
+                             : u"%1 days written, %2 in a row"_s.arg(locale().toString(streak.daysWritten),
+                                                                     locale().toString(streak.current)));
+  using Kind = SidebarItem::Kind;
+  QList<SidebarSection> sections{{u"Journal"_s,
+                                  {{Kind::AllEntries, u"All entries"_s, static_cast<int>(m_overview.total())},
+                                   {Kind::OnThisDay, u"On this day"_s, m_overview.onThisDay(today)},
+                                   {Kind::YearInReview, u"Year"_s}}}};
+  const auto list = [](const QString& title, Kind kind, const QList<JournalCount>& counts) {
+    SidebarSection section{title, {}};
+    for (const JournalCount& count : counts.first(std::min(mostListed, counts.size())))
+      section.items.append({kind, count.name, static_cast<int>(count.count)});
+    return section;
+  };
+  sections << list(u"Tags"_s, Kind::Tag, m_overview.tags()) << list(u"Places"_s, Kind::Place, m_overview.places());
+  m_library.listDamaged(this, [this, sections](const QList<IndexedDamage>& damaged) mutable {
+    if (!damaged.isEmpty())
+      sections.first().items.append({SidebarItem::Kind::Damaged, u"Damaged"_s, static_cast<int>(damaged.size())});
+    m_view.sidebar->setSections(sections);
+  });
+  showListState();
+}
+
+void JournalWindow::sidebarChosen(const SidebarItem& item) {
+  using Kind = SidebarItem::Kind;
+  if (item.kind == Kind::YearInReview) return showYear(true);
+  m_search.clear();
+  if (item.kind == Kind::OnThisDay) m_search.addFilter({SearchFilter::Kind::OnThisDay, {}, QDate::currentDate()});
+  if (item.kind == Kind::Tag) m_search.addFilter(SearchFilter::tag(item.name));
+  if (item.kind == Kind::Place) m_search.addFilter(SearchFilter::place(item.name));
+  searchDidChange();
+  if (m_view.columns->columnCount() < 3) m_view.columns->bringToFront(FoldingColumns::Column::List);
+}
+
+void JournalWindow::showDay(QDate day) {
+  // All entries, with that day's in view; where it has none, nothing to go to.
+  if (!m_search.isEmpty()) {
+    m_search.clear();
+    searchDidChange();
+  }
+  m_view.list->showDay(day);
+  m_view.month->setSelectedDay(day);
+}
+
+void JournalWindow::entryChosen(const QString& identifier) {
+  m_view.month->setSelectedDay(m_view.list->rows().dayOfRow(m_view.list->currentRow()));
+  if (identifier.isEmpty()) return;
+  const QLJournalEntryFile* shown = m_view.editor->entry();
+  if (shown && shown->uuid() == identifier) return;
+  showEntry(identifier);
+}
+
+bool JournalWindow::showEntry(const QString& identifier) {
+  Error error;
+  const auto entry = m_library.entry(identifier, &error);
+  if (!entry) {
+    m_view.status->notices().show(error.localizedDescription);
+    return false;
+  }
+  m_showsFirst = false;
+  if (!m_view.editor->open(entry)) return false;
+  if (m_view.list->currentIdentifier() != entry->uuid()) m_view.list->setCurrentEntry(entry->uuid());
+  showPaper();
+  return true;
+}
+
+void JournalWindow::editEntry(const QString& identifier) {
+  if (!showEntry(identifier)) return;
+  setReads(false);
+  m_view.columns->bringToFront(FoldingColumns::Column::Paper);
+  m_view.editor->setFocus();
+}
+
+void JournalWindow::beginEntry() {
+  m_showsFirst = false;
+  if (!m_view.editor->beginEntry()) return;
+  m_view.list->setCurrentEntry({});
+  setReads(false);
+  m_view.columns->bringToFront(FoldingColumns::Column::Paper);
+  m_view.editor->setFocus();
+}
+
+void JournalWindow::saveText() {
+  m_view.editor->save();
+}
+
+void JournalWindow::showYear(bool isShown) {
+  m_commands.year->setChecked(isShown);
+  if (isShown) {
+    m_view.year->showYear(m_view.month->month().year());
+    m_view.paper->setCurrentWidget(m_view.year);
+    m_view.columns->bringToFront(FoldingColumns::Column::Paper);
+    m_view.year->setFocus();
+  } else {
+    showPaper();
+  }
+}
+
+void JournalWindow::showPaper() {
+  m_commands.year->setChecked(false);
+  const bool isOpen = m_library.state() == JournalLibrary::State::Open;
+  QWidget* page = m_view.paperState;
+  if (isOpen && m_commands.read->isChecked()) {
+    page = m_view.reading;
+    m_view.reading->setEntry({m_view.editor->title(), m_view.editor->details(), m_view.editor->text()});
+    m_view.reading->setSearchedWords(m_search.searchedWords(QDate::currentDate()));
+  } else if (isOpen) {
+    page = m_view.editor;
+  }
+  m_view.paper->setCurrentWidget(page);
+}
+
+void JournalWindow::setReads(bool reads) {
+  m_view.editor->save();
+  m_commands.read->setChecked(reads);
+  m_view.readButton->setChecked(reads);
+  showPaper();
+  m_view.paper->currentWidget()->setFocus();
+}
+
+void JournalWindow::moveToTrash(const QStringList& identifiers) {
+  if (identifiers.isEmpty()) return;
+  const QLJournalEntryFile* shown = m_view.editor->entry();
+  const int row = m_view.list->currentRow();
+  if (shown && identifiers.contains(shown->uuid())) {
+    // What is not saved yet goes to the Trash with the rest.
+    if (!m_view.editor->text().isEmpty()) m_view.editor->save();
+    m_view.editor->clear();
+  }
+  Error error;
+  const auto deletion = m_library.moveToTrash(identifiers, &error);
+  NoticeBar& notices = m_view.status->notices();
+  if (deletion.entries.isEmpty()) return notices.show(error.localizedDescription);
+  m_lastDeletion = deletion;
+  const auto count = deletion.entries.size();
+  notices.show(count == 1 ? u"Entry moved to the Trash"_s : u"%1 entries moved to the Trash"_s.arg(count),
+               {{u"Undo"_s, [this] { undo(); }}});
+  m_view.list->setCurrentEntry({});
+  // On to the one that takes its place, once the list is there.
+  connect(
+      &m_timeline, &Timeline::didReset, this,
+      [this, row] {
+        if (m_view.list->currentIdentifier().isEmpty() && m_timeline.total() > 0)
+          m_view.list->setCurrentRow(std::clamp(row, 0, m_timeline.total() - 1));
+      },
+      Qt::SingleShotConnection);
+}
+
+void JournalWindow::undo() {
+  // The text's own steps first, while one writes.
+  EntryViewTextView& text = m_view.editor->textView();
+  if (text.hasFocus() && text.document()->isUndoAvailable()) return text.undo();
+  if (!m_lastDeletion) return;
+  const auto deletion = *std::exchange(m_lastDeletion, std::nullopt);
+  Error error;
+  const bool isBack = m_library.putBack(deletion, &error);
+  showEntry(deletion.entries.first().identifier);
+  m_view.status->notices().show(isBack ? u"Taken back"_s : error.localizedDescription);
+}
+
+void JournalWindow::step(int rows) {
+  if (m_timeline.total() == 0) return;
+  m_view.list->setCurrentRow(std::clamp(m_view.list->currentRow() + rows, 0, m_timeline.total() - 1));
+}
+
+void JournalWindow::randomEntry() {
+  if (!m_search.isEmpty()) {
+    m_search.clear();
+    searchDidChange();
+  }
+  const auto total = m_overview.total();
+  if (total == 0) return;
+  JournalQuestion question;
+  question.offset = QRandomGenerator::global()->bounded(total);
+  question.limit = 1;
+  m_library.ask(this, question, [this](const JournalAnswer& answer) {
+    if (!answer.entries.isEmpty()) showEntry(answer.entries.first().uuid);
+  });
+}
+
+void JournalWindow::printEntries(bool toFile) {
+  m_view.editor->save();
+  const auto question = m_search.question(QDate::currentDate(), nullptr);
+  if (!question) return m_view.status->notices().show(m_problem);
+  JournalPrinting printing(*this, m_library, m_services.weatherText);
+  const QString outcome = toFile ? printing.savePDF(*question) : printing.print(*question);
+  if (!outcome.isEmpty()) m_view.status->notices().show(outcome);
+}
+
+void JournalWindow::changeFontSize(int points) {
+  m_services.setFontSize(std::clamp(points, smallestFontSize, largestFontSize));
+  applyFontSize();
+}
+
+void JournalWindow::applyFontSize() {
+  m_view.editor->setFontSize(m_services.fontSize());
+  m_view.reading->setFontSize(m_services.fontSize());
+}
+
+void JournalWindow::showShortcuts() {
+  QDialog dialog(this);
+  dialog.setWindowTitle(u"Keyboard Shortcuts"_s);
+  auto* text = new QTextBrowser(&dialog);
+  text->setFont(textFont(14));
+  text->setHtml(m_commands.shortcutList());
+  text->setFrameStyle(QFrame::NoFrame);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &dialog);
+  connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  auto* column = new QVBoxLayout(&dialog);
+  column->addWidget(text);
+  column->addWidget(buttons);
+  dialog.resize(420, 620);
+  dialog.exec();
+}
+
+void JournalWindow::libraryStateDidChange() {
+  using State = JournalLibrary::State;
+  const State state = m_library.state();
+  const bool isOpen = state == State::Open;
+  for (QWidget* part : {static_cast<QWidget*>(m_view.search), static_cast<QWidget*>(m_view.newButton),
+                        static_cast<QWidget*>(m_view.readButton)})
+    part->setEnabled(isOpen);
+  if (state == State::NotConfigured)
+    m_view.paperState->show(u"No journal yet"_s, u"A journal is a folder of plain files on your disk."_s,
+                            {{u"Create One"_s, [this] { m_services.createJournal(); }},
+                             {u"Choose One…"_s, [this] { m_services.chooseJournal(*this); }}});
+  if (state == State::Away)
+    m_view.paperState->show(u"The journal cannot be reached"_s, m_library.problem(),
+                            {{u"Try Again"_s, [this] { m_library.reopen(); }},
+                             {u"Choose Another…"_s, [this] { m_services.chooseJournal(*this); }}});
+  const QString name = isOpen ? m_library.name() : QString();
+  m_view.title->setText(name.isEmpty() ? u"Quillo"_s : name);
+  setWindowTitle(name.isEmpty() ? u"Quillo"_s : name + u" \u2014 Quillo"_s);
+  if (isOpen) m_view.editor->restoreDraft();
+  showPaper();
+  showListState();
+}
+
+void JournalWindow::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::PaletteChange) m_view.applyColors();
+  // A drive may have been plugged in or out.
+  if (event->type() == QEvent::ActivationChange && isActiveWindow()) m_library.reopen();
+  if (event->type() == QEvent::ActivationChange && !isActiveWindow()) m_view.editor->save();
+  QWidget::changeEvent(event);
+}
+
+void JournalWindow::closeEvent(QCloseEvent* event) {
+  saveText();
+  keepWindow();
+  QWidget::closeEvent(event);
+}
+
+void JournalWindow::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  m_view.paintGrounds(painter);
+}
+
+}  // namespace quillo

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "journal/JournalCommands.h"
+#include "journal/JournalWindowView.h"
+#include "journal/editor/EditorPane.h"
+#include "journal/model/JournalLibrary.h"
+#include "journal/model/JournalOverview.h"
+#include "journal/model/JournalSearch.h"
+#include "journal/model/Timeline.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace quillo {
+
+class UserDefaults;
+struct SidebarItem;
+
+// What the window works with; it must outlive it.
+struct JournalWindowServices {
+  JournalLibrary& library;
+  EditorServices editor;
+  // Where the window's place and sizes are kept.
+  UserDefaults& defaults;
+  std::function<QString(const QLWeather&)> weatherText;
+  // Of the text in points, from the settings; the setter keeps it.
+  std::function<int()> fontSize;
+  std::function<void(int)> setFontSize;
+  // Makes a journal at the usual place, or lets the person choose one.
+  std::function<void()> createJournal;
+  std::function<void(QWidget& window)> chooseJournal;
+  std::function<void(const QString& path)> showFile;
+  std::function<void(const QUrl& url)> openURL;
+  std::function<void()> showAbout;
+};
+
+// The journal's window: calendar and sidebar, the list of entries with the search above it, and the entry. Knows of
+// entries and questions only.
+class JournalWindow : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit JournalWindow(const JournalWindowServices& services);
+  ~JournalWindow() override;
+
+  // Of the quillo: URLs. False where there is no such entry, which the window says.
+  bool showEntry(const QString& identifier);
+  // The same, with the keyboard in its text.
+  void editEntry(const QString& identifier);
+  void beginEntry();
+  // The settings may have another size of the text.
+  void applyFontSize();
+  // Before the program ends: saves, asks nobody.
+  void saveText();
+
+  [[nodiscard]] JournalCommands& commands() { return m_commands; }
+  [[nodiscard]] JournalWindowView& view() { return m_view; }
+
+ protected:
+  void changeEvent(QEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  void connectCommands();
+  void connectViews();
+  void restoreWindow();
+  void keepWindow();
+
+  void search();
+  void searchDidChange();
+  void addFilter(const SearchFilter& filter);
+  void showListState();
+  void showOverview();
+  void sidebarChosen(const SidebarItem& item);
+  void entryChosen(const QString& identifier);
+  void showDay(QDate day);
+  void showYear(bool isShown);
+  void showPaper();
+  void setReads(bool reads);
+  void moveToTrash(const QStringList& identifiers);
+  void undo();
+  void step(int rows);
+  void randomEntry();
+  void printEntries(bool toFile);
+  void changeFontSize(int points);
+  void showShortcuts();
+  void libraryStateDidChange();
+
+  JournalWindowServices m_services;
+  JournalLibrary& m_library;
+  Timeline m_timeline;
+  JournalOverview m_overview;
+  JournalSearch m_search;
+  QString m_problem;  // with the words of the search
+  JournalCommands m_commands;
+  JournalWindowView m_view;
+  std::optional<JournalLibrary::Deletion> m_lastDeletion;
+  // What the list shows first once it is known: the newest entry, or the one asked for.
+  bool m_showsFirst{true};
+};
+
+}  // namespace quillo

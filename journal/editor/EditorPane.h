@@ -1,0 +1,94 @@
+#pragma once
+
+#include "entry/session/EntryPlace.h"
+#include "entry/session/EntrySession.h"
+#include "entry/session/EntryText.h"
+#include "entry/text/EntryTextServices.h"
+
+#include <QTimer>
+#include <QWidget>
+
+#include <memory>
+
+class QLabel;
+
+namespace quillo {
+
+class EntryViewTextView;
+class StatusRow;
+
+// What the editor works with; it must outlive it.
+struct EditorServices {
+  EntrySessionServices session;
+  EntryPlaceServices place;
+  EntryTextServices text;
+};
+
+// An entry being written: its date, time, place and weather, and its text in a comfortable column. Saves by itself a
+// moment after the last key, and when the entry is left. What cannot be saved stays, is in a draft, and is said.
+class EditorPane : public QWidget, private EntryText {
+  Q_OBJECT
+
+ public:
+  // What is to be said goes into the row, which must outlive the pane.
+  EditorPane(const EditorServices& services, StatusRow& status, QWidget* parent = nullptr);
+  ~EditorPane() override;
+
+  // Saves what is there and takes another entry in its place. False where it cannot be saved: then it stays.
+  bool open(std::shared_ptr<QLJournalEntryFile> entry);
+  // The same with an entry that begins now, or on a day.
+  bool beginEntry();
+  // Goes on with what an earlier process could not save.
+  void restoreDraft() { m_session.restoreDraft(); }
+  // False, said in the pane, where it cannot be saved.
+  bool save();
+  // Files of the journal have changed.
+  void refresh();
+  // The entry was deleted: nothing is left of it here.
+  void clear();
+
+  // Null where nothing is written yet.
+  [[nodiscard]] const QLJournalEntryFile* entry() const { return m_session.activeEntry(); }
+  [[nodiscard]] QString text() const override;
+  [[nodiscard]] bool isUnsaved() const { return m_session.isUnsaved(); }
+  [[nodiscard]] EntrySession& session() { return m_session; }
+  [[nodiscard]] EntryViewTextView& textView() { return *m_view; }
+  // The day, and time, place and weather, as they stand above the text.
+  [[nodiscard]] QString title() const;
+  [[nodiscard]] QString details() const;
+  // Of the text, in points.
+  void setFontSize(int points);
+
+ Q_SIGNALS:
+  // The journal has the entry as it is here.
+  void entrySaved(const QString& identifier);
+  // An entry is left whose text was deleted, which its file still has.
+  void emptiedEntryLeft(const QString& identifier);
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void setText(const QString& text) override;
+  void commitComposition() override;
+
+  void buildView();
+  void textDidChange();
+  void showHeading();
+  void showWords();
+  void layOutColumn();
+  void applyColors();
+  bool leave();
+
+  EntryPlace m_place;
+  EntrySession m_session;
+  EntryViewTextView* m_view;
+  QLabel* m_heading;
+  QLabel* m_details;
+  StatusRow& m_status;
+  QTimer m_saveTimer;
+  bool m_isOpening{false};
+};
+
+}  // namespace quillo

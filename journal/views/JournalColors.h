@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QColor>
+#include <QPalette>
+
+namespace quillo {
+
+// The colours of the journal's window: a light and a dark set of our own, or the desktop's where it asks for high
+// contrast.
+struct JournalColors {
+  QColor ground;
+  QColor bar;
+  QColor sidebar;
+  QColor list;
+  QColor paper;
+  QColor line;
+  QColor text;
+  QColor dim;         // text that says something about other text
+  QColor accent;      // the selection, links, tags
+  QColor accentText;  // on the accent
+  QColor match;       // behind words that were searched for
+  QColor shade;       // behind what is chosen, where the accent would be too loud
+
+  // The set that goes with a palette of the desktop: dark where its windows are.
+  [[nodiscard]] static JournalColors forPalette(const QPalette& palette);
+
+  bool operator==(const JournalColors&) const = default;
+};
+
+// `part` of the one and the rest of the other; 0 to 1.
+[[nodiscard]] QColor blended(const QColor& one, const QColor& other, double part);
+
+}  // namespace quillo

@@ -1,0 +1,91 @@
+#include "journal/views/NoticeBar.h"
+
+#include "controls/Fonts.h"
+#include "journal/views/JournalColors.h"
+
+#include <QAccessible>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QToolButton>
+
+#include <chrono>
+#include <utility>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+NoticeBar::NoticeBar(QWidget* parent) : QFrame(parent), m_text(new QLabel(this)) {
+  auto* row = new QHBoxLayout(this);
+  row->setContentsMargins(10, 3, 10, 3);
+  row->setSpacing(10);
+  row->addWidget(m_text);
+  m_text->setFont(textFont(13));
+  m_text->setTextFormat(Qt::PlainText);
+  setObjectName(u"notice"_s);
+  setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+  m_timer.setSingleShot(true);
+  m_timer.setInterval(8s);
+  connect(&m_timer, &QTimer::timeout, this, &NoticeBar::dismiss);
+  applyColors();
+  hide();
+}
+
+QString NoticeBar::text() const {
+  return m_text->text();
+}
+
+void NoticeBar::show(const QString& text, const QList<Action>& actions) {
+  // Not at once: it may be one of them that is being clicked.
+  for (QToolButton* button : std::exchange(m_buttons, {})) {
+    button->hide();
+    button->deleteLater();
+  }
+  m_text->setText(text);
+  for (const Action& action : actions) {
+    auto* button = new QToolButton(this);
+    button->setText(action.title);
+    button->setFont(textFont(13, QFont::DemiBold));
+    connect(button, &QToolButton::clicked, this, [this, act = action.act] {
+      dismiss();
+      act();
+    });
+    layout()->addWidget(button);
+    m_buttons << button;
+  }
+  applyColors();
+  setVisible(true);
+  m_timer.stop();
+  if (actions.isEmpty()) m_timer.start();
+  setAccessibleName(text);
+  if (!QAccessible::isActive()) return;
+  QAccessibleEvent event(this, QAccessible::Alert);
+  QAccessible::updateAccessibility(&event);
+}
+
+void NoticeBar::dismiss() {
+  m_timer.stop();
+  hide();
+}
+
+void NoticeBar::applyColors() {
+  const JournalColors colors = JournalColors::forPalette(palette());
+  // A style sheet that is set is a change of the palette, too.
+  if (colors == m_colors) return;
+  m_colors = colors;
+  setStyleSheet(
+      u"#notice { border-radius: 5px; background: %1 }"
+      "#notice QLabel { color: %2 }"
+      "#notice QToolButton { border: 1px solid transparent; border-radius: 3px; padding: 1px 3px; color: %3 }"
+      "#notice QToolButton:hover { text-decoration: underline }"
+      "#notice QToolButton:focus { border-color: %3 }"_s.arg(blended(colors.accent, colors.paper, 0.14).name(),
+                                                             colors.text.name(), colors.accent.name()));
+}
+
+void NoticeBar::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::PaletteChange) applyColors();
+  QFrame::changeEvent(event);
+}
+
+}  // namespace quillo

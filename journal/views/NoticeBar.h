@@ -1,0 +1,44 @@
+#pragma once
+
+#include "journal/views/JournalColors.h"
+
+#include <QFrame>
+#include <QTimer>
+
+#include <functional>
+
+class QLabel;
+class QToolButton;
+
+namespace quillo {
+
+// One line at the lower edge that tells what happened, with a button that takes it back or deals with it. It stays
+// until it is answered or another takes its place; one that is only news goes after a while.
+class NoticeBar : public QFrame {
+  Q_OBJECT
+
+ public:
+  struct Action {
+    QString title;
+    std::function<void()> act;
+  };
+
+  explicit NoticeBar(QWidget* parent = nullptr);
+
+  void show(const QString& text, const QList<Action>& actions = {});
+  void dismiss();
+  [[nodiscard]] QString text() const;
+
+ protected:
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void applyColors();
+
+  QLabel* m_text;
+  QList<QToolButton*> m_buttons;
+  QTimer m_timer;
+  JournalColors m_colors;  // in the style sheet
+};
+
+}  // namespace quillo

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QDate>
+#include <QHash>
+#include <QWidget>
+
+class QLabel;
+class QPushButton;
+
+namespace quillo {
+
+class YearHeatMap;
+
+// A year at a glance: its days by how much was written, with totals and the longest run of days.
+class YearPage : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit YearPage(QWidget* parent = nullptr);
+
+  [[nodiscard]] int year() const;
+  void showYear(int year);
+  // Of the whole journal.
+  void setEntriesByDay(const QHash<QDate, int>& entries, QDate today);
+
+ Q_SIGNALS:
+  void dayActivated(QDate day);
+
+ protected:
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void refresh();
+  void applyColors();
+
+  QLabel* m_title;
+  QLabel* m_totals;
+  QPushButton* m_previous;
+  QPushButton* m_next;
+  YearHeatMap* m_map;
+  QHash<QDate, int> m_entries;
+  QDate m_today;
+};
+
+}  // namespace quillo

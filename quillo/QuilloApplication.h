@@ -1,0 +1,81 @@
+#pragma once
+
+#include "config/QuilloURL.h"
+#include "foundation/Bundle.h"
+#include "journal/JournalWindow.h"
+#include "journal/model/JournalLibrary.h"
+#include "platform/Registration.h"
+
+#include <QObject>
+#include <QStringList>
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace quillo {
+
+class AboutWindowController;
+class Alerts;
+class EntryDraft;
+class NotificationCenter;
+class OpenPanel;
+class QuilloConfig;
+class Workspace;
+
+// What the main application works with; it must outlive it.
+struct QuilloServices {
+  QuilloConfig& config;
+  Bundle bundle;
+  NotificationCenter& distributedCenter;
+  UserDefaults& defaults;
+  EntryTextServices text;
+  EntryDraft& draft;
+  Workspace& workspace;
+  WeatherService& weather;
+  std::function<std::unique_ptr<LocationService>()> makeLocationManager;
+  std::function<std::unique_ptr<JournalReader>(const QLJournalPackageFile& package)> makeReader;
+  Alerts& alerts;
+  OpenPanel& openPanel;
+  // Shows the settings and how they are changed.
+  std::function<void()> showPreferences;
+  // Ends the program from its event loop.
+  std::function<void()> terminate;
+};
+
+// The main application: one window on the configured journal, and the answers to quillo: URLs. Main thread only.
+class QuilloApplication final : public QObject {
+  Q_OBJECT
+
+ public:
+  explicit QuilloApplication(QuilloServices services);
+  ~QuilloApplication() override;
+
+  // Brings the window in front, and does what the URLs ask. Unknown ones are logged.
+  void open(const QStringList& urls);
+  // Before the program or the session ends: saves, and asks nobody.
+  void willTerminate();
+
+  [[nodiscard]] JournalWindow& window() { return *m_window; }
+
+ private:
+  [[nodiscard]] JournalWindowServices windowServices();
+  void carryOut(const QuilloRequest& request);
+  void useJournal(const QUrl& location, bool create);
+  void chooseJournal(QWidget& window);
+  void settingsDidChange();
+  [[nodiscard]] std::unique_ptr<Registration> askForTags(std::function<void(const QStringList& tags)> answer);
+  [[nodiscard]] int fontSize() const;
+  void setFontSize(int points);
+
+  QuilloServices m_services;
+  JournalLibrary m_library;
+  std::unique_ptr<JournalWindow> m_window;
+  std::unique_ptr<AboutWindowController> m_about;
+  // Last, so that nothing is heard of while the rest goes.
+  std::vector<std::unique_ptr<Registration>> m_observations;
+};
+
+}  // namespace quillo

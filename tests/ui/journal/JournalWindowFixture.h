@@ -1,0 +1,88 @@
+#pragma once
+
+#include "entry/spelling/SpellChecker.h"
+#include "entry/text/EntryViewTextView.h"
+#include "foundation/NotificationCenter.h"
+#include "foundation/UserDefaults.h"
+#include "journal/JournalWindow.h"
+#include "journal/model/IndexedJournalReader.h"
+#include "journal/views/NoticeBar.h"
+#include "journal/views/SearchField.h"
+#include "journal/views/StatusRow.h"
+#include "journal/views/TimelineView.h"
+#include "tests/support/EntryFixture.h"
+#include "tests/support/EventLoop.h"
+
+#include <QTest>
+
+namespace quillo {
+
+// The journal's window on a real journal and its index.
+class JournalWindowTest : public EntryTest {
+ protected:
+  JournalWindowTest() {
+    package = QLJournalPackageFile::openPackage(journalURL, /*create=*/false, nullptr);
+    library.reopen();
+  }
+
+  // Written by another program.
+  QString write(const QString& text, int daysAgo = 0, const QStringList& tags = {}) {
+    const auto entry = QLJournalEntryFile::newEntry();
+    entry->setString(text);
+    entry->setTags(tags);
+    entry->setCreationDate(Date::since1970(Date::now().timeIntervalSince1970() - daysAgo * 86400.0));
+    EXPECT_TRUE(entry->saveToJournal(package.get(), nullptr));
+    return entry->uuid();
+  }
+  QString textOnDisk(const QString& identifier) {
+    const auto entry = QLJournalEntryFile::entryWithUUID(*package, identifier, nullptr);
+    return entry ? entry->string() : u"(none)"_s;
+  }
+
+  JournalWindow& open() {
+    window = std::make_unique<JournalWindow>(JournalWindowServices{
+        .library = library,
+        .editor = {.session = {.config = config,
+                               .draft = *draft,
+                               .usageTracker = &QLMixpanelTracker::sharedInstance,
+                               .journalFile = [this] { return library.package(); },
+                               .emptyJournalEntry = [] { return QLJournalEntryFile::newEntry(); },
+                               .deletesEmptiedEntries = false},
+                   .place = {.config = config},
+                   .text = {.defaults = defaults, .localCenter = center, .spellChecker = speller}},
+        .defaults = defaults,
+        .weatherText = [](const QLWeather&) { return u"mild"_s; },
+        .fontSize = [this] { return fontSize; },
+        .setFontSize = [this](int points) { fontSize = points; },
+        .createJournal = [] {},
+        .chooseJournal = [](QWidget&) {},
+        .showFile = [](const QString&) {},
+        .openURL = [](const QUrl&) {},
+        .showAbout = [] {}});
+    window->show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    return *window;
+  }
+  void waitForRows(int count) {
+    EXPECT_TRUE(runUntil([&] { return list().rows().rowCount() == count; })) << list().rows().rowCount();
+  }
+  void waitForText(const QString& text) {
+    EXPECT_TRUE(runUntil([&] { return editor().text() == text; })) << editor().text().toStdString();
+  }
+  TimelineView& list() { return *window->view().list; }
+  EditorPane& editor() { return *window->view().editor; }
+  EntryViewTextView& textView() { return editor().textView(); }
+  NoticeBar& notices() { return window->view().status->notices(); }
+
+  std::shared_ptr<QLJournalPackageFile> package;
+  NotificationCenter center;
+  SpellChecker speller{{}};
+  int fontSize{16};
+  JournalLibrary library{{.location = [this] { return config.configuredJournalFileURL(); },
+                          .makeReader = [](const QLJournalPackageFile& of) -> std::unique_ptr<JournalReader> {
+                            return std::make_unique<IndexedJournalReader>(of);
+                          }}};
+  std::unique_ptr<JournalWindow> window;
+};
+
+}  // namespace quillo

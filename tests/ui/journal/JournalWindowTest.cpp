@@ -1,0 +1,190 @@
+#include "JournalWindowFixture.h"
+#include "journal/views/FoldingColumns.h"
+#include "journal/views/MonthView.h"
+#include "journal/views/StatePage.h"
+
+#include <QToolButton>
+
+namespace quillo {
+namespace {
+
+TEST_F(JournalWindowTest, ShowsTheNewestEntryAndFindsOthers) {
+  const QString old = write(u"Swam in the river #summer"_s, 40, {u"summer"_s});
+  write(u"Rain all day"_s, 3);
+  write(u"Home late"_s);
+  open();
+  waitForRows(3);
+  waitForText(u"Home late"_s);
+  EXPECT_EQ(list().rows().days().size(), 3);
+
+  window->commands().find->trigger();
+  QTest::keyClicks(window->view().search->focusWidget(), u"riv"_s);
+  waitForRows(1);
+  QTest::keyClick(window->view().search->focusWidget(), Qt::Key_Return);
+  waitForText(u"Swam in the river #summer"_s);
+  EXPECT_EQ(list().currentIdentifier(), old);
+  // What makes no sense is said, and what was found stays.
+  window->view().search->setWords(u"on:nonsense"_s);
+  handlePendingEvents();
+  EXPECT_EQ(list().rows().rowCount(), 1);
+
+  window->commands().allEntries->trigger();
+  waitForRows(3);
+  window->commands().onThisDay->trigger();
+  EXPECT_TRUE(runUntil([&] { return window->view().listStack->currentWidget() == window->view().listState; }));
+}
+
+TEST_F(JournalWindowTest, SavesByItselfAndUndoesAcrossSaves) {
+  const QString identifier = write(u"A mistke here"_s);
+  open();
+  waitForText(u"A mistke here"_s);
+  textView().setFocus();
+  textView().moveCursor(QTextCursor::End);
+  QTest::keyClicks(&textView(), u" and there"_s);
+  EXPECT_TRUE(runUntil([&] { return textOnDisk(identifier) == u"A mistke here and there"_s; }));
+  QTest::keyClicks(&textView(), u"!"_s);
+  EXPECT_TRUE(editor().save());
+  window->commands().undo->trigger();
+  window->commands().undo->trigger();
+  EXPECT_TRUE(runUntil([&] { return textOnDisk(identifier) == u"A mistke here"_s; })) << editor().text().toStdString();
+}
+
+TEST_F(JournalWindowTest, ANewEntryIsOneFileAndAnEmptyOneNone) {
+  open();
+  EXPECT_TRUE(runUntil([&] { return window->view().listStack->currentWidget() == window->view().listState; }));
+  window->commands().newEntry->trigger();
+  QTest::keyClicks(&textView(), u"First words #start"_s);
+  window->saveText();
+  waitForRows(1);
+  ASSERT_EQ(entries().size(), 1);
+  EXPECT_EQ(entries().first()->tags(), QStringList{u"start"_s});
+  QTest::keyClicks(&textView(), u", more"_s);
+  window->saveText();
+  window->commands().newEntry->trigger();
+  window->commands().newEntry->trigger();
+  ASSERT_EQ(entries().size(), 1);
+  EXPECT_EQ(entries().first()->string(), u"First words #start, more"_s);
+}
+
+TEST_F(JournalWindowTest, DeletesToTheTrashAndTakesItBack) {
+  const QString older = write(u"older"_s, 1);
+  const QString newer = write(u"newer"_s);
+  open();
+  waitForText(u"newer"_s);
+  list().setFocus();
+  QTest::keyClick(&list(), Qt::Key_Delete);
+  waitForRows(1);
+  waitForText(u"older"_s);
+  EXPECT_EQ(textOnDisk(newer), u"(none)"_s);
+  EXPECT_FALSE(notices().text().isEmpty());
+  window->commands().undo->trigger();
+  waitForRows(2);
+  EXPECT_EQ(textOnDisk(newer), u"newer"_s);
+  EXPECT_EQ(list().rows().rowCount(), 2);
+
+  // An entry that was emptied goes there too when it is left, with the text that it had.
+  window->showEntry(older);
+  textView().selectAll();
+  QTest::keyClick(&textView(), Qt::Key_Backspace);
+  window->saveText();
+  EXPECT_EQ(textOnDisk(older), u"older"_s);
+  window->showEntry(newer);
+  waitForRows(1);
+  window->commands().undo->trigger();
+  waitForRows(2);
+  EXPECT_EQ(textOnDisk(older), u"older"_s);
+}
+
+TEST_F(JournalWindowTest, ShowsWhatOtherProgramsChangeAndKeepsBothWhereTheyMeet) {
+  const QString identifier = write(u"The river was cold."_s);
+  open();
+  waitForText(u"The river was cold."_s);
+  const auto change = [&](const QString& text) {
+    const auto theirs = QLJournalEntryFile::entryWithUUID(*package, identifier, nullptr);
+    theirs->setString(text);
+    EXPECT_TRUE(theirs->saveToJournal(package.get(), nullptr));
+  };
+  change(u"The old river was cold."_s);
+  waitForText(u"The old river was cold."_s);
+  write(u"Another"_s, 1);
+  waitForRows(2);
+
+  textView().moveCursor(QTextCursor::End);
+  QTest::keyClicks(&textView(), u" Home."_s);
+  change(u"The old river was very cold."_s);
+  EXPECT_TRUE(editor().save());
+  EXPECT_EQ(editor().text(), u"The old river was very cold. Home."_s);
+  EXPECT_EQ(textOnDisk(identifier), editor().text());
+  EXPECT_TRUE(textView().textCursor().atEnd());
+
+  textView().selectAll();
+  QTest::keyClicks(&textView(), u"Mine"_s);
+  change(u"Theirs"_s);
+  EXPECT_TRUE(editor().save());
+  EXPECT_EQ(textOnDisk(identifier), u"Theirs\nMine"_s);
+  auto* keepMine = notices().findChild<QToolButton*>();
+  ASSERT_TRUE(keepMine);
+  keepMine->click();
+  EXPECT_TRUE(editor().save());
+  EXPECT_EQ(textOnDisk(identifier), u"Mine"_s);
+}
+
+TEST_F(JournalWindowTest, TextOutlivesAJournalThatGoesAway) {
+  const QString identifier = write(u"before"_s);
+  open();
+  waitForText(u"before"_s);
+  textView().moveCursor(QTextCursor::End);
+  QTest::keyClicks(&textView(), u" and after"_s);
+  const QString path = journalURL.toLocalFile();
+  ASSERT_TRUE(QDir().rename(path, path + u".away"_s));
+  EXPECT_FALSE(editor().save());
+  EXPECT_TRUE(notices().isVisible());
+  EXPECT_EQ(editor().text(), u"before and after"_s);
+  library.reopen();
+  EXPECT_EQ(window->view().paper->currentWidget(), window->view().paperState);
+  ASSERT_TRUE(QDir().rename(path + u".away"_s, path));
+  library.reopen();
+  EXPECT_EQ(editor().text(), u"before and after"_s);
+  EXPECT_TRUE(editor().save());
+  EXPECT_EQ(textOnDisk(identifier), u"before and after"_s);
+}
+
+TEST_F(JournalWindowTest, FoldsToWhatThereIsRoomFor) {
+  write(u"one"_s);
+  open();
+  waitForText(u"one"_s);
+  FoldingColumns& columns = *window->view().columns;
+  using Column = FoldingColumns::Column;
+  window->resize(1000, 600);
+  EXPECT_TRUE(columns.shows(Column::Sidebar) && columns.shows(Column::List) && columns.shows(Column::Paper));
+  window->resize(650, 600);
+  EXPECT_FALSE(columns.shows(Column::Sidebar));
+  window->view().sidebarButton->click();
+  EXPECT_TRUE(columns.shows(Column::Sidebar) && columns.shows(Column::Paper));
+  window->resize(400, 600);
+  EXPECT_TRUE(columns.shows(Column::Sidebar));
+  columns.bringToFront(Column::List);
+  QTest::keyClick(&list(), Qt::Key_Return);
+  EXPECT_TRUE(columns.shows(Column::Paper) && !columns.shows(Column::List));
+  window->view().backButton->click();
+  EXPECT_TRUE(columns.shows(Column::List));
+  window->resize(1000, 600);
+  EXPECT_TRUE(columns.shows(Column::Sidebar) && columns.shows(Column::List) && columns.shows(Column::Paper));
+}
+
+TEST_F(JournalWindowTest, TheMonthLeadsToADay) {
+  const QDate today = QDate::currentDate();
+  write(u"today"_s);
+  write(u"a month ago"_s, 35);
+  open();
+  waitForText(u"today"_s);
+  MonthView& month = *window->view().month;
+  EXPECT_EQ(month.month(), QDate(today.year(), today.month(), 1));
+  month.setFocus();
+  for (int week = 0; week < 5; ++week) QTest::keyClick(&month, Qt::Key_Up);
+  QTest::keyClick(&month, Qt::Key_Return);
+  waitForText(u"a month ago"_s);
+}
+
+}  // namespace
+}  // namespace quillo
