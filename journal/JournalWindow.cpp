@@ -1,9 +1,10 @@
 #include "journal/JournalWindow.h"
 
-#include "controls/Fonts.h"
 #include "entry/text/EntryViewTextView.h"
 #include "foundation/UserDefaults.h"
 #include "journal/JournalPrinting.h"
+#include "journal/ShortcutsDialog.h"
+#include "journal/SidebarSections.h"
 #include "journal/reading/ReadingView.h"
 #include "journal/views/FoldingColumns.h"
 #include "journal/views/MonthView.h"
@@ -18,14 +19,10 @@
 #include "qlcore/QLJournalEntryFile.h"
 
 #include <QCloseEvent>
-#include <QDialog>
-#include <QDialogButtonBox>
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
 #include <QRandomGenerator>
-#include <QTextBrowser>
-#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -42,8 +39,6 @@ const QString columnsKey = u"JournalWindowColumns"_s;
 constexpr int usualFontSize = 16;
 constexpr int smallestFontSize = 9;
 constexpr int largestFontSize = 40;
-// Of tags and places that the sidebar lists.
-constexpr qsizetype mostListed = 200;
 
 }  // namespace
 
@@ -99,7 +94,7 @@ void JournalWindow::connectCommands() {
   on(m_commands.randomEntry, [this] { randomEntry(); });
   on(m_commands.nextEntry, [this] { step(1); });
   on(m_commands.previousEntry, [this] { step(-1); });
-  on(m_commands.shortcuts, [this] { showShortcuts(); });
+  on(m_commands.shortcuts, [this] { ShortcutsDialog(m_commands, this).exec(); });
   on(m_commands.about, [this] { m_services.showAbout(); });
 
   connect(m_view.newButton, &QPushButton::clicked, this, &JournalWindow::beginEntry);
@@ -245,22 +240,9 @@ void JournalWindow::showOverview() {
                              ? QString()
                              : u"%1 days written, %2 in a row"_s.arg(locale().toString(streak.daysWritten),
                                                                      locale().toString(streak.current)));
-  using Kind = SidebarItem::Kind;
-  QList<SidebarSection> sections{{u"Journal"_s,
-                                  {{Kind::AllEntries, u"All entries"_s, static_cast<int>(m_overview.total())},
-                                   {Kind::OnThisDay, u"On this day"_s, m_overview.onThisDay(today)},
-                                   {Kind::YearInReview, u"Year"_s}}}};
-  const auto list = [](const QString& title, Kind kind, const QList<JournalCount>& counts) {
-    SidebarSection section{title, {}};
-    for (const JournalCount& count : counts.first(std::min(mostListed, counts.size())))
-      section.items.append({kind, count.name, static_cast<int>(count.count)});
-    return section;
-  };
-  sections << list(u"Tags"_s, Kind::Tag, m_overview.tags()) << list(u"Places"_s, Kind::Place, m_overview.places());
-  m_library.listDamaged(this, [this, sections](const QList<IndexedDamage>& damaged) mutable {
-    if (!damaged.isEmpty())
-      sections.first().items.append({SidebarItem::Kind::Damaged, u"Damaged"_s, static_cast<int>(damaged.size())});
-    m_view.sidebar->setSections(sections);
+  m_library.listDamaged(this, [this, today](const QList<IndexedDamage>& damaged) {
+    m_damaged = damaged;
+    m_view.sidebar->setSections(sidebarSections(m_overview, damaged.size(), today));
   });
   showListState();
 }
@@ -268,12 +250,26 @@ void JournalWindow::showOverview() {
 void JournalWindow::sidebarChosen(const SidebarItem& item) {
   using Kind = SidebarItem::Kind;
   if (item.kind == Kind::YearInReview) return showYear(true);
+  if (item.kind == Kind::Damaged) return showDamaged();
   m_search.clear();
   if (item.kind == Kind::OnThisDay) m_search.addFilter({SearchFilter::Kind::OnThisDay, {}, QDate::currentDate()});
   if (item.kind == Kind::Tag) m_search.addFilter(SearchFilter::tag(item.name));
   if (item.kind == Kind::Place) m_search.addFilter(SearchFilter::place(item.name));
   searchDidChange();
   if (m_view.columns->columnCount() < 3) m_view.columns->bringToFront(FoldingColumns::Column::List);
+}
+
+void JournalWindow::showDamaged() {
+  // More than fit on the page help nobody; quilloctl lists them all.
+  constexpr qsizetype mostShown = 8;
+  QStringList reasons;
+  for (const IndexedDamage& damage : m_damaged.first(std::min(mostShown, m_damaged.size()))) reasons << damage.reason;
+  if (m_damaged.size() > mostShown) reasons << u"… and %1 more"_s.arg(m_damaged.size() - mostShown);
+  m_view.paperState->show(u"Entries that cannot be read"_s,
+                          u"Their files are left as they are.\n\n"_s + reasons.join(u"\n\n"_s),
+                          {{u"Show the Files"_s, [this] { m_services.showFolder(m_library.entriesFolder()); }}});
+  m_view.paper->setCurrentWidget(m_view.paperState);
+  m_view.columns->bringToFront(FoldingColumns::Column::Paper);
 }
 
 void JournalWindow::showDay(QDate day) {
@@ -439,22 +435,6 @@ void JournalWindow::changeFontSize(int points) {
 void JournalWindow::applyFontSize() {
   m_view.editor->setFontSize(m_services.fontSize());
   m_view.reading->setFontSize(m_services.fontSize());
-}
-
-void JournalWindow::showShortcuts() {
-  QDialog dialog(this);
-  dialog.setWindowTitle(u"Keyboard Shortcuts"_s);
-  auto* text = new QTextBrowser(&dialog);
-  text->setFont(textFont(14));
-  text->setHtml(m_commands.shortcutList());
-  text->setFrameStyle(QFrame::NoFrame);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &dialog);
-  connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  auto* column = new QVBoxLayout(&dialog);
-  column->addWidget(text);
-  column->addWidget(buttons);
-  dialog.resize(420, 620);
-  dialog.exec();
 }
 
 void JournalWindow::libraryStateDidChange() {

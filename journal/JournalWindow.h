@@ -32,7 +32,8 @@ struct JournalWindowServices {
   // Makes a journal at the usual place, or lets the person choose one.
   std::function<void()> createJournal;
   std::function<void(QWidget& window)> chooseJournal;
-  std::function<void(const QString& path)> showFile;
+  // In the desktop's file manager.
+  std::function<void(const QString& folder)> showFolder;
   std::function<void(const QUrl& url)> openURL;
   std::function<void()> showAbout;
 };
@@ -77,6 +78,7 @@ class JournalWindow : public QWidget {
   void showOverview();
   void sidebarChosen(const SidebarItem& item);
   void entryChosen(const QString& identifier);
+  void showDamaged();
   void showDay(QDate day);
   void showYear(bool isShown);
   void showPaper();
@@ -87,7 +89,6 @@ class JournalWindow : public QWidget {
   void randomEntry();
   void printEntries(bool toFile);
   void changeFontSize(int points);
-  void showShortcuts();
   void libraryStateDidChange();
 
   JournalWindowServices m_services;
@@ -99,6 +100,7 @@ class JournalWindow : public QWidget {
   JournalCommands m_commands;
   JournalWindowView m_view;
   std::optional<JournalLibrary::Deletion> m_lastDeletion;
+  QList<IndexedDamage> m_damaged;
   // What the list shows first once it is known: the newest entry, or the one asked for.
   bool m_showsFirst{true};
 };

@@ -18,8 +18,6 @@
 #include "qlcore/services/LocationService.h"
 #include "qlcore/services/QLWeatherFormatter.h"
 
-#include <QFileInfo>
-
 #include <utility>
 
 namespace quillo {
@@ -74,10 +72,7 @@ JournalWindowServices QuilloApplication::windowServices() {
                 useJournal(suggested.location, /*create=*/!suggested.exists);
               },
           .chooseJournal = [this](QWidget& window) { chooseJournal(window); },
-          .showFile =
-              [this](const QString& path) {
-                m_services.workspace.openURL(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
-              },
+          .showFolder = [this](const QString& folder) { m_services.workspace.openURL(QUrl::fromLocalFile(folder)); },
           .openURL = [this](const QUrl& url) { m_services.workspace.openURL(url); },
           .showAbout =
               [this] {

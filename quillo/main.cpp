@@ -1,6 +1,6 @@
 // The composition root of the main application: the one place in it that names the real services of the desktop.
 
-#include "about/ProductInformation.h"
+#include "about/ProgramIdentity.h"
 #include "app/logging/LoggingSetup.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
@@ -30,7 +30,6 @@
 
 #include <QApplication>
 #include <QFileInfo>
-#include <QIcon>
 
 #include <CLI/CLI.hpp>
 
@@ -74,22 +73,6 @@ Arguments readArguments(int argc, char** argv) {
   }
   UserDirectories::moveTo(directory);
   return arguments;
-}
-
-QIcon ownIcon() {
-  QIcon icon;
-  for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
-    icon.addFile(u":/quillo/icons/hicolor/%1x%1/apps/quillo-agent.png"_s.arg(size), QSize(size, size));
-  return icon;
-}
-
-Bundle ownBundle() {
-  return {u":/quillo"_s,
-          {{InfoKey::identifier, QString(Identifier::mainApplication)},
-           {InfoKey::name, u"Quillo"_s},
-           {InfoKey::shortVersion, QStringLiteral(QUILLO_VERSION)},
-           {InfoKey::version, QStringLiteral(QUILLO_VERSION)},
-           {InfoKey::copyright, QString(ProductInformation::copyright)}}};
 }
 
 // With another home it is another program: it must not answer for the one that the user works with.
@@ -177,8 +160,8 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(u"quillo"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(Identifier::mainApplication);
-  QApplication::setWindowIcon(ownIcon());
-  Bundle::setMainBundle(ownBundle());
+  QApplication::setWindowIcon(programIcon());
+  Bundle::setMainBundle(programBundle(Identifier::mainApplication, QStringLiteral(QUILLO_VERSION)));
 
   SingleInstance instance(instanceName());
   switch (instance.join(arguments.urls)) {

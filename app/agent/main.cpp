@@ -2,7 +2,7 @@
 
 #include "PTHotKey/PTHotKeyCenter.h"
 #include "PTHotKey/PTKeyCodeTranslator.h"
-#include "about/ProductInformation.h"
+#include "about/ProgramIdentity.h"
 #include "app/QuilloAgentAppDelegate.h"
 #include "app/QuilloctlTags.h"
 #include "app/RestingMemory.h"
@@ -47,7 +47,6 @@
 
 #include <QApplication>
 #include <QFileInfo>
-#include <QIcon>
 #include <QPixmapCache>
 
 #include <CLI/CLI.hpp>
@@ -104,23 +103,6 @@ bool takeEnoughDescriptors() {
   std::cerr << "quillo-agent: only " << limit.rlim_cur << " open files are allowed (ulimit -Hn), " << needed
             << " are needed\n";
   return false;
-}
-
-// The program's own, for the frames and lists of windows where no installed theme has it.
-QIcon ownIcon() {
-  QIcon icon;
-  for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
-    icon.addFile(u":/quillo/icons/hicolor/%1x%1/apps/quillo-agent.png"_s.arg(size), QSize(size, size));
-  return icon;
-}
-
-Bundle agentBundle() {
-  return {u":/quillo"_s,
-          {{InfoKey::identifier, QString(Identifier::agent)},
-           {InfoKey::name, u"Quillo"_s},
-           {InfoKey::shortVersion, QStringLiteral(QUILLO_VERSION)},
-           {InfoKey::version, QStringLiteral(QUILLO_VERSION)},
-           {InfoKey::copyright, QString(ProductInformation::copyright)}}};
 }
 
 AgentServices agentServices(QuilloConfig& config, EntryDraft& draft, SpellChecker& spellChecker) {
@@ -251,11 +233,11 @@ int main(int argc, char** argv) {
   QApplication::setDesktopFileName(u"quillo-agent"_s);
   // With the first window that a person sees: the tray's has no use for it.
   QObject::connect(
-      &application, &QGuiApplication::focusWindowChanged, &application, [] { QApplication::setWindowIcon(ownIcon()); },
-      Qt::SingleShotConnection);
+      &application, &QGuiApplication::focusWindowChanged, &application,
+      [] { QApplication::setWindowIcon(programIcon()); }, Qt::SingleShotConnection);
   // There is no main window whose closing would mean the end.
   QApplication::setQuitOnLastWindowClosed(false);
-  Bundle::setMainBundle(agentBundle());
+  Bundle::setMainBundle(programBundle(Identifier::agent, QStringLiteral(QUILLO_VERSION)));
   // Qt's cache would wake the idle agent half a minute after each drawing of the icon, to look for pixmaps
   // that nobody uses. What the agent draws is small and seldom.
   QPixmapCache::setCacheLimit(0);

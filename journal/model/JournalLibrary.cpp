@@ -51,6 +51,10 @@ QString JournalLibrary::name() const {
   return m_package ? QFileInfo(m_package->url().toLocalFile()).completeBaseName() : QString();
 }
 
+QString JournalLibrary::entriesFolder() const {
+  return m_package ? m_package->entriesFolder() : QString();
+}
+
 std::shared_ptr<QLJournalEntryFile> JournalLibrary::entry(const QString& identifier, Error* error) const {
   if (m_package) return QLJournalEntryFile::entryWithUUID(*m_package, identifier, error);
   fail(error, JournalError::make(JournalError::JournalFileNotFound, u"The journal cannot be reached"_s));

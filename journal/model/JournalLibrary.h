@@ -52,6 +52,8 @@ class JournalLibrary : public JournalReader {
   [[nodiscard]] const QString& problem() const { return m_problem; }
   // As a person calls it; empty while it is not open.
   [[nodiscard]] QString name() const;
+  // Empty while it is not open.
+  [[nodiscard]] QString entriesFolder() const;
   // Null while it is not open.
   [[nodiscard]] const std::shared_ptr<QLJournalPackageFile>& package() const { return m_package; }
 

@@ -56,7 +56,7 @@ class JournalWindowTest : public EntryTest {
         .setFontSize = [this](int points) { fontSize = points; },
         .createJournal = [] {},
         .chooseJournal = [](QWidget&) {},
-        .showFile = [](const QString&) {},
+        .showFolder = [](const QString&) {},
         .openURL = [](const QUrl&) {},
         .showAbout = [] {}});
     window->show();

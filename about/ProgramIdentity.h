@@ -1,0 +1,16 @@
+#pragma once
+
+#include "foundation/Bundle.h"
+
+#include <QIcon>
+#include <QString>
+
+namespace quillo {
+
+// What a program of this product is called by, with its resources; `version` as "1.0.0".
+[[nodiscard]] Bundle programBundle(const QString& identifier, const QString& version);
+
+// The programs' own, for the frames and lists of windows where no installed theme has it.
+[[nodiscard]] QIcon programIcon();
+
+}  // namespace quillo
