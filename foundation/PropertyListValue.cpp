@@ -136,25 +136,25 @@ bool PropertyListValue::isInteger() const {
   return std::holds_alternative<qint64>(m_value) || std::holds_alternative<quint64>(m_value);
 }
 
-const QString& PropertyListValue::string() const {
+const QString& PropertyListValue::string() const& {
   static const QString none;
   const auto* content = std::get_if<QString>(&m_value);
   return content ? *content : none;
 }
 
-const QByteArray& PropertyListValue::data() const {
+const QByteArray& PropertyListValue::data() const& {
   static const QByteArray none;
   const auto* content = std::get_if<QByteArray>(&m_value);
   return content ? *content : none;
 }
 
-const PropertyListArray& PropertyListValue::array() const {
+const PropertyListArray& PropertyListValue::array() const& {
   static const Array none;
   const auto* content = std::get_if<Array>(&m_value);
   return content ? *content : none;
 }
 
-const PropertyListDictionary& PropertyListValue::dictionary() const {
+const PropertyListDictionary& PropertyListValue::dictionary() const& {
   static const Dictionary none;
   const auto* content = std::get_if<Dictionary>(&m_value);
   return content ? *content : none;

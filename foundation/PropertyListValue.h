@@ -59,11 +59,15 @@ class PropertyListValue {
   [[nodiscard]] bool isArray() const { return std::holds_alternative<Array>(m_value); }
   [[nodiscard]] bool isDictionary() const { return std::holds_alternative<Dictionary>(m_value); }
 
-  // The content where the value is of that kind, else an empty one.
-  [[nodiscard]] const QString& string() const;
-  [[nodiscard]] const QByteArray& data() const;
-  [[nodiscard]] const Array& array() const;
-  [[nodiscard]] const Dictionary& dictionary() const;
+  // The content where the value is of that kind, else an empty one. Of a temporary a copy, which outlives it.
+  [[nodiscard]] const QString& string() const&;
+  [[nodiscard]] QString string() && { return std::as_const(*this).string(); }
+  [[nodiscard]] const QByteArray& data() const&;
+  [[nodiscard]] QByteArray data() && { return std::as_const(*this).data(); }
+  [[nodiscard]] const Array& array() const&;
+  [[nodiscard]] Array array() && { return std::as_const(*this).array(); }
+  [[nodiscard]] const Dictionary& dictionary() const&;
+  [[nodiscard]] Dictionary dictionary() && { return std::as_const(*this).dictionary(); }
   [[nodiscard]] std::optional<Date> date() const;
 
   // Numbers and strings convert by the platform's rules ("YES", "12abc" is 12); every other kind reads as NO or 0.

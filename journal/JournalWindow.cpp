@@ -222,10 +222,19 @@ void JournalWindow::showListState() {
     actions.append({u"Show all entries"_s, [this] { m_commands.allEntries->trigger(); }});
     m_view.listState->show(u"Nothing found"_s, u"No entry has all of this."_s, actions);
   }
-  if (m_showsFirst && m_timeline.total() > 0) {
-    m_showsFirst = false;
-    m_view.list->setCurrentRow(0);
-  }
+  if (m_timeline.total() == 0) return;
+  if (std::exchange(m_showsFirst, false)) m_view.list->setCurrentRow(0);
+  showNextAfterDeletion();
+}
+
+// On to the one that takes the place of what was deleted, once the list is without it.
+void JournalWindow::showNextAfterDeletion() {
+  if (!m_rowAfterDeletion || !m_lastDeletion) return;
+  for (const auto& deleted : m_lastDeletion->entries)
+    if (m_timeline.rowOfEntry(deleted.identifier) >= 0) return;
+  const int row = std::clamp(*std::exchange(m_rowAfterDeletion, std::nullopt), 0, m_timeline.total() - 1);
+  // Or the person has gone on meanwhile.
+  if (m_view.list->currentIdentifier().isEmpty() && !m_view.editor->isUnsaved()) m_view.list->setCurrentRow(row);
 }
 
 void JournalWindow::showOverview() {
@@ -376,14 +385,7 @@ void JournalWindow::moveToTrash(const QStringList& identifiers) {
   notices.show(count == 1 ? u"Entry moved to the Trash"_s : u"%1 entries moved to the Trash"_s.arg(count),
                {{u"Undo"_s, [this] { undo(); }}});
   m_view.list->setCurrentEntry({});
-  // On to the one that takes its place, once the list is there.
-  connect(
-      &m_timeline, &Timeline::didReset, this,
-      [this, row] {
-        if (m_view.list->currentIdentifier().isEmpty() && m_timeline.total() > 0)
-          m_view.list->setCurrentRow(std::clamp(row, 0, m_timeline.total() - 1));
-      },
-      Qt::SingleShotConnection);
+  m_rowAfterDeletion = row;
 }
 
 void JournalWindow::undo() {
@@ -392,6 +394,7 @@ void JournalWindow::undo() {
   if (text.hasFocus() && text.document()->isUndoAvailable()) return text.undo();
   if (!m_lastDeletion) return;
   const auto deletion = *std::exchange(m_lastDeletion, std::nullopt);
+  m_rowAfterDeletion.reset();
   Error error;
   const bool isBack = m_library.putBack(deletion, &error);
   showEntry(deletion.entries.first().identifier);

@@ -75,6 +75,7 @@ class JournalWindow : public QWidget {
   void searchDidChange();
   void addFilter(const SearchFilter& filter);
   void showListState();
+  void showNextAfterDeletion();
   void showOverview();
   void sidebarChosen(const SidebarItem& item);
   void entryChosen(const QString& identifier);
@@ -100,6 +101,7 @@ class JournalWindow : public QWidget {
   JournalCommands m_commands;
   JournalWindowView m_view;
   std::optional<JournalLibrary::Deletion> m_lastDeletion;
+  std::optional<int> m_rowAfterDeletion;
   QList<IndexedDamage> m_damaged;
   // What the list shows first once it is known: the newest entry, or the one asked for.
   bool m_showsFirst{true};

@@ -37,10 +37,14 @@ QStringList linesOnTerminal(const std::function<void()>& action) {
   ::dup2(terminal, STDERR_FILENO);
   action();
   ::dup2(before, STDERR_FILENO);
-  char shown[4096];
-  const ssize_t size = ::read(master, shown, sizeof shown);
-  for (const int descriptor : {before, master, terminal}) ::close(descriptor);
-  return QString::fromUtf8(shown, size).remove(u'\r').split(u'\n');
+  ::close(before);
+  // The kernel hands on what was written in pieces, and ends it once nobody has the terminal open.
+  ::close(terminal);
+  QByteArray shown;
+  char piece[4096];
+  for (ssize_t size = 0; (size = ::read(master, piece, sizeof piece)) > 0;) shown.append(piece, size);
+  ::close(master);
+  return QString::fromUtf8(shown).remove(u'\r').split(u'\n');
 }
 
 class LoggingSetupTest : public testing::Test {
