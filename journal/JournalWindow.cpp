@@ -464,7 +464,7 @@ void JournalWindow::libraryStateDidChange() {
 }
 
 void JournalWindow::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::PaletteChange) m_view.applyColors();
+  if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ApplicationPaletteChange) m_view.applyColors();
   // A drive may have been plugged in or out.
   if (event->type() == QEvent::ActivationChange && isActiveWindow()) m_library.reopen();
   if (event->type() == QEvent::ActivationChange && !isActiveWindow()) m_view.editor->save();

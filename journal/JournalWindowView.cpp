@@ -6,6 +6,7 @@
 #include "journal/views/JournalColors.h"
 #include "journal/views/JournalStyle.h"
 #include "journal/views/MonthView.h"
+#include "journal/views/NoticeBar.h"
 #include "journal/views/SearchField.h"
 #include "journal/views/SidebarList.h"
 #include "journal/views/StatePage.h"
@@ -164,8 +165,16 @@ void JournalWindowView::alignBar() {
 }
 
 void JournalWindowView::applyColors() {
-  const JournalColors colors = JournalColors::forPalette(m_window.palette());
+  const JournalColors colors = JournalColors::current();
   applyJournalStyle(m_window, colors);
+  editor->applyColors();
+  status->applyColors();
+  status->notices().applyColors();
+  search->applyColors();
+  sidebar->applyColors();
+  year->applyColors();
+  listState->applyColors();
+  paperState->applyColors();
   for (const auto& [label, color] :
        {std::pair(title, colors.text), std::pair(streak, colors.dim), std::pair(progress, colors.dim)}) {
     QPalette own = label->palette();
@@ -176,7 +185,7 @@ void JournalWindowView::applyColors() {
 }
 
 void JournalWindowView::paintGrounds(QPainter& painter) const {
-  const JournalColors colors = JournalColors::forPalette(m_window.palette());
+  const JournalColors colors = JournalColors::current();
   const QRect whole = m_window.rect();
   painter.fillRect(whole, colors.paper);
   painter.fillRect(0, 0, whole.width(), barHeight, colors.bar);

@@ -6,12 +6,10 @@
 #include "journal/model/ClockTime.h"
 #include "journal/model/EntryTime.h"
 #include "journal/views/JournalColors.h"
-#include "journal/views/NoticeBar.h"
 #include "journal/views/StatusRow.h"
 #include "qlcore/QLJournalEntryFile.h"
 
 #include <QDateTime>
-#include <QEvent>
 #include <QFontMetricsF>
 #include <QLabel>
 #include <QScopedValueRollback>
@@ -109,7 +107,7 @@ bool EditorPane::leave() {
 
 bool EditorPane::open(std::shared_ptr<QLJournalEntryFile> entry) {
   if (!leave()) return false;
-  m_status.notices().dismiss();
+  dismissOwnNotice();
   // They may be others by the time that one is typed.
   m_session.tags().forget();
   {
@@ -144,15 +142,14 @@ bool EditorPane::save() {
   Error error;
   if (!m_session.save(/*force=*/false, &error)) {
     m_status.setState(u"Not saved"_s);
-    m_status.notices().show(error.localizedDescription, {{u"Try again"_s, [this] { save(); }}});
+    say(error.localizedDescription, {{u"Try again"_s, [this] { save(); }}});
     return false;
   }
   m_status.setState(text().isEmpty() ? QString() : u"Saved"_s);
   const QLJournalEntryFile* entry = m_session.activeEntry();
   if (!entry) return true;
   if (const auto& merge = entry->lastMerge(); merge && merge->hasClash)
-    m_status.notices().show(
-        u"Another program changed the same words; both versions are in the text."_s,
+    say(u"Another program changed the same words; both versions are in the text."_s,
         {{u"Keep mine"_s, [this, ours = merge->ours] { m_view->updateString(ours), textDidChange(); }},
          {u"Keep the other"_s, [this, theirs = merge->theirs] {
             m_view->updateString(theirs);
@@ -167,14 +164,24 @@ void EditorPane::refresh() {
   if (!m_session.activeEntry()) return;
   Error error;
   if (!m_session.refresh(&error) && !m_session.isUnsaved()) {
-    m_status.notices().show(u"This entry was deleted by another program."_s, {{u"Keep it"_s, [this] {
-                                                                                 textDidChange();
-                                                                                 save();
-                                                                               }}});
+    say(u"This entry was deleted by another program."_s, {{u"Keep it"_s, [this] {
+                                                             textDidChange();
+                                                             save();
+                                                           }}});
     return;
   }
   showHeading();
   showWords();
+}
+
+void EditorPane::say(const QString& text, const QList<NoticeBar::Action>& actions) {
+  m_ownNotice = text;
+  m_status.notices().show(text, actions);
+}
+
+// What others said stays: how a deletion is taken back, above all.
+void EditorPane::dismissOwnNotice() {
+  if (m_status.notices().text() == m_ownNotice) m_status.notices().dismiss();
 }
 
 QString EditorPane::title() const {
@@ -236,7 +243,7 @@ void EditorPane::resizeEvent(QResizeEvent*) {
 }
 
 void EditorPane::applyColors() {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   const auto color = [](QWidget& widget, const QColor& text) {
     QPalette own = widget.palette();
     own.setColor(QPalette::WindowText, text);
@@ -246,11 +253,6 @@ void EditorPane::applyColors() {
   color(*m_heading, colors.text);
   color(*m_details, colors.dim);
   color(*m_view, colors.text);
-}
-
-void EditorPane::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::PaletteChange) applyColors();
-  QWidget::changeEvent(event);
 }
 
 }  // namespace quillo

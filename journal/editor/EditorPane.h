@@ -4,6 +4,7 @@
 #include "entry/session/EntrySession.h"
 #include "entry/session/EntryText.h"
 #include "entry/text/EntryTextServices.h"
+#include "journal/views/NoticeBar.h"
 
 #include <QTimer>
 #include <QWidget>
@@ -59,6 +60,9 @@ class EditorPane : public QWidget, private EntryText {
   // Of the text, in points.
   void setFontSize(int points);
 
+  // To be called when the application's palette has changed.
+  void applyColors();
+
  Q_SIGNALS:
   // The journal has the entry as it is here.
   void entrySaved(const QString& identifier);
@@ -67,7 +71,6 @@ class EditorPane : public QWidget, private EntryText {
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
-  void changeEvent(QEvent* event) override;
 
  private:
   void setText(const QString& text) override;
@@ -78,8 +81,9 @@ class EditorPane : public QWidget, private EntryText {
   void showHeading();
   void showWords();
   void layOutColumn();
-  void applyColors();
   bool leave();
+  void say(const QString& text, const QList<NoticeBar::Action>& actions);
+  void dismissOwnNotice();
 
   EntryPlace m_place;
   EntrySession m_session;
@@ -87,6 +91,7 @@ class EditorPane : public QWidget, private EntryText {
   QLabel* m_heading;
   QLabel* m_details;
   StatusRow& m_status;
+  QString m_ownNotice;
   QTimer m_saveTimer;
   bool m_isOpening{false};
 };

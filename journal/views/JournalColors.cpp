@@ -1,5 +1,7 @@
 #include "journal/views/JournalColors.h"
 
+#include <QGuiApplication>
+
 namespace quillo {
 
 namespace {
@@ -63,6 +65,10 @@ QColor blended(const QColor& one, const QColor& other, double part) {
   const auto mix = [part](float a, float b) { return static_cast<float>(a * part + b * (1 - part)); };
   return QColor::fromRgbF(mix(one.redF(), other.redF()), mix(one.greenF(), other.greenF()),
                           mix(one.blueF(), other.blueF()));
+}
+
+JournalColors JournalColors::current() {
+  return forPalette(QGuiApplication::palette());
 }
 
 JournalColors JournalColors::forPalette(const QPalette& palette) {

@@ -23,6 +23,8 @@ struct JournalColors {
 
   // The set that goes with a palette of the desktop: dark where its windows are.
   [[nodiscard]] static JournalColors forPalette(const QPalette& palette);
+  // The one that goes with the application's palette: a widget's own is also what its parts have made of it.
+  [[nodiscard]] static JournalColors current();
 
   bool operator==(const JournalColors&) const = default;
 };

@@ -21,6 +21,8 @@ void applyJournalStyle(QWidget& window, const JournalColors& colors) {
       "QPushButton#primary { background: %accent; border-color: %accent; color: %onAccent; font-weight: 600 }"
       "QPushButton#primary:hover { background: %accentDark }"
       "QPushButton#primary:focus { border-color: %text }"
+      // The field around it is drawn by us.
+      "QLineEdit#searchWords { background: transparent; border: none; color: %text }"
       "QScrollBar:vertical { background: transparent; width: 10px; margin: 0 }"
       "QScrollBar::handle:vertical { background: %shade; border-radius: 4px; min-height: 32px; margin: 1px 2px }"
       "QScrollBar::handle:vertical:hover { background: %dim }"

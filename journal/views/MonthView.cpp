@@ -101,7 +101,7 @@ QString MonthView::nameOfDay(QDate day) const {
 }
 
 void MonthView::paintDay(QPainter& painter, QDate day) const {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   const QRectF cell = cellRect(day);
   const QRectF box = cell.adjusted(0.5, 0, -0.5, 0);
   const bool isSelected = day == m_selected;
@@ -126,7 +126,7 @@ void MonthView::paintDay(QPainter& painter, QDate day) const {
 }
 
 void MonthView::paintEvent(QPaintEvent*) {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(colors.text);

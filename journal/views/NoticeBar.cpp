@@ -70,7 +70,7 @@ void NoticeBar::dismiss() {
 }
 
 void NoticeBar::applyColors() {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   // A style sheet that is set is a change of the palette, too.
   if (colors == m_colors) return;
   m_colors = colors;
@@ -81,11 +81,6 @@ void NoticeBar::applyColors() {
       "#notice QToolButton:hover { text-decoration: underline }"
       "#notice QToolButton:focus { border-color: %3 }"_s.arg(blended(colors.accent, colors.paper, 0.14).name(),
                                                              colors.text.name(), colors.accent.name()));
-}
-
-void NoticeBar::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::PaletteChange) applyColors();
-  QFrame::changeEvent(event);
 }
 
 }  // namespace quillo

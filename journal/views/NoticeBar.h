@@ -29,12 +29,10 @@ class NoticeBar : public QFrame {
   void dismiss();
   [[nodiscard]] QString text() const;
 
- protected:
-  void changeEvent(QEvent* event) override;
-
- private:
+  // To be called when the application's palette has changed.
   void applyColors();
 
+ private:
   QLabel* m_text;
   QList<QToolButton*> m_buttons;
   QTimer m_timer;

@@ -36,6 +36,7 @@ SearchField::SearchField(QWidget* parent)
   row->addWidget(m_edit, 1);
   row->addWidget(m_status);
 
+  m_edit->setObjectName(u"searchWords"_s);
   m_edit->setFrame(false);
   m_edit->setFont(textFont(14));
   m_edit->setPlaceholderText(u"Search"_s);
@@ -87,9 +88,8 @@ void SearchField::beginSearch() {
 }
 
 void SearchField::applyColors() {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   QPalette own = palette();
-  own.setColor(QPalette::Base, Qt::transparent);
   own.setColor(QPalette::Text, colors.text);
   own.setColor(QPalette::PlaceholderText, colors.dim);
   m_edit->setPalette(own);
@@ -104,7 +104,7 @@ void SearchField::applyColors() {
 }
 
 void SearchField::paintEvent(QPaintEvent*) {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const bool hasKeyboard = m_edit->hasFocus();
@@ -137,11 +137,6 @@ bool SearchField::eventFilter(QObject* watched, QEvent* event) {
   if (key != Qt::Key_Backspace || !isAtBeginning || m_chips.isEmpty()) return false;
   Q_EMIT chipRemoved(static_cast<int>(m_chips.size()) - 1);
   return true;
-}
-
-void SearchField::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::PaletteChange) applyColors();
-  QFrame::changeEvent(event);
 }
 
 }  // namespace quillo

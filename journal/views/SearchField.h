@@ -29,6 +29,9 @@ class SearchField : public QFrame {
   // Puts the keyboard into the words and selects them.
   void beginSearch();
 
+  // To be called when the application's palette has changed.
+  void applyColors();
+
  Q_SIGNALS:
   void wordsChanged(const QString& words);
   void chipRemoved(int index);
@@ -40,11 +43,8 @@ class SearchField : public QFrame {
  protected:
   void paintEvent(QPaintEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
-  void changeEvent(QEvent* event) override;
 
  private:
-  void applyColors();
-
   QHBoxLayout* m_chipRow;
   QLineEdit* m_edit;
   QLabel* m_status;

@@ -3,7 +3,6 @@
 #include "controls/Fonts.h"
 #include "journal/views/JournalColors.h"
 
-#include <QEvent>
 #include <QPainter>
 #include <QStyledItemDelegate>
 
@@ -31,7 +30,7 @@ class Delegate : public QStyledItemDelegate {
   }
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-    const JournalColors colors = JournalColors::forPalette(option.palette);
+    const JournalColors colors = JournalColors::current();
     const bool isHeading = index.data(ItemRole).isNull();
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
@@ -139,11 +138,6 @@ void SidebarList::applyColors() {
   own.setColor(QPalette::Base, Qt::transparent);
   if (own != palette()) setPalette(own);
   viewport()->setAutoFillBackground(false);
-}
-
-void SidebarList::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::PaletteChange) applyColors();
-  QListWidget::changeEvent(event);
 }
 
 }  // namespace quillo

@@ -35,16 +35,15 @@ class SidebarList : public QListWidget {
   // The one that the window shows the entries of; another kind of question has none.
   void setChosen(const SidebarItem* item);
 
+  // To be called when the application's palette has changed.
+  void applyColors();
+
  Q_SIGNALS:
   void itemChosen(const SidebarItem& item);
-
- protected:
-  void changeEvent(QEvent* event) override;
 
  private:
   void fill();
   void activate(const QListWidgetItem& item);
-  void applyColors();
 
   QList<SidebarSection> m_sections;
   QSet<QString> m_folded;

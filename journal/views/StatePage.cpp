@@ -3,7 +3,6 @@
 #include "controls/Fonts.h"
 #include "journal/views/JournalColors.h"
 
-#include <QEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -54,17 +53,12 @@ void StatePage::show(const QString& title, const QString& reason, const QList<Ac
 }
 
 void StatePage::applyColors() {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   for (const auto& [label, color] : {std::pair(m_title, colors.text), std::pair(m_reason, colors.dim)}) {
     QPalette own = label->palette();
     own.setColor(QPalette::WindowText, color);
     label->setPalette(own);
   }
-}
-
-void StatePage::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::PaletteChange) applyColors();
-  QWidget::changeEvent(event);
 }
 
 }  // namespace quillo

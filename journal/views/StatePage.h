@@ -26,12 +26,10 @@ class StatePage : public QWidget {
   // The first action is the default one.
   void show(const QString& title, const QString& reason, const QList<Action>& actions);
 
- protected:
-  void changeEvent(QEvent* event) override;
-
- private:
+  // To be called when the application's palette has changed.
   void applyColors();
 
+ private:
   QLabel* m_title;
   QLabel* m_reason;
   QVBoxLayout* m_buttonColumn;

@@ -4,7 +4,6 @@
 #include "journal/views/JournalColors.h"
 #include "journal/views/NoticeBar.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 
@@ -34,17 +33,12 @@ void StatusRow::setState(const QString& text) {
 }
 
 void StatusRow::applyColors() {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   for (QLabel* label : {m_words, m_state}) {
     QPalette own = label->palette();
     own.setColor(QPalette::WindowText, colors.dim);
     label->setPalette(own);
   }
-}
-
-void StatusRow::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::PaletteChange) applyColors();
-  QWidget::changeEvent(event);
 }
 
 }  // namespace quillo

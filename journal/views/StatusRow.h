@@ -19,12 +19,10 @@ class StatusRow : public QWidget {
   void setState(const QString& text);
   [[nodiscard]] NoticeBar& notices() { return *m_notices; }
 
- protected:
-  void changeEvent(QEvent* event) override;
-
- private:
+  // To be called when the application's palette has changed.
   void applyColors();
 
+ private:
   QLabel* m_words;
   QLabel* m_state;
   NoticeBar* m_notices;

@@ -94,12 +94,16 @@ int TimelineRowPainter::paintText(const QRectF& rect, const TimelineRow& row, bo
   const QTextLine last = layout.lineAt(layout.lineCount() - 1);
   const QFontMetricsF metrics(layout.font());
   const double dots = metrics.horizontalAdvance(u'…');
-  const double end = std::min(rect.width() - dots, last.naturalTextWidth());
+  // Behind the last character that leaves room for them, none of which is cut through.
   const bool isRightToLeft = layout.text().isRightToLeft();
-  const QRectF corner(isRightToLeft ? rect.right() - end - dots : rect.x() + end, rect.y() + last.y(), dots,
-                      lineHeight);
+  const double furthest = isRightToLeft ? rect.width() - last.naturalTextWidth() + dots : rect.width() - dots;
+  const int fitting = last.xToCursor(furthest, QTextLine::CursorOnCharacter);
+  const double end = std::min(last.cursorToX(fitting), rect.width());
+  const QRectF corner = isRightToLeft ? QRectF(rect.x(), rect.y() + last.y(), end, lineHeight)
+                                      : QRectF(rect.x() + end, rect.y() + last.y(), rect.width() - end, lineHeight);
   m_painter.fillRect(corner, m_ground);
-  m_painter.drawText(corner.topLeft() + QPointF(0, last.ascent()), u"…"_s);
+  const double x = isRightToLeft ? corner.right() - dots : corner.x();
+  m_painter.drawText(QPointF(x, corner.y() + last.ascent()), u"…"_s);
   return layout.lineCount();
 }
 

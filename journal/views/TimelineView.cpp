@@ -249,7 +249,7 @@ bool TimelineView::viewportEvent(QEvent* event) {
 }
 
 void TimelineView::paintEvent(QPaintEvent* event) {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   QPainter painter(viewport());
   painter.setRenderHint(QPainter::Antialiasing);
   painter.fillRect(event->rect(), colors.list);

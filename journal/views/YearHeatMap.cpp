@@ -105,7 +105,7 @@ QString YearHeatMap::nameOfDay(QDate day) const {
 }
 
 void YearHeatMap::paintLabels(QPainter& painter) const {
-  painter.setPen(JournalColors::forPalette(palette()).dim);
+  painter.setPen(JournalColors::current().dim);
   painter.setFont(textFont(11));
   for (int month = 1; month <= 12; ++month) {
     const QRectF cell = cellRect(QDate(m_year, month, 1));
@@ -125,7 +125,7 @@ void YearHeatMap::paintLabels(QPainter& painter) const {
 }
 
 void YearHeatMap::paintEvent(QPaintEvent*) {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   if (m_isLabelled) paintLabels(painter);

@@ -5,7 +5,6 @@
 #include "journal/views/JournalColors.h"
 #include "journal/views/YearHeatMap.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -88,17 +87,12 @@ void YearPage::refresh() {
 }
 
 void YearPage::applyColors() {
-  const JournalColors colors = JournalColors::forPalette(palette());
+  const JournalColors colors = JournalColors::current();
   for (const auto& [label, color] : {std::pair(m_title, colors.text), std::pair(m_totals, colors.dim)}) {
     QPalette own = label->palette();
     own.setColor(QPalette::WindowText, color);
     label->setPalette(own);
   }
-}
-
-void YearPage::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::PaletteChange) applyColors();
-  QWidget::changeEvent(event);
 }
 
 }  // namespace quillo

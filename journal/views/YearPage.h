@@ -23,15 +23,14 @@ class YearPage : public QWidget {
   // Of the whole journal.
   void setEntriesByDay(const QHash<QDate, int>& entries, QDate today);
 
+  // To be called when the application's palette has changed.
+  void applyColors();
+
  Q_SIGNALS:
   void dayActivated(QDate day);
 
- protected:
-  void changeEvent(QEvent* event) override;
-
  private:
   void refresh();
-  void applyColors();
 
   QLabel* m_title;
   QLabel* m_totals;

@@ -3,6 +3,7 @@
 #include "journal/views/MonthView.h"
 #include "journal/views/StatePage.h"
 
+#include <QApplication>
 #include <QToolButton>
 
 namespace quillo {
@@ -76,8 +77,8 @@ TEST_F(JournalWindowTest, DeletesToTheTrashAndTakesItBack) {
   waitForRows(1);
   waitForText(u"older"_s);
   EXPECT_EQ(textOnDisk(newer), u"(none)"_s);
-  EXPECT_FALSE(notices().text().isEmpty());
-  window->commands().undo->trigger();
+  EXPECT_TRUE(notices().isVisible());
+  notices().findChild<QToolButton*>()->click();
   waitForRows(2);
   EXPECT_EQ(textOnDisk(newer), u"newer"_s);
   EXPECT_EQ(list().rows().rowCount(), 2);
@@ -170,6 +171,25 @@ TEST_F(JournalWindowTest, FoldsToWhatThereIsRoomFor) {
   EXPECT_TRUE(columns.shows(Column::List));
   window->resize(1000, 600);
   EXPECT_TRUE(columns.shows(Column::Sidebar) && columns.shows(Column::List) && columns.shows(Column::Paper));
+}
+
+TEST_F(JournalWindowTest, FollowsTheDesktopIntoTheDark) {
+  write(u"One #evening"_s, 0, {u"evening"_s});
+  open();
+  waitForText(u"One #evening"_s);
+  const auto ground = [this] { return window->grab().toImage().pixelColor(2, window->height() - 2); };
+  EXPECT_EQ(ground(), QColor(0xe9e6de));
+  const QPalette before = QApplication::palette();
+  QPalette dark = before;
+  for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Button}) dark.setColor(role, QColor(0x202326));
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    dark.setColor(role, QColor(0xeff0f1));
+  QApplication::setPalette(dark);
+  handlePendingEvents();
+  EXPECT_EQ(ground(), QColor(0x1f2226));
+  if (const QString folder = qEnvironmentVariable("QUILLO_PICTURES"); !folder.isEmpty())
+    window->grab().save(folder + u"/journal-dark.png"_s);
+  QApplication::setPalette(before);
 }
 
 TEST_F(JournalWindowTest, TheMonthLeadsToADay) {
