@@ -105,12 +105,12 @@ TEST_F(AppDelegateTest, AboutOpensOneWindow) {
     windows.removeIf([](const QWidget* window) { return !window->isVisible(); });
     return windows;
   };
-  EXPECT_EQ(visibleWindows(), QWidgetList());
+  EXPECT_TRUE(visibleWindows().isEmpty());
   delegate->contextualMenuItemClicked(6);
   const QWidgetList windows = visibleWindows();
   ASSERT_EQ(windows.size(), 1);
   windows[0]->close();
-  EXPECT_EQ(visibleWindows(), QWidgetList());
+  EXPECT_TRUE(visibleWindows().isEmpty());
   delegate->contextualMenuItemClicked(6);
   EXPECT_EQ(visibleWindows(), windows);
 }
