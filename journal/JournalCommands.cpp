@@ -55,7 +55,8 @@ JournalCommands::JournalCommands(QWidget& window) {
   redo = build.item(u"&Redo"_s, standard(QKeySequence::Redo));
   build.separator();
   find = build.item(u"&Find"_s, keys(u"Ctrl+F"_s));
-  moveToTrash = build.item(u"Move to &Trash"_s, keys(u"Ctrl+Backspace"_s));
+  // Not with Ctrl alone: that takes a word out of a text.
+  moveToTrash = build.item(u"Move to &Trash"_s, keys(u"Ctrl+Shift+Backspace"_s));
 
   build.menu(u"&View"_s);
   read = build.item(u"&Read"_s, keys(u"Ctrl+E"_s), true);

@@ -17,6 +17,7 @@
 #include "journal/views/YearHeatMap.h"
 #include "journal/views/YearPage.h"
 #include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/QLJournalPackageFile.h"
 
 #include <QCloseEvent>
 #include <QLabel>
@@ -372,8 +373,8 @@ void JournalWindow::moveToTrash(const QStringList& identifiers) {
   const QLJournalEntryFile* shown = m_view.editor->entry();
   const int row = m_view.list->currentRow();
   if (shown && identifiers.contains(shown->uuid())) {
-    // What is not saved yet goes to the Trash with the rest.
-    if (!m_view.editor->text().isEmpty()) m_view.editor->save();
+    // What is not saved yet goes to the Trash with the rest; where it cannot be saved, nothing goes.
+    if (!m_view.editor->text().isEmpty() && !m_view.editor->save()) return;
     m_view.editor->clear();
   }
   Error error;
@@ -458,9 +459,21 @@ void JournalWindow::libraryStateDidChange() {
   const QString name = isOpen ? m_library.name() : QString();
   m_view.title->setText(name.isEmpty() ? u"Quillo"_s : name);
   setWindowTitle(name.isEmpty() ? u"Quillo"_s : name + u" \u2014 Quillo"_s);
+  if (isOpen) showOtherJournal(m_library.package()->url());
   if (isOpen) m_view.editor->restoreDraft();
   showPaper();
   showListState();
+}
+
+// An entry of the journal before is none of this one's; what is not saved of it stays, and goes into this one.
+void JournalWindow::showOtherJournal(const QUrl& url) {
+  const QUrl before = std::exchange(m_journal, url);
+  if (before == url || m_view.editor->isUnsaved()) return;
+  m_view.editor->clear();
+  m_view.list->setCurrentEntry({});
+  m_timeline.clear();
+  m_lastDeletion.reset();
+  m_showsFirst = true;
 }
 
 void JournalWindow::changeEvent(QEvent* event) {

@@ -8,6 +8,7 @@
 #include "journal/model/JournalSearch.h"
 #include "journal/model/Timeline.h"
 
+#include <QUrl>
 #include <QWidget>
 
 #include <functional>
@@ -91,6 +92,7 @@ class JournalWindow : public QWidget {
   void printEntries(bool toFile);
   void changeFontSize(int points);
   void libraryStateDidChange();
+  void showOtherJournal(const QUrl& url);
 
   JournalWindowServices m_services;
   JournalLibrary& m_library;
@@ -102,6 +104,7 @@ class JournalWindow : public QWidget {
   JournalWindowView m_view;
   std::optional<JournalLibrary::Deletion> m_lastDeletion;
   std::optional<int> m_rowAfterDeletion;
+  QUrl m_journal;
   QList<IndexedDamage> m_damaged;
   // What the list shows first once it is known: the newest entry, or the one asked for.
   bool m_showsFirst{true};

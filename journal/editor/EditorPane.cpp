@@ -150,14 +150,17 @@ bool EditorPane::save() {
   if (!entry) return true;
   if (const auto& merge = entry->lastMerge(); merge && merge->hasClash)
     say(u"Another program changed the same words; both versions are in the text."_s,
-        {{u"Keep mine"_s, [this, ours = merge->ours] { m_view->updateString(ours), textDidChange(); }},
-         {u"Keep the other"_s, [this, theirs = merge->theirs] {
-            m_view->updateString(theirs);
-            textDidChange();
-          }}});
+        {{u"Keep mine"_s, [this, ours = merge->ours] { replaceText(ours); }},
+         {u"Keep the other"_s, [this, theirs = merge->theirs] { replaceText(theirs); }}});
   showHeading();
   if (entry->fileURLForEntryProperties()) Q_EMIT entrySaved(entry->uuid());
   return true;
+}
+
+// As the person would, with a step that can be undone.
+void EditorPane::replaceText(const QString& text) {
+  m_view->updateString(text);
+  textDidChange();
 }
 
 void EditorPane::refresh() {

@@ -78,6 +78,7 @@ class EditorPane : public QWidget, private EntryText {
 
   void buildView();
   void textDidChange();
+  void replaceText(const QString& text);
   void showHeading();
   void showWords();
   void layOutColumn();

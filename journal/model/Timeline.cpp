@@ -56,6 +56,18 @@ void Timeline::reload() {
     });
 }
 
+void Timeline::clear() {
+  m_draft = {};
+  m_days.clear();
+  m_pages.clear();
+  m_requested.clear();
+  m_asker = std::make_unique<QObject>();
+  m_total = 0;
+  m_lastLookedAt = 0;
+  m_isKnown = false;
+  Q_EMIT didReset();
+}
+
 void Timeline::fetch(QObject& asker, JournalQuestion question, int page, std::function<void(Page)> fetched) {
   question.order = JournalQuestion::Order::NewestFirst;
   question.offset = qint64{page} * pageSize;

@@ -26,6 +26,8 @@ class Timeline : public TimelineSource {
   void show(const JournalQuestion& question);
   // Asks again: the journal has changed.
   void reload();
+  // Shows nothing until the next answer: it is another journal.
+  void clear();
 
   // Of the question that is shown.
   [[nodiscard]] int total() const { return m_total; }

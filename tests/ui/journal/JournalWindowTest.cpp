@@ -150,6 +150,43 @@ TEST_F(JournalWindowTest, TextOutlivesAJournalThatGoesAway) {
   EXPECT_EQ(textOnDisk(identifier), u"before and after"_s);
 }
 
+TEST_F(JournalWindowTest, DeletesNothingThatItCannotSaveAndNothingByTheKeyOfAWord) {
+  const QString identifier = write(u"two words"_s);
+  open();
+  waitForText(u"two words"_s);
+  textView().setFocus();
+  textView().moveCursor(QTextCursor::End);
+  QTest::keyClick(&textView(), Qt::Key_Backspace, Qt::ControlModifier);
+  EXPECT_EQ(editor().text(), u"two "_s);
+  EXPECT_EQ(textOnDisk(identifier), u"two words"_s);
+
+  // Its folder is no folder for a while.
+  const QString folder = package->entriesFolder();
+  ASSERT_TRUE(QDir().rename(folder, folder + u".away"_s));
+  QFile inTheWay(folder);
+  ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+  window->commands().moveToTrash->trigger();
+  EXPECT_EQ(editor().text(), u"two "_s);
+  ASSERT_TRUE(inTheWay.remove());
+  ASSERT_TRUE(QDir().rename(folder + u".away"_s, folder));
+  EXPECT_TRUE(editor().save());
+  EXPECT_EQ(textOnDisk(identifier), u"two "_s);
+}
+
+TEST_F(JournalWindowTest, AnotherJournalBringsItsOwnEntries) {
+  write(u"here"_s);
+  open();
+  waitForText(u"here"_s);
+  useJournal(u"Other.quillojournal"_s);
+  package = QLJournalPackageFile::openPackage(journalURL, /*create=*/false, nullptr);
+  const QString there = write(u"there"_s);
+  library.reopen();
+  waitForText(u"there"_s);
+  EXPECT_FALSE(notices().isVisible());
+  EXPECT_EQ(list().currentIdentifier(), there);
+  EXPECT_EQ(entries().size(), 1);
+}
+
 TEST_F(JournalWindowTest, FoldsToWhatThereIsRoomFor) {
   write(u"one"_s);
   open();
