@@ -43,10 +43,10 @@ TimelineView::TimelineView(TimelineSource& source, QWidget* parent) : QAbstractS
   setAccessibleName(u"Entries"_s);
   connect(&m_source, &TimelineSource::didReset, this, &TimelineView::reload);
   connect(&m_source, &TimelineSource::rowsDidArrive, this, &TimelineView::rowsDidArrive);
-  reload();
+  reload(/*isOther=*/true);
 }
 
-void TimelineView::reload() {
+void TimelineView::reload(bool isOther) {
   m_rows = TimelineLayout(m_source.days(), TimelineRowPainter::headingHeight, TimelineRowPainter::rowHeight);
   m_selected.clear();
   m_current = m_currentIdentifier.isEmpty() ? -1 : m_source.rowOfEntry(m_currentIdentifier);
@@ -54,6 +54,7 @@ void TimelineView::reload() {
   if (m_current >= 0) m_selected = {m_current};
   m_anchor = m_current;
   updateScrollBar();
+  if (isOther) verticalScrollBar()->setValue(0);
   AccessibleTimeline::rowsDidChange(*this);
   viewport()->update();
 }
