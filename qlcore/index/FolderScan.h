@@ -12,12 +12,18 @@
 
 namespace quillo {
 
+class KnownFiles;
+
 // The names of a folder of entries and what the file system says of each, taken in threads of their own: the folder's
 // names in one go, then one call a file. No file is opened.
 class FolderScan {
  public:
   // `folder` must stay open as long as the object lives. `threads` look at the files.
   FolderScan(int folder, unsigned threads);
+  // The same where the folder's names are known to be those of `names`, so that they need not be read.
+  FolderScan(int folder, unsigned threads, const KnownFiles& names);
+  FolderScan(const FolderScan&) = delete;
+  FolderScan& operator=(const FolderScan&) = delete;
 
   // Waits for the end. False where the folder could not be read; errnoNumber() says why.
   bool wait();
@@ -29,11 +35,18 @@ class FolderScan {
   [[nodiscard]] const QHash<QByteArray, EntryFileStamp>& others() const { return m_others; }
 
  private:
-  void run(unsigned threads);
+  void start(bool hasNames);
+  void run(bool hasNames, unsigned threads);
   [[nodiscard]] int readNames();
-  void stampEntries(unsigned threads);
+  void addName(const char* name, size_t length, quint64 inode);
+  void takeNames(const KnownFiles& names);
+  void sortEntries();
+  void stampAll(unsigned threads);
+  void stampEntry(int folder, size_t number);
+  [[nodiscard]] std::vector<quint32> numbersByInode() const;
 
   int m_folder;
+  unsigned m_threads;
   int m_errno{0};
   std::vector<StampedFile> m_entries;
   QHash<QByteArray, EntryFileStamp> m_others;
