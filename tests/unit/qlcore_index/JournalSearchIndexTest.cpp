@@ -393,6 +393,19 @@ TEST_F(JournalSearchIndexTest, FindsUnfinishedWordsInALargeJournal) {
     for (const auto& [typed, total] : totals) EXPECT_EQ(index.ask(question(typed)).total, total) << typed.toStdString();
   };
   expectTotals(0);
+  // Of very many only the newest are ranked; page by page each comes once, the others behind them.
+  JournalQuestion best = question(u"the"_s);
+  best.order = JournalQuestion::Order::BestFirst;
+  best.limit = 900;
+  QStringList uuids;
+  for (best.offset = 0; best.offset < 7200; best.offset += best.limit) {
+    const JournalAnswer answer = index.ask(best);
+    EXPECT_EQ(answer.total, count);
+    for (const IndexedEntry& entry : answer.entries) uuids << entry.uuid;
+  }
+  EXPECT_EQ(uuids.size(), count);
+  EXPECT_EQ(QSet<QString>(uuids.begin(), uuids.end()).size(), count);
+  EXPECT_EQ(uuids.last(), uuidOf(0));
   for (int i = 0; i < 8; i += 4) {
     write(2 * i, u"zebra"_s, 1'700'000'000 + 2 * i);
     index.bringUpToDate({uuidOf(2 * i) + u".plist"_s});
