@@ -119,6 +119,8 @@ void Timeline::showDraft() {
   if (!m_draft.isFirstPageShown) m_pages = std::exchange(m_draft.pages, {});
   m_isCounted = true;
   setDays(*m_draft.days);
+  // The journal may have changed between the two answers; the page is asked for again then.
+  if (m_draft.isFirstPageShown && m_pages.value(0).rows.size() != std::min(m_total, pageSize)) m_pages.clear();
   m_draft.days.reset();
   if (isNews) Q_EMIT didReset(std::exchange(m_isOther, false));
 }

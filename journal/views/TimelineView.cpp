@@ -49,7 +49,9 @@ TimelineView::TimelineView(TimelineSource& source, QWidget* parent) : QAbstractS
 void TimelineView::reload(bool isOther) {
   m_rows = TimelineLayout(m_source.days(), TimelineRowPainter::headingHeight, TimelineRowPainter::rowHeight);
   m_selected.clear();
-  m_current = m_currentIdentifier.isEmpty() ? -1 : m_source.rowOfEntry(m_currentIdentifier);
+  // A row that was chosen before it had been read is still meant.
+  const bool isAwaited = m_current >= 0 && m_currentIdentifier.isEmpty() && !isOther;
+  if (!isAwaited) m_current = m_currentIdentifier.isEmpty() ? -1 : m_source.rowOfEntry(m_currentIdentifier);
   if (m_current >= m_rows.rowCount()) m_current = -1;
   if (m_current >= 0) m_selected = {m_current};
   m_anchor = m_current;
@@ -57,6 +59,7 @@ void TimelineView::reload(bool isOther) {
   if (isOther) verticalScrollBar()->setValue(0);
   AccessibleTimeline::rowsDidChange(*this);
   viewport()->update();
+  if (isAwaited && entryAt(m_current)) setCurrent(m_current);
 }
 
 void TimelineView::rowsDidArrive(int first, int last) {

@@ -34,10 +34,20 @@ FolderScan::FolderScan(int folder, unsigned threads, const KnownFiles& names) : 
 
 void FolderScan::start(bool hasNames) {
   try {
-    m_thread.emplace([this, hasNames] { run(hasNames, m_threads); });
+    m_thread.emplace([this, hasNames] {
+      run(hasNames, m_threads);
+      m_isDone.release();
+    });
   } catch (const std::system_error&) {
     run(hasNames, 1);  // no more threads are to be had
+    m_isDone.release();
   }
+}
+
+bool FolderScan::waitFor(std::chrono::milliseconds time) {
+  if (!m_isDone.try_acquire_for(time)) return false;
+  m_isDone.release();
+  return true;
 }
 
 bool FolderScan::wait() {

@@ -6,7 +6,9 @@
 #include <QByteArray>
 #include <QHash>
 
+#include <chrono>
 #include <optional>
+#include <semaphore>
 #include <thread>
 #include <vector>
 
@@ -25,7 +27,9 @@ class FolderScan {
   FolderScan(const FolderScan&) = delete;
   FolderScan& operator=(const FolderScan&) = delete;
 
-  // Waits for the end. False where the folder could not be read; errnoNumber() says why.
+  // Waits for the end, for so long at most; false when it has not come.
+  [[nodiscard]] bool waitFor(std::chrono::milliseconds time);
+  // The same without limit. False where the folder could not be read; errnoNumber() says why.
   bool wait();
   [[nodiscard]] int errnoNumber() const { return m_errno; }
 
@@ -50,6 +54,7 @@ class FolderScan {
   int m_errno{0};
   std::vector<StampedFile> m_entries;
   QHash<QByteArray, EntryFileStamp> m_others;
+  std::binary_semaphore m_isDone{0};
   std::optional<std::jthread> m_thread;
 };
 

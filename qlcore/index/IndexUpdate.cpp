@@ -30,6 +30,7 @@ constexpr size_t firstPortion = 512;
 constexpr size_t portion = 8192;
 // From so many on, sorting all for an index at once is quicker than adding to it one by one.
 constexpr size_t many = 5000;
+constexpr std::chrono::milliseconds pulse{8};
 // The log grows to that size before it is moved into the file.
 constexpr qint64 largestLog = qint64{16} * 1024 * 1024;
 
@@ -69,6 +70,9 @@ Update IndexUpdate::all(const std::stop_token& stop, const ProgressCallback& pro
     if (!hasNames) scan.emplace(descriptor.number(), m_threads);
     known.read();
     if (hasNames) scan.emplace(descriptor.number(), m_threads, known);
+    // Whoever asks meanwhile is not to wait for the end.
+    while (!stop.stop_requested() && !scan->waitFor(pulse))
+      if (progress) progress({});
     if (!scan->wait()) {
       update.error = JournalError::make(JournalError::NotReadable,
                                         fileReadError(scan->errnoNumber(), m_entriesFolder).localizedDescription);

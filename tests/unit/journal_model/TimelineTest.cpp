@@ -94,6 +94,17 @@ TEST_F(TimelineTest, WhatFitsOnOnePageIsShownOnce) {
   }
 }
 
+// Between the page and the counts an entry came.
+TEST_F(TimelineTest, AsksAgainForAPageThatIsNotWhatWasCounted) {
+  show(u"sea"_s);
+  reader.answer(0);
+  reader.answerCounts(3);
+  EXPECT_EQ(timeline.total(), 3);
+  EXPECT_EQ(timeline.row(0), nullptr);
+  reader.answer(3);
+  ASSERT_NE(timeline.row(0), nullptr);
+}
+
 TEST_F(TimelineTest, NewsOfTheSameQuestionAreShownWhole) {
   show(u"sea"_s);
   reader.answer(1000);
