@@ -43,6 +43,7 @@ JournalCommands::JournalCommands(QWidget& window) {
   Builder build(window, menus);
   build.menu(u"&File"_s);
   newEntry = build.item(u"&New Entry"_s, keys(u"Ctrl+N"_s));
+  newEntryOnDay = build.item(u"New Entry on the Calendar’s Da&y"_s, keys(u"Ctrl+Shift+N"_s));
   build.separator();
   print = build.item(u"&Print…"_s, keys(u"Ctrl+P"_s));
   exportPDF = build.item(u"Save as P&DF…"_s, keys(u"Ctrl+Shift+P"_s));
@@ -55,6 +56,7 @@ JournalCommands::JournalCommands(QWidget& window) {
   redo = build.item(u"&Redo"_s, standard(QKeySequence::Redo));
   build.separator();
   find = build.item(u"&Find"_s, keys(u"Ctrl+F"_s));
+  details = build.item(u"Entry &Details: Date, Place, Tags"_s, keys(u"Ctrl+I"_s));
   // Not with Ctrl alone: that takes a word out of a text.
   moveToTrash = build.item(u"Move to &Trash"_s, keys(u"Ctrl+Shift+Backspace"_s));
 

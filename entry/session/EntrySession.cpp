@@ -12,6 +12,7 @@
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
+#include "qlcore/StorableValues.h"
 
 #include <QPointer>
 
@@ -70,11 +71,10 @@ bool EntrySession::refresh(Error* error) {
 }
 
 EntryDetails EntrySession::details() const {
-  const auto& place = m_place.location();
-  EntryDetails details{.creationDate = Date::now(),
+  EntryDetails details{.creationDate = storableNow(),
                        .timeZone = TimeZone::systemTimeZone().name(),
                        .tags = {},
-                       .location = place ? std::optional(*place) : std::nullopt,
+                       .location = m_place.place(),
                        .weather = m_place.weather()};
   if (!m_activeEntry) return details;
   details.creationDate = m_activeEntry->creationDate();
@@ -94,8 +94,7 @@ bool EntrySession::setDetails(const EntryDetails& details, Error* error) {
   }
   m_activeEntry->setTimeZone(details.timeZone);
   m_activeEntry->setTags(details.tags);
-  const auto& place = m_place.location();
-  if (details.location != (place ? std::optional(*place) : std::nullopt))
+  if (details.location != m_place.place())
     m_place.setLocation(details.location ? std::make_shared<const QLLocation>(*details.location) : nullptr);
   if (details.weather != m_place.weather()) m_place.setWeather(details.weather);
   detailsDidChange();
@@ -103,7 +102,8 @@ bool EntrySession::setDetails(const EntryDetails& details, Error* error) {
 }
 
 void EntrySession::placeDidChange() {
-  if (m_activeEntry) detailsDidChange();
+  if (!m_activeEntry) return;
+  if (m_activeEntry->location() != m_place.place() || m_activeEntry->weather() != m_place.weather()) detailsDidChange();
 }
 
 void EntrySession::detailsDidChange() {
@@ -180,8 +180,7 @@ bool EntrySession::write(bool force, Error* error) {
 
 // When this fails the entry stays active: the next save tries again.
 bool EntrySession::saveActiveEntry(Error* error) {
-  const auto& found = m_place.location();
-  const auto place = found ? std::optional(*found) : std::nullopt;
+  const auto place = m_place.place();
   const auto weather = m_place.weather();
   m_activeEntry->setLocation(place);
   m_activeEntry->setWeather(weather);

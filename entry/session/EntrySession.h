@@ -1,11 +1,11 @@
 #pragma once
 
-#include "entry/session/EntryDetails.h"
 #include "entry/session/EntryDraft.h"
 #include "entry/session/JournalTags.h"
 #include "foundation/Date.h"
 #include "foundation/Error.h"
 #include "foundation/PropertyListValue.h"
+#include "qlcore/EntryDetails.h"
 
 #include <QObject>
 #include <QStringList>

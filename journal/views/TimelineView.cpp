@@ -55,6 +55,7 @@ void TimelineView::reload() {
   m_anchor = m_current;
   updateScrollBar();
   AccessibleTimeline::rowsDidChange(*this);
+  follow();
   viewport()->update();
 }
 
@@ -66,7 +67,25 @@ void TimelineView::rowsDidArrive(int first, int last) {
   } else if (m_current >= first && m_current <= last && m_currentIdentifier.isEmpty()) {
     setCurrent(m_current);
   }
+  follow();
   viewport()->update();
+}
+
+void TimelineView::followCurrentEntry(QDate day) {
+  m_followedDay = day;
+  follow();
+}
+
+void TimelineView::follow() {
+  if (!m_followedDay.isValid()) return;
+  if (m_current >= 0) {
+    if (m_rows.dayOfRow(m_current) != m_followedDay) return;
+    m_followedDay = {};
+    return scrollTo(m_current);
+  }
+  // Rows are read when they are in view, and may take a moment.
+  if (const int row = m_rows.firstRowOfDay(m_followedDay); row >= 0)
+    verticalScrollBar()->setValue(m_rows.rowWithHeading(row).top);
 }
 
 const TimelineRow* TimelineView::entryAt(int row) const {
@@ -111,6 +130,7 @@ void TimelineView::setCurrent(int row) {
   viewport()->update();
   if (identifier == m_currentIdentifier) return;
   m_currentIdentifier = identifier;
+  m_followedDay = {};
   Q_EMIT currentEntryChanged(identifier);
 }
 
