@@ -2,6 +2,8 @@
 
 #include <QMenu>
 
+#include <utility>
+
 namespace quillo {
 
 using namespace Qt::StringLiterals;
@@ -35,6 +37,15 @@ QList<QKeySequence> standard(QKeySequence::StandardKey key) {
 
 QList<QKeySequence> keys(const QString& text) {
   return {QKeySequence(text)};
+}
+
+// Of no command: the calendar has them while it has the keyboard.
+constexpr std::pair<QStringView, QStringView> calendarKeys[] = {
+    {u"Return", u"Entries of the day"}, {u"M", u"Entries of the month"}, {u"Y", u"Entries of the year"}};
+
+QString line(QStringView key, QStringView what) {
+  return u"<tr><td width=\"180\"><b>%1</b></td><td>%2</td></tr>"_s.arg(key.toString().toHtmlEscaped(),
+                                                                       what.toString().toHtmlEscaped());
 }
 
 }  // namespace
@@ -92,13 +103,13 @@ QString JournalCommands::shortcutList() const {
     const QList<QAction*> items = menu->actions();
     for (const QAction* item : items) {
       if (item->shortcut().isEmpty()) continue;
-      text += u"<tr><td width=\"150\"><b>%1</b></td><td>%2</td></tr>"_s.arg(
-          item->shortcut().toString(QKeySequence::NativeText).toHtmlEscaped(),
-          item->text().remove(u'&').remove(u'…').toHtmlEscaped());
+      text += line(item->shortcut().toString(QKeySequence::NativeText), item->text().remove(u'&').remove(u'…'));
     }
     text += u"</table>"_s;
   }
-  return text;
+  text += u"<h4>Calendar</h4><table>"_s;
+  for (const auto& [key, what] : calendarKeys) text += line(key, what);
+  return text + u"</table>"_s;
 }
 
 }  // namespace quillo

@@ -2,10 +2,10 @@
 
 #include "entry/text/EntryViewTextView.h"
 #include "foundation/UserDefaults.h"
-#include "journal/EmptyList.h"
 #include "journal/JournalPrinting.h"
 #include "journal/ShortcutsDialog.h"
 #include "journal/SidebarSections.h"
+#include "journal/WindowStates.h"
 #include "journal/reading/ReadingView.h"
 #include "journal/views/FoldingColumns.h"
 #include "journal/views/MonthView.h"
@@ -277,14 +277,7 @@ void JournalWindow::sidebarChosen(const SidebarItem& item) {
 }
 
 void JournalWindow::showDamaged() {
-  // More than fit on the page help nobody; quilloctl lists them all.
-  constexpr qsizetype mostShown = 8;
-  QStringList reasons;
-  for (const IndexedDamage& damage : m_damaged.first(std::min(mostShown, m_damaged.size()))) reasons << damage.reason;
-  if (m_damaged.size() > mostShown) reasons << u"… and %1 more"_s.arg(m_damaged.size() - mostShown);
-  m_view.paperState->show(u"Entries that cannot be read"_s,
-                          u"Their files are left as they are.\n\n"_s + reasons.join(u"\n\n"_s),
-                          {{u"Show the Files"_s, [this] { m_services.showFolder(m_library.entriesFolder()); }}});
+  showDamagedEntries(*m_view.paperState, m_damaged, [this] { m_services.showFolder(m_library.entriesFolder()); });
   m_view.paper->setCurrentWidget(m_view.paperState);
   m_view.columns->bringToFront(FoldingColumns::Column::Paper);
 }

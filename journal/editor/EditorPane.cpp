@@ -144,7 +144,6 @@ bool EditorPane::leave() {
 
 bool EditorPane::open(std::shared_ptr<QLJournalEntryFile> entry) {
   if (!leave()) return false;
-  dismissOwnNotice();
   // They may be others by the time that one is typed.
   m_session.tags().forget();
   forgetChanges();
@@ -182,6 +181,7 @@ void EditorPane::clear() {
 }
 
 void EditorPane::forgetChanges() {
+  dismissOwnNotice();
   m_changes.clear();
   m_placeTimer.stop();
   m_looksForPlace = false;

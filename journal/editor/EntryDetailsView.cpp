@@ -16,6 +16,7 @@
 #include <QPushButton>
 #include <QScopedValueRollback>
 #include <QToolButton>
+#include <QVBoxLayout>
 #include <QWidgetAction>
 
 #include <algorithm>
@@ -113,15 +114,14 @@ void EntryDetailsView::buildFields() {
   m_name = new QLineEdit(this);
   m_name->setAccessibleName(u"Name of the place"_s);
   m_name->setToolTip(u"What the place is called in the journal"_s);
-  m_name->setPlaceholderText(u"Called"_s);
   m_noPlace = new QPushButton(u"No Place"_s, this);
   m_done = new QPushButton(u"Done"_s, this);
-  const QString titles[] = {u"When"_s, u"Tags"_s, u"Place"_s};
-  QWidget* const firstFields[] = {m_when, m_tags, m_place};
+  const QString titles[] = {u"When"_s, u"Zone"_s, u"Tags"_s, u"Place"_s, u"Called"_s};
+  QWidget* const fields[] = {m_when, m_zone, m_tags, m_place, m_name};
   for (size_t i = 0; i < std::size(titles); ++i) {
     m_labels[i] = new QLabel(titles[i], this);
     m_labels[i]->setFont(textFont(12));
-    m_labels[i]->setBuddy(firstFields[i]);
+    m_labels[i]->setBuddy(fields[i]);
   }
   for (QWidget* field : {static_cast<QWidget*>(m_when), static_cast<QWidget*>(m_day), static_cast<QWidget*>(m_zone),
                          static_cast<QWidget*>(m_tags), static_cast<QWidget*>(m_place), static_cast<QWidget*>(m_name),
@@ -141,6 +141,7 @@ void EntryDetailsView::connectFields() {
   });
   connect(m_when, &QDateTimeEdit::editingFinished, this, &EntryDetailsView::takeReading);
   m_when->installEventFilter(this);
+  m_name->installEventFilter(this);
   connect(m_day, &QToolButton::clicked, this, &EntryDetailsView::chooseDay);
   connect(m_zone, &SuggestingField::chosen, this, &EntryDetailsView::takeZone);
   connect(m_zone, &QLineEdit::editingFinished, this, &EntryDetailsView::takeZone);
@@ -159,24 +160,27 @@ void EntryDetailsView::connectFields() {
 // In a narrow window each field has a line of its own.
 void EntryDetailsView::layOut(bool isWide) {
   m_isWide = isWide;
-  // What is in the grid already moves.
+  // Zone and name stand behind the fields that they belong to, or under them.
+  const int second = isWide ? 3 : 0;
   const int zoneRow = isWide ? 0 : 1;
-  const int tagsRow = isWide ? 1 : 2;
+  const int tagsRow = zoneRow + 1;
   const int placeRow = tagsRow + 1;
   const int nameRow = isWide ? placeRow : placeRow + 1;
   const int lastColumn = isWide ? 4 : 2;
-  const std::pair<QLabel*, int> labels[] = {{m_labels[0], 0}, {m_labels[1], tagsRow}, {m_labels[2], placeRow}};
-  for (const auto& [label, row] : labels) m_grid->addWidget(label, row, 0);
+  const int zoneSpan = isWide ? 1 : 2;
+  // What is in the grid already moves.
+  const std::pair<int, int> labels[] = {{0, 0}, {zoneRow, second}, {tagsRow, 0}, {placeRow, 0}, {nameRow, second}};
+  for (size_t i = 0; i < std::size(labels); ++i) m_grid->addWidget(m_labels[i], labels[i].first, labels[i].second);
   m_grid->addWidget(m_when, 0, 1);
   m_grid->addWidget(m_day, 0, 2);
-  m_grid->addWidget(m_zone, zoneRow, isWide ? 3 : 1, 1, 2);
+  m_grid->addWidget(m_zone, zoneRow, second + 1, 1, zoneSpan);
   m_grid->addWidget(m_tags, tagsRow, 1, 1, lastColumn);
   m_grid->addWidget(m_place, placeRow, 1, 1, 2);
-  m_grid->addWidget(m_name, nameRow, isWide ? 3 : 1, 1, 2);
+  m_grid->addWidget(m_name, nameRow, second + 1, 1, zoneSpan);
   m_grid->addWidget(m_noPlace, nameRow + 1, 1, Qt::AlignLeft);
   m_grid->addWidget(m_done, nameRow + 1, lastColumn, Qt::AlignRight);
-  m_grid->setColumnStretch(1, 3);
-  m_grid->setColumnStretch(3, isWide ? 3 : 0);
+  m_grid->setColumnStretch(1, 1);
+  m_grid->setColumnStretch(4, isWide ? 1 : 0);
 }
 
 void EntryDetailsView::resizeEvent(QResizeEvent*) {
@@ -191,7 +195,10 @@ void EntryDetailsView::setDetails(const EntryDetails& details) {
   const QScopedValueRollback filling(m_isFilling, true);
   // Not over what is being typed; where that counts already, it is not marked as such any more.
   const auto fill = [](QLineEdit& field, const QString& text) {
-    if (!field.hasFocus() || !field.isModified()) field.setText(text);
+    if (field.hasFocus() && field.isModified()) return;
+    const bool isWhole = !text.isEmpty() && field.selectedText() == field.text();
+    field.setText(text);
+    if (field.hasFocus() && isWhole) field.selectAll();
   };
   if (const QDateTime reading = readingOf(details); reading != m_when->dateTime()) {
     m_pause.stop();
@@ -284,10 +291,12 @@ void EntryDetailsView::takeName() {
 
 void EntryDetailsView::chooseDay() {
   QMenu menu(this);
+  auto* page = new QWidget;
   auto* month = new MonthView;
   month->setSelectedDay(m_when->date());
+  (new QVBoxLayout(page))->addWidget(month);
   auto* holder = new QWidgetAction(&menu);
-  holder->setDefaultWidget(month);
+  holder->setDefaultWidget(page);
   menu.addAction(holder);
   connect(month, &MonthView::dayActivated, &menu, [this, &menu](QDate day) {
     menu.close();
@@ -300,10 +309,11 @@ void EntryDetailsView::chooseDay() {
 }
 
 bool EntryDetailsView::eventFilter(QObject* watched, QEvent* event) {
-  // Taking back a day is more use than taking back a digit: the key is the window's.
+  // Where there is no typing to take back, a change is: the key is the window's. Taking back a day is more use than
+  // taking back a digit of it.
   const bool isUndo =
       event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent*>(event)->matches(QKeySequence::Undo);
-  if (watched != m_when || !isUndo) return QFrame::eventFilter(watched, event);
+  if (!isUndo || (watched == m_name && m_name->isUndoAvailable())) return QFrame::eventFilter(watched, event);
   event->ignore();
   return true;
 }

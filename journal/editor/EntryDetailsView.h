@@ -72,7 +72,7 @@ class EntryDetailsView : public QFrame {
   QString m_town;             // as it stands in the field
   QList<FoundPlace> m_found;  // that are offered
   QGridLayout* m_grid;
-  QLabel* m_labels[3];
+  QLabel* m_labels[5];  // When, Zone, Tags, Place, Called
   QDateTimeEdit* m_when;
   QToolButton* m_day;
   SuggestingField* m_zone;

@@ -2,6 +2,7 @@
 
 #include "controls/Fonts.h"
 #include "journal/views/JournalColors.h"
+#include "journal/views/JournalStyle.h"
 
 #include <QAbstractItemView>
 #include <QCompleter>
@@ -80,13 +81,12 @@ bool SuggestingField::event(QEvent* event) {
 }
 
 void SuggestingField::applyColors() {
-  const JournalColors colors = JournalColors::current();
-  QPalette own = m_completer->popup()->palette();
-  own.setColor(QPalette::Base, colors.paper);
-  own.setColor(QPalette::Text, colors.text);
-  own.setColor(QPalette::Highlight, colors.accent);
-  own.setColor(QPalette::HighlightedText, colors.accentText);
-  m_completer->popup()->setPalette(own);
+  const QString style = styleWithColors(
+      u"QAbstractItemView { border: 1px solid %line; background: %paper; color: %text; outline: none }"
+      "QAbstractItemView::item { padding: 4px 6px }"
+      "QAbstractItemView::item:selected { background: %accent; color: %onAccent }"_s,
+      JournalColors::current());
+  if (m_completer->popup()->styleSheet() != style) m_completer->popup()->setStyleSheet(style);
 }
 
 }  // namespace quillo

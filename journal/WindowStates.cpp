@@ -1,8 +1,12 @@
-#include "journal/EmptyList.h"
+#include "journal/WindowStates.h"
 
 #include "journal/CalendarLinks.h"
 #include "journal/model/JournalSearch.h"
 #include "journal/views/StatePage.h"
+#include "qlcore/index/IndexedEntry.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace quillo {
 
@@ -28,6 +32,16 @@ void showEmptyList(StatePage& page, const JournalSearch& search, const EmptyList
     page.show(u"Nothing written"_s, u"The journal has no entry of %1."_s.arg(filters.first().text()), offers);
   else
     page.show(u"Nothing found"_s, u"No entry has all of this."_s, offers);
+}
+
+void showDamagedEntries(StatePage& page, const QList<IndexedDamage>& damaged, std::function<void()> showFiles) {
+  // More than fit on the page help nobody; quilloctl lists them all.
+  constexpr qsizetype mostShown = 8;
+  QStringList reasons;
+  for (const IndexedDamage& damage : damaged.first(std::min(mostShown, damaged.size()))) reasons << damage.reason;
+  if (damaged.size() > mostShown) reasons << u"… and %1 more"_s.arg(damaged.size() - mostShown);
+  page.show(u"Entries that cannot be read"_s, u"Their files are left as they are.\n\n"_s + reasons.join(u"\n\n"_s),
+            {{u"Show the Files"_s, std::move(showFiles)}});
 }
 
 }  // namespace quillo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDate>
+#include <QList>
 
 #include <functional>
 #include <optional>
@@ -9,6 +10,7 @@ namespace quillo {
 
 class JournalSearch;
 class StatePage;
+struct IndexedDamage;
 
 struct EmptyListActions {
   // On a day, or now.
@@ -19,5 +21,8 @@ struct EmptyListActions {
 
 // Says on the page why the list is empty, and offers what leads on.
 void showEmptyList(StatePage& page, const JournalSearch& search, const EmptyListActions& actions);
+
+// Says which entries cannot be read, and why.
+void showDamagedEntries(StatePage& page, const QList<IndexedDamage>& damaged, std::function<void()> showFiles);
 
 }  // namespace quillo
