@@ -192,6 +192,8 @@ bool EditorPane::save() {
   m_saveTimer.stop();
   commitComposition();
   if (!m_session.isUnsaved()) return true;
+  const QLJournalEntryFile* before = m_session.activeEntry();
+  const bool isNew = !before || !before->fileURLForEntryProperties();
   Error error;
   if (!m_session.save(/*force=*/false, &error)) {
     m_status.setState(u"Not saved"_s);
@@ -206,8 +208,16 @@ bool EditorPane::save() {
         {{u"Keep mine"_s, [this, ours = merge->ours] { replaceText(ours); }},
          {u"Keep the other"_s, [this, theirs = merge->theirs] { replaceText(theirs); }}});
   showDetails();
-  if (entry->fileURLForEntryProperties()) Q_EMIT entrySaved(entry->uuid());
+  if (entry->fileURLForEntryProperties()) tellSaved(/*isMoved=*/isNew);
   return true;
+}
+
+void EditorPane::tellSaved(bool isMoved) {
+  const QLJournalEntryFile& entry = *m_session.activeEntry();
+  const QString identifier = entry.uuid();
+  const QDate day = localTime(entry.creationDate(), entry.timeZone()).date();
+  Q_EMIT entrySaved(identifier);
+  if (isMoved) Q_EMIT entryMoved(identifier, day);
 }
 
 // As the person would, with a step that can be undone.
@@ -312,9 +322,7 @@ bool EditorPane::setDetails(const EntryDetails& details) {
   const QLJournalEntryFile* entry = m_session.activeEntry();
   if (!isSaved || !entry || !entry->fileURLForEntryProperties()) return isSaved;
   m_status.setState(u"Saved"_s);
-  Q_EMIT entrySaved(entry->uuid());
-  if (entry->creationDate() != before)
-    Q_EMIT entryMoved(entry->uuid(), localTime(entry->creationDate(), entry->timeZone()).date());
+  tellSaved(/*isMoved=*/entry->creationDate() != before);
   return true;
 }
 

@@ -77,7 +77,7 @@ class EditorPane : public QWidget, private EntryText {
  Q_SIGNALS:
   // The journal has the entry as it is here.
   void entrySaved(const QString& identifier);
-  // Its place in the order of entries is another now.
+  // Its place in the order of entries is another now, or it has one for the first time.
   void entryMoved(const QString& identifier, QDate day);
   // An entry is left whose text was deleted, which its file still has.
   void emptiedEntryLeft(const QString& identifier);
@@ -93,6 +93,7 @@ class EditorPane : public QWidget, private EntryText {
   void connectView();
   void changeDetails(const EntryDetails& before, const EntryDetails& after);
   bool setDetails(const EntryDetails& details);
+  void tellSaved(bool isMoved);
   void forgetChanges();
   void lookForWeather(const EntryDetails& before, const EntryDetails& after);
   void lookForPlace();

@@ -143,15 +143,18 @@ void EntryDetailsView::connectFields() {
   m_when->installEventFilter(this);
   m_name->installEventFilter(this);
   connect(m_day, &QToolButton::clicked, this, &EntryDetailsView::chooseDay);
-  connect(m_zone, &SuggestingField::chosen, this, &EntryDetailsView::takeZone);
-  connect(m_zone, &QLineEdit::editingFinished, this, &EntryDetailsView::takeZone);
   connect(m_tags, &QLineEdit::editingFinished, this, &EntryDetailsView::takeTags);
-  connect(m_place, &SuggestingField::chosen, this, &EntryDetailsView::takePlace);
-  connect(m_place, &QLineEdit::editingFinished, this, &EntryDetailsView::takePlace);
+  const auto onTaking = [this](SuggestingField* field, void (EntryDetailsView::*take)(Takes)) {
+    connect(field, &SuggestingField::chosen, this, [this, take] { (this->*take)(Takes::WholeName); });
+    connect(field, &QLineEdit::returnPressed, this, [this, take] { (this->*take)(Takes::FirstFound); });
+    connect(field, &QLineEdit::editingFinished, this, [this, take] { (this->*take)(Takes::WholeName); });
+  };
+  onTaking(m_zone, &EntryDetailsView::takeZone);
+  onTaking(m_place, &EntryDetailsView::takePlace);
   connect(m_name, &QLineEdit::editingFinished, this, &EntryDetailsView::takeName);
   connect(m_noPlace, &QPushButton::clicked, this, [this] {
     m_place->clear();
-    takePlace();
+    takePlace(Takes::WholeName);
     m_place->setFocus();
   });
   connect(m_done, &QPushButton::clicked, this, &EntryDetailsView::left);
@@ -245,12 +248,13 @@ void EntryDetailsView::takeReading() {
   if (!m_isFilling && reading != readingOf(m_details)) tell(withReading(m_details, reading.date(), reading.time()));
 }
 
-void EntryDetailsView::takeZone() {
+void EntryDetailsView::takeZone(Takes takes) {
   const QString text = m_zone->text().trimmed();
   if (text == m_details.timeZone) return;
-  const QStringList found = text.isEmpty() ? QStringList() : zonesNamed(text, 1);
-  tell(found.isEmpty() ? m_details : withZone(m_details, found.first()));
-  if (found.isEmpty() && !text.isEmpty())
+  const QString found = text.isEmpty() ? QString() : zonesNamed(text, 1).value(0);
+  const bool isMeant = takes == Takes::FirstFound ? !found.isEmpty() : found.compare(text, Qt::CaseInsensitive) == 0;
+  tell(isMeant ? withZone(m_details, found) : m_details);
+  if (takes == Takes::FirstFound && !isMeant && !text.isEmpty())
     Q_EMIT problemFound(u"There is no time zone of that name; Asia/Tokyo is one."_s);
 }
 
@@ -261,25 +265,24 @@ void EntryDetailsView::takeTags() {
   tell(after);
 }
 
-void EntryDetailsView::takePlace() {
+void EntryDetailsView::takePlace(Takes takes) {
   const QString text = m_place->text().trimmed();
   if (text == m_town) return;
   EntryDetails after = m_details;
   after.location.reset();
-  if (!text.isEmpty()) {
-    const QList<FoundPlace> found = m_found + placesNamed(text, m_formatter, 1);
-    const auto chosen =
-        std::find_if(found.begin(), found.end(), [&text](const FoundPlace& place) { return place.title == text; });
-    // What was not chosen means the first that begins so.
-    const auto* place = chosen != found.end() ? &*chosen : nullptr;
-    if (!place && found.size() > m_found.size()) place = &found.last();
-    if (!place) {
-      forgetTyping();
-      return Q_EMIT problemFound(u"No town of that name is known."_s);
-    }
-    after.location = place->location;
+  if (text.isEmpty()) return tell(after);
+  // What was offered for the text may be another one than the largest of its name.
+  const QList<FoundPlace> found = m_found + placesNamed(text, m_formatter, 1);
+  auto meant = std::find_if(found.begin(), found.end(), [&text](const FoundPlace& place) {
+    return place.title.compare(text, Qt::CaseInsensitive) == 0;
+  });
+  if (meant == found.end() && takes == Takes::FirstFound && found.size() > m_found.size()) meant = found.end() - 1;
+  if (meant != found.end()) {
+    after.location = meant->location;
+    return tell(after);
   }
-  tell(after);
+  forgetTyping();
+  if (takes == Takes::FirstFound) Q_EMIT problemFound(u"No town of that name is known."_s);
 }
 
 void EntryDetailsView::takeName() {
@@ -305,7 +308,7 @@ void EntryDetailsView::chooseDay() {
   });
   QTimer::singleShot(0, month, [month] { month->setFocus(); });
   menu.exec(m_when->mapToGlobal(QPoint(0, m_when->height())));
-  m_when->setFocus();
+  m_day->setFocus();
 }
 
 bool EntryDetailsView::eventFilter(QObject* watched, QEvent* event) {

@@ -60,9 +60,10 @@ class EntryDetailsView : public QFrame {
   void tell(const EntryDetails& after);
   void forgetTyping();
   void takeReading();
-  void takeZone();
+  enum class Takes { WholeName, FirstFound };
+  void takeZone(Takes takes);
   void takeTags();
-  void takePlace();
+  void takePlace(Takes takes);
   void takeName();
   void chooseDay();
 

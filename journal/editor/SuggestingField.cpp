@@ -8,17 +8,26 @@
 #include <QCompleter>
 #include <QKeyEvent>
 
+#include <algorithm>
 #include <utility>
 
 namespace quillo {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr int longestList = 8;
+constexpr int listMargin = 12;  // in points
+
+}  // namespace
+
 SuggestingField::SuggestingField(Kind kind, Source source, QWidget* parent)
     : QLineEdit(parent), m_kind(kind), m_source(std::move(source)), m_completer(new QCompleter(&m_model, this)) {
   m_completer->setCompletionMode(QCompleter::UnfilteredPopupCompletion);
   // The list is ours to fill, and what is taken ours to put in.
   m_completer->setWidget(this);
+  m_completer->setMaxVisibleItems(longestList);
   m_completer->popup()->setFont(textFont(13));
   connect(this, &QLineEdit::textEdited, this, &SuggestingField::suggest);
   connect(m_completer, qOverload<const QString&>(&QCompleter::activated), this, &SuggestingField::take);
@@ -41,7 +50,9 @@ void SuggestingField::suggest() {
   if (found.isEmpty()) return closeList();
   m_model.setStringList(found);
   m_completer->setCompletionPrefix({});
-  m_completer->complete();
+  // As wide as what is in it: names may be told apart by their ends.
+  const int needed = m_completer->popup()->sizeHintForColumn(0) + 2 * m_completer->popup()->frameWidth() + listMargin;
+  m_completer->complete(QRect(0, 0, std::max(width(), needed), height()));
   if (m_kind == Kind::One) m_completer->popup()->setCurrentIndex(m_model.index(0));
 }
 

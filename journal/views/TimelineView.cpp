@@ -14,6 +14,7 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <utility>
 
 namespace quillo {
 
@@ -73,6 +74,7 @@ void TimelineView::rowsDidArrive(int first, int last) {
 
 void TimelineView::followCurrentEntry(QDate day) {
   m_followedDay = day;
+  m_hasGoneThere = false;
   follow();
 }
 
@@ -83,9 +85,9 @@ void TimelineView::follow() {
     m_followedDay = {};
     return scrollTo(m_current);
   }
-  // Rows are read when they are in view, and may take a moment.
-  if (const int row = m_rows.firstRowOfDay(m_followedDay); row >= 0)
-    verticalScrollBar()->setValue(m_rows.rowWithHeading(row).top);
+  // Rows are read when they are in view, and may take a moment. Once: it may be that the list is not to have it.
+  const int row = m_rows.firstRowOfDay(m_followedDay);
+  if (row >= 0 && !std::exchange(m_hasGoneThere, true)) verticalScrollBar()->setValue(m_rows.rowWithHeading(row).top);
 }
 
 const TimelineRow* TimelineView::entryAt(int row) const {

@@ -79,6 +79,7 @@ class TimelineView : public QAbstractScrollArea {
   QSet<int> m_selected;
   QString m_currentIdentifier;
   QDate m_followedDay;
+  bool m_hasGoneThere{false};
 };
 
 }  // namespace quillo
