@@ -212,7 +212,7 @@ void JournalWindow::addFilter(const SearchFilter& filter) {
 
 void JournalWindow::showListState() {
   const qint64 all = m_overview.total();
-  if (m_problem.isEmpty())
+  if (m_problem.isEmpty() && m_timeline.isCounted())
     m_view.search->setStatus(m_search.isEmpty() || all == 0
                                  ? QString()
                                  : u"%1 of %2"_s.arg(locale().toString(m_timeline.total()), locale().toString(all)),

@@ -335,6 +335,8 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
   }
   m_fileURL = QUrl::fromLocalFile(folder->path() + u'/' + m_fileName);
   m_saved = m_content;
+  // What a crash left of another save. Those who only read are not to wait for all names' being read.
+  folder->removeLeftoversOnce();
   return true;
 }
 

@@ -44,20 +44,24 @@ TimelineView::TimelineView(TimelineSource& source, QWidget* parent) : QAbstractS
   setAccessibleName(u"Entries"_s);
   connect(&m_source, &TimelineSource::didReset, this, &TimelineView::reload);
   connect(&m_source, &TimelineSource::rowsDidArrive, this, &TimelineView::rowsDidArrive);
-  reload();
+  reload(/*isOther=*/true);
 }
 
-void TimelineView::reload() {
+void TimelineView::reload(bool isOther) {
   m_rows = TimelineLayout(m_source.days(), TimelineRowPainter::headingHeight, TimelineRowPainter::rowHeight);
   m_selected.clear();
-  m_current = m_currentIdentifier.isEmpty() ? -1 : m_source.rowOfEntry(m_currentIdentifier);
+  // A row that was chosen before it had been read is still meant.
+  const bool isAwaited = m_current >= 0 && m_currentIdentifier.isEmpty() && !isOther;
+  if (!isAwaited) m_current = m_currentIdentifier.isEmpty() ? -1 : m_source.rowOfEntry(m_currentIdentifier);
   if (m_current >= m_rows.rowCount()) m_current = -1;
   if (m_current >= 0) m_selected = {m_current};
   m_anchor = m_current;
   updateScrollBar();
+  if (isOther) verticalScrollBar()->setValue(0);
   AccessibleTimeline::rowsDidChange(*this);
   follow();
   viewport()->update();
+  if (isAwaited && entryAt(m_current)) setCurrent(m_current);
 }
 
 void TimelineView::rowsDidArrive(int first, int last) {

@@ -63,7 +63,7 @@ class TimelineView : public QAbstractScrollArea {
   void changeEvent(QEvent* event) override;
 
  private:
-  void reload();
+  void reload(bool isOther);
   void rowsDidArrive(int first, int last);
   void updateScrollBar();
   void choose(int row, Qt::KeyboardModifiers modifiers);

@@ -10,8 +10,6 @@
 #include <QFile>
 #include <QVarLengthArray>
 
-#include <time.h>
-
 #include <cmath>
 #include <vector>
 
@@ -22,14 +20,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QChar tagSeparator(0x1F);
-// Of file systems that keep times in steps, the coarsest that are in use count in twos of seconds.
-constexpr qint64 coarsestClock = 2'000'000'000;
-
-qint64 nowInNanoseconds() {
-  timespec now{};
-  ::clock_gettime(CLOCK_REALTIME, &now);
-  return qint64{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
-}
 
 // Gathers the words of an entry, and what its words begin with.
 class WordGatherer {
@@ -197,13 +187,13 @@ FileReading EntryReader::read(const QByteArray& name) {
   const QString path = m_folder.path() + u'/' + text;
   // Before the file is read: what is written from now on gives it another stamp, unless the clock of the file system
   // stands still meanwhile.
-  const qint64 now = nowInNanoseconds();
+  const qint64 now = EntryFileStamp::now();
   const auto stamp = EntryFileStamp::of(m_descriptor, name);
   if (!stamp) {
     reading.isGone = true;
     return reading;
   }
-  reading.stamp = stamp->changed > now - coarsestClock ? stamp->distrusted() : *stamp;
+  reading.stamp = stamp->trustedAt(now);
   const auto key = EntryFileKey::fromName(name);
   if (!key) {
     reading.damage = path + u": the name is not an entry's identifier"_s;
