@@ -2,7 +2,6 @@
 
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
-#include "config/Settings.h"
 #include "controls/Coordinates.h"
 #include "controls/CustomCursorButton.h"
 #include "controls/Fonts.h"
@@ -209,8 +208,7 @@ void AgentEntryWindowController::showEditor(bool reminder) {
   window().ui().snoozeButtonContainer->setVisible(reminder);
   if (reminder) layoutSnoozeButtonsAccordingToUserDefaults();
   window().setScrollBorderFrame(reminder ? condensedScrollFrame : expandedScrollFrame);
-  const auto automatic = settingValue(m_services.config.groupProperties(), Key::addLocationAutomatically);
-  const bool locate = automatic && automatic->boolValue();
+  const bool locate = m_place.isAutomatic();
   window().ui().locationToggleButton->setChecked(locate);
   if (locate) fetchLocationOnceShown();
 }

@@ -17,6 +17,7 @@ struct JournalCommands {
   QList<QMenu*> menus;
 
   QAction* newEntry;
+  QAction* newEntryOnDay;
   QAction* print;
   QAction* exportPDF;
   QAction* close;
@@ -25,6 +26,7 @@ struct JournalCommands {
   QAction* undo;
   QAction* redo;
   QAction* find;
+  QAction* details;
   QAction* moveToTrash;
 
   QAction* read;

@@ -8,6 +8,24 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
+QString styleWithColors(QString style, const JournalColors& colors) {
+  const std::pair<QString, QColor> names[] = {
+      {u"%line"_s, colors.line},
+      {u"%list"_s, colors.list},
+      {u"%paper"_s, colors.paper},
+      {u"%text"_s, colors.text},
+      {u"%bar"_s, colors.bar},
+      {u"%shade"_s, colors.shade},
+      // The longer name first, or the shorter would take its beginning.
+      {u"%accentDark"_s, blended(colors.accent, QColor(Qt::black), 0.88)},
+      {u"%accent"_s, colors.accent},
+      {u"%dim"_s, colors.dim},
+      {u"%onAccent"_s, colors.accentText},
+  };
+  for (const auto& [name, color] : names) style.replace(name, color.name());
+  return style;
+}
+
 void applyJournalStyle(QWidget& window, const JournalColors& colors) {
   const QString style =
       u"QPushButton { border: 1px solid %line; border-radius: 6px; background: %paper; color: %text;"
@@ -30,20 +48,7 @@ void applyJournalStyle(QWidget& window, const JournalColors& colors) {
       "QScrollBar::add-page, QScrollBar::sub-page { background: transparent }"
       "QSplitter::handle { background: %line }"
       "QToolTip { color: %text; background: %paper; border: 1px solid %line; padding: 3px }"_s;
-  QString sheet = style;
-  const std::pair<QString, QColor> names[] = {
-      {u"%line"_s, colors.line},
-      {u"%paper"_s, colors.paper},
-      {u"%text"_s, colors.text},
-      {u"%bar"_s, colors.bar},
-      {u"%shade"_s, colors.shade},
-      // The longer name first, or the shorter would take its beginning.
-      {u"%accentDark"_s, blended(colors.accent, QColor(Qt::black), 0.88)},
-      {u"%accent"_s, colors.accent},
-      {u"%dim"_s, colors.dim},
-      {u"%onAccent"_s, colors.accentText},
-  };
-  for (const auto& [name, color] : names) sheet.replace(name, color.name());
+  const QString sheet = styleWithColors(style, colors);
   if (window.styleSheet() != sheet) window.setStyleSheet(sheet);
 }
 
