@@ -19,12 +19,14 @@ class KnownFiles;
 class FolderScan {
  public:
   // `folder` must stay open as long as the object lives. `threads` look at the files.
-  FolderScan(int folder, unsigned threads);
-  // The same where the folder's names are known to be those of `names`, so that they need not be read.
-  FolderScan(int folder, unsigned threads, const KnownFiles& names);
+  FolderScan(int folder, unsigned threads) : m_folder(folder), m_threads(threads) {}
   FolderScan(const FolderScan&) = delete;
   FolderScan& operator=(const FolderScan&) = delete;
 
+  // Once, one of them: the second where the folder's names are known to be those of `names`, so that they need not be
+  // read.
+  void start() { start(/*hasNames=*/false); }
+  void start(const KnownFiles& names);
   // Waits for the end. False where the folder could not be read; errnoNumber() says why.
   bool wait();
   [[nodiscard]] int errnoNumber() const { return m_errno; }
