@@ -23,11 +23,7 @@ constexpr size_t portion = 512;
 
 }  // namespace
 
-FolderScan::FolderScan(int folder, unsigned threads) : m_folder(folder), m_threads(threads) {
-  start(/*hasNames=*/false);
-}
-
-FolderScan::FolderScan(int folder, unsigned threads, const KnownFiles& names) : m_folder(folder), m_threads(threads) {
+void FolderScan::start(const KnownFiles& names) {
   takeNames(names);
   start(/*hasNames=*/true);
 }

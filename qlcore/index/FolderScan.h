@@ -21,12 +21,14 @@ class KnownFiles;
 class FolderScan {
  public:
   // `folder` must stay open as long as the object lives. `threads` look at the files.
-  FolderScan(int folder, unsigned threads);
-  // The same where the folder's names are known to be those of `names`, so that they need not be read.
-  FolderScan(int folder, unsigned threads, const KnownFiles& names);
+  FolderScan(int folder, unsigned threads) : m_folder(folder), m_threads(threads) {}
   FolderScan(const FolderScan&) = delete;
   FolderScan& operator=(const FolderScan&) = delete;
 
+  // Once, one of them: the second where the folder's names are known to be those of `names`, so that they need not be
+  // read.
+  void start() { start(/*hasNames=*/false); }
+  void start(const KnownFiles& names);
   // Waits for the end, for so long at most; false when it has not come.
   [[nodiscard]] bool waitFor(std::chrono::milliseconds time);
   // The same without limit. False where the folder could not be read; errnoNumber() says why.

@@ -62,24 +62,24 @@ Update IndexUpdate::all(const std::stop_token& stop, const ProgressCallback& pro
   for (int turn = 0; turn < mostTurns; ++turn) {
     const int openings = m_keeper.openings();
     KnownFiles known(m_keeper.database());
-    std::optional<FolderScan> scan;
+    FolderScan scan(descriptor.number(), m_threads);
     // Before the names are read: what comes or goes from now on gives the folder another stamp.
     const auto names = EntryFileStamp::ofNames(descriptor.number());
     // Looked at while what is known is read, unless its names are those of the folder.
     const bool hasNames = turn == 0 && names && known.areAllOf(*names);
-    if (!hasNames) scan.emplace(descriptor.number(), m_threads);
+    if (!hasNames) scan.start();
     known.read();
-    if (hasNames) scan.emplace(descriptor.number(), m_threads, known);
+    if (hasNames) scan.start(known);
     // Whoever asks meanwhile is not to wait for the end.
-    while (!stop.stop_requested() && !scan->waitFor(pulse))
+    while (!stop.stop_requested() && !scan.waitFor(pulse))
       if (progress) progress({});
-    if (!scan->wait()) {
+    if (!scan.wait()) {
       update.error = JournalError::make(JournalError::NotReadable,
-                                        fileReadError(scan->errnoNumber(), m_entriesFolder).localizedDescription);
+                                        fileReadError(scan.errnoNumber(), m_entriesFolder).localizedDescription);
       update.isComplete = false;
       return update;
     }
-    const qsizetype left = readAndWrite(*folder, descriptor.number(), compare(known, *scan), update, stop, progress);
+    const qsizetype left = readAndWrite(*folder, descriptor.number(), compare(known, scan), update, stop, progress);
     update.isComplete = left == 0 && !stop.stop_requested();
     // Asked in between, it may have had to begin with an empty database.
     if (update.isComplete && names && m_keeper.openings() == openings) known.noteAllOf(*names);

@@ -31,7 +31,7 @@ void JournalIndexService::setJournal(const std::optional<QUrl>& url) {
   ++m_opening;
   takeState(false, std::nullopt, false);
   if (!url) return;
-  watch();  // first: what changes while it is read is told
+  watch(*url);  // first: what changes while it is read is told
   // Both come through the event loop; what a former worker told is not heard any more.
   const quint64 opening = m_opening;
   const auto inThisThread = [this, opening](auto work) {
@@ -57,8 +57,8 @@ void JournalIndexService::setJournal(const std::optional<QUrl>& url) {
   }
 }
 
-void JournalIndexService::watch() {
-  m_watcher = std::make_unique<JournalFolderWatcher>(QDir::cleanPath(m_journal->toLocalFile()));
+void JournalIndexService::watch(const QUrl& journal) {
+  m_watcher = std::make_unique<JournalFolderWatcher>(QDir::cleanPath(journal.toLocalFile()));
   connect(m_watcher.get(), &JournalFolderWatcher::folderChanged, this, [this] {
     if (m_worker) m_worker->compare();
   });
@@ -155,7 +155,7 @@ void JournalIndexService::noteChanged(const QString& uuid) {
 void JournalIndexService::compare() {
   if (!m_worker) return;
   // What the kernel had run out of may be there again.
-  if (!isWatching()) watch();
+  if (!isWatching() && m_journal) watch(*m_journal);
   m_worker->compare();
 }
 

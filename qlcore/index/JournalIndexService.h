@@ -83,7 +83,7 @@ class JournalIndexService : public QObject {
     std::function<void(const std::any&)> deliver;       // in this one
     bool isOnce{false};
   };
-  void watch();
+  void watch(const QUrl& journal);
   void request(QObject* asker, int kind, Request request);
   void post(const Key& key);
   void answered(const Key& key, quint64 number, const std::any& answer);

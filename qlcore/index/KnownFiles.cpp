@@ -73,7 +73,8 @@ void KnownFiles::readEntries() {
 
 StampedFile KnownFiles::entry(qsizetype number) const {
   const QByteArray& bytes = m_portions[static_cast<size_t>(number / portion)];
-  return *StampedFile::decoded(QByteArrayView(bytes).sliced(number % portion * StampedFile::size, StampedFile::size));
+  const auto row = QByteArrayView(bytes).sliced(number % portion * StampedFile::size, StampedFile::size);
+  return StampedFile::decoded(row).value_or(StampedFile());
 }
 
 void KnownFiles::readDamaged() {
