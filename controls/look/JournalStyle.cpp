@@ -1,6 +1,6 @@
-#include "journal/views/JournalStyle.h"
+#include "controls/look/JournalStyle.h"
 
-#include "journal/views/JournalColors.h"
+#include "controls/look/JournalColors.h"
 
 #include <QWidget>
 
