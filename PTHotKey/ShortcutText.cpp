@@ -129,10 +129,14 @@ constexpr std::array modifierNames{
 
 QString wordsForKeyCombo(const PTKeyCombo& combo) {
   if (!combo.isValidHotKeyCombo()) return combo.description();
+  return wordsForModifiers(combo.modifiers()) + wordForKey(combo);
+}
+
+QString wordsForModifiers(quint64 modifiers) {
   QString words;
   for (const Word& modifier : modifierNames)
-    if ((combo.modifiers() & modifier.meaning) != 0) words += modifier.word;
-  return words + wordForKey(combo);
+    if ((modifiers & modifier.meaning) != 0) words += modifier.word;
+  return words;
 }
 
 LossForTyping lossForTyping(const PTKeyCombo& combo) {

@@ -16,6 +16,8 @@ namespace quillo {
 
 // The same in words that keyComboFromText reads, "Super+Shift+J"; "(None)" for what cannot be a hot key.
 [[nodiscard]] QString wordsForKeyCombo(const PTKeyCombo& combo);
+// The front of it, "Super+Shift+".
+[[nodiscard]] QString wordsForModifiers(quint64 modifiers);
 
 // What could no longer be typed while the combination is a hot key.
 enum class LossForTyping { None, KeyAlone, ShiftedKey };

@@ -8,29 +8,30 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-void applyJournalStyle(QWidget& window, const JournalColors& colors) {
-  const QString style =
-      u"QPushButton { border: 1px solid %line; border-radius: 6px; background: %paper; color: %text;"
-      "  padding: 5px 13px; min-height: 20px }"
-      "QPushButton:hover { background: %bar }"
-      "QPushButton:pressed { background: %shade }"
-      "QPushButton:checked { background: %shade }"
-      "QPushButton:focus { border: 2px solid %accent; padding: 4px 12px }"
-      "QPushButton:disabled { color: %dim }"
-      "QPushButton::menu-indicator { image: none; width: 0 }"
-      "QPushButton#primary { background: %accent; border-color: %accent; color: %onAccent; font-weight: 600 }"
-      "QPushButton#primary:hover { background: %accentDark }"
-      "QPushButton#primary:focus { border-color: %text }"
-      // The field around it is drawn by us.
-      "QLineEdit#searchWords { background: transparent; border: none; color: %text }"
-      "QScrollBar:vertical { background: transparent; width: 10px; margin: 0 }"
-      "QScrollBar::handle:vertical { background: %shade; border-radius: 4px; min-height: 32px; margin: 1px 2px }"
-      "QScrollBar::handle:vertical:hover { background: %dim }"
-      "QScrollBar::add-line, QScrollBar::sub-line { height: 0; width: 0 }"
-      "QScrollBar::add-page, QScrollBar::sub-page { background: transparent }"
-      "QSplitter::handle { background: %line }"
-      "QToolTip { color: %text; background: %paper; border: 1px solid %line; padding: 3px }"_s;
-  QString sheet = style;
+QString journalStyleSheet() {
+  return u"QPushButton { border: 1px solid %line; border-radius: 6px; background: %paper; color: %text;"
+         "  padding: 5px 13px; min-height: 20px }"
+         "QPushButton:hover { background: %bar }"
+         "QPushButton:pressed { background: %shade }"
+         "QPushButton:checked { background: %shade }"
+         "QPushButton:focus { border: 2px solid %accent; padding: 4px 12px }"
+         "QPushButton:disabled { color: %dim }"
+         "QPushButton::menu-indicator { image: none; width: 0 }"
+         "QPushButton#primary { background: %accent; border-color: %accent; color: %onAccent; font-weight: 600 }"
+         "QPushButton#primary:hover { background: %accentDark }"
+         "QPushButton#primary:focus { border-color: %text }"
+         // The field around it is drawn by us.
+         "QLineEdit#searchWords { background: transparent; border: none; color: %text }"
+         "QScrollBar:vertical { background: transparent; width: 10px; margin: 0 }"
+         "QScrollBar::handle:vertical { background: %shade; border-radius: 4px; min-height: 32px; margin: 1px 2px }"
+         "QScrollBar::handle:vertical:hover { background: %dim }"
+         "QScrollBar::add-line, QScrollBar::sub-line { height: 0; width: 0 }"
+         "QScrollBar::add-page, QScrollBar::sub-page { background: transparent }"
+         "QSplitter::handle { background: %line }"
+         "QToolTip { color: %text; background: %paper; border: 1px solid %line; padding: 3px }"_s;
+}
+
+QString withColors(QString sheet, const JournalColors& colors) {
   const std::pair<QString, QColor> names[] = {
       {u"%line"_s, colors.line},
       {u"%paper"_s, colors.paper},
@@ -44,6 +45,11 @@ void applyJournalStyle(QWidget& window, const JournalColors& colors) {
       {u"%onAccent"_s, colors.accentText},
   };
   for (const auto& [name, color] : names) sheet.replace(name, color.name());
+  return sheet;
+}
+
+void applyJournalStyle(QWidget& window, const JournalColors& colors) {
+  const QString sheet = withColors(journalStyleSheet(), colors);
   if (window.styleSheet() != sheet) window.setStyleSheet(sheet);
 }
 
