@@ -56,7 +56,8 @@ int save(Context& context, PersistentPropertyList& list, const QString& key,
   list.setValueForKey(value, key);
   if (!isSaved(list, key)) return Failed;
   const Setting* setting = settingForKey(key);
-  if (setting && !setting->notice.isEmpty()) context.post(setting->notice);
+  if (setting)
+    for (const QString& notice : setting->noticesAfterChange()) context.post(notice);
   if (context.json)
     printJson(QJsonObject{{u"key"_s, key}, {u"value"_s, value ? jsonFromPropertyList(*value) : QJsonValue()}});
   else if (value && key == Key::sendUsageData)
