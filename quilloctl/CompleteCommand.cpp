@@ -2,11 +2,11 @@
 // a description behind it. A line ":directories" leaves it to the shell.
 
 #include "config/Keys.h"
+#include "config/SettingText.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/CommandTree.h"
 #include "quilloctl/JournalIndex.h"
-#include "quilloctl/SettingText.h"
 
 #include <QMap>
 

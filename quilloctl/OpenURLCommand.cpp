@@ -1,12 +1,12 @@
 #include "config/Keys.h"
 #include "config/QuilloURL.h"
+#include "config/SettingText.h"
 #include "config/Settings.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "platform/Workspace.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/EntryEditing.h"
-#include "quilloctl/SettingText.h"
 #include "quilloctl/TextEditor.h"
 
 #include <QUrl>

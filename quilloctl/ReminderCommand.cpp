@@ -6,8 +6,8 @@
 #include "quilloctl/Command.h"
 #include "quilloctl/Moment.h"
 #include "reminders/ReminderBatch.h"
-#include "reminders/ReminderCalculator.h"
 #include "reminders/ReminderInterval.h"
+#include "reminders/ReminderRule.h"
 
 #include <QDateTime>
 #include <QJsonArray>
@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -67,12 +66,6 @@ std::optional<int> parseTimeOfDay(const QString& text) {
   return time.hour() * 60 + time.minute();
 }
 
-QString timeOfDay(Date date, const Calendar& calendar) {
-  const auto parts = calendar.componentsFromDate(CalendarUnit::Hour | CalendarUnit::Minute, date);
-  if (!parts) return date.toISO8601();
-  return u"%1:%2"_s.arg(parts->hour.value_or(0), 2, 10, QChar(u'0')).arg(parts->minute.value_or(0), 2, 10, QChar(u'0'));
-}
-
 // "today 12:00", "tomorrow 09:00", else with the date, in the current zone.
 QString moment(Date date) {
   const QDateTime local = date.toDateTime().toLocalTime();
@@ -81,41 +74,16 @@ QString moment(Date date) {
   return day + u' ' + local.time().toString(u"HH:mm"_s);
 }
 
-QList<Date> nextReminders(const ReminderInterval& interval, Date after, int count) {
-  QList<Date> dates;
-  for (int i = 0; i < count; ++i) {
-    const auto next = ReminderCalculator::firstReminderForInterval(interval, after, std::nullopt);
-    if (!next) break;
-    dates << *next;
-    after = *next;
-  }
-  return dates;
-}
-
 QJsonArray json(const QList<Date>& dates) {
   QJsonArray array;
   for (const Date date : dates) array << date.toISO8601();
   return array;
 }
 
-bool isClockStep(quint64 unit) {
-  return unit == static_cast<quint64>(CalendarUnit::Hour) || unit == static_cast<quint64>(CalendarUnit::Minute);
-}
-
 // "Every 3 hours between 09:00 and 17:00, next: today 12:00".
 QString inWords(const ReminderInterval& interval) {
-  QString rule = u"Every "_s + (interval.intervalValue() == 1 ? interval.stringValue().mid(2) : interval.stringValue());
-  const auto& base = interval.baseDate();
-  const auto& calendar = interval.baseCalendar();
-  if (base && calendar) {
-    if (!isClockStep(interval.calendarUnit()))
-      rule += u" at "_s + timeOfDay(*base, *calendar);
-    else if (interval.validReminderPeriod() != 0)
-      rule += u" between %1 and %2"_s.arg(
-          timeOfDay(*base, *calendar), timeOfDay(base->addingTimeInterval(interval.validReminderPeriod()), *calendar));
-  }
   const auto next = nextReminders(interval, Date::now(), 1);
-  return rule + u", next: "_s + (next.isEmpty() ? u"never"_s : moment(next[0]));
+  return reminderInWords(interval) + u", next: "_s + (next.isEmpty() ? u"never"_s : moment(next[0]));
 }
 
 // A sound only goes with one of these.
@@ -173,27 +141,18 @@ std::optional<ReminderInterval> intervalFromWords(const Words& words) {
   auto base = starting.isEmpty() ? std::optional(Date::now()) : momentFromText(starting, *calendar);
   if (!base) return wrong(u"\"%1\" is no date; one is 2014-03-10T21:00"_s.arg(starting));
 
-  ReminderInterval interval;
-  interval.setIntervalValue(step->count);
-  interval.setCalendarUnit(step->unit);
+  ReminderRule rule{.count = step->count, .unit = step->unit, .starting = *base, .calendar = *calendar};
   if (!words.from.empty()) {
-    if (!isClockStep(interval.calendarUnit())) return wrong(u"--from and --until are for steps of hours and minutes"_s);
+    if (!isClockStep(static_cast<quint64>(step->unit)))
+      return wrong(u"--from and --until are for steps of hours and minutes"_s);
     const auto from = parseTimeOfDay(QString::fromStdString(words.from));
     const auto until = parseTimeOfDay(QString::fromStdString(words.until));
     if (!from || !until || *until <= *from)
       return wrong(u"--from and --until take times such as 09:00 and 17:00, the earlier first"_s);
-    constexpr quint64 dayMask = CalendarUnit::Year | CalendarUnit::Month | CalendarUnit::Day;
-    auto day = calendar->componentsFromDate(dayMask, *base);
-    if (!day) return wrong(u"\"%1\" is out of the calendar's range"_s.arg(starting));
-    day->hour = *from / 60;
-    day->minute = *from % 60;
-    base = calendar->dateFromComponents(*day);
-    interval.setValidReminderPeriod((*until - *from) * 60.0);
+    rule.window = DailyWindow{*from, *until};
   }
-  // To the minute, so that the reminder comes on the dot.
-  interval.setBaseDate(Date::since1970(std::floor(base->timeIntervalSince1970() / 60) * 60));
-  interval.setBaseCalendar(calendar);
-  return interval;
+  const auto interval = rule.interval();
+  return interval ? interval : wrong(u"\"%1\" is out of the calendar's range"_s.arg(starting));
 }
 
 int set(Context& context, const Words& words) {

@@ -1,9 +1,10 @@
 #include "config/Keys.h"
+#include "config/SettingText.h"
 #include "config/Settings.h"
 #include "foundation/PropertyListJson.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/NearestWords.h"
 #include "quilloctl/Pager.h"
-#include "quilloctl/SettingText.h"
 
 #include <QJsonObject>
 #include <QMap>
@@ -21,6 +22,15 @@ const std::map<std::string, SettingType> typeNames{{"bool", SettingType::Bool}, 
                                                    {"real", SettingType::Real},  {"string", SettingType::String},
                                                    {"date", SettingType::Date},  {"data", SettingType::Data},
                                                    {"json", SettingType::Object}};
+
+// The shared settings whose names are most like the word, the likest first; none where none is.
+QStringList nearestSettings(const QString& key) {
+  constexpr qsizetype offered = 3;
+  QStringList names;
+  for (const Setting& setting : settingsTable())
+    if (isShared(setting)) names << setting.key;
+  return nearestWords(key, names).mid(0, offered);
+}
 
 // A name that nobody reads is a slip, most of the time.
 int unknownName(const QString& key, const QString& remedy) {

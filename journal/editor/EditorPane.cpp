@@ -1,11 +1,11 @@
 #include "journal/editor/EditorPane.h"
 
 #include "controls/Fonts.h"
+#include "controls/look/JournalColors.h"
 #include "entry/text/EntryViewTextView.h"
 #include "journal/editor/LineSpacing.h"
 #include "journal/model/ClockTime.h"
 #include "journal/model/EntryTime.h"
-#include "journal/views/JournalColors.h"
 #include "journal/views/StatusRow.h"
 #include "qlcore/QLJournalEntryFile.h"
 

@@ -3,11 +3,10 @@
 #include "config/Settings.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <optional>
 
-namespace quillo::ctl {
+namespace quillo {
 
 // Whether the setting is in the list that both applications write.
 [[nodiscard]] inline bool isShared(const Setting& setting) {
@@ -24,7 +23,4 @@ namespace quillo::ctl {
 [[nodiscard]] std::optional<PropertyListValue> settingFromText(const QString& text, SettingType type);
 [[nodiscard]] QString expectedText(SettingType type);
 
-// The shared settings whose names are most like the word, the likest first; none where none is.
-[[nodiscard]] QStringList nearestSettings(const QString& key);
-
-}  // namespace quillo::ctl
+}  // namespace quillo

@@ -1,0 +1,39 @@
+#include "preferences/controls/DateField.h"
+
+#include "controls/Fonts.h"
+#include "preferences/controls/ChoiceBox.h"
+
+#include <QWheelEvent>
+
+namespace quillo {
+
+DateField::DateField(QWidget* parent) : QDateEdit(parent) {
+  setFont(textFont(13));
+  setCalendarPopup(true);
+  setDisplayFormat(QStringLiteral("d MMMM yyyy"));
+  // The language of the text around it.
+  setLocale(QLocale(QLocale::English, QLocale::UnitedKingdom));
+  setFocusPolicy(Qt::StrongFocus);
+}
+
+QSize DateField::sizeHint() const {
+  constexpr int frameAndMark = 56;
+  const int text =
+      fontMetrics().horizontalAdvance(QLocale(QLocale::English).toString(QDate(2026, 9, 30), displayFormat()));
+  return {text + frameAndMark, QDateEdit::sizeHint().height()};
+}
+
+void DateField::paintEvent(QPaintEvent* event) {
+  QDateEdit::paintEvent(event);
+  drawChevron(*this);
+}
+
+// As of a ChoiceBox: only with the keyboard.
+void DateField::wheelEvent(QWheelEvent* event) {
+  if (hasFocus())
+    QDateEdit::wheelEvent(event);
+  else
+    event->ignore();
+}
+
+}  // namespace quillo
