@@ -71,6 +71,8 @@ inline constexpr QLatin1StringView remindersSendToNotificationCenter{"RemindersS
 inline constexpr QLatin1StringView agentEnabled{"AgentEnabled"};
 inline constexpr QLatin1StringView startAgentAtLogin{"StartAgentAtLogin"};
 inline constexpr QLatin1StringView menuEntryGlobalShortcut{"MenuEntryGlobalShortcut"};
+inline constexpr QLatin1StringView keepEntryWindowOnScreen{"KeepEntryWindowOnScreen"};
+inline constexpr QLatin1StringView escapeClosesEntryWindow{"EscapeClosesEntryWindow"};
 // Entries.
 inline constexpr QLatin1StringView addLocationAutomatically{"AddLocationAutomatically"};
 inline constexpr QLatin1StringView useFahrenheitTempScale{"UseFahrenheitTempScale"};

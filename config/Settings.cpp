@@ -37,6 +37,8 @@ constexpr std::array table{
     Setting{Key::agentEnabled, shared, Bool, false, {}, Notice::agentManagerValuesDidChange},
     Setting{Key::startAgentAtLogin, shared, Bool, none, "an older version's, moved into AgentEnabled"_L1, Notice::agentManagerValuesDidChange},
     Setting{Key::menuEntryGlobalShortcut, shared, Dictionary, none, {}, Notice::menuBarEntryShortcutDidChange},
+    Setting{Key::keepEntryWindowOnScreen, shared, Bool, false, "off, the window is centred at the icon even where a part of it is off the screen"_L1, Notice::settingsDidChange},
+    Setting{Key::escapeClosesEntryWindow, shared, Bool, false, {}, Notice::settingsDidChange},
     Setting{Key::addLocationAutomatically, shared, Bool, true, {}, Notice::settingsDidChange},
     Setting{Key::useFahrenheitTempScale, shared, Bool, false, {}, Notice::tempScaleDidChange},
     Setting{Key::shouldAddHashtags, shared, Integer, qint64{0}, "2 keeps hashtags out of the tags, any other number does not"_L1, Notice::settingsDidChange},

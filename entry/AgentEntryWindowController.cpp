@@ -90,6 +90,7 @@ AgentEntryWindowController::~AgentEntryWindowController() {
   if (!m_window) return;
   // The window must not reach a half-destroyed controller.
   m_window->onCloseRequest = {};
+  m_window->onEscape = {};
   m_window->onActivationChange = {};
 }
 
@@ -153,6 +154,7 @@ void AgentEntryWindowController::connectControls() {
   enter->setKey(QKeyCombination(Qt::CTRL, Qt::Key_Enter));
   connect(enter, &QShortcut::activated, ui.saveButton, &QAbstractButton::animateClick);
   window().onCloseRequest = [this] { close(); };
+  window().onEscape = [this] { escapePressed(); };
   window().onActivationChange = [this] { activationChanged(); };
 }
 
@@ -170,6 +172,16 @@ void AgentEntryWindowController::updateMetadataLabel() {
 
 bool AgentEntryWindowController::haveAccessToJournalFile() {
   return haveAccessToJournal(m_services.config.configuredJournalFileURL());
+}
+
+bool AgentEntryWindowController::isOn(QLatin1StringView key) {
+  const auto value = settingValue(m_services.config.groupProperties(), key);
+  return value && value->boolValue();
+}
+
+bool AgentEntryWindowController::keepsWindowOnScreen() {
+  if (PersistentPropertyList* list = m_services.config.groupProperties()) list->synchronize();
+  return isOn(Key::keepEntryWindowOnScreen);
 }
 
 void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
@@ -209,8 +221,7 @@ void AgentEntryWindowController::showEditor(bool reminder) {
   window().ui().snoozeButtonContainer->setVisible(reminder);
   if (reminder) layoutSnoozeButtonsAccordingToUserDefaults();
   window().setScrollBorderFrame(reminder ? condensedScrollFrame : expandedScrollFrame);
-  const auto automatic = settingValue(m_services.config.groupProperties(), Key::addLocationAutomatically);
-  const bool locate = automatic && automatic->boolValue();
+  const bool locate = isOn(Key::addLocationAutomatically);
   window().ui().locationToggleButton->setChecked(locate);
   if (locate) fetchLocationAndWeatherIfNeeded();
 }
@@ -298,6 +309,10 @@ void AgentEntryWindowController::finishClosing() {
 
 void AgentEntryWindowController::closeButtonClicked() {
   close();
+}
+
+void AgentEntryWindowController::escapePressed() {
+  if (isOn(Key::escapeClosesEntryWindow)) close();
 }
 
 void AgentEntryWindowController::textDidChange() {
