@@ -7,11 +7,14 @@
 #include "entry/session/EntryDraft.h"
 #include "entry/session/JournalAccess.h"
 #include "entry/session/OpenPanel.h"
+#include "entry/spelling/SpellChecker.h"
 #include "foundation/Log.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 #include "foundation/UserDirectories.h"
 #include "platform/Workspace.h"
+#include "preferences/PreferencesWindow.h"
+#include "preferences/model/TextSize.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
@@ -24,12 +27,6 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr int usualFontSize = 16;
-
-}  // namespace
-
 QuilloApplication::QuilloApplication(QuilloServices services)
     : m_services(std::move(services)),
       m_library({.location = [this] { return m_services.config.configuredJournalFileURL(); },
@@ -37,8 +34,14 @@ QuilloApplication::QuilloApplication(QuilloServices services)
   m_library.reopen();
   m_window = std::make_unique<JournalWindow>(windowServices());
   connect(m_window->commands().quit, &QAction::triggered, this, [this] { m_services.terminate(); });
-  m_observations.push_back(m_services.distributedCenter.observe(Notice::journalPackagePathDidChange,
-                                                                [this](const Notification&) { m_library.reopen(); }));
+  connect(m_window->commands().preferences, &QAction::triggered, this, &QuilloApplication::showPreferences);
+  NotificationCenter& distributed = m_services.distributedCenter;
+  m_observations.push_back(distributed.observe(Notice::journalPackagePathDidChange, [this](const Notification&) {
+    settingsDidChange();
+    m_library.reopen();
+  }));
+  for (const auto& notice : {Notice::settingsDidChange, Notice::fontSizeDidChange, Notice::tempScaleDidChange})
+    m_observations.push_back(distributed.observe(notice, [this](const Notification&) { settingsDidChange(); }));
 }
 
 QuilloApplication::~QuilloApplication() = default;
@@ -85,19 +88,24 @@ JournalWindowServices QuilloApplication::windowServices() {
 // Another program may have written them.
 void QuilloApplication::settingsDidChange() {
   if (PersistentPropertyList* list = m_services.config.groupProperties()) list->synchronize();
-  m_library.reopen();
+  m_services.text.spellChecker.learnedWordsDidChange();
+  if (m_services.defaults.synchronize())
+    m_services.text.localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
   m_window->applyFontSize();
 }
 
 int QuilloApplication::fontSize() const {
-  const PersistentPropertyList* list = m_services.config.groupProperties();
-  const qint64 points = list ? list->integerForKey(Key::fontSize) : 0;
-  return points >= 9 && points <= 40 ? static_cast<int>(points) : usualFontSize;
+  return TextSize::ofSettings(m_services.config.groupProperties());
 }
 
 void QuilloApplication::setFontSize(int points) {
   if (PersistentPropertyList* list = m_services.config.groupProperties()) list->setIntegerForKey(points, Key::fontSize);
   m_services.distributedCenter.postNotification(Notice::fontSizeDidChange);
+}
+
+void QuilloApplication::showPreferences() {
+  if (!m_preferences) m_preferences = m_services.makePreferences();
+  m_preferences->showWindow();
 }
 
 std::unique_ptr<Registration> QuilloApplication::askForTags(std::function<void(const QStringList& tags)> answer) {
@@ -144,7 +152,7 @@ void QuilloApplication::carryOut(const QuilloRequest& request) {
   using Kind = QuilloRequest::Kind;
   if (request.kind == Kind::Edit) m_window->editEntry(request.entryIdentifier);
   if (request.kind == Kind::Post) m_window->beginEntry();
-  if (request.kind == Kind::Preferences) m_services.showPreferences();
+  if (request.kind == Kind::Preferences) showPreferences();
   if (request.kind == Kind::UpdateBookmarks) {
     m_services.config.updateSharedBookmarkDataForConfiguredJournalFile();
     // The agent makes its own bookmark from the shared one when it hears this.

@@ -22,6 +22,7 @@ class Alerts;
 class EntryDraft;
 class NotificationCenter;
 class OpenPanel;
+class PreferencesWindow;
 class QuilloConfig;
 class Workspace;
 
@@ -39,8 +40,8 @@ struct QuilloServices {
   std::function<std::unique_ptr<JournalReader>(const QLJournalPackageFile& package)> makeReader;
   Alerts& alerts;
   OpenPanel& openPanel;
-  // Shows the settings and how they are changed.
-  std::function<void()> showPreferences;
+  // Makes the window of preferences, when it is first asked for.
+  std::function<std::unique_ptr<PreferencesWindow>()> makePreferences;
   // Ends the program from its event loop.
   std::function<void()> terminate;
 };
@@ -65,6 +66,7 @@ class QuilloApplication final : public QObject {
   void carryOut(const QuilloRequest& request);
   void useJournal(const QUrl& location, bool create);
   void chooseJournal(QWidget& window);
+  void showPreferences();
   void settingsDidChange();
   [[nodiscard]] std::unique_ptr<Registration> askForTags(std::function<void(const QStringList& tags)> answer);
   [[nodiscard]] int fontSize() const;
@@ -74,6 +76,7 @@ class QuilloApplication final : public QObject {
   JournalLibrary m_library;
   std::unique_ptr<JournalWindow> m_window;
   std::unique_ptr<AboutWindowController> m_about;
+  std::unique_ptr<PreferencesWindow> m_preferences;
   // Last, so that nothing is heard of while the rest goes.
   std::vector<std::unique_ptr<Registration>> m_observations;
 };

@@ -43,7 +43,7 @@ int unknownName(const QString& key, const QString& remedy) {
 
 // Without --type: the kind that the key has, and text for a key that only its writer knows.
 SettingType typeFor(const Setting* setting, const std::string& wanted) {
-  const SettingType own = setting && setting->type != SettingType::Object ? setting->type : SettingType::String;
+  const SettingType own = setting ? typeOfText(*setting) : SettingType::String;
   if (wanted.empty()) return own;
   const SettingType type = typeNames.at(wanted);
   // Paths and URLs are kept as text, which does not make any text one.

@@ -185,6 +185,7 @@ void ReminderRuleEditor::showChoice() {
 
 void ReminderRuleEditor::readFields() {
   if (m_isShowing) return;
+  const ReminderChoice before = m_choice;
   ReminderRule& rule = m_choice.rule;
   const bool wasClock = isClock(rule);
   m_choice.isOn = m_on->isChecked();
@@ -212,6 +213,8 @@ void ReminderRuleEditor::readFields() {
   m_choice.opensWindow = m_window->isChecked();
   m_choice.notifies = m_notification->isChecked();
   m_choice.playsSound = m_sound->isChecked();
+  // A field may tell of what it has shown already.
+  if (m_choice == before) return;
   updateSummary();
   if (m_choice.problem().isEmpty()) Q_EMIT choiceChanged(m_choice);
 }
