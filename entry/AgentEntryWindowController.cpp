@@ -18,6 +18,7 @@
 #include "foundation/UserDirectories.h"
 #include "platform/OutsideClicks.h"
 #include "platform/Workspace.h"
+#include "qlcore/JournalChoice.h"
 #include "qlcore/QLMixpanelTracker.h"
 #include "reminders/ReminderAlarm.h"
 #include "reminders/ReminderInterval.h"
