@@ -19,12 +19,11 @@ namespace {
 constexpr int namesToTry = 100;
 
 // The first place at which there is nothing, or, where that will do, a journal.
-SuggestedJournal firstPlace(bool takesJournal) {
-  const QString documents = UserDirectories::current().documents;
+SuggestedJournal firstPlace(const QString& folder, bool takesJournal) {
   SuggestedJournal suggested;
   for (int number = 1; number <= namesToTry; ++number) {
     const QString name = number == 1 ? u"Journal"_s : u"Journal %1"_s.arg(number);
-    suggested.location = QUrl::fromLocalFile(u"%1/%2.quillojournal"_s.arg(documents, name));
+    suggested.location = QUrl::fromLocalFile(u"%1/%2.quillojournal"_s.arg(folder, name));
     const QFileInfo file(suggested.location.toLocalFile());
     if (!file.exists() && !file.isSymLink()) break;
     suggested.exists =
@@ -37,11 +36,15 @@ SuggestedJournal firstPlace(bool takesJournal) {
 }  // namespace
 
 SuggestedJournal suggestedJournal() {
-  return firstPlace(/*takesJournal=*/true);
+  return firstPlace(UserDirectories::current().documents, /*takesJournal=*/true);
 }
 
 QUrl freeJournalLocation() {
-  return firstPlace(/*takesJournal=*/false).location;
+  return freeJournalLocation(UserDirectories::current().documents);
+}
+
+QUrl freeJournalLocation(const QString& folder) {
+  return firstPlace(folder, /*takesJournal=*/false).location;
 }
 
 bool useJournal(QuilloConfig& config, const QUrl& location, bool create, Error* error) {

@@ -14,8 +14,9 @@ struct SuggestedJournal {
   bool exists{false};  // there is a journal already
 };
 [[nodiscard]] SuggestedJournal suggestedJournal();
-// The first such place at which there is nothing yet.
+// The first place at which there is nothing yet, in the folder of documents or in another.
 [[nodiscard]] QUrl freeJournalLocation();
+[[nodiscard]] QUrl freeJournalLocation(const QString& folder);
 
 // Makes `location` the configured journal, after creating one there where that is wanted. False, with an error, where
 // there is none that can be used, which changes nothing; or, with code NotWritable, where the choice could not be

@@ -18,13 +18,13 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-PTKeyCombo::Pointer FirstStart::suggestedShortcut() {
+// Null where the keyboard has no such key.
+static PTKeyCombo::Pointer proposedShortcut() {
   QString reason;
-  const auto combo = keyComboFromText(u"cmd+shift+J"_s, &reason);
-  return combo ? combo : PTKeyCombo::clearKeyCombo();
+  return keyComboFromText(u"cmd+shift+J"_s, &reason);
 }
 
-FirstStart FirstStart::suggested(QuilloConfig& config) {
+FirstStart FirstStart::suggested(QuilloConfig& config, const std::function<bool(const PTKeyCombo&)>& isFree) {
   FirstStart start;
   const SuggestedJournal found = suggestedJournal();
   const auto configured = config.configuredJournalFileURL();
@@ -34,14 +34,13 @@ FirstStart FirstStart::suggested(QuilloConfig& config) {
     start.existingJournal = configured.value_or(found.location);
   }
   start.reminders = ReminderChoice::suggested(Date::now());
+  const PersistentPropertyList* list = config.groupProperties();
+  if (list && hasReminderRule(*list)) start.reminders = ReminderChoice::ofSettings(*list, /*isOn=*/true);
   start.reminders.isOn = true;
-  start.shortcut = suggestedShortcut();
-  if (const PersistentPropertyList* list = config.groupProperties()) {
-    if (hasReminderRule(*list)) start.reminders = ReminderChoice::ofSettings(*list, /*isOn=*/true);
-    if (const auto stored = storedShortcut(list->dictionaryForKey(Key::menuEntryGlobalShortcut));
-        stored->isValidHotKeyCombo())
-      start.shortcut = stored;
-  }
+  if (list) start.shortcut = storedShortcut(list->dictionaryForKey(Key::menuEntryGlobalShortcut));
+  if (start.shortcut->isValidHotKeyCombo()) return start;
+  const auto proposed = proposedShortcut();
+  if (proposed && (!isFree || isFree(*proposed))) start.shortcut = proposed;
   return start;
 }
 

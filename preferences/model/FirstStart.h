@@ -41,11 +41,10 @@ struct FirstStart {
   PTKeyCombo::Pointer shortcut{PTKeyCombo::clearKeyCombo()};  // never null; the clear one is none
   Agent agent{Agent::StartsAtLogin};
 
-  // What is proposed: a journal among the documents, a reminder every evening, and the agent at login. What is
-  // configured already is proposed again.
-  [[nodiscard]] static FirstStart suggested(QuilloConfig& config);
-  // Cmd, Shift and J, where that key is on the keyboard; else the clear one.
-  [[nodiscard]] static PTKeyCombo::Pointer suggestedShortcut();
+  // What is proposed: a journal among the documents, a reminder every evening, Cmd, Shift and J where no other program
+  // has that, and the agent at login. What is configured already is proposed again.
+  [[nodiscard]] static FirstStart suggested(QuilloConfig& config,
+                                            const std::function<bool(const PTKeyCombo&)>& isFree = {});
 
   // The journal that is chosen; empty where none is.
   [[nodiscard]] QUrl chosenJournal() const;
