@@ -19,6 +19,7 @@ struct JournalCommands {
   QAction* newEntry;
   QAction* print;
   QAction* exportPDF;
+  QAction* preferences;
   QAction* close;
   QAction* quit;
 

@@ -43,7 +43,7 @@ int unknownName(const QString& key, const QString& remedy) {
 
 // Without --type: the kind that the key has, and text for a key that only its writer knows.
 SettingType typeFor(const Setting* setting, const std::string& wanted) {
-  const SettingType own = setting && setting->type != SettingType::Object ? setting->type : SettingType::String;
+  const SettingType own = setting ? typeOfText(*setting) : SettingType::String;
   if (wanted.empty()) return own;
   const SettingType type = typeNames.at(wanted);
   // Paths and URLs are kept as text, which does not make any text one.
@@ -56,7 +56,8 @@ int save(Context& context, PersistentPropertyList& list, const QString& key,
   list.setValueForKey(value, key);
   if (!isSaved(list, key)) return Failed;
   const Setting* setting = settingForKey(key);
-  if (setting && !setting->notice.isEmpty()) context.post(setting->notice);
+  if (setting)
+    for (const QString& notice : setting->noticesAfterChange()) context.post(notice);
   if (context.json)
     printJson(QJsonObject{{u"key"_s, key}, {u"value"_s, value ? jsonFromPropertyList(*value) : QJsonValue()}});
   else if (value && key == Key::sendUsageData)

@@ -3,6 +3,7 @@
 #include "controls/Fonts.h"
 
 #include <QAccessible>
+#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
@@ -43,7 +44,15 @@ void FormRow::addField(QWidget* field) {
   // Before the stretch at the end; a field that grows takes its place.
   const bool grows = (field->sizePolicy().horizontalPolicy() & QSizePolicy::ExpandFlag) != 0;
   m_fields->insertWidget(m_fields->count() - 1, field, grows ? 1 : 0);
+  // Its mark stands inside the ring of the focus; what is said of it begins where the mark does.
+  if (m_fields->count() == 2 && qobject_cast<QCheckBox*>(field))
+    for (QLabel* label : {m_note, m_error}) label->setContentsMargins(3, 0, 0, 0);
   if (!m_firstField && field->focusPolicy() != Qt::NoFocus) m_firstField = field;
+}
+
+void FormRow::addFieldAtEnd(QWidget* field) {
+  m_fields->addWidget(field);
+  if (!m_firstField) m_firstField = field;
 }
 
 void FormRow::setNote(const QString& text) {

@@ -25,6 +25,8 @@ class FormRow : public QWidget {
   [[nodiscard]] QString error() const;
 
   void addField(QWidget* field);
+  // At the far end of the row.
+  void addFieldAtEnd(QWidget* field);
   [[nodiscard]] QWidget* firstField() const { return m_firstField; }
 
  private:

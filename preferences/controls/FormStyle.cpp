@@ -40,7 +40,9 @@ void applyFormStyle(QWidget& window) {
       "QTableView QLineEdit { border-radius: 0; padding: 0 2px; min-height: 0 }"
       "QHeaderView { background: %bar }"
       "QHeaderView::section { background: %bar; color: %dim; border: none; border-bottom: 1px solid %line;"
-      "  padding: 4px 8px }"
+      "  padding: 4px 6px }"
+      "QTableView::item { padding: 0 4px }"
+      "QListWidget::item { padding: 2px 5px }"
       "#summary { background: %list; border: 1px solid %line; border-radius: 8px }"
       "QProgressBar { border: none; border-radius: 3px; background: %shade; max-height: 6px }"
       "QProgressBar::chunk { border-radius: 3px; background: %accent }"_s;

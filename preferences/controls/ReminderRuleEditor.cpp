@@ -150,6 +150,10 @@ void ReminderRuleEditor::setChoice(const ReminderChoice& choice) {
   showChoice();
 }
 
+void ReminderRuleEditor::setLabelWidth(int width) {
+  m_form->setLabelWidth(width);
+}
+
 void ReminderRuleEditor::setError(const QString& text) {
   m_wayRow->setError(text);
 }
@@ -185,6 +189,7 @@ void ReminderRuleEditor::showChoice() {
 
 void ReminderRuleEditor::readFields() {
   if (m_isShowing) return;
+  const ReminderChoice before = m_choice;
   ReminderRule& rule = m_choice.rule;
   const bool wasClock = isClock(rule);
   m_choice.isOn = m_on->isChecked();
@@ -212,6 +217,8 @@ void ReminderRuleEditor::readFields() {
   m_choice.opensWindow = m_window->isChecked();
   m_choice.notifies = m_notification->isChecked();
   m_choice.playsSound = m_sound->isChecked();
+  // A field may tell of what it has shown already.
+  if (m_choice == before) return;
   updateSummary();
   if (m_choice.problem().isEmpty()) Q_EMIT choiceChanged(m_choice);
 }

@@ -30,6 +30,7 @@ namespace {
 constexpr QSize windowSize{520, 500};
 constexpr int side = 40;
 constexpr int footerHeight = 56;
+constexpr int labelWidth = 72;
 
 struct StepText {
   QLatin1StringView title;
@@ -86,6 +87,7 @@ void FirstStartWindow::build() {
   m_problem->setContentsMargins(side, 0, side, 8);
   m_continue->setDefault(true);
   for (QWidget* page : std::initializer_list<QWidget*>{m_journal, m_reminders, m_key}) m_stack->addWidget(page);
+  m_reminders->setLabelWidth(labelWidth);
   m_reminders->setFocusProxy(m_reminders->findChild<QWidget*>(u"remindersOn"_s));
   auto* body = new QVBoxLayout;
   body->setContentsMargins(side, 20, side, 8);

@@ -61,9 +61,8 @@ JournalStep::JournalStep(FirstStart& start, OpenPanel& openPanel, QWidget* paren
 void JournalStep::show() {
   const bool isNew = m_start.journal == FirstStart::Journal::New;
   m_new->setExplanation(placeInWords(m_start.newJournal));
-  m_existing->setExplanation(m_start.existingJournal.isEmpty()
-                                 ? u"From another computer, a backup, or a synchronised folder"_s
-                                 : placeInWords(m_start.existingJournal));
+  m_existing->setExplanation(m_start.existingJournal.isEmpty() ? u"From a backup, or a synchronised folder"_s
+                                                               : placeInWords(m_start.existingJournal));
   (isNew ? m_new : m_existing)->setChecked(true);
   setFocusProxy(isNew ? m_new : m_existing);
   setProblem({});

@@ -25,6 +25,7 @@ KeyStep::KeyStep(FirstStart& start, ShortcutRecorderServices shortcut, const QSt
   m_journal->setObjectName(u"summaryJournal"_s);
   m_reminders->setObjectName(u"summaryReminders"_s);
   auto* form = new Form(this);
+  form->setLabelWidth(72);
   FormRow* key = form->addRow(u"Key"_s, {m_recorder});
   key->setNote(note);
   FormRow* login = form->addRow(u"At login"_s, {m_login});

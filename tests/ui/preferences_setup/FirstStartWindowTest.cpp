@@ -5,12 +5,12 @@
 #include "app/switches/AgentManager.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
-#include "entry/session/OpenPanel.h"
 #include "platform/HelperProcesses.h"
 #include "preferences/controls/ChoiceCard.h"
 #include "preferences/setup/FirstStartWindow.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "tests/support/FakeKeyboardLayouts.h"
+#include "tests/support/FakePanels.h"
 #include "tests/support/TestHome.h"
 
 #include <QAccessible>
@@ -31,16 +31,6 @@ namespace quillo {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-struct FakeOpenPanel : OpenPanel {
-  void beginSheet(const QString& panelTitle, const QString&, QWidget*,
-                  std::function<void(const QString&)> then) override {
-    title = panelTitle;
-    choose = std::move(then);
-  }
-  QString title;
-  std::function<void(const QString& path)> choose;
-};
 
 class FirstStartWindowTest : public testing::Test {
  protected:
