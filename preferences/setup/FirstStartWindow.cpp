@@ -142,8 +142,8 @@ void FirstStartWindow::showStep(int step) {
   if (step == Reminders) m_reminders->updateNextDates();
   if (step == Key) m_key->showSummary(result());
   setAccessibleDescription(m_header->title());
-  // Into the step, or Enter would press the button that is gone with the one before.
-  m_stack->currentWidget()->setFocus();
+  // Enter goes on from each of them; in the last step the field would begin to record.
+  (step == Key ? m_continue : m_stack->currentWidget())->setFocus();
 }
 
 void FirstStartWindow::goOn(bool skips) {
