@@ -107,6 +107,7 @@ void PreferencesWindow::pageWasChosen(int index) {
     area->setWidget(page);
     area->viewport()->setAutoFillBackground(false);
     page->setAutoFillBackground(false);
+    page->orderTabs();
     page->showValues();
   }
   m_stack->setCurrentIndex(index);
@@ -124,11 +125,11 @@ void PreferencesWindow::showPage(Page page) {
 void PreferencesWindow::showWindow() {
   // Another program may have written them while nothing here was shown.
   m_store.reread();
+  if (!isVisible()) m_list->setFocus();
   if (isMinimized()) showNormal();
   show();
   raise();
   activateWindow();
-  if (!focusWidget()) m_list->setFocus();
 }
 
 void PreferencesWindow::keyPressEvent(QKeyEvent* event) {

@@ -110,7 +110,10 @@ void QuilloApplication::setFontSize(int points) {
 }
 
 void QuilloApplication::showPreferences() {
-  if (!m_preferences) m_preferences = m_services.makePreferences();
+  if (!m_preferences) {
+    m_preferences = m_services.makePreferences();
+    m_preferences->move(m_window->geometry().center() - m_preferences->rect().center());
+  }
   m_preferences->showWindow();
 }
 

@@ -14,7 +14,7 @@ QString journalStyleSheet() {
          "QPushButton:hover { background: %bar }"
          "QPushButton:pressed { background: %shade }"
          "QPushButton:checked { background: %shade }"
-         "QPushButton:focus { border: 2px solid %accent; padding: 4px 12px }"
+         "QPushButton:focus { border: 2px solid %accent; padding: 4px 12px; outline: none }"
          "QPushButton:disabled { color: %dim }"
          "QPushButton::menu-indicator { image: none; width: 0 }"
          "QPushButton#primary { background: %accent; border-color: %accent; color: %onAccent; font-weight: 600 }"

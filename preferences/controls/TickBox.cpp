@@ -15,6 +15,8 @@ namespace {
 constexpr int boxSide = 17;
 constexpr int ring = 3;
 constexpr int gap = 6;
+// As a field beside it has.
+constexpr int rowHeight = 30;
 
 }  // namespace
 
@@ -25,7 +27,7 @@ TickBox::TickBox(const QString& text, QWidget* parent) : QCheckBox(text, parent)
 
 QSize TickBox::sizeHint() const {
   const QSize text = fontMetrics().size(Qt::TextShowMnemonic, this->text());
-  return {boxSide + 2 * ring + gap + text.width(), std::max(boxSide + 2 * ring, text.height())};
+  return {boxSide + 2 * ring + gap + text.width(), std::max(rowHeight, text.height())};
 }
 
 void TickBox::paintEvent(QPaintEvent*) {

@@ -42,6 +42,8 @@ ReminderChoice ReminderChoice::suggested(Date now) {
 ReminderChoice ReminderChoice::ofSettings(const PersistentPropertyList& list, bool isOn) {
   ReminderChoice choice = suggested(Date::now());
   choice.isOn = isOn;
+  // The suggestion is whole: a rule whose reminders nobody notices is none.
+  if (!hasReminderRule(list)) return choice;
   if (const auto rule = ReminderRule::ofInterval(ReminderInterval::reminderIntervalFromUserDefaults(list)))
     choice.rule = *rule;
   choice.opensWindow = list.boolForKey(Key::remindersOpenMenuBar);

@@ -58,6 +58,8 @@ void AdvancedPage::addTable() {
   m_table->setColumnWidth(SettingsTableModel::NameColumn, 178);
   m_table->setColumnWidth(SettingsTableModel::ValueColumn, 96);
   m_table->setMinimumHeight(110);
+  // What is left of the window is enough.
+  m_table->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
   auto* row = new FormRow({}, this);
   row->setObjectName(u"settingsNote"_s);
   row->setNote(u"A value is typed as “quilloctl settings set” takes it; Delete goes back to the default."_s);

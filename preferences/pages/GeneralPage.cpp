@@ -39,7 +39,6 @@ void GeneralPage::addAgent() {
   m_agent->setObjectName(Key::agentEnabled);
   m_atLogin->setObjectName(u"StartsAtLogin"_s);
   m_agentRow = form().addRow(u"Quill in the tray"_s, {m_agent});
-  m_agentRow->setNote(u"A click on it opens a small window to write in. Reminders need it, too."_s);
   m_atLoginRow = form().addRow(u"Start at login"_s, {m_atLogin});
   connect(m_agent, &QCheckBox::toggled, this, &GeneralPage::setAgentEnabled);
   connect(m_atLogin, &QCheckBox::toggled, this, &GeneralPage::setStartsAtLogin);
@@ -48,7 +47,11 @@ void GeneralPage::addAgent() {
     const QSignalBlocker silenceToo(m_atLogin);
     const bool isEnabled = m_services.agentManager().shouldShowInMenuBar();
     m_agent->setChecked(isEnabled);
-    m_atLogin->setChecked(LoginItem(Identifier::agent, m_services.loginItems()).existsAsLoginItem());
+    const LoginItem item(Identifier::agent, m_services.loginItems());
+    m_agentRow->setNote(!isEnabled && item.isRunning()
+                            ? u"It was started for this session, and is not there at the next login."_s
+                            : u"A click on it opens a small window to write in. Reminders need it, too."_s);
+    m_atLogin->setChecked(item.existsAsLoginItem());
     m_atLogin->setEnabled(isEnabled);
   });
 }

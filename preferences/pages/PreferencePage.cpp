@@ -41,6 +41,28 @@ QPushButton* PreferencePage::makeButton(const QString& title, const QString& nam
   return button;
 }
 
+namespace {
+
+// Ends with the layouts, which hold each widget once.
+void collectFields(QLayout& layout, QList<QWidget*>& fields) {
+  for (int i = 0; i < layout.count(); ++i) {
+    QLayoutItem* item = layout.itemAt(i);
+    if (QLayout* inner = item->layout()) collectFields(*inner, fields);
+    QWidget* widget = item->widget();
+    if (!widget) continue;
+    if (widget->focusPolicy() & Qt::TabFocus) fields << widget;
+    if (widget->layout()) collectFields(*widget->layout(), fields);
+  }
+}
+
+}  // namespace
+
+void PreferencePage::orderTabs() {
+  QList<QWidget*> fields;
+  collectFields(*layout(), fields);
+  for (qsizetype i = 1; i < fields.size(); ++i) setTabOrder(fields[i - 1], fields[i]);
+}
+
 void PreferencePage::showValues() {
   for (const auto& show : m_showers) show();
 }

@@ -27,6 +27,8 @@ class PreferencePage : public QWidget {
 
   // Shows everything as it is now.
   virtual void showValues();
+  // Has Tab go through the fields as they are laid out, whichever was made first.
+  void orderTabs();
 
  protected:
   [[nodiscard]] PreferenceStore& store() const { return m_store; }

@@ -69,6 +69,8 @@ void RemindersPage::save(ReminderChoice choice) {
 }
 
 void RemindersPage::tryNow() {
+  if (!m_editor->choice().opensWindow && !m_editor->choice().notifies)
+    return m_trial->setError(u"Choose the window or a notification first."_s);
   QString reason;
   const bool isGiven = m_services.tryReminder(&reason);
   m_trial->setError(isGiven ? QString() : u"There is nobody to remind you: "_s + reason);
