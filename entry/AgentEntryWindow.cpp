@@ -221,6 +221,7 @@ void AgentEntryWindow::setJournalPanel(const JournalPanel& panel, const QString&
   m_ui->reconnectAboutText->setVisible(!aboutText.isEmpty());
   const bool reconnects = panel.offer == JournalPanel::Offer::Reconnect;
   m_ui->reconnectButton->setVisible(reconnects);
+  m_ui->setUpButton->setVisible(!reconnects);
   m_ui->chooseJournalButton->setVisible(!reconnects);
   m_ui->createJournalButton->setVisible(!reconnects);
   const bool exists = panel.offer == JournalPanel::Offer::UseOrChoose;

@@ -18,6 +18,7 @@
 #include "foundation/UserDirectories.h"
 #include "platform/OutsideClicks.h"
 #include "platform/Workspace.h"
+#include "qlcore/JournalChoice.h"
 #include "qlcore/QLMixpanelTracker.h"
 #include "reminders/ReminderAlarm.h"
 #include "reminders/ReminderInterval.h"
@@ -144,6 +145,7 @@ void AgentEntryWindowController::connectControls() {
   connect(ui.closeButton, &QAbstractButton::clicked, this, &Self::closeButtonClicked);
   connect(ui.reconnectButton, &QAbstractButton::clicked, this, &Self::reconnectButtonClicked);
   connect(ui.createJournalButton, &QAbstractButton::clicked, this, &Self::createJournalButtonClicked);
+  connect(ui.setUpButton, &QAbstractButton::clicked, this, &Self::setUpButtonClicked);
   connect(ui.chooseJournalButton, &QAbstractButton::clicked, this, &Self::chooseJournalButtonClicked);
   connect(ui.locationToggleButton, &QAbstractButton::clicked, this,
           [this, &ui] { locationButtonToggled(*ui.locationToggleButton); });
@@ -441,6 +443,12 @@ void AgentEntryWindowController::chooseJournalButtonClicked() {
   m_services.openPanel.beginSheet(
       u"Choose Quillo Journal"_s, UserDirectories::current().documents, &window(),
       [this](const QString& path) { useJournal(QUrl::fromLocalFile(path), /*create=*/false); });
+}
+
+void AgentEntryWindowController::setUpButtonClicked() {
+  // Its window comes where this one is in front.
+  if (m_services.workspace && m_services.workspace->openURL(QUrl(u"quillo://setup"_s))) return close();
+  presentError(cocoaError(ErrorCode::fileNoSuchFile, u"Quillo could not be opened."_s), {});
 }
 
 void AgentEntryWindowController::useJournal(const QUrl& location, bool create) {

@@ -112,6 +112,8 @@ class AgentEntryWindowController : public QObject {
   // choose another.
   void createJournalButtonClicked();
   void chooseJournalButtonClicked();
+  // Has the main application ask for all that a first start decides.
+  void setUpButtonClicked();
 
   AgentEntryWindowServices m_services;
   ReminderAlarm* m_reminderAlarm;

@@ -6,7 +6,6 @@
 #include "config/QuilloConfig.h"
 #include "entry/session/Alerts.h"
 #include "entry/session/EntryDraft.h"
-#include "entry/session/JournalAccess.h"
 #include "entry/session/OpenPanel.h"
 #include "entry/spelling/SpellChecker.h"
 #include "foundation/Log.h"
@@ -16,11 +15,17 @@
 #include "platform/Workspace.h"
 #include "preferences/PreferencesWindow.h"
 #include "preferences/model/TextSize.h"
+#include "preferences/setup/FirstStartWindow.h"
+#include "qlcore/JournalChoice.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
 #include "qlcore/services/LocationService.h"
 #include "qlcore/services/QLWeatherFormatter.h"
+
+#include <QGuiApplication>
+#include <QTimer>
+#include <QWindow>
 
 #include <utility>
 
@@ -70,6 +75,7 @@ JournalWindowServices QuilloApplication::windowServices() {
               },
           .fontSize = [this] { return fontSize(); },
           .setFontSize = [this](int points) { setFontSize(points); },
+          .setUp = [this] { showFirstStart(); },
           .createJournal =
               [this] {
                 const SuggestedJournal suggested = suggestedJournal();
@@ -140,17 +146,63 @@ void QuilloApplication::chooseJournal(QWidget& window) {
       [this](const QString& path) { useJournal(QUrl::fromLocalFile(path), /*create=*/false); });
 }
 
-void QuilloApplication::open(const QStringList& urls) {
+void QuilloApplication::showWindow() {
   if (m_window->isMinimized()) m_window->showNormal();
   m_window->show();
   m_window->raise();
   m_window->activateWindow();
+}
+
+void QuilloApplication::open(const QStringList& urls) {
+  QList<QuilloRequest> requests;
   for (const QString& url : urls) {
     if (const auto request = requestOfURL(QUrl(url)))
-      carryOut(*request);
+      requests << *request;
     else
       QLLogWarn(u"\"%1\" is no URL that Quillo knows"_s.arg(url));
   }
+  if (needsFirstStart(requests)) {
+    const bool isAskedFor = requests.contains(QuilloRequest{QuilloRequest::Kind::SetUp, {}});
+    m_showsWindowAfterwards = m_showsWindowAfterwards || !isAskedFor;
+    return showFirstStart();
+  }
+  showWindow();
+  for (const QuilloRequest& request : std::as_const(requests)) carryOut(request);
+}
+
+// Not where the settings cannot be read: the window tells of that.
+bool QuilloApplication::needsFirstStart(const QList<QuilloRequest>& requests) {
+  if (requests.contains(QuilloRequest{QuilloRequest::Kind::SetUp, {}})) return true;
+  PersistentPropertyList* list = m_services.config.groupProperties();
+  if (!list || m_window->isVisible()) return false;
+  list->synchronize();
+  return !m_services.config.configuredJournalFileURL();
+}
+
+void QuilloApplication::showFirstStart() {
+  // One that was closed begins anew, with what is configured by now.
+  if (!m_firstStart || !m_firstStart->isVisible())
+    m_firstStart = m_services.makeFirstStart([this] { firstStartDidFinish(); });
+  m_firstStart->showWindow();
+}
+
+void QuilloApplication::firstStartDidFinish() {
+  m_library.reopen();
+  if (!std::exchange(m_showsWindowAfterwards, false)) return m_services.openEntryWindow();
+  // The entry window once this one has the keyboard, which it would take from it else; a desktop that gives it to
+  // neither has had its time then.
+  showWindow();
+  auto* once = new QTimer(m_window.get());
+  once->setSingleShot(true);
+  const auto open = [this, once] {
+    once->deleteLater();
+    m_services.openEntryWindow();
+  };
+  connect(once, &QTimer::timeout, this, open);
+  connect(qApp, &QGuiApplication::focusWindowChanged, once, [this, once](const QWindow* focused) {
+    if (focused && focused == m_window->windowHandle()) once->start(0);
+  });
+  once->start(2000);
 }
 
 void QuilloApplication::carryOut(const QuilloRequest& request) {

@@ -32,6 +32,7 @@
 #include "platform/linux/desktop/Display.h"
 #include "platform/linux/desktop/X11HotKeys.h"
 #include "preferences/PreferencesWindow.h"
+#include "preferences/setup/FirstStartWindow.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/services/OnlineServices.h"
 #include "quillo/QuilloApplication.h"
@@ -63,7 +64,7 @@ Arguments readArguments(int argc, char** argv) {
   std::string home;
   std::vector<std::string> urls;
   program.add_option("--home", home, "Use this directory in place of the user's home")->type_name("DIR");
-  program.add_option("URL", urls, "quillo://open, edit?entryId=UUID, post, preferences or updatebookmarks");
+  program.add_option("URL", urls, "quillo://open, edit?entryId=UUID, post, preferences, setup or updatebookmarks");
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -95,14 +96,16 @@ QString instanceName() {
   return u"%1.h%2"_s.arg(Identifier::mainApplication, QString::number(qHash(home, 0), 16));
 }
 
-// What only the preferences use of the desktop; made when they are first shown.
+// What only the preferences and the first start use of the desktop; made when one of them is first shown.
 class PreferencesPlatform {
  public:
   PreferencesPlatform(SessionBusApplications& applications, const QStringList& homeArguments)
       : m_applications(applications),
         m_helper(agentLoginHelper(homeArguments)),
         m_agent(applications, m_helper),
-        m_loginItems(XdgLoginItems::autostartFolder(UserDirectories::current()), applications, m_helper),
+        m_loginItems(
+            XdgLoginItems::autostartFolder(UserDirectories::current()), applications, m_helper,
+            [this](const QString& program, const QStringList& words) { return m_agent.launch(program, words); }),
         m_agentDefaults(UserDirectories::current().configuration + u"/quillo"_s, Identifier::agent) {
     AgentManager::setSharedLoginItemServices(loginItems());
     PTKeyCodeTranslator::setKeyboardLayouts(&m_layouts);
@@ -139,6 +142,15 @@ class PreferencesPlatform {
            "Its own settings can run “quilloctl agent toggle” with a key, too."_s;
   }
 
+  // What is proposed to somebody who has not used Quillo before.
+  [[nodiscard]] FirstStart firstStart(QuilloConfig& config) {
+    return FirstStart::suggested(config, [this](const PTKeyCombo& combo) {
+      bool isFree = true;
+      ShortcutTrial(m_hotKeys.get()).ask(combo, [&isFree](const QString& problem) { isFree = problem.isEmpty(); });
+      return isFree;
+    });
+  }
+
   bool tryReminder(QString* reason) {
     const auto agents = m_applications.running(Identifier::agent);
     if (!agents.isEmpty()) return m_applications.remind(agents.last(), reason);
@@ -155,6 +167,33 @@ class PreferencesPlatform {
   XkbKeyboardLayouts m_layouts;
   std::unique_ptr<HotKeys> m_hotKeys;
 };
+
+std::unique_ptr<FirstStartWindow> makeFirstStart(QuilloConfig& config, PreferencesPlatform& platform,
+                                                 OpenPanel& openPanel, std::function<void()> finished) {
+  NotificationCenter& center = DistributedNotificationCenter::sharedCenter();
+  const FirstStartServices services{.config = config,
+                                    .post = [&center](const QString& name) { center.postNotification(name); },
+                                    .agentManager = &AgentManager::sharedManager,
+                                    .loginItemServices = platform.loginItems(),
+                                    .agent = platform.agent()};
+  return std::make_unique<FirstStartWindow>(FirstStartWindowServices{
+      .proposed = platform.firstStart(config),
+      .shortcut = platform.shortcut(),
+      .shortcutNote = platform.shortcutNote(),
+      .openPanel = openPanel,
+      .apply = [services](const FirstStart& choice, Error* error) { return choice.apply(services, error); },
+      .startAgent = [services](const FirstStart& choice,
+                               QString* reason) { return choice.startAgent(services, reason); },
+      .finished = std::move(finished)});
+}
+
+void openEntryWindow(SessionBusApplications& applications) {
+  const auto agents = applications.running(Identifier::agent);
+  QString reason;
+  // A new one ends those before it: the last is the one that stays.
+  if (!agents.isEmpty() && !applications.toggle(agents.last(), &reason))
+    QLLogWarn(u"The entry window does not open - %1"_s.arg(reason));
+}
 
 // From the set-up of the log to the end of the event loop.
 int runQuillo(QApplication& application, SingleInstance& instance, const Arguments& arguments) {
@@ -198,7 +237,7 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
          .openPanel = openPanel,
          .makePreferences =
              [&] {
-               forPreferences.emplace(runningApplications, arguments.homeArguments);
+               if (!forPreferences) forPreferences.emplace(runningApplications, arguments.homeArguments);
                return std::make_unique<PreferencesWindow>(PreferencesServices{
                    .settings = {.config = config,
                                 .distributedCenter = DistributedNotificationCenter::sharedCenter(),
@@ -216,6 +255,12 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
                    .tryReminder = [&forPreferences](QString* reason) { return forPreferences->tryReminder(reason); },
                    .logFolder = config.groupLogsDirectoryURL().toLocalFile()});
              },
+         .makeFirstStart =
+             [&](std::function<void()> finished) {
+               if (!forPreferences) forPreferences.emplace(runningApplications, arguments.homeArguments);
+               return makeFirstStart(config, *forPreferences, openPanel, std::move(finished));
+             },
+         .openEntryWindow = [&] { openEntryWindow(runningApplications); },
          .terminate = [] { QApplication::exit(); }});
     QObject::connect(&application, &QApplication::aboutToQuit, &quillo, &QuilloApplication::willTerminate);
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &quillo, &QuilloApplication::willTerminate,

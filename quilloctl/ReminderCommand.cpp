@@ -5,6 +5,7 @@
 #include "foundation/PropertyListJson.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/Moment.h"
+#include "quilloctl/ReminderText.h"
 #include "reminders/ReminderBatch.h"
 #include "reminders/ReminderInterval.h"
 #include "reminders/ReminderRule.h"
@@ -12,7 +13,6 @@
 #include <QDateTime>
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <cerrno>
@@ -34,37 +34,6 @@ struct Words {
   int count{1};
   bool batch{false};
 };
-
-struct Step {
-  quint64 count;
-  CalendarUnit unit;
-};
-
-// "3 hours", "day", "1 week".
-std::optional<Step> parseStep(const QString& text) {
-  static const QRegularExpression form(u"^(?:(\\d+)\\s+)?(minute|hour|day|week|month|year)s?$"_s,
-                                       QRegularExpression::CaseInsensitiveOption);
-  const auto match = form.match(text.simplified());
-  if (!match.hasMatch()) return std::nullopt;
-  bool ok = true;
-  const quint64 count = match.captured(1).isEmpty() ? 1 : match.captured(1).toULongLong(&ok);
-  const QString word = match.captured(2).toLower();
-  const struct {
-    QString word;
-    CalendarUnit unit;
-  } units[] = {{u"minute"_s, CalendarUnit::Minute}, {u"hour"_s, CalendarUnit::Hour},   {u"day"_s, CalendarUnit::Day},
-               {u"week"_s, CalendarUnit::Week},     {u"month"_s, CalendarUnit::Month}, {u"year"_s, CalendarUnit::Year}};
-  for (const auto& known : units)
-    if (ok && count > 0 && known.word == word) return Step{count, known.unit};
-  return std::nullopt;
-}
-
-// Minutes since midnight.
-std::optional<int> parseTimeOfDay(const QString& text) {
-  const QTime time = QTime::fromString(text, text.size() == 4 ? u"H:mm"_s : u"HH:mm"_s);
-  if (!time.isValid()) return std::nullopt;
-  return time.hour() * 60 + time.minute();
-}
 
 // "today 12:00", "tomorrow 09:00", else with the date, in the current zone.
 QString moment(Date date) {
@@ -131,8 +100,8 @@ std::optional<ReminderInterval> intervalFromWords(const Words& words) {
     return std::nullopt;
   };
   const QString every = QString::fromStdString(words.every);
-  const auto step = parseStep(every);
-  if (!step) return wrong(u"\"%1\" is no step; one is \"3 hours\" or \"day\""_s.arg(every));
+  const auto step = stepFromText(every);
+  if (!step) return wrong(notAStep(every));
   const QString zone = QString::fromStdString(words.zone);
   const auto calendar = zone.isEmpty() ? std::optional(Calendar::currentCalendar()) : Calendar::withTimeZoneName(zone);
   if (!calendar) return wrong(u"there is no time zone \"%1\""_s.arg(zone));
@@ -145,8 +114,8 @@ std::optional<ReminderInterval> intervalFromWords(const Words& words) {
   if (!words.from.empty()) {
     if (!isClockStep(static_cast<quint64>(step->unit)))
       return wrong(u"--from and --until are for steps of hours and minutes"_s);
-    const auto from = parseTimeOfDay(QString::fromStdString(words.from));
-    const auto until = parseTimeOfDay(QString::fromStdString(words.until));
+    const auto from = timeOfDayFromText(QString::fromStdString(words.from));
+    const auto until = timeOfDayFromText(QString::fromStdString(words.until));
     if (!from || !until || *until <= *from)
       return wrong(u"--from and --until take times such as 09:00 and 17:00, the earlier first"_s);
     rule.window = DailyWindow{*from, *until};

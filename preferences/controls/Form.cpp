@@ -30,6 +30,10 @@ Form::Form(QWidget* parent) : QWidget(parent), m_grid(new QGridLayout(this)) {
   m_grid->setColumnStretch(1, 1);
 }
 
+void Form::setLabelWidth(int width) {
+  m_grid->setColumnMinimumWidth(0, width);
+}
+
 FormRow* Form::addRow(const QString& label, std::initializer_list<QWidget*> fields) {
   auto* row = new FormRow(fields, this);
   auto* text = makeFormLabel(label, u"label"_s, this);

@@ -20,6 +20,8 @@ class Form : public QWidget {
   FormRow* addRow(const QString& label, std::initializer_list<QWidget*> fields);
   // Over both columns.
   void addWide(QWidget* widget);
+  // Of the labels, in points; for windows that are narrower than the preferences.
+  void setLabelWidth(int width);
   // With its label.
   void setRowVisible(const FormRow& row, bool isVisible);
   void setRowLabel(const FormRow& row, const QString& label);

@@ -151,6 +151,10 @@ void ReminderRuleEditor::setChoice(const ReminderChoice& choice) {
   showChoice();
 }
 
+void ReminderRuleEditor::setLabelWidth(int width) {
+  m_form->setLabelWidth(width);
+}
+
 void ReminderRuleEditor::setError(const QString& text) {
   m_wayRow->setError(text);
 }

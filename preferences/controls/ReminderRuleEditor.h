@@ -29,6 +29,9 @@ class ReminderRuleEditor : public QWidget {
   // Shows it without choiceChanged(). A field that has the keyboard is left alone where its value is the same.
   void setChoice(const ReminderChoice& choice);
 
+  // See Form.
+  void setLabelWidth(int width);
+
   // Below the fields: why what they say was not saved.
   void setError(const QString& text);
   // Shows the next dates anew, as time has gone on.

@@ -8,6 +8,7 @@
 #include "platform/Workspace.h"
 #include "preferences/controls/Form.h"
 #include "preferences/pages/PreferencesServices.h"
+#include "qlcore/JournalChoice.h"
 #include "qlcore/JournalMover.h"
 
 #include <QFileDialog>
