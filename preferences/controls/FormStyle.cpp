@@ -49,9 +49,8 @@ void applyFormStyle(QWidget& window) {
   QString sheet = journalStyleSheet() + fields;
   sheet.replace(u"%problem"_s, problemColor(colors).name());
   sheet.replace(u"%label"_s, blended(colors.text, colors.dim, 0.35).name());
-  sheet.replace(u"%list"_s, colors.list.name());
   sheet.replace(u"%ground"_s, colors.ground.name());
-  sheet = withColors(sheet, colors);
+  sheet = styleWithColors(sheet, colors);
   if (window.styleSheet() != sheet) window.setStyleSheet(sheet);
 }
 
