@@ -263,6 +263,12 @@ void QuilloAgentAppDelegate::reminderAlarmFired() {
   m_reminderDelivery.reminderAlarmFired();
 }
 
+void QuilloAgentAppDelegate::tryReminder() {
+  // The ways of delivery may have been chosen a moment ago.
+  if (PersistentPropertyList* list = m_config.groupProperties()) list->synchronize();
+  m_reminderDelivery.reminderAlarmFired();
+}
+
 void QuilloAgentAppDelegate::orderFrontAboutWindow() {
   if (!m_aboutWindowController)
     m_aboutWindowController = std::make_unique<AboutWindowController>(m_platform.workspace, m_services.bundle);

@@ -114,6 +114,8 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
 
   // Gives the reminder by window, notification and sound, as the settings want it.
   void reminderAlarmFired();
+  // The same out of its time, to see what it is like.
+  void tryReminder();
   // Reminders were switched on or off, here or by the other application. Other contexts than the delegate's own are
   // ignored.
   void observeValueForKeyPath(const QString& keyPath, KeyValueObservable& object, const void* context) override;

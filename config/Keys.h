@@ -27,6 +27,8 @@ inline constexpr QLatin1StringView remindersManagerValuesDidChange{
     "com.quilloapp.QuilloRemindersManagerValuesDidChangeNotification"};
 inline constexpr QLatin1StringView agentManagerValuesDidChange{
     "com.quilloapp.QuilloAgentManagerValuesDidChangeNotification"};
+// Of settings without one of their own: whoever hears it reads the shared list and its own settings again.
+inline constexpr QLatin1StringView settingsDidChange{"com.quilloapp.QuilloSettingsDidChangeNotification"};
 // Nobody posts or observes this one; the reminders manager removes itself under it when it is destroyed.
 inline constexpr QLatin1StringView agentReminderSettingsDidChange{
     "com.quilloapp.QuilloAgentReminderSettingsDidChangeNotification"};
@@ -69,6 +71,8 @@ inline constexpr QLatin1StringView remindersSendToNotificationCenter{"RemindersS
 inline constexpr QLatin1StringView agentEnabled{"AgentEnabled"};
 inline constexpr QLatin1StringView startAgentAtLogin{"StartAgentAtLogin"};
 inline constexpr QLatin1StringView menuEntryGlobalShortcut{"MenuEntryGlobalShortcut"};
+inline constexpr QLatin1StringView keepEntryWindowOnScreen{"KeepEntryWindowOnScreen"};
+inline constexpr QLatin1StringView escapeClosesEntryWindow{"EscapeClosesEntryWindow"};
 // Entries.
 inline constexpr QLatin1StringView addLocationAutomatically{"AddLocationAutomatically"};
 inline constexpr QLatin1StringView useFahrenheitTempScale{"UseFahrenheitTempScale"};

@@ -14,6 +14,7 @@ std::optional<QuilloRequest> requestOfURL(const QUrl& url) {
   if (command == u"open") return QuilloRequest{Kind::Open, {}};
   if (command == u"post") return QuilloRequest{Kind::Post, {}};
   if (command == u"preferences") return QuilloRequest{Kind::Preferences, {}};
+  if (command == u"setup") return QuilloRequest{Kind::SetUp, {}};
   if (command == u"updatebookmarks") return QuilloRequest{Kind::UpdateBookmarks, {}};
   if (command == u"edit")
     return QuilloRequest{Kind::Edit, QUrlQuery(url).queryItemValue(u"entryId"_s, QUrl::FullyDecoded)};

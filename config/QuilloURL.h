@@ -9,7 +9,7 @@ namespace quillo {
 
 // What a quillo: URL asks of the main application.
 struct QuilloRequest {
-  enum class Kind { Open, Edit, Post, Preferences, UpdateBookmarks };
+  enum class Kind { Open, Edit, Post, Preferences, SetUp, UpdateBookmarks };
 
   Kind kind{Kind::Open};
   QString entryIdentifier;  // of Edit; as it came, not checked

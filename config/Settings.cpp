@@ -37,25 +37,27 @@ constexpr std::array table{
     Setting{Key::agentEnabled, shared, Bool, false, {}, Notice::agentManagerValuesDidChange},
     Setting{Key::startAgentAtLogin, shared, Bool, none, "an older version's, moved into AgentEnabled"_L1, Notice::agentManagerValuesDidChange},
     Setting{Key::menuEntryGlobalShortcut, shared, Dictionary, none, {}, Notice::menuBarEntryShortcutDidChange},
-    Setting{Key::addLocationAutomatically, shared, Bool, true},
+    Setting{Key::keepEntryWindowOnScreen, shared, Bool, false, "off, the window is centred at the icon even where a part of it is off the screen"_L1, Notice::settingsDidChange},
+    Setting{Key::escapeClosesEntryWindow, shared, Bool, false, {}, Notice::settingsDidChange},
+    Setting{Key::addLocationAutomatically, shared, Bool, true, {}, Notice::settingsDidChange},
     Setting{Key::useFahrenheitTempScale, shared, Bool, false, {}, Notice::tempScaleDidChange},
-    Setting{Key::shouldAddHashtags, shared, Integer, qint64{0}, "2 keeps hashtags out of the tags, any other number does not"_L1},
+    Setting{Key::shouldAddHashtags, shared, Integer, qint64{0}, "2 keeps hashtags out of the tags, any other number does not"_L1, Notice::settingsDidChange},
     Setting{Key::sendUsageData, shared, Bool, true, "nothing is sent anywhere, whatever it is set to"_L1},
     Setting{Key::serverURL, shared, URL, productionWebBaseURL},
     Setting{Key::nativeSyncJournalID, shared, Object, none},
     Setting{Key::nativeSyncSessionIdentifier, shared, Object, none},
-    Setting{Key::verboseLogging, shared, Bool, false},
+    Setting{Key::verboseLogging, shared, Bool, false, {}, Notice::settingsDidChange},
     Setting{Key::autoBackupLocation, own, URL, none, "an older version's"_L1},
     Setting{Key::autoBackupLocationBookmark, own, Data, none, "the default backup folder"_L1},
-    Setting{Key::editorSpellCheckEnabled, own, Bool, true},
-    Setting{Key::editorGrammarCheckEnabled, own, Bool, false},
-    Setting{Key::editorCorrectSpellingEnabled, own, Bool, true},
+    Setting{Key::editorSpellCheckEnabled, own, Bool, true, {}, Notice::settingsDidChange},
+    Setting{Key::editorGrammarCheckEnabled, own, Bool, false, {}, Notice::settingsDidChange},
+    Setting{Key::editorCorrectSpellingEnabled, own, Bool, true, {}, Notice::settingsDidChange},
     Setting{Key::markdownEnabled, own, Bool, false, {}, Notice::markdownDidChange},
     Setting{Key::webKitDeveloperExtras, own, String, none, "\"1\" while the web inspector is allowed"_L1},
     Setting{Key::dropboxAppFolderBookmarkData, own, Data, none},
-    Setting{Key::locationNMEASource, own, String, none, "the desktop's location service"_L1},
-    Setting{Key::weatherServiceURL, own, URL, none, "the public weather service"_L1},
-    Setting{Key::grammarServerURL, own, URL, "http://localhost:8081"_L1, "on this machine; another is not asked"_L1},
+    Setting{Key::locationNMEASource, own, String, none, "the desktop's location service"_L1, Notice::settingsDidChange},
+    Setting{Key::weatherServiceURL, own, URL, none, "the public weather service"_L1, Notice::settingsDidChange},
+    Setting{Key::grammarServerURL, own, URL, "http://localhost:8081"_L1, "on this machine; another is not asked"_L1, Notice::settingsDidChange},
     Setting{Key::allowWebInspector, SettingStore::Environment, Bool, false},
     // The main application's own; only that application knows their defaults.
     Setting{"InspirationalMessagesEnabled"_L1, mainApplication, Bool, none},
@@ -103,6 +105,15 @@ std::span<const Setting> settingsTable() {
 const Setting* settingForKey(const QString& key) {
   const auto found = std::ranges::find(table, key, &Setting::key);
   return found == table.end() ? nullptr : &*found;
+}
+
+QStringList Setting::noticesAfterChange() const {
+  if (notice.isEmpty()) return {};
+  QStringList notices{notice};
+  // The agent hears none of the main application's notices, and may use the setting all the same.
+  constexpr std::array unheard{Notice::tempScaleDidChange, Notice::markdownDidChange};
+  if (std::ranges::find(unheard, notice) != unheard.end()) notices << Notice::settingsDidChange;
+  return notices;
 }
 
 PropertyListDictionary settingDefaults(std::initializer_list<QLatin1StringView> keys) {

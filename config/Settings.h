@@ -4,6 +4,7 @@
 
 #include <QLatin1StringView>
 #include <QString>
+#include <QStringList>
 
 #include <initializer_list>
 #include <optional>
@@ -39,6 +40,8 @@ struct Setting {
 
   // The default as the list would hold it.
   [[nodiscard]] std::optional<PropertyListValue> defaultValue() const;
+  // What a writer posts, in this order, so that every program hears of the change.
+  [[nodiscard]] QStringList noticesAfterChange() const;
 };
 
 // Every setting once, the main application's own last.

@@ -9,6 +9,7 @@
 #include <QAccessibleWidget>
 #include <QCloseEvent>
 #include <QDialog>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPainterPath>
 #include <QWindow>
@@ -206,12 +207,15 @@ void AgentEntryWindow::setFrameOrigin(QPointF origin) {
 }
 
 void AgentEntryWindow::setPlace(QPointF origin, Qt::Edge edge, double arrowX) {
-  if (edge != m_ui->backgroundView->arrowEdge()) {
-    m_ui->backgroundView->setArrowEdge(edge);
+  const QPainterPath before = m_ui->backgroundView->outline();
+  m_ui->backgroundView->setArrowEdge(edge);
+  m_ui->backgroundView->setArrowX(arrowX - origin.x());
+  // The shape follows the arrow: the window is cut to it, or has its shadow around it.
+  if (before != m_ui->backgroundView->outline()) {
     layOut();
+    update();
   }
   setFrameOrigin(origin);
-  m_ui->backgroundView->setArrowX(arrowX - origin.x());
 }
 
 void AgentEntryWindow::setJournalPanel(const JournalPanel& panel, const QString& aboutText) {
@@ -221,6 +225,7 @@ void AgentEntryWindow::setJournalPanel(const JournalPanel& panel, const QString&
   m_ui->reconnectAboutText->setVisible(!aboutText.isEmpty());
   const bool reconnects = panel.offer == JournalPanel::Offer::Reconnect;
   m_ui->reconnectButton->setVisible(reconnects);
+  m_ui->setUpButton->setVisible(!reconnects);
   m_ui->chooseJournalButton->setVisible(!reconnects);
   m_ui->createJournalButton->setVisible(!reconnects);
   const bool exists = panel.offer == JournalPanel::Offer::UseOrChoose;
@@ -315,6 +320,13 @@ void AgentEntryWindow::closeEvent(QCloseEvent* event) {
   // The desktop's way to close a window goes the way of the close button, which may leave it up for an alert.
   if (onCloseRequest) onCloseRequest();
   event->setAccepted(!isVisible());
+}
+
+void AgentEntryWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier && onEscape)
+    onEscape();
+  else
+    QWidget::keyPressEvent(event);
 }
 
 }  // namespace quillo

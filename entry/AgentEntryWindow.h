@@ -45,7 +45,7 @@ class AgentEntryWindow : public QWidget {
   void setFrameOrigin(QPointF origin);
   // Hangs the window under the status item, or stands it above: `edge`, of the window, is where the item is,
   // Qt::TopEdge or Qt::BottomEdge. With the item below, the content stands higher by the height of the arrow, which
-  // points at `arrowX`, in screen points from the left.
+  // points at `arrowX`, in screen points from the left, or as near to it as the window's corners allow.
   void setPlace(QPointF origin, Qt::Edge edge, double arrowX);
 
   // The frame of the text area, from the bottom left of the window's frame.
@@ -82,6 +82,8 @@ class AgentEntryWindow : public QWidget {
 
   // Told when the desktop asks the window to close, which it does by hiding.
   std::function<void()> onCloseRequest;
+  // Escape was pressed, and nothing in the window had a use for it.
+  std::function<void()> onEscape;
   // The window took or lost the keyboard.
   std::function<void()> onActivationChange;
 
@@ -90,6 +92,7 @@ class AgentEntryWindow : public QWidget {
   bool eventFilter(QObject* watched, QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   void layOut();

@@ -17,6 +17,7 @@
 #include "foundation/UserDirectories.h"
 #include "platform/OutsideClicks.h"
 #include "platform/Workspace.h"
+#include "qlcore/JournalChoice.h"
 #include "qlcore/QLMixpanelTracker.h"
 #include "reminders/ReminderAlarm.h"
 #include "reminders/ReminderInterval.h"
@@ -89,6 +90,7 @@ AgentEntryWindowController::~AgentEntryWindowController() {
   if (!m_window) return;
   // The window must not reach a half-destroyed controller.
   m_window->onCloseRequest = {};
+  m_window->onEscape = {};
   m_window->onActivationChange = {};
 }
 
@@ -142,6 +144,7 @@ void AgentEntryWindowController::connectControls() {
   connect(ui.closeButton, &QAbstractButton::clicked, this, &Self::closeButtonClicked);
   connect(ui.reconnectButton, &QAbstractButton::clicked, this, &Self::reconnectButtonClicked);
   connect(ui.createJournalButton, &QAbstractButton::clicked, this, &Self::createJournalButtonClicked);
+  connect(ui.setUpButton, &QAbstractButton::clicked, this, &Self::setUpButtonClicked);
   connect(ui.chooseJournalButton, &QAbstractButton::clicked, this, &Self::chooseJournalButtonClicked);
   connect(ui.locationToggleButton, &QAbstractButton::clicked, this,
           [this, &ui] { locationButtonToggled(*ui.locationToggleButton); });
@@ -152,6 +155,7 @@ void AgentEntryWindowController::connectControls() {
   enter->setKey(QKeyCombination(Qt::CTRL, Qt::Key_Enter));
   connect(enter, &QShortcut::activated, ui.saveButton, &QAbstractButton::animateClick);
   window().onCloseRequest = [this] { close(); };
+  window().onEscape = [this] { escapePressed(); };
   window().onActivationChange = [this] { activationChanged(); };
 }
 
@@ -169,6 +173,16 @@ void AgentEntryWindowController::updateMetadataLabel() {
 
 bool AgentEntryWindowController::haveAccessToJournalFile() {
   return haveAccessToJournal(m_services.config.configuredJournalFileURL());
+}
+
+bool AgentEntryWindowController::isOn(QLatin1StringView key) {
+  const auto value = settingValue(m_services.config.groupProperties(), key);
+  return value && value->boolValue();
+}
+
+bool AgentEntryWindowController::keepsWindowOnScreen() {
+  if (PersistentPropertyList* list = m_services.config.groupProperties()) list->synchronize();
+  return isOn(Key::keepEntryWindowOnScreen);
 }
 
 void AgentEntryWindowController::showWindowInMode(EntryWindowMode mode) {
@@ -306,6 +320,10 @@ void AgentEntryWindowController::closeButtonClicked() {
   close();
 }
 
+void AgentEntryWindowController::escapePressed() {
+  if (isOn(Key::escapeClosesEntryWindow)) close();
+}
+
 void AgentEntryWindowController::textDidChange() {
   m_session.textDidChange();
   fadeSnoozeRow();
@@ -432,6 +450,12 @@ void AgentEntryWindowController::chooseJournalButtonClicked() {
   m_services.openPanel.beginSheet(
       u"Choose Quillo Journal"_s, UserDirectories::current().documents, &window(),
       [this](const QString& path) { useJournal(QUrl::fromLocalFile(path), /*create=*/false); });
+}
+
+void AgentEntryWindowController::setUpButtonClicked() {
+  // Its window comes where this one is in front.
+  if (m_services.workspace && m_services.workspace->openURL(QUrl(u"quillo://setup"_s))) return close();
+  presentError(cocoaError(ErrorCode::fileNoSuchFile, u"Quillo could not be opened."_s), {});
 }
 
 void AgentEntryWindowController::useJournal(const QUrl& location, bool create) {

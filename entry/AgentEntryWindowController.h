@@ -49,6 +49,8 @@ class AgentEntryWindowController : public QObject {
   void setContextualMenu(QMenu* menu) { m_contextualMenu = menu; }
 
   void showWindowInMode(EntryWindowMode mode);
+  // Whether the window is to be moved to where all of it is on the screen, as the settings have it at this moment.
+  [[nodiscard]] bool keepsWindowOnScreen();
   // Saves and hides the window; nothing when it is not shown. While an alert tells of a failed save, the window stays.
   void close();
   // The same for a window that another is to replace: nobody is asked anything, an alert that is up goes, and the text
@@ -81,6 +83,8 @@ class AgentEntryWindowController : public QObject {
   void connectControls();
   void connectPlace();
   [[nodiscard]] bool haveAccessToJournalFile();
+  // Of the shared list, as it was read last.
+  [[nodiscard]] bool isOn(QLatin1StringView key);
   void showEditor(bool reminder);
   void fetchLocationOnceShown();
   void showReconnectPanel();
@@ -102,12 +106,15 @@ class AgentEntryWindowController : public QObject {
   void locationButtonToggled(const Button& button);
   void settingsButtonClicked();
   void closeButtonClicked();
+  void escapePressed();
   void snoozeOptionButtonClicked(const Button& sender);
   void reconnectButtonClicked();
   // Where no journal is configured: makes one at the suggested place, or takes the one that is there; lets the user
   // choose another.
   void createJournalButtonClicked();
   void chooseJournalButtonClicked();
+  // Has the main application ask for all that a first start decides.
+  void setUpButtonClicked();
 
   AgentEntryWindowServices m_services;
   ReminderAlarm* m_reminderAlarm;

@@ -7,12 +7,12 @@ namespace quillo {
 
 static constexpr double radius = 8;
 static constexpr double arrowHalfWidth = 10;
+static_assert(EntryBackgroundView::arrowMargin > radius + arrowHalfWidth);
 
 EntryBackgroundView::EntryBackgroundView(QWidget* parent) : QWidget(parent), m_arrowX(164) {}
 
 void EntryBackgroundView::setArrowX(double x) {
-  const double margin = radius + arrowHalfWidth + 2;
-  const double kept = std::clamp(x, margin, std::max(margin, width() - margin));
+  const double kept = std::clamp(x, arrowMargin, std::max(arrowMargin, width() - arrowMargin));
   if (std::exchange(m_arrowX, kept) != kept) changeOutline();
 }
 

@@ -16,6 +16,8 @@ class EntryBackgroundView : public QWidget {
  public:
   // The arrow's share of the height, in points.
   static constexpr double arrowHeight = 10;
+  // How near to the left and the right edge the arrow's tip may come, in points: beside the rounded corner.
+  static constexpr double arrowMargin = 20;
 
   explicit EntryBackgroundView(QWidget* parent = nullptr);
 

@@ -146,8 +146,10 @@ void QLXAStatusBarController::positionEntryWindow() {
   AgentEntryWindow& entryWindow = m_entryWindowController->window();
   const QSizeF size = entryWindow.frame().size();
 
-  const bool above = entryWindowBelongsAbove(onScreen, size, screenAround(onScreen));
-  const QPointF origin = above ? entryWindowOriginAbove(onScreen, size) : entryWindowOrigin(onScreen, size);
+  const QRectF screen = screenAround(onScreen);
+  const bool above = entryWindowBelongsAbove(onScreen, size, screen);
+  QPointF origin = above ? entryWindowOriginAbove(onScreen, size) : entryWindowOrigin(onScreen, size);
+  if (m_entryWindowController->keepsWindowOnScreen()) origin = entryWindowOriginOnScreen(origin, size, screen);
   entryWindow.setPlace(origin, above ? Qt::BottomEdge : Qt::TopEdge, onScreen.center().x());
 }
 

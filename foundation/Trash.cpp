@@ -1,6 +1,7 @@
 #include "foundation/Trash.h"
 
 #include "foundation/FileDescriptor.h"
+#include "foundation/FolderOperations.h"
 #include "foundation/UserDirectories.h"
 
 #include <QDateTime>
@@ -14,7 +15,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 namespace quillo::Trash {
@@ -123,16 +123,6 @@ int writeInformation(const QByteArray& path, const QByteArray& bytes) {
   return number;
 }
 
-// Moves without replacing anything. Answers errno, or 0.
-int renameToFree(const QByteArray& from, const QByteArray& to) {
-  if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0) return 0;
-  if (errno != EINVAL && errno != ENOSYS) return errno;
-  // A file system without that kind of rename. The note has claimed the name among all who keep to the rules.
-  struct stat status {};
-  if (::lstat(to.constData(), &status) == 0) return EEXIST;
-  return std::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
-}
-
 // The name itself first, then one with a random number before its ending.
 QString nameForAttempt(const QString& name, int attempt) {
   if (attempt == 0) return name;
@@ -172,6 +162,7 @@ std::optional<Item> moveItem(const QString& path, Error* error) {
     number = writeInformation(note, bytes);
     if (number == EEXIST) continue;
     if (number != 0) return failed(number, notes);
+    // The note has claimed the name among all who keep to the rules.
     number = renameToFree(QFile::encodeName(source), QFile::encodeName(item.path));
     if (number == 0) return item;
     ::unlink(note.constData());

@@ -2,6 +2,7 @@
 
 #include "foundation/Bundle.h"
 #include "foundation/FileContents.h"
+#include "foundation/FolderLock.h"
 #include "foundation/Log.h"
 #include "foundation/PropertyListSerialization.h"
 #include "foundation/TildeExpansion.h"
@@ -22,19 +23,38 @@ UserDefaults& UserDefaults::standardUserDefaults() {
 
 UserDefaults::UserDefaults(const QString& directory, const QString& domain)
     : m_path(directory + u'/' + domain + u".plist"_s) {
+  readFile();
+}
+
+// What cannot be read leaves the values as they are; what is pending stays over what is read.
+void UserDefaults::readFile() {
   Error error;
   const auto bytes = contentsOfFile(m_path, &error);
-  if (!bytes) {
-    if (error.code != ErrorCode::fileReadNoSuchFile)
-      QLLogInfo(u"Failed to read user defaults %1 - %2"_s.arg(m_path, error.description()));
-    return;
+  if (bytes) {
+    const auto list = PropertyListSerialization::propertyListWithData(*bytes, nullptr, &error);
+    m_fileIsDamaged = !list || !list->isDictionary();
+    if (m_fileIsDamaged)
+      QLLogInfo(u"User defaults %1 are damaged and read as empty - %2"_s.arg(m_path, error.description()));
+    else
+      m_values = list->dictionary();
+  } else if (error.code == ErrorCode::fileReadNoSuchFile) {
+    m_values = {};
+  } else {
+    QLLogInfo(u"Failed to read user defaults %1 - %2"_s.arg(m_path, error.description()));
   }
-  const auto list = PropertyListSerialization::propertyListWithData(*bytes, nullptr, &error);
-  m_fileIsDamaged = !list || !list->isDictionary();
-  if (m_fileIsDamaged)
-    QLLogInfo(u"User defaults %1 are damaged and read as empty - %2"_s.arg(m_path, error.description()));
-  else
-    m_values = list->dictionary();
+  for (auto it = m_pending.cbegin(); it != m_pending.cend(); ++it) {
+    if (*it)
+      m_values.insert(it.key(), **it);
+    else
+      m_values.remove(it.key());
+  }
+}
+
+bool UserDefaults::synchronize() {
+  const PropertyListDictionary before = m_values;
+  const FolderLock lock(QFileInfo(m_path).path(), FolderLock::Mode::Shared);
+  readFile();
+  return m_values != before;
 }
 
 void UserDefaults::registerDefaults(const PropertyListDictionary& defaults) {
@@ -50,24 +70,28 @@ std::optional<PropertyListValue> UserDefaults::objectForKey(const QString& key) 
 void UserDefaults::setObjectForKey(const std::optional<PropertyListValue>& value, const QString& key) {
   const auto found = m_values.find(key);
   if (value ? found != m_values.cend() && *found == *value : found == m_values.cend()) return;
-  if (value)
-    m_values.insert(key, *value);
-  else
-    m_values.remove(key);
+  m_pending.insert(key, value);
   save();
 }
 
 void UserDefaults::save() {
   Error error;
+  QDir().mkpath(QFileInfo(m_path).path());
+  const FolderLock lock(QFileInfo(m_path).path(), FolderLock::Mode::Exclusive);
+  readFile();
   if (m_fileIsDamaged) {
     QFile::remove(m_path + u".damaged"_s);
     QFile::copy(m_path, m_path + u".damaged"_s);
     m_fileIsDamaged = false;
   }
-  QDir().mkpath(QFileInfo(m_path).path());
   const auto bytes = PropertyListSerialization::dataWithPropertyList(m_values, PropertyListFormat::XML, &error);
-  if (!bytes || !writeFileAtomically(m_path, *bytes, &error))
+  if (!bytes || !writeFileAtomically(m_path, *bytes, &error)) {
     QLLogInfo(u"Failed to write user defaults %1 - %2"_s.arg(m_path, error.description()));
+    m_lastError = error;
+    return;
+  }
+  m_pending = {};
+  m_lastError.reset();
 }
 
 bool UserDefaults::boolForKey(const QString& key) const {

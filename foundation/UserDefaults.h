@@ -1,6 +1,8 @@
 #pragma once
 
+#include "foundation/Error.h"
 #include "foundation/PropertyListValue.h"
+#include "foundation/StringMap.h"
 
 #include <QString>
 #include <QUrl>
@@ -10,7 +12,9 @@
 namespace quillo {
 
 // The process's own settings: one domain, kept in a property list of its own, over registered defaults that last as
-// long as the process. Every set saves at once; a failed save is logged and the value stays in use. Main thread only.
+// long as the process. Every set saves at once; a failed save is logged, the value stays in use and is written with the
+// next. Another program may change the domain, too: a save lays only what was set here over what is there by then.
+// Main thread only.
 class UserDefaults {
  public:
   // The domain of the main bundle, in the user's configuration directory. Made on first use, and kept.
@@ -21,6 +25,11 @@ class UserDefaults {
   UserDefaults(const QString& directory, const QString& domain);
 
   [[nodiscard]] QString path() const { return m_path; }
+
+  // Takes over what another program has written meanwhile. True when anything that is stored has changed.
+  bool synchronize();
+  // Why the last save failed; nothing after one that succeeded.
+  [[nodiscard]] const std::optional<Error>& lastError() const { return m_lastError; }
 
   // Adds to what absent keys read as.
   void registerDefaults(const PropertyListDictionary& defaults);
@@ -40,10 +49,14 @@ class UserDefaults {
   [[nodiscard]] const PropertyListDictionary& persistentDomain() const { return m_values; }
 
  private:
+  void readFile();
   void save();
 
   QString m_path;
   PropertyListDictionary m_values;
+  // Set here and not yet written; nothing is a removal.
+  StringMap<std::optional<PropertyListValue>> m_pending;
+  std::optional<Error> m_lastError;
   PropertyListDictionary m_registered;
   bool m_fileIsDamaged{false};
 };

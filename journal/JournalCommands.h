@@ -20,6 +20,7 @@ struct JournalCommands {
   QAction* newEntryOnDay;
   QAction* print;
   QAction* exportPDF;
+  QAction* preferences;
   QAction* close;
   QAction* quit;
 

@@ -462,7 +462,8 @@ void JournalWindow::libraryStateDidChange() {
     part->setEnabled(isOpen);
   if (state == State::NotConfigured)
     m_view.paperState->show(u"No journal yet"_s, u"A journal is a folder of plain files on your disk."_s,
-                            {{u"Create One"_s, [this] { m_services.createJournal(); }},
+                            {{u"Set Up Quillo…"_s, [this] { m_services.setUp(); }},
+                             {u"Create One"_s, [this] { m_services.createJournal(); }},
                              {u"Choose One…"_s, [this] { m_services.chooseJournal(*this); }}});
   if (state == State::Away)
     m_view.paperState->show(u"The journal cannot be reached"_s, m_library.problem(),

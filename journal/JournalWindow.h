@@ -31,7 +31,9 @@ struct JournalWindowServices {
   // Of the text in points, from the settings; the setter keeps it.
   std::function<int()> fontSize;
   std::function<void(int)> setFontSize;
-  // Makes a journal at the usual place, or lets the person choose one.
+  // Asks for all that a first start decides; without that makes a journal at the usual place, or lets the person choose
+  // one.
+  std::function<void()> setUp;
   std::function<void()> createJournal;
   std::function<void(QWidget& window)> chooseJournal;
   // In the desktop's file manager.

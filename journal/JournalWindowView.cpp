@@ -1,10 +1,10 @@
 #include "journal/JournalWindowView.h"
 
 #include "controls/Fonts.h"
+#include "controls/look/JournalColors.h"
+#include "controls/look/JournalStyle.h"
 #include "journal/reading/ReadingView.h"
 #include "journal/views/FoldingColumns.h"
-#include "journal/views/JournalColors.h"
-#include "journal/views/JournalStyle.h"
 #include "journal/views/MonthView.h"
 #include "journal/views/NoticeBar.h"
 #include "journal/views/SearchField.h"

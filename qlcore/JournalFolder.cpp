@@ -1,6 +1,7 @@
 #include "qlcore/JournalFolder.h"
 
 #include "foundation/FileContents.h"
+#include "foundation/FolderOperations.h"
 
 #include <QFile>
 #include <QMutex>
@@ -53,12 +54,6 @@ bool isTemporaryNameOfEntry(const QString& name, pid_t& writer) {
 int writeAndSync(int descriptor, const QByteArray& bytes) {
   if (const int number = writeAll(descriptor, bytes)) return number;
   return ::fsync(descriptor) == 0 ? 0 : errno;
-}
-
-// Syncs a folder. Some network file systems cannot, which is no failure. Answers errno, or 0.
-int syncFolder(int descriptor) {
-  if (::fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP || errno == ENOSYS) return 0;
-  return errno;
 }
 
 // Makes a file with a name that no other has; `name` receives it. None, with errno, when it fails.

@@ -1,6 +1,6 @@
 #include "qlcore/JournalPackageLayout.h"
 
-#include "foundation/FileDescriptor.h"
+#include "foundation/FolderOperations.h"
 #include "foundation/PropertyListSerialization.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalFolder.h"
@@ -11,33 +11,16 @@
 #include <QFileInfo>
 #include <QUuid>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 
 namespace quillo::JournalPackageLayout {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-int syncFolder(const QString& path) {
-  const FileDescriptor folder(::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!folder.isOpen()) return errno;
-  // Some network file systems cannot sync a folder, which is no failure.
-  return ::fsync(folder.number()) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
-}
-
-// Moves a folder to a name that is free. Answers errno, or 0.
-int renameToFree(const QByteArray& from, const QByteArray& to) {
-  if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0) return 0;
-  if (errno != EINVAL && errno != ENOSYS) return errno;
-  // A file system without that kind of rename: the plain one replaces at most a folder that is empty.
-  return std::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
-}
 
 bool fill(const QString& folder, Error* error) {
   const QString entries = folder + u'/' + entriesFolder;

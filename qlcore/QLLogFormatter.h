@@ -34,6 +34,8 @@ class QLLogFormatter {
   // Gives a context the name that its lines carry; the last name given counts. A context without one shows as number.
   static void registerName(const QString& name, int context);
 
+  static constexpr int defaultLogLevel =
+      static_cast<int>(LogFlag::Error) | static_cast<int>(LogFlag::Warning) | static_cast<int>(LogFlag::Info);
   // Flag bits of LogFlag; logLevelAll shows everything.
   void setLogLevel(int level) { m_logLevel = level; }
   [[nodiscard]] int logLevel() const { return m_logLevel; }
@@ -43,8 +45,7 @@ class QLLogFormatter {
   [[nodiscard]] std::optional<QString> formatLogMessage(const LogRecord& record) const;
 
  private:
-  std::atomic<int> m_logLevel{static_cast<int>(LogFlag::Error) | static_cast<int>(LogFlag::Warning) |
-                              static_cast<int>(LogFlag::Info)};
+  std::atomic<int> m_logLevel{defaultLogLevel};
 };
 
 // What is known about the program and the machine, on one line, for the start of a session: product and version as

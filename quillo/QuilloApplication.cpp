@@ -1,34 +1,37 @@
 #include "quillo/QuilloApplication.h"
 
 #include "about/AboutWindowController.h"
+#include "app/logging/LoggingSetup.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
 #include "entry/session/Alerts.h"
 #include "entry/session/EntryDraft.h"
-#include "entry/session/JournalAccess.h"
 #include "entry/session/OpenPanel.h"
+#include "entry/spelling/SpellChecker.h"
 #include "foundation/Log.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 #include "foundation/UserDirectories.h"
 #include "platform/Workspace.h"
+#include "preferences/PreferencesWindow.h"
+#include "preferences/model/TextSize.h"
+#include "preferences/setup/FirstStartWindow.h"
+#include "qlcore/JournalChoice.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
 #include "qlcore/services/LocationService.h"
 #include "qlcore/services/QLWeatherFormatter.h"
 
+#include <QGuiApplication>
+#include <QTimer>
+#include <QWindow>
+
 #include <utility>
 
 namespace quillo {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr int usualFontSize = 16;
-
-}  // namespace
 
 QuilloApplication::QuilloApplication(QuilloServices services)
     : m_services(std::move(services)),
@@ -37,8 +40,14 @@ QuilloApplication::QuilloApplication(QuilloServices services)
   m_library.reopen();
   m_window = std::make_unique<JournalWindow>(windowServices());
   connect(m_window->commands().quit, &QAction::triggered, this, [this] { m_services.terminate(); });
-  m_observations.push_back(m_services.distributedCenter.observe(Notice::journalPackagePathDidChange,
-                                                                [this](const Notification&) { m_library.reopen(); }));
+  connect(m_window->commands().preferences, &QAction::triggered, this, &QuilloApplication::showPreferences);
+  NotificationCenter& distributed = m_services.distributedCenter;
+  m_observations.push_back(distributed.observe(Notice::journalPackagePathDidChange, [this](const Notification&) {
+    settingsDidChange();
+    m_library.reopen();
+  }));
+  for (const auto& notice : {Notice::settingsDidChange, Notice::fontSizeDidChange, Notice::tempScaleDidChange})
+    m_observations.push_back(distributed.observe(notice, [this](const Notification&) { settingsDidChange(); }));
 }
 
 QuilloApplication::~QuilloApplication() = default;
@@ -66,6 +75,7 @@ JournalWindowServices QuilloApplication::windowServices() {
               },
           .fontSize = [this] { return fontSize(); },
           .setFontSize = [this](int points) { setFontSize(points); },
+          .setUp = [this] { showFirstStart(); },
           .createJournal =
               [this] {
                 const SuggestedJournal suggested = suggestedJournal();
@@ -85,19 +95,28 @@ JournalWindowServices QuilloApplication::windowServices() {
 // Another program may have written them.
 void QuilloApplication::settingsDidChange() {
   if (PersistentPropertyList* list = m_services.config.groupProperties()) list->synchronize();
-  m_library.reopen();
+  setLogIsVerbose(m_services.config.verboseLogging());
+  m_services.text.spellChecker.learnedWordsDidChange();
+  if (m_services.defaults.synchronize())
+    m_services.text.localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
   m_window->applyFontSize();
 }
 
 int QuilloApplication::fontSize() const {
-  const PersistentPropertyList* list = m_services.config.groupProperties();
-  const qint64 points = list ? list->integerForKey(Key::fontSize) : 0;
-  return points >= 9 && points <= 40 ? static_cast<int>(points) : usualFontSize;
+  return TextSize::ofSettings(m_services.config.groupProperties());
 }
 
 void QuilloApplication::setFontSize(int points) {
   if (PersistentPropertyList* list = m_services.config.groupProperties()) list->setIntegerForKey(points, Key::fontSize);
   m_services.distributedCenter.postNotification(Notice::fontSizeDidChange);
+}
+
+void QuilloApplication::showPreferences() {
+  if (!m_preferences) {
+    m_preferences = m_services.makePreferences();
+    m_preferences->move(m_window->geometry().center() - m_preferences->rect().center());
+  }
+  m_preferences->showWindow();
 }
 
 std::unique_ptr<Registration> QuilloApplication::askForTags(std::function<void(const QStringList& tags)> answer) {
@@ -127,24 +146,70 @@ void QuilloApplication::chooseJournal(QWidget& window) {
       [this](const QString& path) { useJournal(QUrl::fromLocalFile(path), /*create=*/false); });
 }
 
-void QuilloApplication::open(const QStringList& urls) {
+void QuilloApplication::showWindow() {
   if (m_window->isMinimized()) m_window->showNormal();
   m_window->show();
   m_window->raise();
   m_window->activateWindow();
+}
+
+void QuilloApplication::open(const QStringList& urls) {
+  QList<QuilloRequest> requests;
   for (const QString& url : urls) {
     if (const auto request = requestOfURL(QUrl(url)))
-      carryOut(*request);
+      requests << *request;
     else
       QLLogWarn(u"\"%1\" is no URL that Quillo knows"_s.arg(url));
   }
+  if (needsFirstStart(requests)) {
+    const bool isAskedFor = requests.contains(QuilloRequest{QuilloRequest::Kind::SetUp, {}});
+    m_showsWindowAfterwards = m_showsWindowAfterwards || !isAskedFor;
+    return showFirstStart();
+  }
+  showWindow();
+  for (const QuilloRequest& request : std::as_const(requests)) carryOut(request);
+}
+
+// Not where the settings cannot be read: the window tells of that.
+bool QuilloApplication::needsFirstStart(const QList<QuilloRequest>& requests) {
+  if (requests.contains(QuilloRequest{QuilloRequest::Kind::SetUp, {}})) return true;
+  PersistentPropertyList* list = m_services.config.groupProperties();
+  if (!list || m_window->isVisible()) return false;
+  list->synchronize();
+  return !m_services.config.configuredJournalFileURL();
+}
+
+void QuilloApplication::showFirstStart() {
+  // One that was closed begins anew, with what is configured by now.
+  if (!m_firstStart || !m_firstStart->isVisible())
+    m_firstStart = m_services.makeFirstStart([this] { firstStartDidFinish(); });
+  m_firstStart->showWindow();
+}
+
+void QuilloApplication::firstStartDidFinish() {
+  m_library.reopen();
+  if (!std::exchange(m_showsWindowAfterwards, false)) return m_services.openEntryWindow();
+  // The entry window once this one has the keyboard, which it would take from it else; a desktop that gives it to
+  // neither has had its time then.
+  showWindow();
+  auto* once = new QTimer(m_window.get());
+  once->setSingleShot(true);
+  const auto open = [this, once] {
+    once->deleteLater();
+    m_services.openEntryWindow();
+  };
+  connect(once, &QTimer::timeout, this, open);
+  connect(qApp, &QGuiApplication::focusWindowChanged, once, [this, once](const QWindow* focused) {
+    if (focused && focused == m_window->windowHandle()) once->start(0);
+  });
+  once->start(2000);
 }
 
 void QuilloApplication::carryOut(const QuilloRequest& request) {
   using Kind = QuilloRequest::Kind;
   if (request.kind == Kind::Edit) m_window->editEntry(request.entryIdentifier);
   if (request.kind == Kind::Post) m_window->beginEntry();
-  if (request.kind == Kind::Preferences) m_services.showPreferences();
+  if (request.kind == Kind::Preferences) showPreferences();
   if (request.kind == Kind::UpdateBookmarks) {
     m_services.config.updateSharedBookmarkDataForConfiguredJournalFile();
     // The agent makes its own bookmark from the shared one when it hears this.

@@ -6,6 +6,7 @@
 #include "journal/model/JournalLibrary.h"
 #include "platform/Registration.h"
 
+#include <QList>
 #include <QObject>
 #include <QStringList>
 #include <QUrl>
@@ -22,6 +23,8 @@ class Alerts;
 class EntryDraft;
 class NotificationCenter;
 class OpenPanel;
+class FirstStartWindow;
+class PreferencesWindow;
 class QuilloConfig;
 class Workspace;
 
@@ -39,8 +42,12 @@ struct QuilloServices {
   std::function<std::unique_ptr<JournalReader>(const QLJournalPackageFile& package)> makeReader;
   Alerts& alerts;
   OpenPanel& openPanel;
-  // Shows the settings and how they are changed.
-  std::function<void()> showPreferences;
+  // Makes the window of preferences, when it is first asked for.
+  std::function<std::unique_ptr<PreferencesWindow>()> makePreferences;
+  // Makes the window of the first start; `finished` is for when all is done, and the window still there.
+  std::function<std::unique_ptr<FirstStartWindow>(std::function<void()> finished)> makeFirstStart;
+  // Has the agent open its entry window, where one runs.
+  std::function<void()> openEntryWindow;
   // Ends the program from its event loop.
   std::function<void()> terminate;
 };
@@ -53,7 +60,8 @@ class QuilloApplication final : public QObject {
   explicit QuilloApplication(QuilloServices services);
   ~QuilloApplication() override;
 
-  // Brings the window in front, and does what the URLs ask. Unknown ones are logged.
+  // Brings the window in front, and does what the URLs ask. Unknown ones are logged. As long as no journal is
+  // configured, the first start comes in the window's place.
   void open(const QStringList& urls);
   // Before the program or the session ends: saves, and asks nobody.
   void willTerminate();
@@ -65,6 +73,11 @@ class QuilloApplication final : public QObject {
   void carryOut(const QuilloRequest& request);
   void useJournal(const QUrl& location, bool create);
   void chooseJournal(QWidget& window);
+  void showWindow();
+  void showPreferences();
+  [[nodiscard]] bool needsFirstStart(const QList<QuilloRequest>& requests);
+  void showFirstStart();
+  void firstStartDidFinish();
   void settingsDidChange();
   [[nodiscard]] std::unique_ptr<Registration> askForTags(std::function<void(const QStringList& tags)> answer);
   [[nodiscard]] int fontSize() const;
@@ -74,6 +87,9 @@ class QuilloApplication final : public QObject {
   JournalLibrary m_library;
   std::unique_ptr<JournalWindow> m_window;
   std::unique_ptr<AboutWindowController> m_about;
+  std::unique_ptr<PreferencesWindow> m_preferences;
+  std::unique_ptr<FirstStartWindow> m_firstStart;
+  bool m_showsWindowAfterwards{false};  // after the first start
   // Last, so that nothing is heard of while the rest goes.
   std::vector<std::unique_ptr<Registration>> m_observations;
 };

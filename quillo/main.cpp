@@ -1,7 +1,10 @@
 // The composition root of the main application: the one place in it that names the real services of the desktop.
 
+#include "PTHotKey/PTKeyCodeTranslator.h"
 #include "about/ProgramIdentity.h"
 #include "app/logging/LoggingSetup.h"
+#include "app/switches/AgentManager.h"
+#include "app/switches/RemindersManager.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
 #include "entry/panels/AlertSheet.h"
@@ -9,7 +12,6 @@
 #include "entry/session/EntryDraft.h"
 #include "entry/spelling/SpellChecker.h"
 #include "foundation/Bundle.h"
-#include "foundation/DetachedProcess.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileModeMask.h"
 #include "foundation/Log.h"
@@ -18,18 +20,26 @@
 #include "foundation/UserDirectories.h"
 #include "journal/model/IndexedJournalReader.h"
 #include "platform/linux/SessionBusApplications.h"
+#include "platform/linux/SessionBusHelper.h"
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/TerminationSignals.h"
+#include "platform/linux/VirtualKeyCodes.h"
+#include "platform/linux/XdgLoginItems.h"
 #include "platform/linux/XdgWorkspace.h"
+#include "platform/linux/XkbKeyboardLayouts.h"
 #include "platform/linux/desktop/Display.h"
+#include "platform/linux/desktop/X11HotKeys.h"
+#include "preferences/PreferencesWindow.h"
+#include "preferences/setup/FirstStartWindow.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/services/OnlineServices.h"
 #include "quillo/QuilloApplication.h"
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QKeyEvent>
 
 #include <CLI/CLI.hpp>
 
@@ -43,7 +53,9 @@ namespace {
 
 struct Arguments {
   QStringList urls;
-  std::optional<int> exitCode;  // the program is to end at once
+  std::optional<int> exitCode{};  // the program is to end at once
+  // What the agent has to be given to use the same home.
+  QStringList homeArguments{};
 };
 
 Arguments readArguments(int argc, char** argv) {
@@ -52,7 +64,7 @@ Arguments readArguments(int argc, char** argv) {
   std::string home;
   std::vector<std::string> urls;
   program.add_option("--home", home, "Use this directory in place of the user's home")->type_name("DIR");
-  program.add_option("URL", urls, "quillo://open, edit?entryId=UUID, post, preferences or updatebookmarks");
+  program.add_option("URL", urls, "quillo://open, edit?entryId=UUID, post, preferences, setup or updatebookmarks");
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -72,6 +84,7 @@ Arguments readArguments(int argc, char** argv) {
     return {{}, 1};
   }
   UserDirectories::moveTo(directory);
+  arguments.homeArguments = {u"--home"_s, UserDirectories::current().home};
   return arguments;
 }
 
@@ -83,15 +96,107 @@ QString instanceName() {
   return u"%1.h%2"_s.arg(Identifier::mainApplication, QString::number(qHash(home, 0), 16));
 }
 
-// In a terminal, as quilloctl knows them.
-void showPreferences() {
-  const QStringList arguments{u"--home"_s, UserDirectories::current().home, u"open-url"_s, u"quillo://preferences"_s};
-  if (!startDetached(QApplication::applicationDirPath() + u"/quilloctl"_s, arguments, u"/"_s))
-    QLLogWarn(u"The settings cannot be shown: quilloctl does not start"_s);
+// What only the preferences and the first start use of the desktop; made when one of them is first shown.
+class PreferencesPlatform {
+ public:
+  PreferencesPlatform(SessionBusApplications& applications, const QStringList& homeArguments)
+      : m_applications(applications),
+        m_helper(agentLoginHelper(homeArguments)),
+        m_agent(applications, m_helper),
+        m_loginItems(
+            XdgLoginItems::autostartFolder(UserDirectories::current()), applications, m_helper,
+            [this](const QString& program, const QStringList& words) { return m_agent.launch(program, words); }),
+        m_agentDefaults(UserDirectories::current().configuration + u"/quillo"_s, Identifier::agent) {
+    AgentManager::setSharedLoginItemServices(loginItems());
+    PTKeyCodeTranslator::setKeyboardLayouts(&m_layouts);
+    // A desktop's portal would ask the user in this program's name, and the agent's claim is another.
+    if (X11HotKeys::isAvailable()) m_hotKeys = std::make_unique<X11HotKeys>();
+  }
+  ~PreferencesPlatform() {
+    PTKeyCodeTranslator::setKeyboardLayouts(nullptr);
+    AgentManager::setSharedLoginItemServices({});
+  }
+  PreferencesPlatform(const PreferencesPlatform&) = delete;
+  PreferencesPlatform& operator=(const PreferencesPlatform&) = delete;
+
+  [[nodiscard]] LoginItemServices loginItems() {
+    return {.loginItems = &m_loginItems, .runningApplications = &m_applications};
+  }
+  [[nodiscard]] HelperProcesses& agent() { return m_agent; }
+  [[nodiscard]] UserDefaults& agentDefaults() { return m_agentDefaults; }
+
+  [[nodiscard]] ShortcutRecorderServices shortcut() {
+    // Key codes of X, and so of Qt, are the kernel's with this added.
+    constexpr quint32 offset = 8;
+    return {.keyCode = [](const QKeyEvent& event) -> std::optional<qint64> {
+              if (event.nativeScanCode() < offset) return std::nullopt;
+              const auto key = virtualKeyOfEvdevCode(event.nativeScanCode() - offset);
+              return key ? std::optional<qint64>(*key) : std::nullopt;
+            },
+            .hotKeys = m_hotKeys.get()};
+  }
+  [[nodiscard]] QString shortcutNote() const {
+    if (m_hotKeys) return {};
+    return u"Your desktop gives keys to programs and may ask you first; where it refuses, the quill's tool tip says "
+           u"so. "
+           "Its own settings can run “quilloctl agent toggle” with a key, too."_s;
+  }
+
+  // What is proposed to somebody who has not used Quillo before.
+  [[nodiscard]] FirstStart firstStart(QuilloConfig& config) {
+    return FirstStart::suggested(config, [this](const PTKeyCombo& combo) {
+      bool isFree = true;
+      ShortcutTrial(m_hotKeys.get()).ask(combo, [&isFree](const QString& problem) { isFree = problem.isEmpty(); });
+      return isFree;
+    });
+  }
+
+  bool tryReminder(QString* reason) {
+    const auto agents = m_applications.running(Identifier::agent);
+    if (!agents.isEmpty()) return m_applications.remind(agents.last(), reason);
+    *reason = u"the quill is not in the tray"_s;
+    return false;
+  }
+
+ private:
+  SessionBusApplications& m_applications;
+  LoginHelper m_helper;
+  SessionBusHelper m_agent;
+  XdgLoginItems m_loginItems;
+  UserDefaults m_agentDefaults;
+  XkbKeyboardLayouts m_layouts;
+  std::unique_ptr<HotKeys> m_hotKeys;
+};
+
+std::unique_ptr<FirstStartWindow> makeFirstStart(QuilloConfig& config, PreferencesPlatform& platform,
+                                                 OpenPanel& openPanel, std::function<void()> finished) {
+  NotificationCenter& center = DistributedNotificationCenter::sharedCenter();
+  const FirstStartServices services{.config = config,
+                                    .post = [&center](const QString& name) { center.postNotification(name); },
+                                    .agentManager = &AgentManager::sharedManager,
+                                    .loginItemServices = platform.loginItems(),
+                                    .agent = platform.agent()};
+  return std::make_unique<FirstStartWindow>(FirstStartWindowServices{
+      .proposed = platform.firstStart(config),
+      .shortcut = platform.shortcut(),
+      .shortcutNote = platform.shortcutNote(),
+      .openPanel = openPanel,
+      .apply = [services](const FirstStart& choice, Error* error) { return choice.apply(services, error); },
+      .startAgent = [services](const FirstStart& choice,
+                               QString* reason) { return choice.startAgent(services, reason); },
+      .finished = std::move(finished)});
+}
+
+void openEntryWindow(SessionBusApplications& applications) {
+  const auto agents = applications.running(Identifier::agent);
+  QString reason;
+  // A new one ends those before it: the last is the one that stays.
+  if (!agents.isEmpty() && !applications.toggle(agents.last(), &reason))
+    QLLogWarn(u"The entry window does not open - %1"_s.arg(reason));
 }
 
 // From the set-up of the log to the end of the event loop.
-int runQuillo(QApplication& application, SingleInstance& instance, const QStringList& urls) {
+int runQuillo(QApplication& application, SingleInstance& instance, const Arguments& arguments) {
   QuilloConfig& config = QuilloConfig::sharedConfig();
   setUpLogging(QUrl::fromLocalFile(config.groupLogsDirectoryURL().toLocalFile() + u"/Quillo"_s),
                config.verboseLogging());
@@ -113,6 +218,7 @@ int runQuillo(QApplication& application, SingleInstance& instance, const QString
   int code = 0;
   {
     SpellChecker spellChecker(SpellChecker::standardSources(directories));
+    std::optional<PreferencesPlatform> forPreferences;
     EntryDraft draft(directories.state + u"/quillo/UnsavedEntryOfQuillo.plist"_s);
     QuilloApplication quillo(
         {.config = config,
@@ -129,12 +235,37 @@ int runQuillo(QApplication& application, SingleInstance& instance, const QString
          },
          .alerts = alerts,
          .openPanel = openPanel,
-         .showPreferences = showPreferences,
+         .makePreferences =
+             [&] {
+               if (!forPreferences) forPreferences.emplace(runningApplications, arguments.homeArguments);
+               return std::make_unique<PreferencesWindow>(PreferencesServices{
+                   .settings = {.config = config,
+                                .distributedCenter = DistributedNotificationCenter::sharedCenter(),
+                                .localCenter = NotificationCenter::localCenter(),
+                                .ownSettings = {&defaults, &forPreferences->agentDefaults()}},
+                   .agentManager = &AgentManager::sharedManager,
+                   .remindersManager = &RemindersManager::sharedManager,
+                   .loginItems = [&forPreferences] { return forPreferences->loginItems(); },
+                   .agent = forPreferences->agent(),
+                   .shortcut = forPreferences->shortcut(),
+                   .shortcutNote = forPreferences->shortcutNote(),
+                   .workspace = workspace,
+                   .openPanel = openPanel,
+                   .spellChecker = spellChecker,
+                   .tryReminder = [&forPreferences](QString* reason) { return forPreferences->tryReminder(reason); },
+                   .logFolder = config.groupLogsDirectoryURL().toLocalFile()});
+             },
+         .makeFirstStart =
+             [&](std::function<void()> finished) {
+               if (!forPreferences) forPreferences.emplace(runningApplications, arguments.homeArguments);
+               return makeFirstStart(config, *forPreferences, openPanel, std::move(finished));
+             },
+         .openEntryWindow = [&] { openEntryWindow(runningApplications); },
          .terminate = [] { QApplication::exit(); }});
     QObject::connect(&application, &QApplication::aboutToQuit, &quillo, &QuilloApplication::willTerminate);
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &quillo, &QuilloApplication::willTerminate,
                      Qt::DirectConnection);
-    quillo.open(urls);
+    quillo.open(arguments.urls);
     instance.setOnOpen([&quillo](const QStringList& words, const QString& token) {
       if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
       quillo.open(words);
@@ -173,5 +304,5 @@ int main(int argc, char** argv) {
     case SingleInstance::Role::First:
       break;
   }
-  return runQuillo(application, instance, arguments.urls);
+  return runQuillo(application, instance, arguments);
 }

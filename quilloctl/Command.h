@@ -71,6 +71,10 @@ std::shared_ptr<QLJournalPackageFile> openJournal(Context& context);
 // Each adds its command with all sub-commands. The chosen one leaves its work in `action`, run after parsing is done,
 // so that a wrong word anywhere changes nothing.
 using Action = std::function<int(Context&)>;
+
+// What setup does without options.
+int setUpByQuestions(Context& context);
+void addSetupCommand(CLI::App& program, Action& action);
 void addSettingsCommand(CLI::App& program, Action& action);
 void addJournalCommand(CLI::App& program, Action& action);
 void addEntryCommand(CLI::App& program, Action& action);

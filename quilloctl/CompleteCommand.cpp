@@ -2,11 +2,11 @@
 // a description behind it. A line ":directories" leaves it to the shell.
 
 #include "config/Keys.h"
+#include "config/SettingText.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/CommandTree.h"
 #include "quilloctl/JournalIndex.h"
-#include "quilloctl/SettingText.h"
 
 #include <QMap>
 
@@ -84,12 +84,14 @@ class Completion {
     const QString dates = u"today yesterday last-week this-month last-month this-year last-year"_s;
     static const QMap<QString, QString> fixed{
         {u"--type"_s, u"bool int real string date data json"_s},
+        {u"--remind"_s, u"never"_s},
+        {u"--by"_s, u"window notification sound window,notification window,notification,sound"_s},
         {u"--every"_s, u"minute hour day week month year"_s},
         {u"--on"_s, dates},
         {u"--since"_s, dates},
         {u"--before"_s, dates},
         {u"URL"_s,
-         u"quillo://open quillo://preferences quillo://post quillo://edit?entryId= quillo://updatebookmarks"_s}};
+         u"quillo://open quillo://preferences quillo://post quillo://edit?entryId= quillo://setup quillo://updatebookmarks"_s}};
     if (fixed.contains(name)) return offer(fixed[name].split(u' '));
     if (name == u"KEY") return offerSettings();
     if (name == u"VALUE") return offerSettingValues();
@@ -97,7 +99,8 @@ class Completion {
     if (name == u"QUERY") return offerQuery();
     if (name == u"--tag") return offerTags({});
     if (name == u"NOTIFICATION-NAME") return offerNotices();
-    if (name == u"PATH" || name == u"--home") {
+    const QStringList folders{u"PATH"_s, u"FOLDER"_s, u"--home"_s, u"--journal"_s, u"--existing"_s};
+    if (folders.contains(name)) {
       ctl::print(u":directories"_s);
       m_hasPrinted = true;
     }

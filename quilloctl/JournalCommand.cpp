@@ -1,4 +1,5 @@
 #include "config/Keys.h"
+#include "qlcore/JournalMove.h"
 #include "qlcore/QLJournalIndex.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
@@ -8,7 +9,13 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include <signal.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
 #include <memory>
+#include <utility>
 
 namespace quillo::ctl {
 
@@ -35,20 +42,26 @@ int create(Context& context, const std::string& path) {
   return Done;
 }
 
+// Makes it the one that is written to. False, with the reason said, when that is not saved.
+bool configure(Context& context, const QUrl& url) {
+  PersistentPropertyList* list = sharedList(context);
+  if (!list) return false;
+  const QString what = u"the journal's location"_s;
+  // Before the bookmarks, which must not lead to a journal that was not set.
+  list->setURLForKey(url, Key::journalPackageURL);
+  if (!isSaved(*list, what)) return false;
+  context.config.setConfiguredJournalFileURL(url);
+  if (!isSaved(*list, what)) return false;
+  context.post(Notice::journalPackagePathDidChange);
+  return true;
+}
+
 int set(Context& context, const std::string& path) {
   if (path.empty()) return failed(u"a journal's path cannot be empty"_s);
   const QUrl url = urlOfPath(path);
   Error error;
   if (!QLJournalPackageFile::openPackage(url, /*create=*/false, &error)) return failed(error.localizedDescription);
-  PersistentPropertyList* list = sharedList(context);
-  if (!list) return Failed;
-  const QString what = u"the journal's location"_s;
-  // Before the bookmarks, which must not lead to a journal that was not set.
-  list->setURLForKey(url, Key::journalPackageURL);
-  if (!isSaved(*list, what)) return Failed;
-  context.config.setConfiguredJournalFileURL(url);
-  if (!isSaved(*list, what)) return Failed;
-  context.post(Notice::journalPackagePathDidChange);
+  if (!configure(context, url)) return Failed;
   if (context.json) printJson(QJsonObject{{u"path"_s, url.toLocalFile()}});
   return Done;
 }
@@ -58,6 +71,54 @@ std::optional<QUrl> configured(Context& context) {
   const auto url = context.config.configuredJournalFileURL();
   if (!url) failed(u"no journal is set; see quilloctl journal create and journal set"_s);
   return url;
+}
+
+std::atomic<bool>& wasInterrupted() {
+  static std::atomic<bool> interrupted{false};
+  return interrupted;
+}
+
+// On one line of the terminal, rewritten.
+bool tellProgress(double done) {
+  static int told = -1;
+  const int percent = static_cast<int>(done * 100);
+  if (::isatty(STDERR_FILENO) != 0 && std::exchange(told, percent) != percent)
+    std::fprintf(stderr, percent < 100 ? "\r%d %%" : "\r     \r", percent);
+  return !wasInterrupted();
+}
+
+int move(Context& context, const std::string& folder, bool keep) {
+  const auto url = configured(context);
+  if (!url) return Failed;
+  // It clears up after itself; a second signal ends it at once.
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action {};
+    action.sa_handler = [](int) { wasInterrupted() = true; };
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    ::sigaction(number, &action, nullptr);
+  }
+  bool isReasonSaid = false;
+  const JournalMove move{.journal = url->toLocalFile(),
+                         .folder = urlOfPath(folder).toLocalFile(),
+                         .oldJournal = keep ? JournalMove::OldJournal::Stays : JournalMove::OldJournal::ToTrash,
+                         .progress = tellProgress,
+                         .configure = [&](const QUrl& journal, Error*) {
+                           isReasonSaid = !configure(context, journal);
+                           return !isReasonSaid;
+                         }};
+  const auto result = move.run();
+  if (result.outcome == JournalMove::Outcome::Stopped) return failed(u"stopped; the journal is where it was"_s);
+  if (result.outcome == JournalMove::Outcome::Failed)
+    return isReasonSaid ? Failed : failed(result.error.localizedDescription);
+  const QString path = result.journal.toLocalFile();
+  if (result.error.code != 0)
+    return failed(
+        u"the journal is at %1 now, but the old one stays: %2"_s.arg(path, result.error.localizedDescription));
+  if (context.json)
+    printJson(QJsonObject{{u"path"_s, path}});
+  else
+    print(path);
+  return Done;
 }
 
 int path(Context& context) {
@@ -104,6 +165,15 @@ void addJournalCommand(CLI::App& program, Action& action) {
   CLI::App* setter = journal->add_subcommand("set", "Make an existing journal the one that is written to");
   setter->add_option("PATH", *words, "The journal, a folder NAME.quillojournal")->required();
   setter->callback([&action, words] { action = [words](Context& context) { return set(context, *words); }; });
+
+  const auto keep = std::make_shared<bool>(false);
+  CLI::App* mover = journal->add_subcommand("move", "Move the journal to another folder, also of another disk");
+  mover->add_option("FOLDER", *words, "The folder to move it into")
+      ->required()
+      ->check(notEmpty("a folder is expected"));
+  mover->add_flag("--keep", *keep, "Leave the old one where it is, in place of the Trash");
+  mover->callback(
+      [&action, words, keep] { action = [words, keep](Context& context) { return move(context, *words, *keep); }; });
 
   journal->add_subcommand("stats", "Print how much is written, and when")->callback([&action] {
     action = journalStatistics;

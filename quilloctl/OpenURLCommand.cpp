@@ -1,12 +1,12 @@
 #include "config/Keys.h"
 #include "config/QuilloURL.h"
+#include "config/SettingText.h"
 #include "config/Settings.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "platform/Workspace.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/EntryEditing.h"
-#include "quilloctl/SettingText.h"
 #include "quilloctl/TextEditor.h"
 
 #include <QUrl>
@@ -78,8 +78,10 @@ int openURL(Context& context, const Request& request) {
   if (!asked) return failed(u"\"%1\" is no command that Quillo knows"_s.arg(request.url.toString()));
   if (asked->kind == Kind::Open) return open(context);
   if (asked->kind == Kind::UpdateBookmarks) return updateBookmarks(context);
-  if (asked->kind == Kind::Preferences)
-    return outputIsDiscarded() && !request.isInTerminal ? runInOtherTerminal(request) : preferences(context);
+  const bool isForTerminal = asked->kind == Kind::Preferences || asked->kind == Kind::SetUp;
+  if (isForTerminal && outputIsDiscarded() && !request.isInTerminal) return runInOtherTerminal(request);
+  if (asked->kind == Kind::Preferences) return preferences(context);
+  if (asked->kind == Kind::SetUp) return setUpByQuestions(context);
 
   const EditorChoice editor = editorOfUser(QProcessEnvironment::systemEnvironment());
   if (editor.needsTerminal && !standsInTerminal()) {
@@ -108,7 +110,7 @@ void addOpenURLCommand(CLI::App& program, Action& action) {
   CLI::App* opener = program.add_subcommand("open-url", "Do what a quillo: URL asks of the main application");
   opener
       ->add_option("URL", words->url,
-                   "quillo://open, preferences, post, edit?entryId=UUID or updatebookmarks; texts are edited in "
+                   "quillo://open, preferences, setup, post, edit?entryId=UUID or updatebookmarks; texts are edited in "
                    "$VISUAL, else in $EDITOR in a terminal")
       ->required();
   opener->add_flag("--in-terminal", words->isInTerminal)->group("");
@@ -116,9 +118,10 @@ void addOpenURLCommand(CLI::App& program, Action& action) {
     action = [words](Context& context) {
       const Request request{QUrl(QString::fromStdString(words->url)), words->isInTerminal, context.homeArguments};
       const int code = openURL(context, request);
-      if (request.isInTerminal &&
-          (code != Done || requestOfURL(request.url) == QuilloRequest{QuilloRequest::Kind::Preferences, {}}))
-        waitForReturn();
+      const auto asked = requestOfURL(request.url);
+      const bool isToBeRead = code != Done || asked == QuilloRequest{QuilloRequest::Kind::Preferences, {}} ||
+                              asked == QuilloRequest{QuilloRequest::Kind::SetUp, {}};
+      if (request.isInTerminal && isToBeRead) waitForReturn();
       return code;
     };
   });

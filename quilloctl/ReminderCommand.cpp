@@ -5,18 +5,17 @@
 #include "foundation/PropertyListJson.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/Moment.h"
+#include "quilloctl/ReminderText.h"
 #include "reminders/ReminderBatch.h"
-#include "reminders/ReminderCalculator.h"
 #include "reminders/ReminderInterval.h"
+#include "reminders/ReminderRule.h"
 
 #include <QDateTime>
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -36,43 +35,6 @@ struct Words {
   bool batch{false};
 };
 
-struct Step {
-  quint64 count;
-  CalendarUnit unit;
-};
-
-// "3 hours", "day", "1 week".
-std::optional<Step> parseStep(const QString& text) {
-  static const QRegularExpression form(u"^(?:(\\d+)\\s+)?(minute|hour|day|week|month|year)s?$"_s,
-                                       QRegularExpression::CaseInsensitiveOption);
-  const auto match = form.match(text.simplified());
-  if (!match.hasMatch()) return std::nullopt;
-  bool ok = true;
-  const quint64 count = match.captured(1).isEmpty() ? 1 : match.captured(1).toULongLong(&ok);
-  const QString word = match.captured(2).toLower();
-  const struct {
-    QString word;
-    CalendarUnit unit;
-  } units[] = {{u"minute"_s, CalendarUnit::Minute}, {u"hour"_s, CalendarUnit::Hour},   {u"day"_s, CalendarUnit::Day},
-               {u"week"_s, CalendarUnit::Week},     {u"month"_s, CalendarUnit::Month}, {u"year"_s, CalendarUnit::Year}};
-  for (const auto& known : units)
-    if (ok && count > 0 && known.word == word) return Step{count, known.unit};
-  return std::nullopt;
-}
-
-// Minutes since midnight.
-std::optional<int> parseTimeOfDay(const QString& text) {
-  const QTime time = QTime::fromString(text, text.size() == 4 ? u"H:mm"_s : u"HH:mm"_s);
-  if (!time.isValid()) return std::nullopt;
-  return time.hour() * 60 + time.minute();
-}
-
-QString timeOfDay(Date date, const Calendar& calendar) {
-  const auto parts = calendar.componentsFromDate(CalendarUnit::Hour | CalendarUnit::Minute, date);
-  if (!parts) return date.toISO8601();
-  return u"%1:%2"_s.arg(parts->hour.value_or(0), 2, 10, QChar(u'0')).arg(parts->minute.value_or(0), 2, 10, QChar(u'0'));
-}
-
 // "today 12:00", "tomorrow 09:00", else with the date, in the current zone.
 QString moment(Date date) {
   const QDateTime local = date.toDateTime().toLocalTime();
@@ -81,41 +43,16 @@ QString moment(Date date) {
   return day + u' ' + local.time().toString(u"HH:mm"_s);
 }
 
-QList<Date> nextReminders(const ReminderInterval& interval, Date after, int count) {
-  QList<Date> dates;
-  for (int i = 0; i < count; ++i) {
-    const auto next = ReminderCalculator::firstReminderForInterval(interval, after, std::nullopt);
-    if (!next) break;
-    dates << *next;
-    after = *next;
-  }
-  return dates;
-}
-
 QJsonArray json(const QList<Date>& dates) {
   QJsonArray array;
   for (const Date date : dates) array << date.toISO8601();
   return array;
 }
 
-bool isClockStep(quint64 unit) {
-  return unit == static_cast<quint64>(CalendarUnit::Hour) || unit == static_cast<quint64>(CalendarUnit::Minute);
-}
-
 // "Every 3 hours between 09:00 and 17:00, next: today 12:00".
 QString inWords(const ReminderInterval& interval) {
-  QString rule = u"Every "_s + (interval.intervalValue() == 1 ? interval.stringValue().mid(2) : interval.stringValue());
-  const auto& base = interval.baseDate();
-  const auto& calendar = interval.baseCalendar();
-  if (base && calendar) {
-    if (!isClockStep(interval.calendarUnit()))
-      rule += u" at "_s + timeOfDay(*base, *calendar);
-    else if (interval.validReminderPeriod() != 0)
-      rule += u" between %1 and %2"_s.arg(
-          timeOfDay(*base, *calendar), timeOfDay(base->addingTimeInterval(interval.validReminderPeriod()), *calendar));
-  }
   const auto next = nextReminders(interval, Date::now(), 1);
-  return rule + u", next: "_s + (next.isEmpty() ? u"never"_s : moment(next[0]));
+  return reminderInWords(interval) + u", next: "_s + (next.isEmpty() ? u"never"_s : moment(next[0]));
 }
 
 // A sound only goes with one of these.
@@ -163,8 +100,8 @@ std::optional<ReminderInterval> intervalFromWords(const Words& words) {
     return std::nullopt;
   };
   const QString every = QString::fromStdString(words.every);
-  const auto step = parseStep(every);
-  if (!step) return wrong(u"\"%1\" is no step; one is \"3 hours\" or \"day\""_s.arg(every));
+  const auto step = stepFromText(every);
+  if (!step) return wrong(notAStep(every));
   const QString zone = QString::fromStdString(words.zone);
   const auto calendar = zone.isEmpty() ? std::optional(Calendar::currentCalendar()) : Calendar::withTimeZoneName(zone);
   if (!calendar) return wrong(u"there is no time zone \"%1\""_s.arg(zone));
@@ -173,27 +110,18 @@ std::optional<ReminderInterval> intervalFromWords(const Words& words) {
   auto base = starting.isEmpty() ? std::optional(Date::now()) : momentFromText(starting, *calendar);
   if (!base) return wrong(u"\"%1\" is no date; one is 2014-03-10T21:00"_s.arg(starting));
 
-  ReminderInterval interval;
-  interval.setIntervalValue(step->count);
-  interval.setCalendarUnit(step->unit);
+  ReminderRule rule{.count = step->count, .unit = step->unit, .starting = *base, .calendar = *calendar};
   if (!words.from.empty()) {
-    if (!isClockStep(interval.calendarUnit())) return wrong(u"--from and --until are for steps of hours and minutes"_s);
-    const auto from = parseTimeOfDay(QString::fromStdString(words.from));
-    const auto until = parseTimeOfDay(QString::fromStdString(words.until));
+    if (!isClockStep(static_cast<quint64>(step->unit)))
+      return wrong(u"--from and --until are for steps of hours and minutes"_s);
+    const auto from = timeOfDayFromText(QString::fromStdString(words.from));
+    const auto until = timeOfDayFromText(QString::fromStdString(words.until));
     if (!from || !until || *until <= *from)
       return wrong(u"--from and --until take times such as 09:00 and 17:00, the earlier first"_s);
-    constexpr quint64 dayMask = CalendarUnit::Year | CalendarUnit::Month | CalendarUnit::Day;
-    auto day = calendar->componentsFromDate(dayMask, *base);
-    if (!day) return wrong(u"\"%1\" is out of the calendar's range"_s.arg(starting));
-    day->hour = *from / 60;
-    day->minute = *from % 60;
-    base = calendar->dateFromComponents(*day);
-    interval.setValidReminderPeriod((*until - *from) * 60.0);
+    rule.window = DailyWindow{*from, *until};
   }
-  // To the minute, so that the reminder comes on the dot.
-  interval.setBaseDate(Date::since1970(std::floor(base->timeIntervalSince1970() / 60) * 60));
-  interval.setBaseCalendar(calendar);
-  return interval;
+  const auto interval = rule.interval();
+  return interval ? interval : wrong(u"\"%1\" is out of the calendar's range"_s.arg(starting));
 }
 
 int set(Context& context, const Words& words) {

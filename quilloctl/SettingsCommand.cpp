@@ -1,9 +1,10 @@
 #include "config/Keys.h"
+#include "config/SettingText.h"
 #include "config/Settings.h"
 #include "foundation/PropertyListJson.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/NearestWords.h"
 #include "quilloctl/Pager.h"
-#include "quilloctl/SettingText.h"
 
 #include <QJsonObject>
 #include <QMap>
@@ -22,6 +23,15 @@ const std::map<std::string, SettingType> typeNames{{"bool", SettingType::Bool}, 
                                                    {"date", SettingType::Date},  {"data", SettingType::Data},
                                                    {"json", SettingType::Object}};
 
+// The shared settings whose names are most like the word, the likest first; none where none is.
+QStringList nearestSettings(const QString& key) {
+  constexpr qsizetype offered = 3;
+  QStringList names;
+  for (const Setting& setting : settingsTable())
+    if (isShared(setting)) names << setting.key;
+  return nearestWords(key, names).mid(0, offered);
+}
+
 // A name that nobody reads is a slip, most of the time.
 int unknownName(const QString& key, const QString& remedy) {
   const QStringList nearest = nearestSettings(key);
@@ -33,7 +43,7 @@ int unknownName(const QString& key, const QString& remedy) {
 
 // Without --type: the kind that the key has, and text for a key that only its writer knows.
 SettingType typeFor(const Setting* setting, const std::string& wanted) {
-  const SettingType own = setting && setting->type != SettingType::Object ? setting->type : SettingType::String;
+  const SettingType own = setting ? typeOfText(*setting) : SettingType::String;
   if (wanted.empty()) return own;
   const SettingType type = typeNames.at(wanted);
   // Paths and URLs are kept as text, which does not make any text one.
@@ -46,7 +56,8 @@ int save(Context& context, PersistentPropertyList& list, const QString& key,
   list.setValueForKey(value, key);
   if (!isSaved(list, key)) return Failed;
   const Setting* setting = settingForKey(key);
-  if (setting && !setting->notice.isEmpty()) context.post(setting->notice);
+  if (setting)
+    for (const QString& notice : setting->noticesAfterChange()) context.post(notice);
   if (context.json)
     printJson(QJsonObject{{u"key"_s, key}, {u"value"_s, value ? jsonFromPropertyList(*value) : QJsonValue()}});
   else if (value && key == Key::sendUsageData)

@@ -1,6 +1,6 @@
+#include "PTHotKey/ShortcutText.h"
 #include "config/Keys.h"
 #include "quilloctl/Command.h"
-#include "quilloctl/ShortcutText.h"
 
 #include <QJsonObject>
 
@@ -12,18 +12,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What the setting means to the agent; the clear combination where there is none.
-PTKeyCombo::Pointer storedCombo(const PersistentPropertyList& list) {
-  const auto setting = list.dictionaryForKey(Key::menuEntryGlobalShortcut);
-  if (!setting) return PTKeyCombo::clearKeyCombo();
-  return PTKeyCombo::keyComboWithKeyCode(setting->value(u"keyCode"_s, 0).intValue(),
-                                         setting->value(u"modifierFlags"_s, 0).unsignedIntValue());
-}
-
 int show(Context& context) {
   PersistentPropertyList* list = sharedList(context);
   if (!list) return Failed;
-  const auto combo = storedCombo(*list);
+  const auto combo = storedShortcut(list->dictionaryForKey(Key::menuEntryGlobalShortcut));
   if (!context.json) {
     const QString words = wordsForKeyCombo(*combo);
     print(words == combo->description() ? words : words + u"  "_s + combo->description());
@@ -51,8 +43,7 @@ int set(Context& context, const QString& text) {
   QString reason;
   const auto combo = keyComboFromText(text, &reason);
   if (!combo) return failed(reason);
-  return save(context, PropertyListDictionary{{u"keyCode"_s, combo->keyCode()},
-                                              {u"modifierFlags"_s, static_cast<qint64>(combo->modifiers())}});
+  return save(context, shortcutSetting(*combo));
 }
 
 }  // namespace

@@ -129,6 +129,7 @@ void addCommonOptions(CLI::App& command, CommonOptions& options) {
 }
 
 void addCommands(CLI::App& program, ctl::Action& action, CommonOptions& options) {
+  ctl::addSetupCommand(program, action);
   ctl::addSettingsCommand(program, action);
   ctl::addJournalCommand(program, action);
   ctl::addEntryCommand(program, action);

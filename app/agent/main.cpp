@@ -191,6 +191,15 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
                      [&delegate] { delegate.applicationWillTerminate(); });
     const SessionEnd sessionEnd(application, [&delegate] { delegate.applicationWillTerminate(); });
     runningApplications.setOnToggle([&delegate] { delegate.hitHotKey(nullptr); });
+    runningApplications.setOnRemind([&delegate] { delegate.tryReminder(); });
+    const auto ownSettings =
+        DistributedNotificationCenter::sharedCenter().observe(Notice::settingsDidChange, [&](const Notification&) {
+          if (PersistentPropertyList* list = config.groupProperties()) list->synchronize();
+          setLogIsVerbose(config.verboseLogging());
+          spellChecker.learnedWordsDidChange();
+          if (ownDefaults.synchronize())
+            NotificationCenter::localCenter().postNotification(Notice::spellingAndGrammarSettingsDidChange);
+        });
     delegate.applicationWillFinishLaunching();
     delegate.applicationDidFinishLaunching();
     const RestingMemory restingMemory(
@@ -205,6 +214,7 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
     postSystemNotices(events, NotificationCenter::localCenter(), NotificationCenter::workspaceCenter());
     code = QApplication::exec();
     runningApplications.setOnToggle(nullptr);
+    runningApplications.setOnRemind(nullptr);
   }
   PTHotKeyCenter::sharedCenter().setPlatform(nullptr);
   PTKeyCodeTranslator::setKeyboardLayouts(nullptr);

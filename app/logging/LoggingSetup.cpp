@@ -32,6 +32,7 @@ namespace {
 // The members end in an order that matters: the queue's thread is joined before what it writes to goes.
 struct LoggingSession {
   QString directory;
+  std::shared_ptr<QLLogFormatter> formatter;
   LogProgress progress;
   std::unique_ptr<LogDistributor> distributor;
   std::unique_ptr<LogQueue> queue;
@@ -64,6 +65,7 @@ std::unique_ptr<LoggingSession> makeSession(const QString& directory, std::share
   try {
     auto session = std::make_unique<LoggingSession>();
     session->directory = directory;
+    session->formatter = formatter;
     LogProgress& progress = session->progress;
     session->distributor = std::make_unique<LogDistributor>(std::move(formatter), files, progress);
     session->queue = std::make_unique<LogQueue>(queueLength, *session->distributor, progress, [&progress] {
@@ -94,6 +96,11 @@ void setUpLogging(const QUrl& directory, bool verbose, std::size_t queueLength) 
   QLLogInfo(QLLogHeaderMessage());
   // Without any log file the path is shown as the platform shows an absent object.
   QLLogInfo(u"Log file: "_s + files.sortedLogFilePaths().value(0, u"(null)"_s));
+}
+
+void setLogIsVerbose(bool isVerbose) {
+  if (const LoggingSession* const session = currentSession)
+    session->formatter->setLogLevel(isVerbose ? logLevelAll : QLLogFormatter::defaultLogLevel);
 }
 
 QString logDirectory() {

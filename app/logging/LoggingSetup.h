@@ -18,6 +18,9 @@ namespace quillo {
 // set-up.
 void setUpLogging(const QUrl& directory, bool verbose, std::size_t queueLength = 2048);
 
+// Shows every level from now on, or no longer.
+void setLogIsVerbose(bool isVerbose);
+
 // The directory of the set-up in force, made or not; empty where there is none.
 [[nodiscard]] QString logDirectory();
 

@@ -31,11 +31,6 @@ bool isLoopbackAddress(const QByteArray& host) {
          (ntohl(shortAddress.s_addr) >> IN_CLASSA_NSHIFT) == IN_LOOPBACKNET;
 }
 
-bool isOnThisMachine(const QUrl& server) {
-  return server.scheme() == "http"_L1 &&
-         (server.host() == "localhost"_L1 || isLoopbackAddress(server.host().toLatin1()));
-}
-
 QUrl below(QUrl server, const QString& path) {
   server.setPath(path);
   return server;
@@ -59,6 +54,11 @@ std::optional<GrammarIssue> issueOfMatch(const QJsonObject& match, qsizetype tex
 }
 
 }  // namespace
+
+bool GrammarClient::isOnThisMachine(const QUrl& server) {
+  return server.scheme() == "http"_L1 &&
+         (server.host() == "localhost"_L1 || isLoopbackAddress(server.host().toLatin1()));
+}
 
 GrammarClient::GrammarClient(const QUrl& server, QObject* parent) : QObject(parent) {
   if (isOnThisMachine(server))

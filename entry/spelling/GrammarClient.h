@@ -29,6 +29,8 @@ class GrammarClient : public QObject {
   static constexpr qsizetype mostIssues = 100;
   static constexpr qsizetype mostReplacements = 5;
 
+  // Whether a server may be asked at all.
+  [[nodiscard]] static bool isOnThisMachine(const QUrl& server);
   // Asks nobody, and logs it, where `server` is not on this machine.
   explicit GrammarClient(const QUrl& server, QObject* parent = nullptr);
   ~GrammarClient() override;

@@ -179,15 +179,53 @@ void SpellChecker::ignoreSpelling(QStringView word) {
 
 void SpellChecker::learnSpelling(QStringView word) {
   const QString form = dictionaryForm(word);
-  m_learned.unite(wordsOfFile(m_sources.learnedWords));
-  m_learned.insert(form);
-  QStringList sorted(m_learned.begin(), m_learned.end());
-  sorted.sort();
+  // What another process has taken off the list is not to come back with this.
+  QSet<QString> words = wordsOfFile(m_sources.learnedWords);
+  words.insert(form);
   Error error;
-  QDir().mkpath(QFileInfo(m_sources.learnedWords).path());
-  if (!writeFileAtomically(m_sources.learnedWords, (sorted.join(u'\n') + u'\n').toUtf8(), &error))
+  if (!writeLearnedWords(words, &error)) {
     QLLogInfo(u"Failed to write the learned words - %1"_s.arg(error.description()));
+    m_ignored.insert(form);
+  }
+  m_learned = words;
   Q_EMIT vocabularyDidChange();
+}
+
+QStringList SpellChecker::learnedWords() const {
+  const QSet<QString> words = wordsOfFile(m_sources.learnedWords);
+  QStringList sorted(words.begin(), words.end());
+  sorted.sort();
+  return sorted;
+}
+
+bool SpellChecker::forgetSpelling(QStringView word, Error* error) {
+  const QString form = dictionaryForm(word);
+  QSet<QString> words = wordsOfFile(m_sources.learnedWords);
+  words.remove(form);
+  if (!writeLearnedWords(words, error)) return false;
+  m_ignored.remove(form);
+  m_learned = words;
+  Q_EMIT vocabularyDidChange();
+  return true;
+}
+
+void SpellChecker::learnedWordsDidChange() {
+  const QSet<QString> words = wordsOfFile(m_sources.learnedWords);
+  if (words == m_learned) return;
+  m_learned = words;
+  Q_EMIT vocabularyDidChange();
+}
+
+bool SpellChecker::writeLearnedWords(const QSet<QString>& words, Error* error) {
+  QStringList sorted(words.begin(), words.end());
+  sorted.sort();
+  const QString text = sorted.isEmpty() ? QString() : sorted.join(u'\n') + u'\n';
+  QDir().mkpath(QFileInfo(m_sources.learnedWords).path());
+  return writeFileAtomically(m_sources.learnedWords, text.toUtf8(), error);
+}
+
+std::optional<SpellingDictionary::Files> SpellChecker::dictionaryFiles() const {
+  return SpellingDictionary::find(m_sources.languages, m_sources.directories);
 }
 
 }  // namespace quillo

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "entry/spelling/SpellingDictionary.h"
+#include "foundation/Error.h"
+
 #include <QHash>
 #include <QObject>
 #include <QSet>
@@ -12,7 +15,6 @@
 
 namespace quillo {
 
-class SpellingDictionary;
 struct UserDirectories;
 
 // What is a word of the user's: the dictionary of the language, the words the user taught, and those to be ignored as
@@ -58,6 +60,15 @@ class SpellChecker : public QObject {
   // Also writes it into the user's list, which other processes may have added to. A failure is logged, and the word
   // is then only ignored.
   void learnSpelling(QStringView word);
+  // The user's list as it is on disk, in alphabetical order.
+  [[nodiscard]] QStringList learnedWords() const;
+  // Takes a word off the list. False, with the reason, where that could not be written.
+  bool forgetSpelling(QStringView word, Error* error);
+  // Another process has changed the list.
+  void learnedWordsDidChange();
+
+  // The files of the dictionary that the user's languages have; nothing where none is installed.
+  [[nodiscard]] std::optional<SpellingDictionary::Files> dictionaryFiles() const;
 
   // How many words have been looked at so far.
   [[nodiscard]] qint64 lookUpCount() const { return m_lookUpCount; }
@@ -71,6 +82,7 @@ class SpellChecker : public QObject {
     std::unique_ptr<SpellingDictionary> dictionary;
     QSet<QString> learned;
   };
+  bool writeLearnedWords(const QSet<QString>& words, Error* error);
   [[nodiscard]] static Loaded loaded(const Sources& sources);
   void didLoad();
   [[nodiscard]] bool isTaught(const QString& word) const;

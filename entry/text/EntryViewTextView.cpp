@@ -106,9 +106,9 @@ void EntryViewTextView::stopObservingPrefChanges() {
 
 void EntryViewTextView::prefsChanged() {
   const UserDefaults& defaults = *m_defaults;
-  m_checking->setSwitches({.checksSpelling = defaults.boolForKey(Key::editorSpellCheckEnabled),
-                           .checksGrammar = defaults.boolForKey(Key::editorGrammarCheckEnabled),
-                           .correctsSpelling = defaults.boolForKey(Key::editorCorrectSpellingEnabled)});
+  m_checking->settingsDidChange({.checksSpelling = defaults.boolForKey(Key::editorSpellCheckEnabled),
+                                 .checksGrammar = defaults.boolForKey(Key::editorGrammarCheckEnabled),
+                                 .correctsSpelling = defaults.boolForKey(Key::editorCorrectSpellingEnabled)});
 }
 
 void EntryViewTextView::setSwitch(bool WritingSwitches::*which, bool enabled, const QString& key) {

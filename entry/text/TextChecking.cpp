@@ -41,6 +41,16 @@ void TextChecking::setSwitches(const WritingSwitches& switches) {
   applySwitches();
 }
 
+void TextChecking::settingsDidChange(const WritingSwitches& switches) {
+  if (m_grammar && m_grammarServer != grammarServer(m_defaults)) {
+    m_grammar->setEnabled(false);
+    m_grammar.reset();
+  }
+  setSwitches(switches);
+  // What goes on here has begun before.
+  if (m_highlighter) begin();
+}
+
 void TextChecking::applySwitches() {
   if (m_highlighter) m_highlighter->setSpellingEnabled(m_switches.checksSpelling);
   if (m_grammar) m_grammar->setEnabled(m_switches.checksGrammar);
@@ -60,8 +70,9 @@ SpellingHighlighter& TextChecking::ensureHighlighter() {
 
 GrammarReviewer& TextChecking::grammarReviewer() {
   if (!m_grammar) {
+    m_grammarServer = grammarServer(m_defaults);
     m_grammar = std::make_unique<GrammarReviewer>(
-        ensureHighlighter(), [this] { return m_view.visibleBlocks(); }, grammarServer(m_defaults));
+        ensureHighlighter(), [this] { return m_view.visibleBlocks(); }, m_grammarServer);
     applySwitches();
   }
   return *m_grammar;

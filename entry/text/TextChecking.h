@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QUrl>
 
 #include <memory>
 
@@ -35,6 +36,9 @@ class TextChecking : public QObject {
   [[nodiscard]] const WritingSwitches& switches() const { return m_switches; }
   void setSwitches(const WritingSwitches& switches);
 
+  // The same after the settings have changed, where the grammar server may be another, too.
+  void settingsDidChange(const WritingSwitches& switches);
+
   // Loads what the switches ask for. At a key press, and not before: showing the view is not to wait for a dictionary.
   void begin();
 
@@ -68,6 +72,7 @@ class TextChecking : public QObject {
   WritingSwitches m_switches;
   SpellingHighlighter* m_highlighter{nullptr};
   std::unique_ptr<AutomaticCorrection> m_correction;
+  QUrl m_grammarServer;
   std::unique_ptr<GrammarReviewer> m_grammar;
 };
 

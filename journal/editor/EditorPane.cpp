@@ -1,12 +1,12 @@
 #include "journal/editor/EditorPane.h"
 
 #include "controls/Fonts.h"
+#include "controls/look/JournalColors.h"
 #include "entry/text/EntryViewTextView.h"
 #include "journal/editor/LineSpacing.h"
 #include "journal/model/ClockTime.h"
 #include "journal/model/DetailChanges.h"
 #include "journal/model/EntryTime.h"
-#include "journal/views/JournalColors.h"
 #include "journal/views/StatusRow.h"
 #include "qlcore/QLJournalEntryFile.h"
 

@@ -1,11 +1,11 @@
 #include "journal/editor/EntryDetailsView.h"
 
 #include "controls/Fonts.h"
+#include "controls/look/JournalColors.h"
+#include "controls/look/JournalStyle.h"
 #include "journal/editor/SuggestingField.h"
 #include "journal/model/DetailChanges.h"
 #include "journal/model/EntryTime.h"
-#include "journal/views/JournalColors.h"
-#include "journal/views/JournalStyle.h"
 #include "journal/views/MonthView.h"
 
 #include <QDateTimeEdit>

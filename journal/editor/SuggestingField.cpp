@@ -1,8 +1,8 @@
 #include "journal/editor/SuggestingField.h"
 
 #include "controls/Fonts.h"
-#include "journal/views/JournalColors.h"
-#include "journal/views/JournalStyle.h"
+#include "controls/look/JournalColors.h"
+#include "controls/look/JournalStyle.h"
 
 #include <QAbstractItemView>
 #include <QCompleter>

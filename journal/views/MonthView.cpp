@@ -1,7 +1,7 @@
 #include "journal/views/MonthView.h"
 
 #include "controls/Fonts.h"
-#include "journal/views/JournalColors.h"
+#include "controls/look/JournalColors.h"
 
 #include <QAccessible>
 #include <QContextMenuEvent>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "journal/views/JournalColors.h"
+#include "controls/look/JournalColors.h"
 
 #include <QFrame>
 #include <QTimer>

@@ -1,7 +1,7 @@
 #include "journal/views/StatusRow.h"
 
 #include "controls/Fonts.h"
-#include "journal/views/JournalColors.h"
+#include "controls/look/JournalColors.h"
 #include "journal/views/NoticeBar.h"
 
 #include <QHBoxLayout>

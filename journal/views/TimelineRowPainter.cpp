@@ -1,8 +1,8 @@
 #include "journal/views/TimelineRowPainter.h"
 
 #include "controls/Fonts.h"
+#include "controls/look/JournalColors.h"
 #include "journal/model/TimelineSource.h"
-#include "journal/views/JournalColors.h"
 
 #include <QFontMetricsF>
 #include <QLocale>

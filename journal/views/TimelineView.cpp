@@ -1,8 +1,8 @@
 #include "journal/views/TimelineView.h"
 
+#include "controls/look/JournalColors.h"
 #include "journal/model/TimelineSource.h"
 #include "journal/views/AccessibleTimeline.h"
-#include "journal/views/JournalColors.h"
 #include "journal/views/TimelineRowPainter.h"
 
 #include <QContextMenuEvent>

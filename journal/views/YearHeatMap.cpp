@@ -1,7 +1,7 @@
 #include "journal/views/YearHeatMap.h"
 
 #include "controls/Fonts.h"
-#include "journal/views/JournalColors.h"
+#include "controls/look/JournalColors.h"
 
 #include <QHelpEvent>
 #include <QKeyEvent>

@@ -1,8 +1,8 @@
 #include "journal/views/YearPage.h"
 
 #include "controls/Fonts.h"
+#include "controls/look/JournalColors.h"
 #include "journal/model/WritingStreak.h"
-#include "journal/views/JournalColors.h"
 #include "journal/views/YearHeatMap.h"
 
 #include <QHBoxLayout>

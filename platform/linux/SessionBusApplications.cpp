@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype longestBusName = 255;
-constexpr int toggleMilliseconds = 3000;
+constexpr int askMilliseconds = 3000;
 constexpr int terminateMilliseconds = 1000;
 
 const QString path = u"/com/quilloapp/Application"_s;
@@ -153,15 +153,15 @@ void SessionBusApplications::endSoon() {
       Qt::QueuedConnection);
 }
 
-bool SessionBusApplications::toggle(const RunningApplication& application, QString* reason) {
+bool SessionBusApplications::ask(QStringView method, const RunningApplication& application, QString* reason) {
   const auto name = busNameOfApplication(application);
   if (!name || !m_bus.connect()) {
     *reason = u"there is no session bus"_s;
     return false;
   }
-  auto call = QDBusMessage::createMethodCall(*name, path, interface, u"Toggle"_s);
+  auto call = QDBusMessage::createMethodCall(*name, path, interface, method.toString());
   call.setAutoStartService(false);
-  const QDBusMessage reply = m_bus.connection().call(call, QDBus::Block, toggleMilliseconds);
+  const QDBusMessage reply = m_bus.connection().call(call, QDBus::Block, askMilliseconds);
   if (reply.type() == QDBusMessage::ReplyMessage) return true;
   *reason = reply.errorMessage();
   return false;
@@ -194,13 +194,21 @@ bool SessionBusApplications::calledByOwnUser() {
 }
 
 void SessionBusApplications::Toggle() {
+  doSoon(m_onToggle, u"it has nothing to toggle"_s);
+}
+
+void SessionBusApplications::Remind() {
+  doSoon(m_onRemind, u"it gives no reminders"_s);
+}
+
+void SessionBusApplications::doSoon(const std::function<void()>& what, const QString& refusal) {
   if (!calledByOwnUser()) return sendErrorReply(QDBusError::AccessDenied, ownUserOnly);
-  if (!m_onToggle) return sendErrorReply(QDBusError::NotSupported, u"it has nothing to toggle"_s);
+  if (!what) return sendErrorReply(QDBusError::NotSupported, refusal);
+  // By its address, as it may be taken away before its turn; a copy then, as it may set another.
   QMetaObject::invokeMethod(
       this,
-      [this] {
-        // A copy, as the callback may set another.
-        if (const auto onToggle = m_onToggle) onToggle();
+      [callback = &what] {
+        if (const auto now = *callback) now();
       },
       Qt::QueuedConnection);
 }

@@ -23,7 +23,7 @@ namespace quillo {
                                                                      const QString& bundleIdentifier);
 
 // Every process owns a name on the session bus, and answers a Terminate call there; one that can be toggled answers a
-// Toggle call, too. Both only of the user's own programs. Needs a QCoreApplication.
+// Toggle call, too, and one that reminds a Remind call. All only of the user's own programs. Needs a QCoreApplication.
 class SessionBusApplications final : public QObject, public RunningApplications, protected QDBusContext {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "com.quilloapp.Application")
@@ -42,7 +42,10 @@ class SessionBusApplications final : public QObject, public RunningApplications,
   // What a Toggle call of another process does, from the event loop, after the caller has its answer.
   void setOnToggle(std::function<void()> onToggle) { m_onToggle = std::move(onToggle); }
   // Asks a process to toggle, and waits for its answer. False, with the reason, when it did not take the request.
-  bool toggle(const RunningApplication& application, QString* reason);
+  bool toggle(const RunningApplication& application, QString* reason) { return ask(u"Toggle", application, reason); }
+  // The same of a reminder, to be given now as the settings want it.
+  void setOnRemind(std::function<void()> onRemind) { m_onRemind = std::move(onRemind); }
+  bool remind(const RunningApplication& application, QString* reason) { return ask(u"Remind", application, reason); }
 
   [[nodiscard]] bool isOnBus() { return m_bus.connect(); }
   // Calls back whenever a process of this bundle joins or leaves, for as long as the answer lives. Null without a bus.
@@ -53,6 +56,7 @@ class SessionBusApplications final : public QObject, public RunningApplications,
   // Called over the bus.
   Q_SCRIPTABLE Q_INVOKABLE void Terminate();
   Q_SCRIPTABLE Q_INVOKABLE void Toggle();
+  Q_SCRIPTABLE Q_INVOKABLE void Remind();
 
  private:
   bool claim(QDBusConnection& connection);
@@ -60,9 +64,13 @@ class SessionBusApplications final : public QObject, public RunningApplications,
   // Whether that is a copy of this program whose connection to the bus is younger than ours.
   [[nodiscard]] bool isNewerCopy(const RunningApplication& application, const QString& owner) const;
   void endSoon();
+  bool ask(QStringView method, const RunningApplication& application, QString* reason);
+  // From the event loop, once the caller has its answer.
+  void doSoon(const std::function<void()>& what, const QString& refusal);
 
   std::function<void()> m_onTerminate;
   std::function<void()> m_onToggle;
+  std::function<void()> m_onRemind;
   QString m_ownName;
   bool m_terminating{false};
   QList<QDBusPendingCall> m_requests;  // to others, to end

@@ -98,4 +98,11 @@ inline constexpr quint32 keycodeOffset = 8;
   return std::nullopt;
 }
 
+// The opposite; nothing for a key that combinations have no number for.
+[[nodiscard]] constexpr std::optional<quint16> virtualKeyOfEvdevCode(quint32 evdev) {
+  for (const VirtualKey& key : virtualKeys)
+    if (key.evdev == evdev) return key.keyCode;
+  return std::nullopt;
+}
+
 }  // namespace quillo

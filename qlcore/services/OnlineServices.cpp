@@ -1,10 +1,13 @@
 #include "qlcore/services/OnlineServices.h"
 
+#include "config/Keys.h"
 #include "foundation/LoadableModule.h"
+#include "foundation/UserDefaults.h"
 #include "qlcore/services/WeatherError.h"
 
 #include <QObject>
 
+#include <optional>
 #include <utility>
 
 namespace quillo {
@@ -24,9 +27,7 @@ class OnlineWeather final : public WeatherService {
       : m_clock(clock), m_ownDefaults(ownDefaults), m_caches(std::move(caches)) {}
 
   void weatherAtLatitude(double latitude, double longitude, Date date, Success success, Failure failure) override {
-    if (!m_service)
-      if (auto* const make = servicesModule().function<MakeWeather>("quilloMakeWeather"))
-        make(m_clock, m_ownDefaults, m_caches, m_service);
+    makeService();
     if (m_service)
       return m_service->weatherAtLatitude(latitude, longitude, date, std::move(success), std::move(failure));
     if (!failure) return;
@@ -36,11 +37,56 @@ class OnlineWeather final : public WeatherService {
   }
 
  private:
+  // Anew where the settings name another service by now.
+  void makeService() {
+    const auto source = m_ownDefaults.objectForKey(Key::weatherServiceURL);
+    if (m_service && source == m_source) return;
+    auto* const make = servicesModule().function<MakeWeather>("quilloMakeWeather");
+    if (!make) return;
+    // The one before still has answers to give; of one more the questions are given up.
+    m_serviceBefore = std::move(m_service);
+    make(m_clock, m_ownDefaults, m_caches, m_service);
+    m_source = source;
+  }
+
   const Clock& m_clock;
   const UserDefaults& m_ownDefaults;
   QString m_caches;
+  std::optional<PropertyListValue> m_source;
   std::unique_ptr<WeatherService> m_service;
+  std::unique_ptr<WeatherService> m_serviceBefore;
   QObject m_context;
+};
+
+// Asks the receiver that the settings name when a search begins.
+class OnlineLocation final : public LocationService {
+ public:
+  OnlineLocation(const UserDefaults& ownDefaults, MakeLocation* make) : m_ownDefaults(ownDefaults), m_make(make) {
+    makeService();
+  }
+
+  [[nodiscard]] bool locationServicesEnabled() const override { return m_service->locationServicesEnabled(); }
+  [[nodiscard]] bool isAuthorized() const override { return m_service->isAuthorized(); }
+  [[nodiscard]] bool isSearching() const override { return m_service->isSearching(); }
+  void startWithTimeout(double seconds, Handler handler) override {
+    makeService();
+    m_service->startWithTimeout(seconds, std::move(handler));
+  }
+  void stop() override { m_service->stop(); }
+  [[nodiscard]] double horzAccuracy() const override { return m_service->horzAccuracy(); }
+
+ private:
+  void makeService() {
+    const auto source = m_ownDefaults.objectForKey(Key::locationNMEASource);
+    if (m_service && source == m_source) return;
+    m_make(m_ownDefaults, m_service);
+    m_source = source;
+  }
+
+  const UserDefaults& m_ownDefaults;
+  MakeLocation* m_make;
+  std::optional<PropertyListValue> m_source;
+  std::unique_ptr<LocationService> m_service;
 };
 
 }  // namespace
@@ -50,9 +96,8 @@ std::unique_ptr<WeatherService> onlineWeather(const Clock& clock, const UserDefa
 }
 
 std::unique_ptr<LocationService> onlineLocation(const UserDefaults& ownDefaults) {
-  std::unique_ptr<LocationService> service;
-  if (auto* const make = servicesModule().function<MakeLocation>("quilloMakeLocation")) make(ownDefaults, service);
-  return service;
+  auto* const make = servicesModule().function<MakeLocation>("quilloMakeLocation");
+  return make ? std::make_unique<OnlineLocation>(ownDefaults, make) : nullptr;
 }
 
 }  // namespace quillo

@@ -14,7 +14,7 @@ class UserDefaults;
 
 // The services that need the network and the position. Their libraries are in the module quillo-services, which is
 // loaded when one of the two is first used; the program has to export its symbols for it. Both take what the agent's
-// own defaults name (QLWeatherManager::standardSettings(), positionProvider()) when they are first used.
+// own defaults name (QLWeatherManager::standardSettings(), positionProvider()) whenever they are used.
 
 // Keeps answers below `caches`, the user's directory for that. Without the module every question fails. The clock and
 // the defaults must outlive the service.

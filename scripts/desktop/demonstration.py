@@ -1,15 +1,17 @@
-"""What ./run does where there is no display: writes an entry through the real window and shows what was saved.
+"""What ./run does where there is no display: walks through the first start, writes an entry through the agent's window,
+and finds it again in Quillo's.
 
-    demonstration.py BIN OUTPUT      BIN: where the programs are, OUTPUT: where the screenshot and the journal go
+    demonstration.py BIN OUTPUT      BIN: where the programs are, OUTPUT: where the screenshots and the journal go
 """
 
 import os
 import shutil
 import sys
+import time
 from pathlib import Path
 
-from desktop import Program, press, program, screenshot, type_text
-from quillo import Agent, make_journal, quilloctl
+from desktop import Program, press, program, run, screenshot, type_text, wait_active, wait_until, window
+from quillo import agent_of, quilloctl, walk_through_first_start
 
 TEXT = "Walked the long way home along the river. The light was already gone but the water kept a little of it. #evening"
 
@@ -20,26 +22,37 @@ def main():
     home = output / "home"
     shutil.rmtree(home, ignore_errors=True)
     home.mkdir(parents=True)
-    journal = make_journal(home)
-    print(f"Created a journal: {journal}")
+    entry_picture, journal_picture = output / "entry-window.png", output / "journal-window.png"
 
-    agent = Agent(Program(program("quillo-agent"), "--home", str(home)))
+    quillo = Program(program("quillo"), "--home", str(home))
+    agent = None
     try:
-        print("Clicking the icon in the tray", flush=True)
-        agent.open_window()
-        print("The window is open; typing", flush=True)
+        print("Walking through the first start", flush=True)
+        walk_through_first_start()
+        journal = Path(quilloctl(home, "journal", "path"))
+        print(f"It made a journal: {journal}", flush=True)
+        agent = agent_of(home)
+        agent.window()
+        wait_until(agent.is_active, "the entry window with the keyboard")
+        print("The quill is in the tray and its window open; typing", flush=True)
         type_text(TEXT)
-        picture = output / "entry-window.png"
-        screenshot(picture)
+        screenshot(entry_picture)
         press("ctrl+Return")
         agent.wait_closed()
+        entry = quilloctl(home, "entry", "list", "--limit", "1").split()[0]
+        run("xdotool", "windowactivate", "--sync", window(" — Quillo$"))
+        wait_active(window(" — Quillo$"))
+        # The window hears of the new file by itself.
+        time.sleep(1.5)
+        screenshot(journal_picture)
     finally:
-        agent.program.stop()
+        if agent:
+            agent.program.stop()
+        quillo.stop()
 
-    entry = quilloctl(home, "entry", "list", "--limit", "1").split()[0]
     print("The entry as it was saved:\n")
     print(quilloctl(home, "entry", "show", entry))
-    print(f"\nIts file:   {journal / 'Entries' / (entry + '.plist')}\nScreenshot: {picture}")
+    print(f"\nIts file:    {journal / 'Entries' / (entry + '.plist')}\nScreenshots: {entry_picture}\n             {journal_picture}")
 
 
 if __name__ == "__main__":

@@ -1,16 +1,18 @@
 """Quillo's own programs on the private desktop: the agent's icon and window, quilloctl."""
 
+import json
 import os
 import plistlib
 import re
 import shutil
+import signal
 import stat
 import tempfile
 import time
 from pathlib import Path
 
-from desktop import (DesktopTestCase, active_window, center, click, program, run, screenshot, tray_icon, wait_until,
-                     window_rect, window_tree)
+from desktop import (DesktopTestCase, active_window, center, click, press, program, run, screenshot, tray_icon, wait_active,
+                     wait_until, window, window_rect, window_tree, windows_named)
 
 SCALE = int(os.environ.get("QT_SCALE_FACTOR", "1"))
 # The shared settings, below the home.
@@ -166,6 +168,44 @@ class Agent:
         x, y, width, height = wait_until(self.menus, "the menu")[0]
         keep_picture("menu")
         click(x + width // 2, y + height - round(MENU_ITEMS[title] * SCALE))
+
+
+class FoundProgram:
+    """A process that another program has started, by its identifier."""
+
+    def __init__(self, pid):
+        self.pid = pid
+
+    @property
+    def is_running(self):
+        try:
+            return Path(f"/proc/{self.pid}/stat").read_text().rpartition(")")[2].split()[0] != "Z"
+        except FileNotFoundError:
+            return False
+
+    def stop(self):
+        if self.is_running:
+            os.kill(self.pid, signal.SIGTERM)
+        wait_until(lambda: not self.is_running, "the end of the process")
+
+
+def agent_of(home):
+    """The agent that somebody has started for that home, once it answers."""
+    running = wait_until(lambda: json.loads(quilloctl(home, "--json", "agent", "status"))["running"], "the agent")
+    return Agent(FoundProgram(running[-1]))
+
+
+def walk_through_first_start(picture=None):
+    """Takes in the window of the first start, which is to come, what it proposes."""
+    first_start = window("^Welcome to Quillo$")
+    run("xdotool", "windowactivate", "--sync", first_start)
+    wait_active(first_start)
+    if picture:
+        time.sleep(0.5)
+        screenshot(picture)
+    # The journal, the reminders, the key.
+    press("Return", "Return", "Return")
+    wait_until(lambda: not windows_named("^Welcome to Quillo$"), "the end of the first start", seconds=30)
 
 
 class AgentTestCase(DesktopTestCase):

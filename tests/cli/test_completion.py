@@ -31,7 +31,7 @@ class CompletionTest(QuilloctlTestCase):
             return {name for line in listed.splitlines() if line.startswith("  ") and line[2] != " "
                     for name in re.sub("[(),]", " ", line[2:].split("  ")[0]).split()}
         self.assertIn("entry", commands())
-        for words in [[], *([command] for command in commands() - {"open-url", "post"})]:
+        for words in [[], *([command] for command in commands() - {"open-url", "post", "setup"})]:
             self.assertEqual(set(self.offered(*words, "")), commands(*words), words)
 
     def test_words_that_can_follow(self):
@@ -46,7 +46,7 @@ class CompletionTest(QuilloctlTestCase):
             (["entry", "list", "--on", "ye"], ["yesterday"]), (["settings", "get", "remindersplay"], ["RemindersPlaySound"]),
             (["settings", "remove", "Odd"], ["Odd key"]), (["settings", "set", "RemindersEnabled", "t"], ["true"]),
             (["journal", "set", ""], [":directories"]), (["--home", ""], [":directories"]), (["settings", "set", "K", "1", "--type", "b"], ["bool"]),
-            (["open-url", "quillo://p"], ["quillo://preferences", "quillo://post"]), (["reminder", "next", "--b"], ["--batch"]), (["nonsense", "x"], []),
+            (["setup", "--journal", ""], [":directories"]), (["setup", "--re"], ["--remind"]), (["journal", "move", ""], [":directories"]), (["open-url", "quillo://p"], ["quillo://preferences", "quillo://post"]), (["reminder", "next", "--b"], ["--batch"]), (["nonsense", "x"], []),
         ]
         for words, expected in cases:
             with self.subTest(words):

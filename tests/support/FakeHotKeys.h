@@ -31,9 +31,7 @@ struct FakeHotKeys : HotKeys {
     ++handlersInstalled;
     eventHandler = std::move(handler);
   }
-  HotKeyState state(HotKeyRef ref) const override {
-    return claims.contains(ref) ? HotKeyState::Active : HotKeyState::Refused;
-  }
+  HotKeyState state(HotKeyRef ref) const override { return claims.contains(ref) ? initialState : HotKeyState::Refused; }
   void observeStates(StateObserver observer) override { stateObserver = std::move(observer); }
 
   // A combination that nobody has claimed does nothing.
@@ -49,6 +47,7 @@ struct FakeHotKeys : HotKeys {
   std::map<HotKeyRef, Claim> claims;
   HotKeyRef lastRef{100};
   OSStatus refusal{HotKeyStatus::done};
+  HotKeyState initialState{HotKeyState::Active};
   OSStatus unregisterStatus{HotKeyStatus::done};
   int handlersInstalled{0};
   Handler eventHandler;

@@ -146,6 +146,19 @@ TEST_F(EntryWindowActionsTest, WithNoJournalOneIsMadeOrChosenOnTheSpot) {
                             [&](const auto& entry) { return entry->string() == QLatin1StringView(c.name); }));
   }
 
+  // The main application asks for all of it; where that is not to be had, this is told.
+  config.setConfiguredJournalFileURL(std::nullopt);
+  show();
+  click("setUpButton");
+  EXPECT_EQ(workspace.opened, QStringList{u"quillo://setup"_s});
+  EXPECT_FALSE(controller->window().isVisible());
+  workspace.accepts = false;
+  alerts.expected = 1;
+  show();
+  click("setUpButton");
+  EXPECT_TRUE(controller->window().isVisible());
+  controller->close();
+
   // Where none can be made, the reason is told and the panel stays.
   config.setConfiguredJournalFileURL(std::nullopt);
   ASSERT_TRUE(QDir(documents).removeRecursively());

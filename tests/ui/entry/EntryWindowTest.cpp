@@ -130,6 +130,36 @@ TEST_F(EntryWindowTest, NoKeyDismissesTheWindowAndTheKeyboardReachesEverything) 
   EXPECT_EQ(order, expected);
 }
 
+TEST_F(EntryWindowTest, WhereItIsSetEscapeClosesTheListAndThenTheWindow) {
+  PersistentPropertyList& list = *config.groupProperties();
+  list.setBoolForKey(true, Key::escapeClosesEntryWindow);
+  show();
+  type("by the #ev");
+  ASSERT_TRUE(tagsAnswer);
+  tagsAnswer({u"evening"_s});
+  ASSERT_TRUE(QTest::qWaitFor([this] { return controller->window().findChild<HashtagCompletionList*>() != nullptr; }));
+  QTest::keyClick(textView(), Qt::Key_Escape);
+  EXPECT_TRUE(controller->window().isVisible());
+  // With another key it is another command; those of the desktop among them.
+  QTest::keyClick(textView(), Qt::Key_Escape, Qt::ShiftModifier);
+  EXPECT_TRUE(controller->window().isVisible());
+  QTest::keyClick(textView(), Qt::Key_Escape);
+  EXPECT_FALSE(controller->window().isVisible());
+  EXPECT_EQ(entries().size(), 1);
+
+  // Whatever has the keyboard, and also where a reminder opened the window; the text goes on.
+  controller->showWindowInMode(EntryWindowModeReminder);
+  EXPECT_EQ(textView()->toPlainText(), u"by the #ev"_s);
+  textView()->clear();
+  QTest::keyClick(named<QWidget>("saveButton"), Qt::Key_Escape);
+  EXPECT_FALSE(controller->window().isVisible());
+  EXPECT_TRUE(entries().isEmpty());
+  config.setConfiguredJournalFileURL(std::nullopt);
+  show();
+  QTest::keyClick(named<QWidget>("reconnectView"), Qt::Key_Escape);
+  EXPECT_FALSE(controller->window().isVisible());
+}
+
 TEST_F(EntryWindowTest, EveryCharacterReachesTheEntryAndNoFormatOrDropDoes) {
   show();
   const auto paste = [this](const QString& html, const QString& text) {

@@ -54,6 +54,11 @@ class StatusBarControllerTest : public EntryWindowTest {
   void connectValidation() {
     QObject::connect(&menu, &QMenu::aboutToShow, &menu, [this] { menu.actions().value(0)->setText(u"validated"_s); });
   }
+  // Written by another process.
+  void setShared(const QString& key, bool value) {
+    const QString path = config.groupPrefsDirectoryURL().toLocalFile() + u"/quillo.plist"_s;
+    PersistentPropertyList::withPropertyListURL(QUrl::fromLocalFile(path), nullptr)->setBoolForKey(value, key);
+  }
   FakeStatusItem::State item;
   QMenu menu;
   QLXAStatusBarController status{notices};
@@ -162,6 +167,39 @@ TEST_F(StatusBarControllerTest, AtTheBottomTheWindowStandsAboveTheItem) {
   EXPECT_FALSE(background->outline().contains(QPointF(40, 1)));
 }
 
+TEST_F(StatusBarControllerTest, OnTheScreenTheWindowStopsAtTheEdgeAndTheArrowGoesOnToTheItem) {
+  const QRectF screen = flipped(QGuiApplication::primaryScreen()->geometry(), mainScreenHeight());
+  const auto* background = named<EntryBackgroundView>("backgroundView");
+  AgentEntryWindow& window = controller->window();
+  isComposited = false;
+  item.rectangle.moveRight(screen.right());
+  item.click();
+  EXPECT_GT(window.frame().right(), screen.right());
+  item.click();
+
+  // As another process changes it, from one opening to the next.
+  setShared(Key::keepEntryWindowOnScreen, true);
+  item.click();
+  EXPECT_EQ(window.frame().right(), screen.right());
+  EXPECT_EQ(QRectF(background->mapToGlobal(QPoint()), QSizeF(background->size())),
+            flipped(window.frame(), mainScreenHeight()));
+  EXPECT_TRUE(background->outline().contains(QPointF(328 - EntryBackgroundView::arrowMargin, 2)));
+  EXPECT_TRUE(window.mask().contains(QPoint(328 - 20, 4)));
+  EXPECT_FALSE(window.mask().contains(QPoint(164, 4)));
+  // The panel makes room for another icon while the window is shown.
+  item.rectangle.moveLeft(item.rectangle.left() - 26);
+  item.moved();
+  EXPECT_EQ(window.frame().right(), screen.right());
+  EXPECT_TRUE(window.mask().contains(QPoint(328 - 37, 4)));
+  EXPECT_FALSE(window.mask().contains(QPoint(328 - 20, 4)));
+  item.click();
+
+  setShared(Key::keepEntryWindowOnScreen, false);
+  item.click();
+  EXPECT_EQ(window.frame().center().x(), item.rectangle.center().x());
+  EXPECT_TRUE(window.mask().contains(QPoint(164, 4)));
+}
+
 TEST_F(StatusBarControllerTest, AMenuThatThePanelDrawsEndsWithAChoiceOrAClick) {
   // Shown and closed by another process: the menu here is never visible.
   Q_EMIT item.menu->aboutToShow();
@@ -261,6 +299,58 @@ TEST(EntryWindowPlacement, CentresUnderTheButtonWithoutClamping) {
   EXPECT_EQ(entryWindowOriginAbove({500, 3, 22, 22}, QSizeF(328, 268)), QPointF(347, 20));
   EXPECT_EQ(flipped(QRectF(13, 66, 302, 146), 268), QRectF(13, 56, 302, 146));
   EXPECT_EQ(flipped(flipped(QRectF(1, 2, 3, 4), 100), 100), QRectF(1, 2, 3, 4));
+}
+
+// Where the icon may be on a screen: in the corners and in the middle of the edges, as panels have it.
+std::vector<QRectF> iconPlaces(const QRectF& screen) {
+  constexpr double size = 22;
+  std::vector<QRectF> places;
+  for (const double across : {0.0, 0.5, 1.0})
+    for (const double up : {0.0, 0.5, 1.0})
+      if (across != 0.5 || up != 0.5)
+        places.emplace_back(screen.x() + across * (screen.width() - size), screen.y() + up * (screen.height() - size),
+                            size, size);
+  return places;
+}
+
+TEST(EntryWindowPlacement, KeptOnTheScreenNothingIsOffItAndTheArrowIsAtTheIcon) {
+  const QSizeF size = AgentEntryWindow::frameSize;
+  // In points from the bottom left of the main screen. A screen of more pixels a point is a smaller one.
+  const struct {
+    const char* name;
+    QRectF screen;
+  } screens[] = {
+      {"alone", {0, 0, 1280, 800}},
+      {"alone, one and a half pixels a point", {0, 0, 853, 533}},
+      {"alone, two pixels a point", {0, 0, 640, 400}},
+      {"at the left of the main one, lower", {-1920, -280, 1920, 1080}},
+      {"at its right, two pixels a point", {1280, 260, 960, 540}},
+      {"above it", {0, 800, 1280, 1024}},
+      {"below it, one and a half pixels a point", {100, -720, 1280, 720}},
+  };
+  for (const auto& [name, screen] : screens) {
+    for (const QRectF& icon : iconPlaces(screen)) {
+      SCOPED_TRACE(testing::Message() << name << ", icon at " << icon.x() << ' ' << icon.y());
+      const bool above = entryWindowBelongsAbove(icon, size, screen);
+      const QPointF asked = above ? entryWindowOriginAbove(icon, size) : entryWindowOrigin(icon, size);
+      const QRectF window(entryWindowOriginOnScreen(asked, size, screen), size);
+      EXPECT_TRUE(screen.contains(window));
+      // The arrow's tip, with the corners kept clear, is under the icon, and at its middle away from the edges.
+      const double margin = EntryBackgroundView::arrowMargin;
+      const double tip = std::clamp(icon.center().x(), window.left() + margin, window.right() - margin);
+      EXPECT_GT(tip, icon.left());
+      EXPECT_LT(tip, icon.right());
+      if (icon.left() > screen.left() && icon.right() < screen.right()) {
+        EXPECT_EQ(tip, icon.center().x());
+      }
+      // It still reaches over the icon by as much as ever, but for one half way up a screen with room at neither side.
+      if (icon.top() == screen.top() || icon.bottom() == screen.bottom() || screen.height() > 2 * size.height() + 22) {
+        EXPECT_EQ(above ? icon.bottom() - window.top() : window.bottom() - icon.top(), entryWindowOverlap);
+      }
+    }
+  }
+  // What is too large for its screen shows its left and its top.
+  EXPECT_EQ(entryWindowOriginOnScreen({5, 5}, size, QRectF(10, 20, 300, 200)), QPointF(10, 220 - 268));
 }
 
 }  // namespace

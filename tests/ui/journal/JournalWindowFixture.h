@@ -61,6 +61,7 @@ class JournalWindowTest : public EntryTest {
         .weatherText = [](const QLWeather&) { return u"mild"_s; },
         .fontSize = [this] { return fontSize; },
         .setFontSize = [this](int points) { fontSize = points; },
+        .setUp = [] {},
         .createJournal = [] {},
         .chooseJournal = [](QWidget&) {},
         .showFolder = [](const QString&) {},

@@ -57,6 +57,40 @@ TEST(UserDefaultsTest, ADamagedFileReadsAsEmptyAndIsKept) {
   EXPECT_TRUE(UserDefaults(home.path(), u"d"_s).boolForKey(u"k"_s));
 }
 
+TEST(UserDefaultsTest, TwoProgramsChangeOneDomain) {
+  const TestHome home;
+  UserDefaults agent(home.path(u"c"_s), u"d"_s);
+  agent.setBoolForKey(true, u"spell"_s);
+  UserDefaults other(home.path(u"c"_s), u"d"_s);
+  other.setBoolForKey(false, u"spell"_s);
+  other.setBoolForKey(true, u"grammar"_s);
+  EXPECT_TRUE(agent.boolForKey(u"spell"_s)) << "until it is told to look";
+  agent.setObjectForKey(PropertyListValue(u"u"_s), u"url"_s);
+  EXPECT_FALSE(agent.boolForKey(u"spell"_s));
+  EXPECT_TRUE(agent.boolForKey(u"grammar"_s));
+  EXPECT_TRUE(other.synchronize());
+  EXPECT_FALSE(other.synchronize());
+  EXPECT_EQ(other.objectForKey(u"url"_s), PropertyListValue(u"u"_s));
+  other.removeObjectForKey(u"url"_s);
+  EXPECT_TRUE(agent.synchronize());
+  EXPECT_EQ(agent.objectForKey(u"url"_s), std::nullopt);
+}
+
+// A folder in place of the file: what was set stays in use, and is written once that can be.
+TEST(UserDefaultsTest, WhatCouldNotBeSavedIsSavedWithTheNext) {
+  const TestHome home;
+  ASSERT_TRUE(QDir().mkpath(home.path(u"d.plist/x"_s)));
+  LogCapture log;
+  UserDefaults defaults(home.path(), u"d"_s);
+  defaults.setBoolForKey(true, u"a"_s);
+  EXPECT_TRUE(defaults.boolForKey(u"a"_s));
+  ASSERT_TRUE(defaults.lastError());
+  ASSERT_TRUE(QDir(home.path(u"d.plist"_s)).removeRecursively());
+  defaults.setBoolForKey(true, u"b"_s);
+  EXPECT_FALSE(defaults.lastError());
+  EXPECT_TRUE(UserDefaults(home.path(), u"d"_s).boolForKey(u"a"_s));
+}
+
 TEST(BundleTest, FindsResourcesAndTexts) {
   const TestHome home;
   QDir().mkpath(home.path(u"de.lproj"_s));

@@ -3,11 +3,10 @@
 #include "config/Settings.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <optional>
 
-namespace quillo::ctl {
+namespace quillo {
 
 // Whether the setting is in the list that both applications write.
 [[nodiscard]] inline bool isShared(const Setting& setting) {
@@ -20,11 +19,13 @@ namespace quillo::ctl {
 // The line of a setting that is not set: its default, where it has one, and what is to be said of it.
 [[nodiscard]] QString absentText(const Setting& setting);
 
+// The kind of value that a text for the setting is read as: text for one that only its writer knows.
+[[nodiscard]] inline SettingType typeOfText(const Setting& setting) {
+  return setting.type == SettingType::Object ? SettingType::String : setting.type;
+}
+
 // The value of that kind that the text means, or nothing; what would have been one is told by expectedText.
 [[nodiscard]] std::optional<PropertyListValue> settingFromText(const QString& text, SettingType type);
 [[nodiscard]] QString expectedText(SettingType type);
 
-// The shared settings whose names are most like the word, the likest first; none where none is.
-[[nodiscard]] QStringList nearestSettings(const QString& key);
-
-}  // namespace quillo::ctl
+}  // namespace quillo

@@ -1,7 +1,6 @@
-#include "quilloctl/SettingText.h"
+#include "config/SettingText.h"
 
 #include "foundation/PropertyListJson.h"
-#include "quilloctl/NearestWords.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -9,7 +8,7 @@
 #include <QLocale>
 #include <QUrl>
 
-namespace quillo::ctl {
+namespace quillo {
 
 using namespace Qt::StringLiterals;
 
@@ -117,12 +116,4 @@ QString absentText(const Setting& setting) {
   return u"%1 is not set%2"_s.arg(setting.key, note);
 }
 
-QStringList nearestSettings(const QString& key) {
-  constexpr qsizetype offered = 3;
-  QStringList names;
-  for (const Setting& setting : settingsTable())
-    if (isShared(setting)) names << setting.key;
-  return nearestWords(key, names).mid(0, offered);
-}
-
-}  // namespace quillo::ctl
+}  // namespace quillo

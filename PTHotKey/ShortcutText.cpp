@@ -1,4 +1,4 @@
-#include "quilloctl/ShortcutText.h"
+#include "PTHotKey/ShortcutText.h"
 
 #include "PTHotKey/PTKeyCodeTranslator.h"
 #include "platform/HotKeys.h"
@@ -7,7 +7,7 @@
 #include <array>
 #include <optional>
 
-namespace quillo::ctl {
+namespace quillo {
 
 using namespace Qt::StringLiterals;
 
@@ -111,9 +111,9 @@ QString wordForKey(const PTKeyCombo& combo) {
   return name;
 }
 
-bool typesACharacter(qint16 keyCode) {
+bool typesACharacter(qint64 keyCode) {
   // One unit, the replacement character where there is none.
-  const QString typed = PTKeyCodeTranslator::currentTranslator()->translateKeyCode(keyCode);
+  const QString typed = PTKeyCodeTranslator::currentTranslator()->translateKeyCode(static_cast<qint16>(keyCode));
   return typed[0].isPrint() && typed[0] != QChar(QChar::ReplacementCharacter);
 }
 
@@ -129,10 +129,30 @@ constexpr std::array modifierNames{
 
 QString wordsForKeyCombo(const PTKeyCombo& combo) {
   if (!combo.isValidHotKeyCombo()) return combo.description();
+  return wordsForModifiers(combo.modifiers()) + wordForKey(combo);
+}
+
+QString wordsForModifiers(quint64 modifiers) {
   QString words;
   for (const Word& modifier : modifierNames)
-    if ((combo.modifiers() & modifier.meaning) != 0) words += modifier.word;
-  return words + wordForKey(combo);
+    if ((modifiers & modifier.meaning) != 0) words += modifier.word;
+  return words;
+}
+
+LossForTyping lossForTyping(const PTKeyCombo& combo) {
+  if (!combo.isValidHotKeyCombo()) return LossForTyping::KeyAlone;
+  const bool isTyped = combo.modifiers() == HotKeyModifier::shift && typesACharacter(combo.keyCode());
+  return isTyped ? LossForTyping::ShiftedKey : LossForTyping::None;
+}
+
+PTKeyCombo::Pointer storedShortcut(const std::optional<PropertyListDictionary>& setting) {
+  if (!setting) return PTKeyCombo::clearKeyCombo();
+  return PTKeyCombo::keyComboWithKeyCode(setting->value(u"keyCode"_s, 0).intValue(),
+                                         setting->value(u"modifierFlags"_s, 0).unsignedIntValue());
+}
+
+PropertyListDictionary shortcutSetting(const PTKeyCombo& combo) {
+  return {{u"keyCode"_s, combo.keyCode()}, {u"modifierFlags"_s, static_cast<qint64>(combo.modifiers())}};
 }
 
 PTKeyCombo::Pointer keyComboFromText(const QString& text, QString* reason) {
@@ -147,11 +167,15 @@ PTKeyCombo::Pointer keyComboFromText(const QString& text, QString* reason) {
   if (*keyCode >= firstModifierKey && *keyCode <= lastModifierKey)
     return wrong(u"\"%1\" is a modifier and cannot be the key"_s.arg(parts.key));
   auto combo = PTKeyCombo::keyComboWithKeyCode(*keyCode, parts.modifiers);
-  if (!combo->isValidHotKeyCombo())
-    return wrong(u"\"%1\" alone would be lost for typing: add cmd, opt, ctrl or shift"_s.arg(parts.key));
-  if (parts.modifiers == HotKeyModifier::shift && typesACharacter(*keyCode))
-    return wrong(u"shift and \"%1\" would be lost for typing: add cmd, opt or ctrl"_s.arg(parts.key));
-  return combo;
+  switch (lossForTyping(*combo)) {
+    case LossForTyping::None:
+      return combo;
+    case LossForTyping::KeyAlone:
+      return wrong(u"\"%1\" alone would be lost for typing: add cmd, opt, ctrl or shift"_s.arg(parts.key));
+    case LossForTyping::ShiftedKey:
+      return wrong(u"shift and \"%1\" would be lost for typing: add cmd, opt or ctrl"_s.arg(parts.key));
+  }
+  return {};
 }
 
-}  // namespace quillo::ctl
+}  // namespace quillo

@@ -5,8 +5,7 @@
 
 namespace quillo {
 
-// The colours of the journal's window: a light and a dark set of our own, or the desktop's where it asks for high
-// contrast.
+// The colours of our windows: a light and a dark set of our own, or the desktop's where it asks for high contrast.
 struct JournalColors {
   QColor ground;
   QColor bar;

@@ -1,4 +1,4 @@
-#include "journal/views/JournalColors.h"
+#include "controls/look/JournalColors.h"
 
 #include <QGuiApplication>
 
