@@ -2,7 +2,6 @@
 
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
-#include "config/Settings.h"
 #include "controls/Coordinates.h"
 #include "controls/CustomCursorButton.h"
 #include "controls/Fonts.h"
@@ -223,9 +222,17 @@ void AgentEntryWindowController::showEditor(bool reminder) {
   window().ui().snoozeButtonContainer->setVisible(reminder);
   if (reminder) layoutSnoozeButtonsAccordingToUserDefaults();
   window().setScrollBorderFrame(reminder ? condensedScrollFrame : expandedScrollFrame);
-  const bool locate = isOn(Key::addLocationAutomatically);
+  const bool locate = m_place.isAutomatic();
   window().ui().locationToggleButton->setChecked(locate);
-  if (locate) fetchLocationAndWeatherIfNeeded();
+  if (locate) fetchLocationOnceShown();
+}
+
+void AgentEntryWindowController::fetchLocationOnceShown() {
+  if (m_place.hasLocationManager() || m_services.firstSearchDelay.count() == 0)
+    return fetchLocationAndWeatherIfNeeded();
+  QTimer::singleShot(m_services.firstSearchDelay, this, [this] {
+    if (m_isShown && !m_isClosing && window().ui().locationToggleButton->isChecked()) fetchLocationAndWeatherIfNeeded();
+  });
 }
 
 void AgentEntryWindowController::layoutSnoozeButtonsAccordingToUserDefaults() {

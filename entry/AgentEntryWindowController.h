@@ -86,6 +86,7 @@ class AgentEntryWindowController : public QObject {
   // Of the shared list, as it was read last.
   [[nodiscard]] bool isOn(QLatin1StringView key);
   void showEditor(bool reminder);
+  void fetchLocationOnceShown();
   void showReconnectPanel();
   // The snooze row by the unit in which reminders recur.
   void layoutSnoozeButtonsAccordingToUserDefaults();

@@ -150,6 +150,16 @@ std::optional<Date> Calendar::dateFromComponents(const DateComponents& component
   return dateOf(days + carried, seconds - carried * secondsPerDay, 0, m_timeZone);
 }
 
+std::optional<Date> Calendar::dateOfReading(QDate day, QTime time) const {
+  if (!day.isValid() || !time.isValid()) return std::nullopt;
+  DateComponents components;
+  components.year = day.year();
+  components.month = day.month();
+  components.day = day.day();
+  components.second = time.msecsSinceStartOfDay() / 1000;
+  return dateFromComponents(components);
+}
+
 std::optional<Date> Calendar::dateByAdding(qint64 count, CalendarUnit unit, Date date) const {
   const double start = date.timeIntervalSince1970();
   if (!isInRange(start)) return std::nullopt;

@@ -4,6 +4,8 @@
 #include "foundation/DateComponents.h"
 #include "foundation/TimeZone.h"
 
+#include <QDateTime>
+
 #include <optional>
 
 namespace quillo {
@@ -31,6 +33,9 @@ class Calendar {
   // the first instant of year 1. Parts beyond their usual range count on: month 13 is the next January, day 0 the last
   // day of the month before.
   [[nodiscard]] std::optional<Date> dateFromComponents(const DateComponents& components) const;
+
+  // The same of a day and a time of the day, to the second: when a clock reads that.
+  [[nodiscard]] std::optional<Date> dateOfReading(QDate day, QTime time) const;
 
   // `date` plus `count` units. A day of the month that the target month lacks becomes its last. Weekdays count as days
   // and weekday ordinals as weeks; there is nothing to add in eras. Nothing to add leaves `date` as it is.

@@ -2,6 +2,8 @@
 
 #include <QMenu>
 
+#include <utility>
+
 namespace quillo {
 
 using namespace Qt::StringLiterals;
@@ -37,12 +39,22 @@ QList<QKeySequence> keys(const QString& text) {
   return {QKeySequence(text)};
 }
 
+// Of no command: the calendar has them while it has the keyboard.
+constexpr std::pair<QStringView, QStringView> calendarKeys[] = {
+    {u"Return", u"Entries of the day"}, {u"M", u"Entries of the month"}, {u"Y", u"Entries of the year"}};
+
+QString line(QStringView key, QStringView what) {
+  return u"<tr><td width=\"180\"><b>%1</b></td><td>%2</td></tr>"_s.arg(key.toString().toHtmlEscaped(),
+                                                                       what.toString().toHtmlEscaped());
+}
+
 }  // namespace
 
 JournalCommands::JournalCommands(QWidget& window) {
   Builder build(window, menus);
   build.menu(u"&File"_s);
   newEntry = build.item(u"&New Entry"_s, keys(u"Ctrl+N"_s));
+  newEntryOnDay = build.item(u"New Entry on the Calendar’s Da&y"_s, keys(u"Ctrl+Shift+N"_s));
   build.separator();
   print = build.item(u"&Print…"_s, keys(u"Ctrl+P"_s));
   exportPDF = build.item(u"Save as P&DF…"_s, keys(u"Ctrl+Shift+P"_s));
@@ -57,6 +69,7 @@ JournalCommands::JournalCommands(QWidget& window) {
   redo = build.item(u"&Redo"_s, standard(QKeySequence::Redo));
   build.separator();
   find = build.item(u"&Find"_s, keys(u"Ctrl+F"_s));
+  details = build.item(u"Entry &Details: Date, Place, Tags"_s, keys(u"Ctrl+I"_s));
   // Not with Ctrl alone: that takes a word out of a text.
   moveToTrash = build.item(u"Move to &Trash"_s, keys(u"Ctrl+Shift+Backspace"_s));
 
@@ -92,13 +105,13 @@ QString JournalCommands::shortcutList() const {
     const QList<QAction*> items = menu->actions();
     for (const QAction* item : items) {
       if (item->shortcut().isEmpty()) continue;
-      text += u"<tr><td width=\"150\"><b>%1</b></td><td>%2</td></tr>"_s.arg(
-          item->shortcut().toString(QKeySequence::NativeText).toHtmlEscaped(),
-          item->text().remove(u'&').remove(u'…').toHtmlEscaped());
+      text += line(item->shortcut().toString(QKeySequence::NativeText), item->text().remove(u'&').remove(u'…'));
     }
     text += u"</table>"_s;
   }
-  return text;
+  text += u"<h4>Calendar</h4><table>"_s;
+  for (const auto& [key, what] : calendarKeys) text += line(key, what);
+  return text + u"</table>"_s;
 }
 
 }  // namespace quillo

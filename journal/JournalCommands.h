@@ -17,6 +17,7 @@ struct JournalCommands {
   QList<QMenu*> menus;
 
   QAction* newEntry;
+  QAction* newEntryOnDay;
   QAction* print;
   QAction* exportPDF;
   QAction* preferences;
@@ -26,6 +27,7 @@ struct JournalCommands {
   QAction* undo;
   QAction* redo;
   QAction* find;
+  QAction* details;
   QAction* moveToTrash;
 
   QAction* read;

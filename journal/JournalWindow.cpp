@@ -5,6 +5,7 @@
 #include "journal/JournalPrinting.h"
 #include "journal/ShortcutsDialog.h"
 #include "journal/SidebarSections.h"
+#include "journal/WindowStates.h"
 #include "journal/reading/ReadingView.h"
 #include "journal/views/FoldingColumns.h"
 #include "journal/views/MonthView.h"
@@ -19,7 +20,9 @@
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 
+#include <QApplication>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
@@ -49,7 +52,10 @@ JournalWindow::JournalWindow(const JournalWindowServices& services)
       m_timeline(m_library, services.weatherText),
       m_overview(m_library),
       m_commands(*this),
-      m_view(*this, m_timeline, services.editor) {
+      m_view(*this, m_timeline, services.editor),
+      m_calendar(m_view, {.addFilter = [this](const SearchFilter& filter) { addFilter(filter); },
+                          .beginEntry = [this](QDate day) { beginEntry(day); },
+                          .showYear = [this](bool isShown) { showYear(isShown); }}) {
   setMinimumSize(320, 360);
   auto* menu = new QMenu(this);
   for (QMenu* part : m_commands.menus) menu->addMenu(part);
@@ -67,6 +73,8 @@ void JournalWindow::connectCommands() {
   const auto on = [this](QAction* command, auto act) { connect(command, &QAction::triggered, this, act); };
   const auto bringToFront = [this](FoldingColumns::Column column) { m_view.columns->bringToFront(column); };
   on(m_commands.newEntry, [this] { beginEntry(); });
+  on(m_commands.newEntryOnDay, [this] { beginEntry(m_view.month->currentDay()); });
+  on(m_commands.details, [this] { editDetails(); });
   on(m_commands.close, [this] { close(); });
   on(m_commands.print, [this] { printEntries(/*toFile=*/false); });
   on(m_commands.exportPDF, [this] { printEntries(/*toFile=*/true); });
@@ -98,7 +106,7 @@ void JournalWindow::connectCommands() {
   on(m_commands.shortcuts, [this] { ShortcutsDialog(m_commands, this).exec(); });
   on(m_commands.about, [this] { m_services.showAbout(); });
 
-  connect(m_view.newButton, &QPushButton::clicked, this, &JournalWindow::beginEntry);
+  connect(m_view.newButton, &QPushButton::clicked, m_commands.newEntry, &QAction::trigger);
   connect(m_view.sidebarButton, &QPushButton::clicked, this, [this, bringToFront] {
     const bool isShown = m_view.columns->shows(FoldingColumns::Column::Sidebar);
     if (m_view.columns->columnCount() == 3)
@@ -128,12 +136,6 @@ void JournalWindow::connectViews() {
     if (m_view.list->currentRow() < 0 && m_timeline.total() > 0) m_view.list->setCurrentRow(0);
     m_view.list->setFocus();
   });
-  connect(m_view.month, &MonthView::dayActivated, this, &JournalWindow::showDay);
-  connect(m_view.heatMap, &YearHeatMap::dayActivated, this, &JournalWindow::showDay);
-  connect(m_view.year, &YearPage::dayActivated, this, [this](QDate day) {
-    showYear(false);
-    showDay(day);
-  });
   connect(m_view.sidebar, &SidebarList::itemChosen, this, &JournalWindow::sidebarChosen);
   connect(m_view.list, &TimelineView::currentEntryChanged, this, &JournalWindow::entryChosen);
   connect(m_view.list, &TimelineView::entryActivated, this, [this] {
@@ -161,6 +163,10 @@ void JournalWindow::connectViews() {
     m_library.entryDidChange(identifier);
     if (m_view.list->currentIdentifier().isEmpty()) m_view.list->setCurrentEntry(identifier);
   });
+  connect(m_view.editor, &EditorPane::entryMoved, this, [this](const QString& identifier, QDate day) {
+    if (m_view.list->currentIdentifier() == identifier) m_view.list->followCurrentEntry(day);
+    m_view.month->setSelectedDay(day);
+  });
   connect(m_view.editor, &EditorPane::emptiedEntryLeft, this,
           [this](const QString& identifier) { moveToTrash({identifier}); });
 }
@@ -186,6 +192,7 @@ void JournalWindow::searchDidChange() {
 
 void JournalWindow::search() {
   m_problem.clear();
+  m_dayToShow = {};
   const auto question = m_search.question(QDate::currentDate(), &m_problem);
   if (question) {
     m_timeline.show(*question);
@@ -198,11 +205,14 @@ void JournalWindow::search() {
 void JournalWindow::addFilter(const SearchFilter& filter) {
   m_search.addFilter(filter);
   searchDidChange();
+  if (filter.kind != SearchFilter::Kind::Day) return;
+  m_view.month->setSelectedDay(filter.day);
+  m_dayToShow = filter.day;
 }
 
 void JournalWindow::showListState() {
   const qint64 all = m_overview.total();
-  if (m_problem.isEmpty())
+  if (m_problem.isEmpty() && m_timeline.isCounted())
     m_view.search->setStatus(m_search.isEmpty() || all == 0
                                  ? QString()
                                  : u"%1 of %2"_s.arg(locale().toString(m_timeline.total()), locale().toString(all)),
@@ -210,21 +220,18 @@ void JournalWindow::showListState() {
   const bool isEmpty =
       m_timeline.isKnown() && m_timeline.total() == 0 && m_library.state() == JournalLibrary::State::Open;
   m_view.listStack->setCurrentWidget(isEmpty ? static_cast<QWidget*>(m_view.listState) : m_view.list);
-  if (isEmpty && m_search.isEmpty()) {
-    m_view.listState->show(u"Nothing written yet"_s, u"The first entry is a key away: Ctrl+N."_s,
-                           {{u"New Entry"_s, [this] { beginEntry(); }}});
-  } else if (isEmpty) {
-    QList<StatePage::Action> actions;
-    for (qsizetype i = 0; i < m_search.filters().size(); ++i)
-      actions.append({u"Without %1"_s.arg(m_search.texts()[i]), [this, i] {
-                        m_search.removeFilter(i);
-                        searchDidChange();
-                      }});
-    actions.append({u"Show all entries"_s, [this] { m_commands.allEntries->trigger(); }});
-    m_view.listState->show(u"Nothing found"_s, u"No entry has all of this."_s, actions);
-  }
+  if (isEmpty)
+    showEmptyList(*m_view.listState, m_search,
+                  {.beginEntry = [this](std::optional<QDate> day) { beginEntry(day); },
+                   .removeFilter =
+                       [this](qsizetype index) {
+                         m_search.removeFilter(index);
+                         searchDidChange();
+                       },
+                   .showAll = [this] { m_commands.allEntries->trigger(); }});
   if (m_timeline.total() == 0) return;
   if (std::exchange(m_showsFirst, false)) m_view.list->setCurrentRow(0);
+  if (m_view.list->rows().firstRowOfDay(m_dayToShow) >= 0) m_view.list->showDay(std::exchange(m_dayToShow, {}));
   showNextAfterDeletion();
 }
 
@@ -270,14 +277,7 @@ void JournalWindow::sidebarChosen(const SidebarItem& item) {
 }
 
 void JournalWindow::showDamaged() {
-  // More than fit on the page help nobody; quilloctl lists them all.
-  constexpr qsizetype mostShown = 8;
-  QStringList reasons;
-  for (const IndexedDamage& damage : m_damaged.first(std::min(mostShown, m_damaged.size()))) reasons << damage.reason;
-  if (m_damaged.size() > mostShown) reasons << u"… and %1 more"_s.arg(m_damaged.size() - mostShown);
-  m_view.paperState->show(u"Entries that cannot be read"_s,
-                          u"Their files are left as they are.\n\n"_s + reasons.join(u"\n\n"_s),
-                          {{u"Show the Files"_s, [this] { m_services.showFolder(m_library.entriesFolder()); }}});
+  showDamagedEntries(*m_view.paperState, m_damaged, [this] { m_services.showFolder(m_library.entriesFolder()); });
   m_view.paper->setCurrentWidget(m_view.paperState);
   m_view.columns->bringToFront(FoldingColumns::Column::Paper);
 }
@@ -321,13 +321,21 @@ void JournalWindow::editEntry(const QString& identifier) {
   m_view.editor->setFocus();
 }
 
-void JournalWindow::beginEntry() {
+void JournalWindow::beginEntry(std::optional<QDate> day) {
   m_showsFirst = false;
-  if (!m_view.editor->beginEntry()) return;
+  if (!m_view.editor->beginEntry(day)) return;
   m_view.list->setCurrentEntry({});
   setReads(false);
   m_view.columns->bringToFront(FoldingColumns::Column::Paper);
   m_view.editor->setFocus();
+}
+
+void JournalWindow::editDetails() {
+  if (m_library.state() != JournalLibrary::State::Open) return;
+  if (m_commands.read->isChecked()) setReads(false);
+  showPaper();
+  m_view.columns->bringToFront(FoldingColumns::Column::Paper);
+  m_view.editor->editDetails();
 }
 
 void JournalWindow::saveText() {
@@ -390,7 +398,11 @@ void JournalWindow::moveToTrash(const QStringList& identifiers) {
 }
 
 void JournalWindow::undo() {
-  // The text's own steps first, while one writes.
+  // The details' and the text's own steps first, while one writes there.
+  if (m_view.editor->detailsView().isAncestorOf(QApplication::focusWidget())) {
+    m_view.editor->undoDetails();
+    return;
+  }
   EntryViewTextView& text = m_view.editor->textView();
   if (text.hasFocus() && text.document()->isUndoAvailable()) return text.undo();
   if (!m_lastDeletion) return;
@@ -489,6 +501,16 @@ void JournalWindow::closeEvent(QCloseEvent* event) {
   saveText();
   keepWindow();
   QWidget::closeEvent(event);
+}
+
+// From the paper to the list, and from there to all entries.
+void JournalWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->key() != Qt::Key_Escape || event->modifiers() != Qt::NoModifier) return QWidget::keyPressEvent(event);
+  const bool isInList = m_view.list->hasFocus() || m_view.listState->isAncestorOf(QApplication::focusWidget());
+  if (isInList && !m_search.isEmpty()) return m_commands.allEntries->trigger();
+  if (m_view.paper->currentWidget() == m_view.year) showYear(false);
+  m_view.columns->bringToFront(FoldingColumns::Column::List);
+  m_view.list->setFocus();
 }
 
 void JournalWindow::paintEvent(QPaintEvent*) {

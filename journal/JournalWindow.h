@@ -1,5 +1,6 @@
 #pragma once
 
+#include "journal/CalendarLinks.h"
 #include "journal/JournalCommands.h"
 #include "journal/JournalWindowView.h"
 #include "journal/editor/EditorPane.h"
@@ -54,7 +55,8 @@ class JournalWindow : public QWidget {
   bool showEntry(const QString& identifier);
   // The same, with the keyboard in its text.
   void editEntry(const QString& identifier);
-  void beginEntry();
+  // Now, or on another day at this time of the day.
+  void beginEntry(std::optional<QDate> day = std::nullopt);
   // The settings may have another size of the text.
   void applyFontSize();
   // Before the program ends: saves, asks nobody.
@@ -66,6 +68,7 @@ class JournalWindow : public QWidget {
  protected:
   void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
  private:
@@ -87,6 +90,7 @@ class JournalWindow : public QWidget {
   void showYear(bool isShown);
   void showPaper();
   void setReads(bool reads);
+  void editDetails();
   void moveToTrash(const QStringList& identifiers);
   void undo();
   void step(int rows);
@@ -104,12 +108,15 @@ class JournalWindow : public QWidget {
   QString m_problem;  // with the words of the search
   JournalCommands m_commands;
   JournalWindowView m_view;
+  CalendarLinks m_calendar;
   std::optional<JournalLibrary::Deletion> m_lastDeletion;
   std::optional<int> m_rowAfterDeletion;
   QUrl m_journal;
   QList<IndexedDamage> m_damaged;
   // What the list shows first once it is known: the newest entry, or the one asked for.
   bool m_showsFirst{true};
+  // A day that was chosen, whose first entry is to be shown once the list has it.
+  QDate m_dayToShow;
 };
 
 }  // namespace quillo

@@ -108,7 +108,6 @@ void PreferencesWindow::pageWasChosen(int index) {
     area->viewport()->setAutoFillBackground(false);
     page->setAutoFillBackground(false);
     page->orderTabs();
-    page->showValues();
   }
   m_stack->setCurrentIndex(index);
 }

@@ -59,10 +59,15 @@ QStringList hashtags(const QString& text) {
 }
 
 QStringList tagsAfterEditing(const QStringList& tags, const QString& before, const QString& after) {
-  QStringList kept = tags;
-  for (const QString& tag : hashtags(before)) kept.removeAll(tag);
-  for (const QString& tag : hashtags(after))
-    if (!kept.contains(tag, Qt::CaseInsensitive)) kept << tag;
+  const QStringList were = hashtags(before);
+  const QStringList are = hashtags(after);
+  const QSet<QString> known(were.begin(), were.end());
+  const QSet<QString> left(are.begin(), are.end());
+  QStringList kept;
+  for (const QString& tag : tags)
+    if (left.contains(tag) || !known.contains(tag)) kept << tag;
+  for (const QString& tag : are)
+    if (!known.contains(tag) && !kept.contains(tag, Qt::CaseInsensitive)) kept << tag;
   return kept;
 }
 

@@ -22,8 +22,9 @@ struct HashtagRange {
 // The same without the '#', first appearance first, each once (compared without case, the first spelling kept).
 [[nodiscard]] QStringList hashtags(const QString& text);
 
-// The tags of an entry whose text was `before` and is `after` now. Those that were no hashtags of the old text were
-// given by hand, and stay.
+// The tags of an entry whose text was `before` and is `after` now: without those whose hashtags went, and with those
+// that are new in the text. So a tag that was given by hand stays, and one that was taken out by hand does not come
+// back with its hashtag, which still stands there, but with one that is written anew.
 [[nodiscard]] QStringList tagsAfterEditing(const QStringList& tags, const QString& before, const QString& after);
 
 }  // namespace quillo

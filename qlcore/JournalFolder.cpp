@@ -4,7 +4,9 @@
 #include "foundation/FolderOperations.h"
 
 #include <QFile>
+#include <QMutex>
 #include <QRegularExpression>
+#include <QSet>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -182,6 +184,17 @@ void JournalFolder::removeLeftovers() const {
     if (isOld || writerIsGone) leftovers << name;
   });
   for (const QString& name : leftovers) ::unlinkat(m_folder.number(), QFile::encodeName(name).constData(), 0);
+}
+
+void JournalFolder::removeLeftoversOnce() const {
+  {
+    static QMutex mutex;
+    static QSet<QString> done;
+    const QMutexLocker lock(&mutex);
+    if (done.contains(m_path)) return;
+    done.insert(m_path);
+  }
+  removeLeftovers();
 }
 
 }  // namespace quillo

@@ -40,6 +40,8 @@ class JournalFolder {
 
   // Removes temporary files of entries whose writer is gone or that are older than a day.
   void removeLeftovers() const;
+  // The same, but only the first time that the process asks for it: with very many entries it takes time.
+  void removeLeftoversOnce() const;
 
  private:
   JournalFolder(FileDescriptor folder, QString path) : m_folder(std::move(folder)), m_path(std::move(path)) {}

@@ -125,8 +125,8 @@ std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::newEntry() {
   entry->m_uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
   entry->m_fileName = fileName(entry->m_uuid);
   entry->m_modificationDate = storableNow();
-  entry->m_creationDate = entry->m_modificationDate;
-  entry->m_timeZone = QString::fromLatin1(QTimeZone::systemTimeZoneId());
+  entry->m_content.creationDate = entry->m_modificationDate;
+  entry->m_content.timeZone = QString::fromLatin1(QTimeZone::systemTimeZoneId());
   return entry;
 }
 
@@ -229,9 +229,13 @@ void QLJournalEntryFile::setTags(const QStringList& tags) {
 
 bool QLJournalEntryFile::setCreationDate(Date date) {
   const auto storable = storableDate(toWholeSecond(date));
-  if (m_fileURL || !storable) return false;
-  m_creationDate = storable;
+  if (!storable) return false;
+  m_content.creationDate = storable;
   return true;
+}
+
+void QLJournalEntryFile::setTimeZone(const QString& name) {
+  m_content.timeZone = storableText(name);
 }
 
 // Whatever the file holds, what is taken from it can be written again.
@@ -239,15 +243,29 @@ void QLJournalEntryFile::readFields(const PropertyListDictionary& fields) {
   setString(fields.value(textKey).string());
   m_content.tags = tagsIn(fields);
   const auto modified = storableDate(fields.value(modificationDateKey));
-  m_creationDate = storableDate(fields.value(creationDateKey));
-  m_modificationDate = modified.value_or(m_creationDate.value_or(Date()));
-  m_timeZone = storableText(fields.value(timeZoneKey).string());
+  m_content.creationDate = storableDate(fields.value(creationDateKey));
+  m_modificationDate = modified.value_or(m_content.creationDate.value_or(Date()));
+  m_content.timeZone = storableText(fields.value(timeZoneKey).string());
   m_content.location = QLLocation::fromPropertyList(fields.value(locationKey));
   m_content.weather = QLWeather::fromPropertyList(fields.value(weatherKey));
   m_saved = m_content;
 }
 
-// Takes in what another writer has made of text and tags, where both were changed here too.
+// What was not changed here is as another writer has left it.
+void QLJournalEntryFile::adoptFrom(const PropertyListDictionary& fields) {
+  const auto adopt = [](auto& ours, auto& saved, const auto& theirs) { ours = saved = theirs; };
+  if (m_content.tags == m_saved.tags) adopt(m_content.tags, m_saved.tags, tagsIn(fields));
+  if (isSame(m_content.location, m_saved.location))
+    adopt(m_content.location, m_saved.location, QLLocation::fromPropertyList(fields.value(locationKey)));
+  if (isSame(m_content.weather, m_saved.weather))
+    adopt(m_content.weather, m_saved.weather, QLWeather::fromPropertyList(fields.value(weatherKey)));
+  if (m_content.creationDate == m_saved.creationDate)
+    adopt(m_content.creationDate, m_saved.creationDate, storableDate(fields.value(creationDateKey)));
+  if (m_content.timeZone == m_saved.timeZone)
+    adopt(m_content.timeZone, m_saved.timeZone, storableText(fields.value(timeZoneKey).string()));
+}
+
+// Takes in what another writer has made of the entry: of text and tags also where both were changed here too.
 void QLJournalEntryFile::mergeWith(const PropertyListDictionary& fields) {
   if (const auto& text = fields.value(textKey); text.isString() && m_content.string != m_saved.string) {
     const QString theirs = storableText(text.string());
@@ -259,27 +277,26 @@ void QLJournalEntryFile::mergeWith(const PropertyListDictionary& fields) {
   if (m_content.tags != m_saved.tags)
     if (const QStringList theirs = tagsIn(fields); theirs != m_saved.tags)
       m_content.tags = mergedTags(m_saved.tags, theirs, m_content.tags);
+  adoptFrom(fields);
 }
 
 void QLJournalEntryFile::writeFields(PropertyListDictionary& fields) const {
   const bool isNew = fields.isEmpty();
-  if (isNew) {
-    fields.insert(uuidKey, m_uuid);
-    fields.insert(timeZoneKey, m_timeZone);
-    if (m_creationDate) fields.insert(creationDateKey, *m_creationDate);
-  }
+  if (isNew) fields.insert(uuidKey, m_uuid);
   fields.insert(modificationDateKey, m_modificationDate);
   writeContent(fields, isNew);
 }
 
 void QLJournalEntryFile::writeContent(PropertyListDictionary& fields, bool isNew) const {
-  const auto& [string, tags, location, weather] = m_content;
+  const auto& [string, tags, location, weather, creationDate, timeZone] = m_content;
   // A text that another writer has taken away, or made no text of, is not let go.
   const bool isTextLost = !fields.value(textKey).isString() && !string.isEmpty();
   if (isNew || isTextLost || string != m_saved.string) fields.insert(textKey, string);
   if (isNew || tags != m_saved.tags) fields.insert(tagsKey, tagList(tags, fields.value(tagsKey).array()));
   if (isNew || !isSame(location, m_saved.location)) writeValue(fields, locationKey, location);
   if (isNew || !isSame(weather, m_saved.weather)) writeValue(fields, weatherKey, weather);
+  if (creationDate && (isNew || creationDate != m_saved.creationDate)) fields.insert(creationDateKey, *creationDate);
+  if (isNew || timeZone != m_saved.timeZone) fields.insert(timeZoneKey, timeZone);
 }
 
 bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Error* error,
@@ -303,6 +320,7 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
   if (!fields) fields.emplace();
 
   const Content own = m_content;
+  const Content known = m_saved;
   m_lastMerge.reset();
   if (!fields->isEmpty()) mergeWith(*fields);
   const Date before = std::exchange(m_modificationDate, storableNow());
@@ -311,11 +329,14 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
   if (!bytes || !folder->replaceFile(m_fileName, *bytes, &reason)) {
     m_modificationDate = before;
     m_content = own;
+    m_saved = known;
     m_lastMerge.reset();
     return fail(error, JournalError::forWriting(reason, introduction));
   }
   m_fileURL = QUrl::fromLocalFile(folder->path() + u'/' + m_fileName);
   m_saved = m_content;
+  // What a crash left of another save. Those who only read are not to wait for all names' being read.
+  folder->removeLeftoversOnce();
   return true;
 }
 

@@ -22,8 +22,9 @@ class QLJournalPackageFile;
 
 // One entry of a journal and its file, Entries/UUID.plist. A save writes what was changed since the entry was read and
 // leaves the rest of the file as it is there now: keys and values that this version does not know, and what another
-// writer changed since. Where both changed the text or the tags, the file gets the changes of both. A file whose name
-// has its letters in lower case, as another writer may make it, keeps it.
+// writer changed since, which the entry then has, too, but for a text that was not changed here. Where both changed the
+// text or the tags, the file gets the changes of both; of the rest it gets ours. A file whose name has its letters in
+// lower case, as another writer may make it, keeps it.
 class QLJournalEntryFile {
  public:
   // A new, unsaved entry with an identifier of its own; null when no journal is configured or nothing is at its place.
@@ -63,14 +64,15 @@ class QLJournalEntryFile {
   [[nodiscard]] std::optional<QLWeather> weather() const { return m_content.weather; }
   void setWeather(const std::optional<QLWeather>& weather) { m_content.weather = weather; }
   // Where the file has none, that of the last save.
-  [[nodiscard]] Date creationDate() const { return m_creationDate.value_or(m_modificationDate); }
-  // When it was begun, to the second, where that is not now: of an entry that has not been saved yet, and goes into its
-  // file with the first save. False, and nothing changes, for one that has a file, and for a date that none can hold.
+  [[nodiscard]] Date creationDate() const { return m_content.creationDate.value_or(m_modificationDate); }
+  // When it was, to the second. False, and nothing changes, for a date that no file can hold.
   bool setCreationDate(Date date);
   // Of the last save.
   [[nodiscard]] Date modificationDate() const { return m_modificationDate; }
   // The IANA name of the zone that the entry was begun in.
-  [[nodiscard]] QString timeZone() const { return m_timeZone; }
+  [[nodiscard]] QString timeZone() const { return m_content.timeZone; }
+  // The moment stays; a clock reads otherwise there.
+  void setTimeZone(const QString& name);
   // Nothing before the first save.
   [[nodiscard]] std::optional<QUrl> fileURLForEntryProperties() const { return m_fileURL; }
 
@@ -98,9 +100,12 @@ class QLJournalEntryFile {
     QStringList tags;
     std::optional<QLLocation> location;
     std::optional<QLWeather> weather;
+    std::optional<Date> creationDate;
+    QString timeZone;
   };
   void readFields(const PropertyListDictionary& fields);
   void mergeWith(const PropertyListDictionary& fields);
+  void adoptFrom(const PropertyListDictionary& fields);
   void writeFields(PropertyListDictionary& fields) const;
   void writeContent(PropertyListDictionary& fields, bool isNew) const;
 
@@ -109,9 +114,7 @@ class QLJournalEntryFile {
   Content m_content;
   Content m_saved;  // as last read or written
   std::optional<Merge> m_lastMerge;
-  std::optional<Date> m_creationDate;
   Date m_modificationDate;
-  QString m_timeZone;
   std::optional<QUrl> m_fileURL;
 };
 

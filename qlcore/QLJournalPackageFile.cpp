@@ -10,8 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMutex>
-#include <QSet>
 
 #include <sys/stat.h>
 
@@ -42,18 +40,6 @@ bool checkFolder(const QString& path, Error* error) {
   }
   if (S_ISDIR(status.st_mode)) return true;
   return fail(error, JournalError::make(JournalError::NotAPackage, path + u": not a folder, so not a journal"_s));
-}
-
-// Once a process and folder: the agent opens the package at every save, and a folder of many entries takes time.
-void removeLeftoversOnce(const QString& entriesPath) {
-  {
-    static QMutex mutex;
-    static QSet<QString> done;
-    const QMutexLocker lock(&mutex);
-    if (done.contains(entriesPath)) return;
-    done.insert(entriesPath);
-  }
-  if (const auto folder = JournalFolder::open(entriesPath, nullptr)) folder->removeLeftovers();
 }
 
 }  // namespace
@@ -101,7 +87,6 @@ std::shared_ptr<QLJournalPackageFile> QLJournalPackageFile::openPackage(const QU
   if (create && !makePackage(path, error)) return nullptr;
   auto package = std::shared_ptr<QLJournalPackageFile>(new QLJournalPackageFile(QUrl::fromLocalFile(path)));
   if (!checkFolder(path, error) || !package->readProperties(path, error)) return nullptr;
-  removeLeftoversOnce(package->entriesFolder());
   return package;
 }
 

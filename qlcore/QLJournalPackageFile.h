@@ -21,8 +21,7 @@ class QLJournalPackageFile {
 
   // Opens the package at `url`; with `create`, makes a new, empty one there first, where nothing may be yet: the name
   // appears with a whole package behind it or not at all. Null, with an error of JournalError::domain, when there is no
-  // package that this version can read. A package that can only be read opens; saving to it fails. Temporary files that
-  // a crash left among the entries are cleared away.
+  // package that this version can read. A package that can only be read opens; saving to it fails.
   [[nodiscard]] static std::shared_ptr<QLJournalPackageFile> openPackage(const QUrl& url, bool create, Error* error);
 
   // The package at the configured location, never made here; null, logged, when it cannot be opened.

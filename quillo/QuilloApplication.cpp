@@ -1,6 +1,7 @@
 #include "quillo/QuilloApplication.h"
 
 #include "about/AboutWindowController.h"
+#include "app/logging/LoggingSetup.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
 #include "entry/session/Alerts.h"
@@ -94,6 +95,7 @@ JournalWindowServices QuilloApplication::windowServices() {
 // Another program may have written them.
 void QuilloApplication::settingsDidChange() {
   if (PersistentPropertyList* list = m_services.config.groupProperties()) list->synchronize();
+  setLogIsVerbose(m_services.config.verboseLogging());
   m_services.text.spellChecker.learnedWordsDidChange();
   if (m_services.defaults.synchronize())
     m_services.text.localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);

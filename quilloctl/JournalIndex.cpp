@@ -19,7 +19,7 @@ class ProgressLine {
     if (m_isShown) std::fputs("\r\x1b[K", stderr);
   }
   void show(const JournalSearchIndex::Progress& progress) {
-    if (!m_isTerminal) return;
+    if (!m_isTerminal || progress.total == 0) return;
     std::fprintf(stderr, "\rReading the journal: %lld of %lld entries\x1b[K", static_cast<long long>(progress.done),
                  static_cast<long long>(progress.total));
     m_isShown = true;

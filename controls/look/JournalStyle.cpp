@@ -31,9 +31,10 @@ QString journalStyleSheet() {
          "QToolTip { color: %text; background: %paper; border: 1px solid %line; padding: 3px }"_s;
 }
 
-QString withColors(QString sheet, const JournalColors& colors) {
+QString styleWithColors(QString sheet, const JournalColors& colors) {
   const std::pair<QString, QColor> names[] = {
       {u"%line"_s, colors.line},
+      {u"%list"_s, colors.list},
       {u"%paper"_s, colors.paper},
       {u"%text"_s, colors.text},
       {u"%bar"_s, colors.bar},
@@ -49,7 +50,7 @@ QString withColors(QString sheet, const JournalColors& colors) {
 }
 
 void applyJournalStyle(QWidget& window, const JournalColors& colors) {
-  const QString sheet = withColors(journalStyleSheet(), colors);
+  const QString sheet = styleWithColors(journalStyleSheet(), colors);
   if (window.styleSheet() != sheet) window.setStyleSheet(sheet);
 }
 

@@ -12,9 +12,9 @@ struct JournalColors;
 // window's palette changes.
 void applyJournalStyle(QWidget& window, const JournalColors& colors);
 
-// The same as a style sheet with names in place of colours, %paper for one, for windows that have more to say; and such
-// a sheet with the colours in it.
+// The same as a style sheet with names in place of colours, for windows that have more to say; and such a sheet with
+// the colours in the place of their names: "%paper", "%text" and so on.
 [[nodiscard]] QString journalStyleSheet();
-[[nodiscard]] QString withColors(QString sheet, const JournalColors& colors);
+[[nodiscard]] QString styleWithColors(QString style, const JournalColors& colors);
 
 }  // namespace quillo

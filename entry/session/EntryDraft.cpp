@@ -24,6 +24,7 @@ static const QString olderSuffix = u".older"_s;
 static const QString textKey = u"text"_s;
 static const QString entryKey = u"entry"_s;
 static const QString beginKey = u"editBeginDate"_s;
+static const QString creationKey = u"creationDate"_s;
 
 EntryDraft::EntryDraft(QString path, QString formerPath)
     : m_path(std::move(path)), m_formerPath(std::move(formerPath)) {
@@ -80,7 +81,7 @@ std::optional<EntryDraft::Content> EntryDraft::takeLeftBehind() {
   }
   const PropertyListDictionary& fields = list->dictionary();
   return Content{fields.value(textKey).string(), fields.value(entryKey).string(), fields.value(beginKey).date(),
-                 Date::fromDateTime(QFileInfo(m_path).lastModified())};
+                 fields.value(creationKey).date(), Date::fromDateTime(QFileInfo(m_path).lastModified())};
 }
 
 void EntryDraft::writeSoon(std::function<std::optional<Content>()> content) {
@@ -100,6 +101,7 @@ void EntryDraft::write(const Content& content) {
   PropertyListDictionary fields{{textKey, content.text}};
   if (!content.entryIdentifier.isEmpty()) fields.insert(entryKey, content.entryIdentifier);
   if (content.editBeginDate) fields.insert(beginKey, *content.editBeginDate);
+  if (content.creationDate) fields.insert(creationKey, *content.creationDate);
   Error error;
   // The binary form holds any character that can be typed or pasted.
   const auto bytes = PropertyListSerialization::dataWithPropertyList(fields, PropertyListFormat::Binary, &error);

@@ -19,6 +19,8 @@ class EntryDraft {
     QString text;
     QString entryIdentifier;  // of the entry that the text is a later state of; empty for one not yet saved
     std::optional<Date> editBeginDate;
+    // Of an entry that is not saved yet and is to be of another time than that of its first save.
+    std::optional<Date> creationDate{};
     // When it was written; known of what was left behind only.
     std::optional<Date> writtenDate{};
 

@@ -1,6 +1,8 @@
 #include "entry/session/EntryPlace.h"
 
+#include "config/Keys.h"
 #include "config/QuilloConfig.h"
+#include "config/Settings.h"
 #include "qlcore/services/QLLocationFormatter.h"
 #include "qlcore/services/QLWeatherFormatter.h"
 #include "qlcore/services/WeatherService.h"
@@ -21,6 +23,11 @@ static constexpr double weatherAccuracy = 1000.0;
 static constexpr char16_t metadataSeparator[] = u"  \u2022  ";
 
 EntryPlace::EntryPlace(EntryPlaceServices services) : m_services(std::move(services)) {}
+
+bool EntryPlace::isAutomatic() const {
+  const auto automatic = settingValue(m_services.config.groupProperties(), Key::addLocationAutomatically);
+  return automatic && automatic->boolValue();
+}
 
 LocationService* EntryPlace::locationManager() {
   if (!m_locationManager && m_services.makeLocationManager) m_locationManager = m_services.makeLocationManager();
@@ -53,9 +60,9 @@ void EntryPlace::updateWeatherFromLocation() {
   if (!m_location || !m_services.weather) return;
   m_services.weather->weatherAtLatitude(
       m_location->latitude, m_location->longitude, Date::now(),
-      [self = QPointer(this)](const QLWeather& weather) {
-        // The user may have switched it off meanwhile.
-        if (self && self->m_isWanted) self->setWeather(weather);
+      [self = QPointer(this), entry = m_entries](const QLWeather& weather) {
+        // The user may have switched it off meanwhile, or gone on to another entry.
+        if (self && self->m_isWanted && self->m_entries == entry) self->setWeather(weather);
       },
       [](const Error&) {});
 }
@@ -63,6 +70,14 @@ void EntryPlace::updateWeatherFromLocation() {
 void EntryPlace::stopLocating() {
   if (m_locationManager) m_locationManager->stop();
   Q_EMIT awaitsPlaceDidChange(false);
+}
+
+void EntryPlace::forget() {
+  ++m_entries;
+  m_isWanted = false;
+  stopLocating();
+  setLocation(nullptr);
+  setWeather({});
 }
 
 void EntryPlace::setLocation(std::shared_ptr<const QLLocation> location) {

@@ -34,19 +34,29 @@ class EntryPlace : public QObject {
 
   // Null where it is not known.
   [[nodiscard]] const std::shared_ptr<const QLLocation>& location() const { return m_location; }
+  [[nodiscard]] std::optional<QLLocation> place() const {
+    return m_location ? std::optional(*m_location) : std::nullopt;
+  }
   [[nodiscard]] const std::optional<QLWeather>& weather() const { return m_weather; }
   // The very place that is there already changes nothing; the same weather is told of anew.
   void setLocation(std::shared_ptr<const QLLocation> location);
   void setWeather(const std::optional<QLWeather>& weather);
 
+  // Whether the settings want a place for every new entry.
+  [[nodiscard]] bool isAutomatic() const;
+
   // An answer about the weather that comes while it is not wanted is dropped. It is not at first.
   void setIsWanted(bool isWanted) { m_isWanted = isWanted; }
 
+  // Whether the service that searches is there already.
+  [[nodiscard]] bool hasLocationManager() const { return m_locationManager != nullptr; }
   // Starts a search for the place, and then its weather, unless one is on or the desktop does not allow it.
   void fetchLocationAndWeatherIfNeeded();
   // Asks for the weather where the entry is written. A failure leaves it as it is.
   void updateWeatherFromLocation();
   void stopLocating();
+  // Forgets place and weather, and whatever was asked about them: another entry is to be written.
+  void forget();
 
   // "Berlin, Germany  •  18 °C Partly cloudy", or what is known of it; the temperature in the scale of the settings.
   [[nodiscard]] QString metadataText() const;
@@ -67,6 +77,7 @@ class EntryPlace : public QObject {
   std::shared_ptr<const QLLocation> m_location;
   std::optional<QLWeather> m_weather;
   bool m_isWanted{false};
+  int m_entries{0};  // how often it was forgotten
 };
 
 }  // namespace quillo

@@ -6,11 +6,13 @@
 #include "entry/session/EntryPlace.h"
 #include "entry/session/EntryText.h"
 #include "foundation/FileManager.h"
+#include "foundation/TimeZone.h"
 #include "qlcore/Hashtags.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/QLMixpanelTracker.h"
+#include "qlcore/StorableValues.h"
 
 #include <QPointer>
 
@@ -39,6 +41,7 @@ bool EntrySession::hasText() const {
 void EntrySession::open(std::shared_ptr<QLJournalEntryFile> entry) {
   forgetActiveEntry();
   m_activeEntry = std::move(entry);
+  m_taggedText = m_activeEntry->string();
   m_text.setText(m_activeEntry->string());
   takePlaceOfEntry();
 }
@@ -59,18 +62,53 @@ bool EntrySession::refresh(Error* error) {
   if (!package) reason = journalFileNotFound();
   if (!entry) return fail(error, reason);
   m_text.commitComposition();
-  if (m_hasUnsavedText || m_text.text() != m_activeEntry->string()) return true;
+  if (isUnsaved() || m_text.text() != m_activeEntry->string()) return true;
   m_activeEntry = entry;
+  m_taggedText = entry->string();
   if (m_text.text() != entry->string()) m_text.setText(entry->string());
   takePlaceOfEntry();
   return true;
 }
 
-bool EntrySession::update(const std::function<void(QLJournalEntryFile&)>& change, Error* error) {
+EntryDetails EntrySession::details() const {
+  EntryDetails details{.creationDate = storableNow(),
+                       .timeZone = TimeZone::systemTimeZone().name(),
+                       .tags = {},
+                       .location = m_place.place(),
+                       .weather = m_place.weather()};
+  if (!m_activeEntry) return details;
+  details.creationDate = m_activeEntry->creationDate();
+  details.timeZone = m_activeEntry->timeZone();
+  details.tags = m_activeEntry->tags();
+  return details;
+}
+
+bool EntrySession::setDetails(const EntryDetails& details, Error* error) {
   if (!m_activeEntry) m_activeEntry = m_services.emptyJournalEntry();
   if (!m_activeEntry) return fail(error, journalFileNotFound());
-  change(*m_activeEntry);
-  return save(/*force=*/false, error);
+  if (details.creationDate != m_activeEntry->creationDate()) {
+    if (!m_activeEntry->setCreationDate(details.creationDate))
+      return fail(error,
+                  {JournalError::domain, JournalError::NotWritable, u"An entry cannot be of that date."_s, {}, {}});
+    m_isDated = !m_activeEntry->fileURLForEntryProperties();
+  }
+  m_activeEntry->setTimeZone(details.timeZone);
+  m_activeEntry->setTags(details.tags);
+  if (details.location != m_place.place())
+    m_place.setLocation(details.location ? std::make_shared<const QLLocation>(*details.location) : nullptr);
+  if (details.weather != m_place.weather()) m_place.setWeather(details.weather);
+  detailsDidChange();
+  return !m_hasUnsavedDetails || save(/*force=*/false, error);
+}
+
+void EntrySession::placeDidChange() {
+  if (!m_activeEntry) return;
+  if (m_activeEntry->location() != m_place.place() || m_activeEntry->weather() != m_place.weather()) detailsDidChange();
+}
+
+void EntrySession::detailsDidChange() {
+  // Without a text there is nothing yet that they are the details of.
+  if (m_activeEntry->fileURLForEntryProperties() || !m_text.text().isEmpty()) m_hasUnsavedDetails = true;
 }
 
 // Or the next save would take them from the entry.
@@ -98,6 +136,9 @@ void EntrySession::forgetActiveEntry() {
   m_activeEntry.reset();
   m_editBeginDate.reset();
   m_hasUnsavedText = false;
+  m_hasUnsavedDetails = false;
+  m_isDated = false;
+  m_taggedText.clear();
 }
 
 void EntrySession::removeActiveEntry() {
@@ -121,29 +162,39 @@ bool EntrySession::write(bool force, Error* error) {
   m_text.commitComposition();
   const QString written = m_text.text();
   if (!force && written.isEmpty()) {
-    if (m_activeEntry && !m_services.deletesEmptiedEntries) return true;
+    if (m_activeEntry && !m_services.deletesEmptiedEntries) return !m_hasUnsavedDetails || saveActiveEntry(error);
     textIsSafe();
     if (m_activeEntry) removeActiveEntry();
     return true;
   }
   if (!m_activeEntry) m_activeEntry = m_services.emptyJournalEntry();
   if (!m_activeEntry) return fail(error, journalFileNotFound());
-  const QString before = m_activeEntry->string();
   m_activeEntry->setString(written);
-  if (shouldAddHashtags()) m_activeEntry->setTags(tagsAfterEditing(m_activeEntry->tags(), before, written));
-  const auto& place = m_place.location();
-  m_activeEntry->setLocation(place ? std::optional(*place) : std::nullopt);
-  m_activeEntry->setWeather(m_place.weather());
+  if (shouldAddHashtags())
+    m_activeEntry->setTags(tagsAfterEditing(m_activeEntry->tags(), std::exchange(m_taggedText, written), written));
+  if (!saveActiveEntry(error)) return false;
+  textIsSafe();
+  if (m_activeEntry->lastMerge()) m_text.setText(m_taggedText = m_activeEntry->string());
+  return true;
+}
+
+// When this fails the entry stays active: the next save tries again.
+bool EntrySession::saveActiveEntry(Error* error) {
+  const auto place = m_place.place();
+  const auto weather = m_place.weather();
+  m_activeEntry->setLocation(place);
+  m_activeEntry->setWeather(weather);
   Error reason;
-  // When this fails the entry stays active: the next save tries again.
   if (!m_activeEntry->saveToJournal(m_services.journalFile().get(), &reason)) {
     // What is wrong with the journal itself is told as its path and the reason.
     const QString introduction = u"The entry could not be saved: "_s;
     if (!reason.localizedDescription.startsWith(introduction)) reason.localizedDescription.prepend(introduction);
     return fail(error, reason);
   }
-  textIsSafe();
-  if (m_activeEntry->lastMerge()) m_text.setText(m_activeEntry->string());
+  m_hasUnsavedDetails = false;
+  m_isDated = false;
+  // Another program may have changed what was not changed here.
+  if (m_activeEntry->location() != place || m_activeEntry->weather() != weather) takePlaceOfEntry();
   return true;
 }
 
@@ -177,6 +228,9 @@ void EntrySession::takeOverUnsavedText(EntrySession& other) {
   m_place.setLocation(other.m_place.location());
   m_place.setWeather(other.m_place.weather());
   m_hasUnsavedText = true;
+  m_hasUnsavedDetails = other.m_hasUnsavedDetails;
+  m_isDated = other.m_isDated;
+  m_taggedText = other.m_taggedText;
   other.m_text.setText({});
   other.forgetActiveEntry();
   keepDraftSoon();
@@ -184,7 +238,10 @@ void EntrySession::takeOverUnsavedText(EntrySession& other) {
 
 EntryDraft::Content EntrySession::draftContent() const {
   const bool isInJournal = m_activeEntry && m_activeEntry->fileURLForEntryProperties();
-  return {m_text.text(), isInJournal ? m_activeEntry->uuid() : QString(), m_editBeginDate};
+  return {.text = m_text.text(),
+          .entryIdentifier = isInJournal ? m_activeEntry->uuid() : QString(),
+          .editBeginDate = m_editBeginDate,
+          .creationDate = m_isDated ? std::optional(m_activeEntry->creationDate()) : std::nullopt};
 }
 
 void EntrySession::keepDraftSoon() {
@@ -208,7 +265,10 @@ void EntrySession::restoreDraft() {
   m_text.setText(left->text);
   m_editBeginDate = left->editBeginDate;
   m_hasUnsavedText = true;
-  if (!left->entryIdentifier.isEmpty()) goOnWithEntry(*left);
+  if (!left->entryIdentifier.isEmpty()) return goOnWithEntry(*left);
+  if (!left->creationDate) return;
+  m_activeEntry = m_services.emptyJournalEntry();
+  m_isDated = m_activeEntry && m_activeEntry->setCreationDate(*left->creationDate);
 }
 
 void EntrySession::goOnWithEntry(const EntryDraft::Content& draft) {
@@ -218,6 +278,7 @@ void EntrySession::goOnWithEntry(const EntryDraft::Content& draft) {
   const auto entry = package ? QLJournalEntryFile::entryWithUUID(*package, draft.entryIdentifier, nullptr) : nullptr;
   if (!entry || (entry->string() != draft.text && draft.writtenDate < entry->modificationDate())) return;
   m_activeEntry = entry;
+  m_taggedText = entry->string();
   takePlaceOfEntry();
 }
 

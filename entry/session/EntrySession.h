@@ -5,6 +5,7 @@
 #include "foundation/Date.h"
 #include "foundation/Error.h"
 #include "foundation/PropertyListValue.h"
+#include "qlcore/EntryDetails.h"
 
 #include <QObject>
 #include <QStringList>
@@ -63,10 +64,15 @@ class EntrySession : public QObject {
   // Takes in what another program has made of the entry, unless the text here is not saved yet: then the next save
   // does. False, with an error, where the entry cannot be read any more; entry and text stay.
   bool refresh(Error* error);
-  // Changes the entry by other means than its text and its place, and saves it; makes one on first need.
-  bool update(const std::function<void(QLJournalEntryFile&)>& change, Error* error);
-  // Whether the journal does not have the text yet.
-  [[nodiscard]] bool isUnsaved() const { return m_hasUnsavedText; }
+  // Of the entry, or of one that begins now.
+  [[nodiscard]] EntryDetails details() const;
+  // Changes them, and saves them with the text; of an entry without a text yet, they are kept for its first save. Where
+  // an entry cannot be made, or not saved, there is an error; a later save tries again.
+  bool setDetails(const EntryDetails& details, Error* error);
+  // Place or weather were found for the entry: the next save writes them.
+  void placeDidChange();
+  // Whether the journal does not have the text yet, or the details of an entry that has a text.
+  [[nodiscard]] bool isUnsaved() const { return m_hasUnsavedText || m_hasUnsavedDetails; }
 
   // To be called when the user has changed the text.
   void textDidChange();
@@ -91,6 +97,8 @@ class EntrySession : public QObject {
 
  private:
   bool write(bool force, Error* error);
+  bool saveActiveEntry(Error* error);
+  void detailsDidChange();
   void removeActiveEntry();
   void forgetActiveEntry();
   void textIsSafe();
@@ -110,6 +118,11 @@ class EntrySession : public QObject {
   JournalTags m_tags;
   // The text, or that it was emptied, is not in the journal yet.
   bool m_hasUnsavedText{false};
+  bool m_hasUnsavedDetails{false};
+  // The entry is not in the journal yet and is to be of a time that was chosen.
+  bool m_isDated{false};
+  // The text that the entry's tags go with.
+  QString m_taggedText;
 };
 
 }  // namespace quillo

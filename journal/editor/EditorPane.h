@@ -4,12 +4,15 @@
 #include "entry/session/EntrySession.h"
 #include "entry/session/EntryText.h"
 #include "entry/text/EntryTextServices.h"
+#include "journal/editor/EntryDetailsView.h"
 #include "journal/views/NoticeBar.h"
 
+#include <QDate>
 #include <QTimer>
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class QLabel;
 
@@ -25,8 +28,9 @@ struct EditorServices {
   EntryTextServices text;
 };
 
-// An entry being written: its date, time, place and weather, and its text in a comfortable column. Saves by itself a
-// moment after the last key, and when the entry is left. What cannot be saved stays, is in a draft, and is said.
+// An entry being written: its date, time, place, weather and tags, which can be changed, and its text in a comfortable
+// column. Saves by itself a moment after the last key, and when the entry is left. What cannot be saved stays, is in a
+// draft, and is said.
 class EditorPane : public QWidget, private EntryText {
   Q_OBJECT
 
@@ -37,8 +41,9 @@ class EditorPane : public QWidget, private EntryText {
 
   // Saves what is there and takes another entry in its place. False where it cannot be saved: then it stays.
   bool open(std::shared_ptr<QLJournalEntryFile> entry);
-  // The same with an entry that begins now, or on a day.
-  bool beginEntry();
+  // The same with an entry that begins now, where the settings may want its place looked up; or on another day, at this
+  // time of the day.
+  bool beginEntry(std::optional<QDate> day = std::nullopt);
   // Goes on with what an earlier process could not save.
   void restoreDraft() { m_session.restoreDraft(); }
   // False, said in the pane, where it cannot be saved.
@@ -55,8 +60,14 @@ class EditorPane : public QWidget, private EntryText {
   [[nodiscard]] EntrySession& session() { return m_session; }
   [[nodiscard]] EntryViewTextView& textView() { return *m_view; }
   // The day, and time, place and weather, as they stand above the text.
-  [[nodiscard]] QString title() const;
-  [[nodiscard]] QString details() const;
+  [[nodiscard]] QString title() const { return m_title; }
+  [[nodiscard]] QString details() const { return m_detailsText; }
+  // Shows the fields in which they are changed, with the keyboard in one; where they show already, it goes there.
+  void editDetails(EntryDetailsView::Field field = EntryDetailsView::Field::When);
+  void closeDetails();
+  [[nodiscard]] EntryDetailsView& detailsView() { return *m_detailsView; }
+  // Takes back the last change of the details; false where there is none since the entry was opened.
+  bool undoDetails();
   // Of the text, in points.
   void setFontSize(int points);
 
@@ -66,6 +77,8 @@ class EditorPane : public QWidget, private EntryText {
  Q_SIGNALS:
   // The journal has the entry as it is here.
   void entrySaved(const QString& identifier);
+  // Its place in the order of entries is another now, or it has one for the first time.
+  void entryMoved(const QString& identifier, QDate day);
   // An entry is left whose text was deleted, which its file still has.
   void emptiedEntryLeft(const QString& identifier);
 
@@ -77,6 +90,16 @@ class EditorPane : public QWidget, private EntryText {
   void commitComposition() override;
 
   void buildView();
+  void connectView();
+  void changeDetails(const EntryDetails& before, const EntryDetails& after);
+  bool setDetails(const EntryDetails& details);
+  void tellSaved(bool isMoved);
+  void forgetChanges();
+  void lookForWeather(const EntryDetails& before, const EntryDetails& after);
+  void lookForPlace();
+  void placeDidChange();
+  void showDetails();
+  [[nodiscard]] QString placeText() const;
   void textDidChange();
   void replaceText(const QString& text);
   void showHeading();
@@ -91,10 +114,22 @@ class EditorPane : public QWidget, private EntryText {
   EntryViewTextView* m_view;
   QLabel* m_heading;
   QLabel* m_details;
+  EntryDetailsView* m_detailsView;
   StatusRow& m_status;
+  QString m_title;
+  QString m_detailsText;
+  struct Change {
+    EntryDetails before;
+    EntryDetails after;
+  };
+  QList<Change> m_changes;  // of the details, since the entry was opened
   QString m_ownNotice;
   QTimer m_saveTimer;
+  QTimer m_placeTimer;
   bool m_isOpening{false};
+  // What is found belongs to the entry.
+  bool m_looksForPlace{false};
+  bool m_awaitsPlace{false};
 };
 
 }  // namespace quillo

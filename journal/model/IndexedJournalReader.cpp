@@ -6,7 +6,14 @@
 
 namespace quillo {
 
-IndexedJournalReader::IndexedJournalReader(const QLJournalPackageFile& package) {
+namespace {
+
+// Memory in which a window may keep what it asks for again with each key: a fifth of the index of 100,000 entries.
+constexpr qint64 cacheKiB = qint64{32} * 1024;
+
+}  // namespace
+
+IndexedJournalReader::IndexedJournalReader(const QLJournalPackageFile& package) : m_index({.cacheKiB = cacheKiB}) {
   connect(&m_index, &JournalIndexService::changed, this, &JournalReader::didChange);
   connect(&m_index, &JournalIndexService::progressed, this, &JournalReader::progressed);
   m_index.setJournal(package.url());
@@ -45,6 +52,10 @@ void IndexedJournalReader::listDamaged(QObject* owner, Damaged listed) {
 
 void IndexedJournalReader::filesDidChange(const QStringList& fileNames) {
   for (const QString& name : fileNames) m_index.noteChanged(name.section(u'.', 0, 0));
+}
+
+void IndexedJournalReader::lookAgain() {
+  if (!m_index.isWatching()) m_index.compare();
 }
 
 }  // namespace quillo

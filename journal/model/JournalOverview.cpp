@@ -14,7 +14,8 @@ JournalOverview::JournalOverview(JournalReader& reader) : m_reader(reader) {
   connect(&m_reader, &JournalReader::didChange, this, [this] {
     if (!m_timer.isActive()) m_timer.start();
   });
-  countAnew();
+  // After what else is asked first: a list of entries is to be there before counts are.
+  QTimer::singleShot(0, this, &JournalOverview::countAnew);
 }
 
 void JournalOverview::countAnew() {

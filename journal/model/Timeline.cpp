@@ -4,6 +4,7 @@
 #include "journal/model/EntryTime.h"
 
 #include <QLocale>
+#include <QMap>
 
 #include <algorithm>
 #include <utility>
@@ -16,6 +17,9 @@ namespace {
 
 // More than two lines of the widest list.
 constexpr qsizetype longestText = 500;
+
+// On one screen, where each is about 90 points high.
+constexpr int mostRowsSeen = 30;
 
 // "Berlin" of "Berlin, Germany": where one is at home.
 QString shortPlace(const QString& name) {
@@ -30,7 +34,10 @@ Timeline::Timeline(JournalReader& reader, std::function<QString(const QLWeather&
 }
 
 void Timeline::show(const JournalQuestion& question) {
-  if (question != m_askedQuestion) m_lastLookedAt = 0;
+  if (question != m_askedQuestion) {
+    m_lastLookedAt = 0;
+    m_isOther = true;
+  }
   m_askedQuestion = question;
   reload();
 }
@@ -39,21 +46,24 @@ void Timeline::reload() {
   m_draft = {};
   // Whoever asked before does not want to know any more.
   m_draft.asker = std::make_unique<QObject>();
+  // What stands on the screen is there when the new answer is shown: nothing flickers. The row that was looked at last
+  // is the lowest there.
+  const int last = m_lastLookedAt / pageSize;
+  const int first = std::max(0, m_lastLookedAt - mostRowsSeen) / pageSize;
+  m_draft.pagesWanted = last - first + 1;
+  for (int i = first; i <= last; ++i)
+    fetch(*m_draft.asker, m_askedQuestion, i, [this, i](Page content) {
+      m_draft.pages.insert(i, std::move(content));
+      draftDidGrow();
+    });
+  // After the pages, as it takes longer where much is found.
   m_reader.count(m_draft.asker.get(), m_askedQuestion, JournalCountBy::Day, [this](const QList<JournalCount>& counts) {
     QList<TimelineDay> days;
     for (auto count = counts.rbegin(); count != counts.rend(); ++count)
       days.append({count->day, static_cast<int>(count->count)});
     m_draft.days = days;
-    showDraftOnceWhole();
+    draftDidGrow();
   });
-  // What stands on the screen is there when the new answer is shown: nothing flickers.
-  const int page = m_lastLookedAt / pageSize;
-  m_draft.pagesWanted = page > 0 ? 3 : 2;
-  for (int i = std::max(0, page - 1); i <= page + 1; ++i)
-    fetch(*m_draft.asker, m_askedQuestion, i, [this, i](Page content) {
-      m_draft.pages.insert(i, std::move(content));
-      showDraftOnceWhole();
-    });
 }
 
 void Timeline::clear() {
@@ -65,29 +75,64 @@ void Timeline::clear() {
   m_total = 0;
   m_lastLookedAt = 0;
   m_isKnown = false;
-  Q_EMIT didReset();
+  m_isCounted = false;
+  m_isOther = true;
+  Q_EMIT didReset(/*isOther=*/true);
 }
 
 void Timeline::fetch(QObject& asker, JournalQuestion question, int page, std::function<void(Page)> fetched) {
   question.order = JournalQuestion::Order::NewestFirst;
   question.offset = qint64{page} * pageSize;
   question.limit = pageSize;
+  question.isCounted = false;
   m_reader.ask(&asker, question,
                [this, fetched = std::move(fetched)](const JournalAnswer& answer) { fetched(pageFor(answer)); });
 }
 
-void Timeline::showDraftOnceWhole() {
-  if (!m_draft.days || m_draft.pages.size() < m_draft.pagesWanted) return;
+void Timeline::draftDidGrow() {
+  if (m_draft.pages.size() < m_draft.pagesWanted && !m_draft.isFirstPageShown) return;
+  if (m_draft.days)
+    showDraft();
+  else if (m_isOther)
+    showFirstPage();
+}
+
+void Timeline::showFirstPage() {
+  // Looked at from its beginning, there is only that one.
+  m_pages = std::exchange(m_draft.pages, {});
+  m_draft.isFirstPageShown = true;
+  const QList<TimelineRow>& rows = m_pages[0].rows;
+  QMap<QDate, int> counts;
+  for (const TimelineRow& row : rows) ++counts[row.day];
+  QList<TimelineDay> days;
+  for (auto count = counts.constEnd(); count != counts.constBegin();) {
+    --count;
+    days.append({count.key(), count.value()});
+  }
+  m_isCounted = rows.size() < pageSize;
+  setDays(days);
+  Q_EMIT didReset(std::exchange(m_isOther, false));
+}
+
+void Timeline::showDraft() {
+  const bool isNews = !m_draft.isFirstPageShown || m_days != *m_draft.days || !m_isCounted;
+  if (!m_draft.isFirstPageShown) m_pages = std::exchange(m_draft.pages, {});
+  m_isCounted = true;
+  setDays(*m_draft.days);
+  // The journal may have changed between the two answers; the page is asked for again then.
+  if (m_draft.isFirstPageShown && m_pages.value(0).rows.size() != std::min(m_total, pageSize)) m_pages.clear();
+  m_draft.days.reset();
+  if (isNews) Q_EMIT didReset(std::exchange(m_isOther, false));
+}
+
+void Timeline::setDays(const QList<TimelineDay>& days) {
   m_question = m_askedQuestion;
-  m_days = *m_draft.days;
+  m_days = days;
   m_total = 0;
   for (const TimelineDay& day : std::as_const(m_days)) m_total += day.count;
-  m_pages = std::exchange(m_draft.pages, {});
-  m_draft.days.reset();
   m_requested.clear();
   m_asker = std::make_unique<QObject>();
   m_isKnown = true;
-  Q_EMIT didReset();
 }
 
 Timeline::Page Timeline::pageFor(const JournalAnswer& answer) {

@@ -13,8 +13,9 @@
 
 namespace quillo {
 
-// The entries that a question finds, as a timeline: how many there are on which day at once, the entries themselves in
-// pages as they are looked at. What is shown stays until the answer to a new question is there. Main thread only.
+// The entries that a question finds, as a timeline: how many there are on which day, the entries themselves in pages as
+// they are looked at. What is shown stays until the answer to a new question is there; of that the first page is shown
+// at once, and the others when they have been counted. Main thread only.
 class Timeline : public TimelineSource {
   Q_OBJECT
 
@@ -29,8 +30,9 @@ class Timeline : public TimelineSource {
   // Shows nothing until the next answer: it is another journal.
   void clear();
 
-  // Of the question that is shown.
+  // Of the question that is shown; of its first page alone while isCounted() is false.
   [[nodiscard]] int total() const { return m_total; }
+  [[nodiscard]] bool isCounted() const { return m_isCounted; }
   // False until the first answer.
   [[nodiscard]] bool isKnown() const { return m_isKnown; }
 
@@ -39,8 +41,8 @@ class Timeline : public TimelineSource {
   [[nodiscard]] int rowOfEntry(const QString& identifier) const override;
 
  private:
-  static constexpr int pageSize = 64;
-  static constexpr int mostPages = 24;
+  static constexpr int pageSize = 32;
+  static constexpr int mostPages = 48;
 
   struct Page {
     QList<TimelineRow> rows;
@@ -52,11 +54,15 @@ class Timeline : public TimelineSource {
     std::optional<QList<TimelineDay>> days;
     QHash<int, Page> pages;
     int pagesWanted{0};
+    bool isFirstPageShown{false};
   };
   void request(int page);
   void fetch(QObject& asker, JournalQuestion question, int page, std::function<void(Page)> fetched);
   void keep(int page, Page content);
-  void showDraftOnceWhole();
+  void draftDidGrow();
+  void showFirstPage();
+  void showDraft();
+  void setDays(const QList<TimelineDay>& days);
   [[nodiscard]] TimelineRow rowFor(const IndexedEntry& entry) const;
   [[nodiscard]] Page pageFor(const JournalAnswer& answer);
 
@@ -66,6 +72,8 @@ class Timeline : public TimelineSource {
   QList<TimelineDay> m_days;
   int m_total{0};
   bool m_isKnown{false};
+  bool m_isCounted{false};
+  bool m_isOther{true};  // than what is shown
   QHash<int, Page> m_pages;
   QSet<int> m_requested;
   // Of the question that is shown.

@@ -37,8 +37,8 @@ class TimelineSource : public QObject {
   [[nodiscard]] virtual int rowOfEntry(const QString& identifier) const = 0;
 
  Q_SIGNALS:
-  // Days and rows are others now.
-  void didReset();
+  // Days and rows are others now; `isOther` where something else was asked for, which is looked at from its beginning.
+  void didReset(bool isOther);
   void rowsDidArrive(int first, int last);
 };
 

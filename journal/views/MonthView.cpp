@@ -4,6 +4,8 @@
 #include "controls/look/JournalColors.h"
 
 #include <QAccessible>
+#include <QContextMenuEvent>
+#include <QFontMetricsF>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLocale>
@@ -19,6 +21,7 @@ namespace {
 
 // In points.
 constexpr double titleHeight = 28;
+constexpr double titleMargin = 6;
 constexpr double weekdayHeight = 22;
 constexpr double rowHeight = 26;
 constexpr double cellWidth = 28;
@@ -86,10 +89,21 @@ QRectF MonthView::chevronRect(bool next) const {
   return layoutDirection() == Qt::RightToLeft ? QRectF(end - rect.right(), rect.y(), 22, 22) : rect;
 }
 
+// Of the name of the month, or the year behind it.
+QRectF MonthView::titleRect(bool ofYear) const {
+  const QFontMetricsF metrics(textFont(14, QFont::DemiBold));
+  const double monthWidth = metrics.horizontalAdvance(locale().standaloneMonthName(m_month.month()) + u' ');
+  const double start = titleMargin + (ofYear ? monthWidth : 0);
+  const double width = ofYear ? metrics.horizontalAdvance(QString::number(m_month.year())) : monthWidth;
+  const bool isMirrored = layoutDirection() == Qt::RightToLeft;
+  return {isMirrored ? columns * cellWidth - start - width : start, 0, width, titleHeight};
+}
+
 MonthView::Hit MonthView::hitAt(QPointF point) const {
   if (chevronRect(false).contains(point)) return {Target::Previous, {}};
   if (chevronRect(true).contains(point)) return {Target::Next, {}};
-  if (point.y() < titleHeight) return {Target::Title, {}};
+  if (titleRect(/*ofYear=*/false).contains(point)) return {Target::Month, {}};
+  if (titleRect(/*ofYear=*/true).contains(point)) return {Target::Year, {}};
   for (QDate day = m_month; day.month() == m_month.month(); day = day.addDays(1))
     if (cellRect(day).contains(point)) return {Target::Day, day};
   return {};
@@ -131,9 +145,9 @@ void MonthView::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(colors.text);
   painter.setFont(textFont(14, QFont::DemiBold));
-  const Qt::Alignment start = layoutDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
-  painter.drawText(QRectF(0, 0, columns * cellWidth, titleHeight).adjusted(6, 0, -6, -2), start | Qt::AlignVCenter,
-                   locale().standaloneMonthName(m_month.month()) + u' ' + QString::number(m_month.year()));
+  for (const bool ofYear : {false, true})
+    painter.drawText(titleRect(ofYear).adjusted(0, 0, 1, -2), Qt::AlignVCenter,
+                     ofYear ? QString::number(m_month.year()) : locale().standaloneMonthName(m_month.month()));
   painter.setPen(QPen(colors.dim, 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   for (const bool next : {false, true}) {
     const QPointF middle = chevronRect(next).center();
@@ -156,10 +170,20 @@ void MonthView::mousePressEvent(QMouseEvent* event) {
   const Hit hit = hitAt(event->position());
   if (hit.target == Target::Previous) showMonth(m_month.addMonths(-1));
   if (hit.target == Target::Next) showMonth(m_month.addMonths(1));
-  if (hit.target == Target::Title) showMonth(m_today);
+  if (hit.target == Target::Month) Q_EMIT monthActivated(m_month);
+  if (hit.target == Target::Year) Q_EMIT yearActivated(m_month);
   if (hit.target != Target::Day) return;
   moveCursor(hit.day);
   Q_EMIT dayActivated(hit.day);
+}
+
+void MonthView::contextMenuEvent(QContextMenuEvent* event) {
+  if (event->reason() == QContextMenuEvent::Keyboard) {
+    showMonth(m_cursor);
+    return Q_EMIT contextMenuWanted(m_cursor, mapToGlobal(cellRect(m_cursor).center().toPoint()));
+  }
+  if (const Hit hit = hitAt(event->pos()); hit.target == Target::Day)
+    Q_EMIT contextMenuWanted(hit.day, event->globalPos());
 }
 
 void MonthView::wheelEvent(QWheelEvent* event) {
@@ -186,6 +210,10 @@ void MonthView::keyPressEvent(QKeyEvent* event) {
       return moveCursor(m_cursor.addMonths(1));
     case Qt::Key_Home:
       return moveCursor(m_today);
+    case Qt::Key_M:
+      return Q_EMIT monthActivated(m_month);
+    case Qt::Key_Y:
+      return Q_EMIT yearActivated(m_month);
     case Qt::Key_Return:
     case Qt::Key_Enter:
     case Qt::Key_Space:
@@ -214,11 +242,12 @@ bool MonthView::event(QEvent* event) {
   if (event->type() == QEvent::ToolTip) {
     const auto* help = static_cast<QHelpEvent*>(event);
     const Hit hit = hitAt(help->pos());
-    const QString text = hit.target == Target::Day        ? nameOfDay(hit.day)
-                         : hit.target == Target::Previous ? u"The month before"_s
-                         : hit.target == Target::Next     ? u"The month after"_s
-                         : hit.target == Target::Title    ? u"Back to today"_s
-                                                          : QString();
+    QString text;
+    if (hit.target == Target::Day) text = nameOfDay(hit.day);
+    if (hit.target == Target::Previous) text = u"The month before"_s;
+    if (hit.target == Target::Next) text = u"The month after"_s;
+    if (hit.target == Target::Month) text = u"All of the month (M)"_s;
+    if (hit.target == Target::Year) text = u"All of the year (Y)"_s;
     QToolTip::showText(help->globalPos(), text, this);
     return true;
   }

@@ -7,8 +7,9 @@
 namespace quillo {
 
 // A month of the calendar with a dot on each day that has entries. A click or the keyboard chooses a day: arrows move
-// by days and weeks, Page Up and Down by months, Home goes to today, Return chooses. Colours are those of the palette
-// (JournalColors); names and the first day of the week are the locale's.
+// by days and weeks, Page Up and Down by months, Home goes to today, Return chooses. A click on the name of the month,
+// or the year, chooses that, and so do the keys M and Y. Colours are those of the palette (JournalColors); names and
+// the first day of the week are the locale's.
 class MonthView : public QWidget {
   Q_OBJECT
 
@@ -23,6 +24,8 @@ class MonthView : public QWidget {
   // The day that the window is about; invalid for none.
   void setSelectedDay(QDate day);
   void setToday(QDate day);
+  // Where the keyboard is, or the day that the window is about.
+  [[nodiscard]] QDate currentDay() const { return m_cursor; }
 
   [[nodiscard]] QSize sizeHint() const override;
   [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
@@ -30,22 +33,28 @@ class MonthView : public QWidget {
  Q_SIGNALS:
   void monthShown(QDate firstDay);
   void dayActivated(QDate day);
+  // With any day of it.
+  void monthActivated(QDate day);
+  void yearActivated(QDate day);
+  void contextMenuWanted(QDate day, QPoint globalPosition);
 
  protected:
   void paintEvent(QPaintEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   bool event(QEvent* event) override;
 
  private:
-  enum class Target { None, Previous, Next, Title, Day };
+  enum class Target { None, Previous, Next, Month, Year, Day };
   struct Hit {
     Target target{Target::None};
     QDate day;
   };
   [[nodiscard]] Hit hitAt(QPointF point) const;
   [[nodiscard]] QRectF chevronRect(bool next) const;
+  [[nodiscard]] QRectF titleRect(bool ofYear) const;
   [[nodiscard]] QRectF cellRect(QDate day) const;
   [[nodiscard]] int column(QDate day) const;
   [[nodiscard]] QString nameOfDay(QDate day) const;

@@ -3,6 +3,7 @@
 #include "controls/Fonts.h"
 #include "controls/look/JournalColors.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 #include <QStyledItemDelegate>
 
@@ -74,8 +75,13 @@ SidebarList::SidebarList(QWidget* parent) : QListWidget(parent) {
   setAccessibleName(u"Sidebar"_s);
   applyColors();
   connect(this, &QListWidget::itemClicked, this, [this](const QListWidgetItem* item) { activate(*item); });
-  // Return; a click comes as that.
-  connect(this, &QListWidget::itemActivated, this, [this](const QListWidgetItem* item) { activate(*item); });
+}
+
+// Not by itemActivated(), which some styles tell of clicks as well: a heading would fold and unfold at once.
+void SidebarList::keyPressEvent(QKeyEvent* event) {
+  const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (!isReturn || !currentItem()) return QListWidget::keyPressEvent(event);
+  activate(*currentItem());
 }
 
 void SidebarList::setSections(const QList<SidebarSection>& sections) {

@@ -41,6 +41,9 @@ class SidebarList : public QListWidget {
  Q_SIGNALS:
   void itemChosen(const SidebarItem& item);
 
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+
  private:
   void fill();
   void activate(const QListWidgetItem& item);

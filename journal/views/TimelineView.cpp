@@ -14,6 +14,7 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <utility>
 
 namespace quillo {
 
@@ -43,19 +44,24 @@ TimelineView::TimelineView(TimelineSource& source, QWidget* parent) : QAbstractS
   setAccessibleName(u"Entries"_s);
   connect(&m_source, &TimelineSource::didReset, this, &TimelineView::reload);
   connect(&m_source, &TimelineSource::rowsDidArrive, this, &TimelineView::rowsDidArrive);
-  reload();
+  reload(/*isOther=*/true);
 }
 
-void TimelineView::reload() {
+void TimelineView::reload(bool isOther) {
   m_rows = TimelineLayout(m_source.days(), TimelineRowPainter::headingHeight, TimelineRowPainter::rowHeight);
   m_selected.clear();
-  m_current = m_currentIdentifier.isEmpty() ? -1 : m_source.rowOfEntry(m_currentIdentifier);
+  // A row that was chosen before it had been read is still meant.
+  const bool isAwaited = m_current >= 0 && m_currentIdentifier.isEmpty() && !isOther;
+  if (!isAwaited) m_current = m_currentIdentifier.isEmpty() ? -1 : m_source.rowOfEntry(m_currentIdentifier);
   if (m_current >= m_rows.rowCount()) m_current = -1;
   if (m_current >= 0) m_selected = {m_current};
   m_anchor = m_current;
   updateScrollBar();
+  if (isOther) verticalScrollBar()->setValue(0);
   AccessibleTimeline::rowsDidChange(*this);
+  follow();
   viewport()->update();
+  if (isAwaited && entryAt(m_current)) setCurrent(m_current);
 }
 
 void TimelineView::rowsDidArrive(int first, int last) {
@@ -66,7 +72,26 @@ void TimelineView::rowsDidArrive(int first, int last) {
   } else if (m_current >= first && m_current <= last && m_currentIdentifier.isEmpty()) {
     setCurrent(m_current);
   }
+  follow();
   viewport()->update();
+}
+
+void TimelineView::followCurrentEntry(QDate day) {
+  m_followedDay = day;
+  m_hasGoneThere = false;
+  follow();
+}
+
+void TimelineView::follow() {
+  if (!m_followedDay.isValid()) return;
+  if (m_current >= 0) {
+    if (m_rows.dayOfRow(m_current) != m_followedDay) return;
+    m_followedDay = {};
+    return scrollTo(m_current);
+  }
+  // Rows are read when they are in view, and may take a moment. Once: it may be that the list is not to have it.
+  const int row = m_rows.firstRowOfDay(m_followedDay);
+  if (row >= 0 && !std::exchange(m_hasGoneThere, true)) verticalScrollBar()->setValue(m_rows.rowWithHeading(row).top);
 }
 
 const TimelineRow* TimelineView::entryAt(int row) const {
@@ -111,6 +136,7 @@ void TimelineView::setCurrent(int row) {
   viewport()->update();
   if (identifier == m_currentIdentifier) return;
   m_currentIdentifier = identifier;
+  m_followedDay = {};
   Q_EMIT currentEntryChanged(identifier);
 }
 

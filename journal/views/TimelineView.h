@@ -3,6 +3,7 @@
 #include "journal/model/TimelineLayout.h"
 
 #include <QAbstractScrollArea>
+#include <QDate>
 #include <QSet>
 #include <QStringList>
 
@@ -27,6 +28,8 @@ class TimelineView : public QAbstractScrollArea {
   void setCurrentRow(int row);
   // At once where the row is known, else when it comes.
   void setCurrentEntry(const QString& identifier);
+  // The current entry is going to stand under another day: it comes into view there once the list has it so.
+  void followCurrentEntry(QDate day);
   // The chosen rows that have been read, from the top.
   [[nodiscard]] QStringList selectedIdentifiers() const;
   [[nodiscard]] int selectedCount() const { return static_cast<int>(m_selected.size()); }
@@ -60,12 +63,13 @@ class TimelineView : public QAbstractScrollArea {
   void changeEvent(QEvent* event) override;
 
  private:
-  void reload();
+  void reload(bool isOther);
   void rowsDidArrive(int first, int last);
   void updateScrollBar();
   void choose(int row, Qt::KeyboardModifiers modifiers);
   void setCurrent(int row);
   void scrollTo(int row);
+  void follow();
   [[nodiscard]] int rowForKey(int key) const;
 
   TimelineSource& m_source;
@@ -74,6 +78,8 @@ class TimelineView : public QAbstractScrollArea {
   int m_anchor{-1};  // where a choice with Shift begins
   QSet<int> m_selected;
   QString m_currentIdentifier;
+  QDate m_followedDay;
+  bool m_hasGoneThere{false};
 };
 
 }  // namespace quillo

@@ -22,6 +22,7 @@ YearPage::YearPage(QWidget* parent)
       m_totals(new QLabel(this)),
       m_previous(new QPushButton(u"\u2039"_s, this)),
       m_next(new QPushButton(u"\u203A"_s, this)),
+      m_entriesButton(new QPushButton(u"Show Entries"_s, this)),
       m_map(new YearHeatMap(/*isLabelled=*/true, this)),
       m_today(QDate::currentDate()) {
   m_title->setFont(textFont(22, QFont::DemiBold));
@@ -32,6 +33,7 @@ YearPage::YearPage(QWidget* parent)
   auto* heading = new QHBoxLayout;
   heading->addWidget(m_title);
   heading->addStretch(1);
+  heading->addWidget(m_entriesButton);
   heading->addWidget(m_previous);
   heading->addWidget(m_next);
   auto* column = new QVBoxLayout(this);
@@ -46,6 +48,7 @@ YearPage::YearPage(QWidget* parent)
   connect(m_previous, &QPushButton::clicked, this, [this] { showYear(year() - 1); });
   connect(m_next, &QPushButton::clicked, this, [this] { showYear(year() + 1); });
   connect(m_map, &YearHeatMap::dayActivated, this, &YearPage::dayActivated);
+  connect(m_entriesButton, &QPushButton::clicked, this, [this] { Q_EMIT yearActivated(QDate(year(), 1, 1)); });
   applyColors();
   refresh();
 }

@@ -28,6 +28,8 @@ class YearPage : public QWidget {
 
  Q_SIGNALS:
   void dayActivated(QDate day);
+  // With any day of it.
+  void yearActivated(QDate day);
 
  private:
   void refresh();
@@ -36,6 +38,7 @@ class YearPage : public QWidget {
   QLabel* m_totals;
   QPushButton* m_previous;
   QPushButton* m_next;
+  QPushButton* m_entriesButton;
   YearHeatMap* m_map;
   QHash<QDate, int> m_entries;
   QDate m_today;

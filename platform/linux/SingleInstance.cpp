@@ -3,6 +3,9 @@
 #include "foundation/Log.h"
 
 #include <QDBusConnectionInterface>
+#include <QDBusServiceWatcher>
+#include <QEventLoop>
+#include <QTimer>
 
 #include <algorithm>
 #include <utility>
@@ -14,6 +17,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int handOverMilliseconds = 3000;
+constexpr int endingMilliseconds = 3000;
 const QString interface = u"org.freedesktop.Application"_s;
 // Where desktops leave the token of the click that started a program.
 constexpr const char* tokenVariables[] = {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"};
@@ -46,15 +50,27 @@ SingleInstance::Role SingleInstance::join(const QStringList& urls) {
     return Role::First;
   }
   QDBusConnection connection = m_bus.connection();
-  m_isFirst = claim(connection);
-  if (m_isFirst) return Role::First;
-  connection.unregisterObject(m_path);
+  QDBusServiceWatcher watcher(m_name, connection, QDBusServiceWatcher::WatchForUnregistration);
+  QEventLoop untilFree;
+  QObject::connect(&watcher, &QDBusServiceWatcher::serviceUnregistered, &untilFree, &QEventLoop::quit);
+  for (bool isLast = false;; isLast = true) {
+    m_isFirst = claim(connection);
+    if (m_isFirst) return Role::First;
+    connection.unregisterObject(m_path);
+    if (handOver(connection, urls)) return Role::HandedOver;
+    if (isLast) return Role::Refused;
+    // One that is just ending answers nobody, and its name is free soon.
+    QTimer::singleShot(endingMilliseconds, &untilFree, &QEventLoop::quit);
+    untilFree.exec(QEventLoop::ExcludeUserInputEvents);
+  }
+}
+
+bool SingleInstance::handOver(QDBusConnection& connection, const QStringList& urls) const {
   auto call = QDBusMessage::createMethodCall(m_name, m_path, interface, urls.isEmpty() ? u"Activate"_s : u"Open"_s);
   if (!urls.isEmpty()) call << urls;
   call << ownPlatformData();
   call.setAutoStartService(false);
-  const QDBusMessage reply = connection.call(call, QDBus::Block, handOverMilliseconds);
-  return reply.type() == QDBusMessage::ReplyMessage ? Role::HandedOver : Role::Refused;
+  return connection.call(call, QDBus::Block, handOverMilliseconds).type() == QDBusMessage::ReplyMessage;
 }
 
 void SingleInstance::setOnOpen(Opened onOpen) {

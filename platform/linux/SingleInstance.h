@@ -31,7 +31,8 @@ class SingleInstance final : public QObject, protected QDBusContext {
   // `name` as "com.example.program"; its object is "/com/example/program".
   explicit SingleInstance(QString name);
 
-  // Takes the name, or hands the URLs over and waits for the answer, for three seconds at most.
+  // Takes the name, or hands the URLs over and waits for the answer, for three seconds at most. Of one that does not
+  // answer the end is waited for, as long again.
   Role join(const QStringList& urls);
   // From the event loop, after the caller has its answer. What came before is handed over at once.
   void setOnOpen(Opened onOpen);
@@ -44,6 +45,7 @@ class SingleInstance final : public QObject, protected QDBusContext {
 
  private:
   bool claim(QDBusConnection& connection);
+  [[nodiscard]] bool handOver(QDBusConnection& connection, const QStringList& urls) const;
   void receive(const QStringList& urls, const QVariantMap& platformData);
 
   struct Request {

@@ -2,29 +2,22 @@
 
 #include "controls/Fonts.h"
 #include "controls/look/JournalColors.h"
+#include "preferences/controls/WheelGuard.h"
 
 #include <QPainter>
 #include <QPainterPath>
-#include <QWheelEvent>
 
 namespace quillo {
 
 ChoiceBox::ChoiceBox(QWidget* parent) : QComboBox(parent) {
   setFont(textFont(13));
-  setFocusPolicy(Qt::StrongFocus);
+  new WheelGuard(*this);
   setSizeAdjustPolicy(AdjustToContents);
 }
 
 void ChoiceBox::paintEvent(QPaintEvent* event) {
   QComboBox::paintEvent(event);
   drawChevron(*this);
-}
-
-void ChoiceBox::wheelEvent(QWheelEvent* event) {
-  if (hasFocus())
-    QComboBox::wheelEvent(event);
-  else
-    event->ignore();
 }
 
 void drawChevron(QWidget& field) {

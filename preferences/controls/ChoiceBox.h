@@ -4,8 +4,7 @@
 
 namespace quillo {
 
-// A combo box in the colours of our windows. The wheel turns it only while it has the keyboard: a page that is
-// scrolled under the pointer changes no setting.
+// A combo box in the colours of our windows.
 class ChoiceBox : public QComboBox {
   Q_OBJECT
 
@@ -14,7 +13,6 @@ class ChoiceBox : public QComboBox {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
-  void wheelEvent(QWheelEvent* event) override;
 };
 
 // Draws the mark of a field that opens a list, at the end of `field`.

@@ -2,8 +2,7 @@
 
 #include "controls/Fonts.h"
 #include "preferences/controls/ChoiceBox.h"
-
-#include <QWheelEvent>
+#include "preferences/controls/WheelGuard.h"
 
 namespace quillo {
 
@@ -13,7 +12,7 @@ DateField::DateField(QWidget* parent) : QDateEdit(parent) {
   setDisplayFormat(QStringLiteral("d MMMM yyyy"));
   // The language of the text around it.
   setLocale(QLocale(QLocale::English, QLocale::UnitedKingdom));
-  setFocusPolicy(Qt::StrongFocus);
+  new WheelGuard(*this);
 }
 
 QSize DateField::sizeHint() const {
@@ -26,14 +25,6 @@ QSize DateField::sizeHint() const {
 void DateField::paintEvent(QPaintEvent* event) {
   QDateEdit::paintEvent(event);
   drawChevron(*this);
-}
-
-// As of a ChoiceBox: only with the keyboard.
-void DateField::wheelEvent(QWheelEvent* event) {
-  if (hasFocus())
-    QDateEdit::wheelEvent(event);
-  else
-    event->ignore();
 }
 
 }  // namespace quillo

@@ -16,7 +16,6 @@ class DateField : public QDateEdit {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
-  void wheelEvent(QWheelEvent* event) override;
 };
 
 }  // namespace quillo

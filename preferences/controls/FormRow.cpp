@@ -32,7 +32,7 @@ FormRow::FormRow(std::initializer_list<QWidget*> fields, QWidget* parent)
   column->addLayout(m_fields);
   column->addWidget(m_note);
   column->addWidget(m_error);
-  m_fields->setSpacing(10);
+  m_fields->setSpacing(8);
   m_fields->addStretch();
   m_error->setObjectName(u"error"_s);
   m_note->hide();

@@ -40,7 +40,7 @@ void applyFormStyle(QWidget& window) {
       "QTableView QLineEdit { border-radius: 0; padding: 0 2px; min-height: 0 }"
       "QHeaderView { background: %bar }"
       "QHeaderView::section { background: %bar; color: %dim; border: none; border-bottom: 1px solid %line;"
-      "  padding: 4px 6px }"
+      "  padding: 4px 3px }"
       "QTableView::item { padding: 0 4px }"
       "QListWidget::item { padding: 2px 5px }"
       "#summary { background: %list; border: 1px solid %line; border-radius: 8px }"
@@ -49,9 +49,8 @@ void applyFormStyle(QWidget& window) {
   QString sheet = journalStyleSheet() + fields;
   sheet.replace(u"%problem"_s, problemColor(colors).name());
   sheet.replace(u"%label"_s, blended(colors.text, colors.dim, 0.35).name());
-  sheet.replace(u"%list"_s, colors.list.name());
   sheet.replace(u"%ground"_s, colors.ground.name());
-  sheet = withColors(sheet, colors);
+  sheet = styleWithColors(sheet, colors);
   if (window.styleSheet() != sheet) window.setStyleSheet(sheet);
 }
 

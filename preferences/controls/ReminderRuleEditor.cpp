@@ -6,6 +6,7 @@
 #include "preferences/controls/Form.h"
 #include "preferences/controls/Switch.h"
 #include "preferences/controls/TickBox.h"
+#include "preferences/controls/WheelGuard.h"
 #include "reminders/ReminderInterval.h"
 
 #include <QFrame>
@@ -64,7 +65,7 @@ QTimeEdit* timeField(const QString& name, QWidget* parent) {
   field->setFont(textFont(13));
   field->setDisplayFormat(u"HH:mm"_s);
   field->setButtonSymbols(QAbstractSpinBox::NoButtons);
-  field->setFocusPolicy(Qt::StrongFocus);
+  new WheelGuard(*field);
   field->setAccessibleName(name);
   return field;
 }
@@ -115,7 +116,7 @@ void ReminderRuleEditor::build() {
   m_count->setFont(textFont(13));
   m_count->setRange(1, mostUnits);
   m_count->setButtonSymbols(QAbstractSpinBox::NoButtons);
-  m_count->setFocusPolicy(Qt::StrongFocus);
+  new WheelGuard(*m_count);
   m_count->setFixedWidth(58);
   m_unit->setAccessibleName(u"Unit"_s);
   for (const UnitWord& unit : units) m_unit->addItem(unit.word);

@@ -14,7 +14,7 @@ namespace {
 // In points.
 constexpr int boxSide = 17;
 constexpr int ring = 3;
-constexpr int gap = 6;
+constexpr int gap = 4;
 // As a field beside it has.
 constexpr int rowHeight = 30;
 

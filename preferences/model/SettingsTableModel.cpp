@@ -14,10 +14,12 @@ namespace {
 // As much of a value as a cell and its editor can show.
 constexpr qsizetype longestText = 4000;
 
-QString noteOf(const Setting& setting) {
+QString noteOf(const Setting& setting, bool isSet) {
   QStringList parts;
-  if (const auto value = setting.defaultValue()) parts << u"default "_s + bareText(*value);
-  if (!setting.note.isEmpty()) parts << setting.note;
+  const auto standard = setting.defaultValue();
+  if (standard) parts << u"default "_s + bareText(*standard);
+  // Where there is no default, it says what it means that there is no value.
+  if (!setting.note.isEmpty() && (standard || !isSet)) parts << setting.note;
   switch (setting.store) {
     case SettingStore::SharedList:
       break;
@@ -39,7 +41,7 @@ QString noteOf(const Setting& setting) {
 SettingsTableModel::SettingsTableModel(PreferenceStore& store, QObject* parent)
     : QAbstractTableModel(parent), m_store(store) {
   connect(&store, &PreferenceStore::changed, this,
-          [this] { Q_EMIT dataChanged(index(0, ValueColumn), index(rowCount() - 1, ValueColumn)); });
+          [this] { Q_EMIT dataChanged(index(0, ValueColumn), index(rowCount() - 1, NoteColumn)); });
 }
 
 int SettingsTableModel::rowCount(const QModelIndex& parent) const {
@@ -62,7 +64,8 @@ QString SettingsTableModel::valueText(const Setting& setting) const {
 QVariant SettingsTableModel::data(const QModelIndex& index, int role) const {
   if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
   const Setting& row = setting(index);
-  if (role == Qt::ToolTipRole) return index.column() == ValueColumn ? valueText(row) : noteOf(row);
+  const auto note = [this, &row] { return noteOf(row, m_store.storedValue(row.key).has_value()); };
+  if (role == Qt::ToolTipRole) return index.column() == ValueColumn ? valueText(row) : note();
   if (role != Qt::DisplayRole && role != Qt::EditRole) return {};
   switch (index.column()) {
     case NameColumn:
@@ -70,7 +73,7 @@ QVariant SettingsTableModel::data(const QModelIndex& index, int role) const {
     case ValueColumn:
       return valueText(row);
     default:
-      return noteOf(row);
+      return note();
   }
 }
 
@@ -108,7 +111,7 @@ bool SettingsTableModel::setData(const QModelIndex& index, const QVariant& value
   }
   QString reason;
   const bool isSaved = m_store.set(row.key, parsed, &reason);
-  Q_EMIT dataChanged(index, index);
+  Q_EMIT dataChanged(index, index.siblingAtColumn(NoteColumn));
   Q_EMIT edited(isSaved ? QString() : reason);
   return isSaved;
 }

@@ -29,6 +29,12 @@ namespace {
 const QString suffix = u".quillojournal"_s;
 constexpr int progressSteps = 1000;
 
+// Not every user has a folder of documents.
+QString folderToBeginIn() {
+  const UserDirectories& user = UserDirectories::current();
+  return QFileInfo(user.documents).isDir() ? user.documents : user.home;
+}
+
 }  // namespace
 
 JournalPage::JournalPage(PreferenceStore& store, PreferencesServices& services, QWidget* parent)
@@ -109,7 +115,7 @@ void JournalPage::createNew() {
   dialog->setAcceptMode(QFileDialog::AcceptSave);
   dialog->setOption(QFileDialog::DontUseNativeDialog);
   dialog->setLabelText(QFileDialog::Accept, u"Create"_s);
-  dialog->setDirectory(UserDirectories::current().documents);
+  dialog->setDirectory(folderToBeginIn());
   dialog->selectFile(u"Journal"_s + suffix);
   // Below the sheet's own question it would replace a journal; ours refuses what is there already.
   dialog->setOption(QFileDialog::DontConfirmOverwrite);
@@ -129,7 +135,7 @@ void JournalPage::use(const QUrl& location, bool create) {
 }
 
 void JournalPage::chooseFolder() {
-  auto* dialog = new QFileDialog(window(), u"Move the Journal To"_s, UserDirectories::current().documents);
+  auto* dialog = new QFileDialog(window(), u"Move the Journal To"_s, folderToBeginIn());
   dialog->setObjectName(u"movePanel"_s);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setFileMode(QFileDialog::Directory);

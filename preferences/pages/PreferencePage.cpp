@@ -25,7 +25,15 @@ PreferencePage::PreferencePage(const QString& title, PreferenceStore& store, QWi
   m_column->addWidget(heading);
   m_column->addWidget(m_form);
   setAccessibleName(title);
-  connect(&store, &PreferenceStore::changed, this, [this] { showValues(); });
+  // A page that is not shown is brought up to date when it is.
+  connect(&store, &PreferenceStore::changed, this, [this] {
+    if (isVisible()) showValues();
+  });
+}
+
+void PreferencePage::showEvent(QShowEvent* event) {
+  showValues();
+  QWidget::showEvent(event);
 }
 
 QString PreferencePage::pathInWords(const QString& path) {

@@ -31,6 +31,8 @@ class PreferencePage : public QWidget {
   void orderTabs();
 
  protected:
+  void showEvent(QShowEvent* event) override;
+
   [[nodiscard]] PreferenceStore& store() const { return m_store; }
   [[nodiscard]] Form& form() const { return *m_form; }
   // "~/Documents".

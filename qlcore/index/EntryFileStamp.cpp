@@ -3,7 +3,10 @@
 #include <QtEndian>
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
+#include <time.h>
 
 #include <algorithm>
 #include <string_view>
@@ -14,10 +17,27 @@ namespace {
 
 constexpr std::string_view suffix = ".plist";
 constexpr size_t uuidLength = 36;
+static_assert(uuidLength + suffix.size() == EntryFileKey::nameLength);
+// Of file systems that keep times in steps, the coarsest that are in use count in twos of seconds.
+constexpr qint64 coarsestClock = 2'000'000'000;
 
-bool isDashAt(size_t at) {
+constexpr bool isDashAt(size_t at) {
   return at == 8 || at == 13 || at == 18 || at == 23;
 }
+
+constexpr std::string_view upperDigits = "0123456789ABCDEF";
+constexpr std::string_view lowerDigits = "0123456789abcdef";
+constexpr signed char noDigit = -1;
+
+// What each character is worth as a digit.
+constexpr auto digitValues = [] {
+  std::array<signed char, 256> values{};
+  values.fill(noDigit);
+  for (const std::string_view digits : {upperDigits, lowerDigits})
+    for (size_t i = 0; i < digits.size(); ++i)
+      values.at(static_cast<unsigned char>(digits[i])) = static_cast<signed char>(i);
+  return values;
+}();
 
 qint64 nanoseconds(const timespec& time) {
   return qint64{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
@@ -25,10 +45,32 @@ qint64 nanoseconds(const timespec& time) {
 
 }  // namespace
 
-std::optional<EntryFileStamp> EntryFileStamp::of(int folder, const QByteArray& name) {
+std::optional<EntryFileStamp> EntryFileStamp::of(int folder, const char* name) {
   struct stat status {};
-  if (::fstatat(folder, name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
+  if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
   return EntryFileStamp{status.st_size, nanoseconds(status.st_mtim), nanoseconds(status.st_ctim), status.st_ino};
+}
+
+std::optional<EntryFileStamp> EntryFileStamp::ofNames(int folder) {
+  // Those of other systems and of networks may be changed by a machine that sees to its times in another way.
+  static constexpr std::array<quint32, 5> known{EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC, F2FS_SUPER_MAGIC,
+                                                TMPFS_MAGIC};
+  struct statfs system {};
+  if (::fstatfs(folder, &system) != 0) return std::nullopt;
+  if (std::find(known.begin(), known.end(), static_cast<quint32>(system.f_type)) == known.end()) return std::nullopt;
+  const qint64 before = now();
+  const auto stamp = of(folder, ".");
+  return stamp ? std::optional(stamp->trustedAt(before)) : std::nullopt;
+}
+
+qint64 EntryFileStamp::now() {
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  return nanoseconds(now);
+}
+
+EntryFileStamp EntryFileStamp::trustedAt(qint64 now) const {
+  return changed > now - coarsestClock ? distrusted() : *this;
 }
 
 EntryFileStamp EntryFileStamp::distrusted() const {
@@ -42,7 +84,7 @@ std::optional<EntryFileKey> EntryFileKey::fromName(const char* name, size_t leng
     return std::nullopt;
   EntryFileKey key;
   bool hasUpper = false;
-  bool isZero = true;
+  unsigned any = 0;
   size_t nibble = 0;
   for (size_t i = 0; i < uuidLength; ++i) {
     const char c = name[i];
@@ -50,18 +92,15 @@ std::optional<EntryFileKey> EntryFileKey::fromName(const char* name, size_t leng
       if (c != '-') return std::nullopt;
       continue;
     }
-    int digit = -1;
-    if (c >= '0' && c <= '9') digit = c - '0';
-    if (c >= 'A' && c <= 'F') digit = c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') digit = c - 'a' + 10;
-    if (digit < 0) return std::nullopt;
+    const int digit = digitValues[static_cast<unsigned char>(c)];
+    if (digit == noDigit) return std::nullopt;
     hasUpper = hasUpper || (c >= 'A' && c <= 'F');
     key.isLowerCase = key.isLowerCase || c >= 'a';
-    isZero = isZero && digit == 0;
-    unsigned char& byte = key.uuid.at(nibble++ / 2);
+    any |= static_cast<unsigned>(digit);
+    unsigned char& byte = key.uuid[nibble++ / 2];
     byte = static_cast<unsigned char>(byte << 4 | digit);
   }
-  if (isZero || (hasUpper && key.isLowerCase)) return std::nullopt;
+  if (any == 0 || (hasUpper && key.isLowerCase)) return std::nullopt;
   return key;
 }
 
@@ -69,21 +108,25 @@ std::optional<EntryFileKey> EntryFileKey::fromName(const QByteArray& name) {
   return fromName(name.constData(), static_cast<size_t>(name.size()));
 }
 
-QString EntryFileKey::uuidText() const {
-  static constexpr char digits[] = "0123456789ABCDEF";
-  QString text(static_cast<qsizetype>(uuidLength), u'-');
-  qsizetype at = 0;
+EntryFileKey::Name EntryFileKey::name() const {
+  const std::string_view digits = isLowerCase ? lowerDigits : upperDigits;
+  Name name{};
+  size_t at = 0;
   for (const unsigned char byte : uuid) {
-    if (isDashAt(static_cast<size_t>(at))) ++at;
-    text[at++] = QLatin1Char(digits[byte >> 4]);
-    text[at++] = QLatin1Char(digits[byte & 15]);
+    if (isDashAt(at)) name[at++] = '-';
+    name[at++] = digits[byte >> 4];
+    name[at++] = digits[byte & 15];
   }
-  return text;
+  std::copy(suffix.begin(), suffix.end(), name.begin() + uuidLength);
+  return name;
+}
+
+QString EntryFileKey::uuidText() const {
+  return QString::fromLatin1(EntryFileKey{uuid, false}.name().data(), qsizetype{uuidLength});
 }
 
 QByteArray EntryFileKey::fileName() const {
-  const QByteArray name = uuidText().toLatin1();
-  return (isLowerCase ? name.toLower() : name) + QByteArray(suffix.data(), static_cast<qsizetype>(suffix.size()));
+  return {name().data(), qsizetype{nameLength}};
 }
 
 QByteArray StampedFile::encodedKey(const EntryFileKey& key) {
@@ -104,12 +147,12 @@ QByteArray StampedFile::encoded() const {
   return bytes;
 }
 
-std::optional<StampedFile> StampedFile::decoded(const QByteArray& bytes) {
+std::optional<StampedFile> StampedFile::decoded(QByteArrayView bytes) {
   if (bytes.size() != size) return std::nullopt;
   StampedFile file;
   std::copy(bytes.begin(), bytes.begin() + keySize - 1, file.key.uuid.begin());
   file.key.isLowerCase = bytes[keySize - 1] != '\0';
-  const char* at = bytes.constData() + keySize;
+  const char* at = bytes.data() + keySize;
   file.stamp = {qFromBigEndian<qint64>(at), qFromBigEndian<qint64>(at + 8), qFromBigEndian<qint64>(at + 16),
                 qFromBigEndian<quint64>(at + 24)};
   return file;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 
 #include <array>
@@ -19,10 +20,22 @@ struct EntryFileStamp {
   bool operator==(const EntryFileStamp&) const = default;
 
   // Of the file `name` in an open folder; nothing where there is none. A link stands for itself.
-  [[nodiscard]] static std::optional<EntryFileStamp> of(int folder, const QByteArray& name);
+  [[nodiscard]] static std::optional<EntryFileStamp> of(int folder, const char* name);
+  [[nodiscard]] static std::optional<EntryFileStamp> of(int folder, const QByteArray& name) {
+    return of(folder, name.constData());
+  }
+  // Of an open folder: as long as it stays the same, no name in it has come, gone or changed. Nothing where the file
+  // system is not known to keep to that.
+  [[nodiscard]] static std::optional<EntryFileStamp> ofNames(int folder);
 
   // The same stamp, but one that no file has: what was read is to be read again at the next occasion.
   [[nodiscard]] EntryFileStamp distrusted() const;
+  [[nodiscard]] bool isDistrusted() const { return changed == 0; }
+  // Distrusted where the last change is so recent at `now` that another one may leave the stamp as it is, since clocks
+  // of file systems go in steps. `now` is asked for before the stamp.
+  [[nodiscard]] EntryFileStamp trustedAt(qint64 now) const;
+  // Nanoseconds since 1970.
+  [[nodiscard]] static qint64 now();
 };
 
 // The name of an entry's file in little room: its identifier, and whether its letters are lower case. Sorted by the
@@ -33,10 +46,14 @@ struct EntryFileKey {
 
   auto operator<=>(const EntryFileKey&) const = default;
 
+  static constexpr size_t nameLength = 42;
+  using Name = std::array<char, nameLength + 1>;  // ends with a zero
+
   // Nothing where `name` is no name of an entry's file.
   [[nodiscard]] static std::optional<EntryFileKey> fromName(const char* name, size_t length);
   [[nodiscard]] static std::optional<EntryFileKey> fromName(const QByteArray& name);
   [[nodiscard]] QString uuidText() const;
+  [[nodiscard]] Name name() const;
   [[nodiscard]] QByteArray fileName() const;
 };
 
@@ -51,7 +68,7 @@ struct StampedFile {
   // The first bytes of all values with this key.
   [[nodiscard]] static QByteArray encodedKey(const EntryFileKey& key);
   // Nothing where `bytes` are none.
-  [[nodiscard]] static std::optional<StampedFile> decoded(const QByteArray& bytes);
+  [[nodiscard]] static std::optional<StampedFile> decoded(QByteArrayView bytes);
 };
 
 }  // namespace quillo

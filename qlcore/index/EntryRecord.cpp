@@ -10,8 +10,6 @@
 #include <QFile>
 #include <QVarLengthArray>
 
-#include <time.h>
-
 #include <cmath>
 #include <vector>
 
@@ -22,13 +20,13 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QChar tagSeparator(0x1F);
-// Of file systems that keep times in steps, the coarsest that are in use count in twos of seconds.
-constexpr qint64 coarsestClock = 2'000'000'000;
 
-qint64 nowInNanoseconds() {
-  timespec now{};
-  ::clock_gettime(CLOCK_REALTIME, &now);
-  return qint64{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+// Takes no more room than it needs: the conversion makes room for three bytes a character, and very many records wait
+// at a time.
+QByteArray packed(const QString& text) {
+  QByteArray bytes = text.toUtf8();
+  bytes.squeeze();
+  return bytes;
 }
 
 // Gathers the words of an entry, and what its words begin with.
@@ -86,7 +84,7 @@ EntryWords EntryWords::of(const QString& text, const QStringList& tags, const QS
   QString joined;
   joined.reserve(text.size() + text.size() / 8);
   gatherer.add(text, joined);
-  words.text = joined.toUtf8();
+  words.text = packed(joined);
 
   QString marks = SearchMarks::everyEntry();
   QString tagWords;
@@ -96,14 +94,14 @@ EntryWords EntryWords::of(const QString& text, const QStringList& tags, const QS
     gatherer.add(tag, tagWords);
     marks += u' ' + SearchMarks::tag(tag);
   }
-  words.tags = tagWords.toUtf8();
+  words.tags = packed(tagWords);
   QString placeWords;
   gatherer.add(place, placeWords);
-  words.place = placeWords.toUtf8();
+  words.place = packed(placeWords);
 
   marks += u' ' + SearchMarks::dayOfYear(day) + u' ' + SearchMarks::year(day);
   gatherer.addMarks(marks);
-  words.marks = marks.toUtf8();
+  words.marks = packed(marks);
   return words;
 }
 
@@ -176,7 +174,7 @@ EntryRecord EntryReader::record(const QLJournalEntryFile& entry, const StampedFi
   const auto location = entry.location();
   const auto weather = entry.weather();
   record.place = location ? location->placeName : QString();
-  record.text = entry.string().toUtf8();
+  record.text = packed(entry.string());
   QDataStream stream(&record.details, QIODevice::WriteOnly);
   stream.setVersion(QDataStream::Qt_6_4);
   stream << entry.timeZone() << location.has_value();
@@ -197,13 +195,13 @@ FileReading EntryReader::read(const QByteArray& name) {
   const QString path = m_folder.path() + u'/' + text;
   // Before the file is read: what is written from now on gives it another stamp, unless the clock of the file system
   // stands still meanwhile.
-  const qint64 now = nowInNanoseconds();
+  const qint64 now = EntryFileStamp::now();
   const auto stamp = EntryFileStamp::of(m_descriptor, name);
   if (!stamp) {
     reading.isGone = true;
     return reading;
   }
-  reading.stamp = stamp->changed > now - coarsestClock ? stamp->distrusted() : *stamp;
+  reading.stamp = stamp->trustedAt(now);
   const auto key = EntryFileKey::fromName(name);
   if (!key) {
     reading.damage = path + u": the name is not an entry's identifier"_s;

@@ -6,11 +6,15 @@
 #include <QByteArray>
 #include <QHash>
 
+#include <chrono>
 #include <optional>
+#include <semaphore>
 #include <thread>
 #include <vector>
 
 namespace quillo {
+
+class KnownFiles;
 
 // The names of a folder of entries and what the file system says of each, taken in threads of their own: the folder's
 // names in one go, then one call a file. No file is opened.
@@ -18,8 +22,14 @@ class FolderScan {
  public:
   // `folder` must stay open as long as the object lives. `threads` look at the files.
   FolderScan(int folder, unsigned threads);
+  // The same where the folder's names are known to be those of `names`, so that they need not be read.
+  FolderScan(int folder, unsigned threads, const KnownFiles& names);
+  FolderScan(const FolderScan&) = delete;
+  FolderScan& operator=(const FolderScan&) = delete;
 
-  // Waits for the end. False where the folder could not be read; errnoNumber() says why.
+  // Waits for the end, for so long at most; false when it has not come.
+  [[nodiscard]] bool waitFor(std::chrono::milliseconds time);
+  // The same without limit. False where the folder could not be read; errnoNumber() says why.
   bool wait();
   [[nodiscard]] int errnoNumber() const { return m_errno; }
 
@@ -29,14 +39,22 @@ class FolderScan {
   [[nodiscard]] const QHash<QByteArray, EntryFileStamp>& others() const { return m_others; }
 
  private:
-  void run(unsigned threads);
+  void start(bool hasNames);
+  void run(bool hasNames, unsigned threads);
   [[nodiscard]] int readNames();
-  void stampEntries(unsigned threads);
+  void addName(const char* name, size_t length, quint64 inode);
+  void takeNames(const KnownFiles& names);
+  void sortEntries();
+  void stampAll(unsigned threads);
+  void stampEntry(int folder, size_t number);
+  [[nodiscard]] std::vector<quint32> numbersByInode() const;
 
   int m_folder;
+  unsigned m_threads;
   int m_errno{0};
   std::vector<StampedFile> m_entries;
   QHash<QByteArray, EntryFileStamp> m_others;
+  std::binary_semaphore m_isDone{0};
   std::optional<std::jthread> m_thread;
 };
 

@@ -196,7 +196,7 @@ void IndexKeeper::startAnew() {
 }
 
 void IndexKeeper::useMemory(bool much) {
-  constexpr qint64 muchKiB = qint64{32} * 1024;
+  constexpr qint64 muchKiB = qint64{8} * 1024;
   m_database.run(u"PRAGMA cache_size = -%1"_s.arg(much ? std::max(muchKiB, m_place.cacheKiB) : m_place.cacheKiB));
   if (!much) m_database.run(u"PRAGMA shrink_memory"_s);
 }
@@ -218,8 +218,9 @@ void IndexKeeper::settle(qint64 logSize) {
 void IndexKeeper::close() {
   if (!m_file) return;
   const FolderLock lock(m_file->folder(), FolderLock::Mode::Exclusive);
-  // The last one to close it writes the log into the file.
-  const bool isSound = m_file->isSound();
+  // The last one to close it writes the log into the file, where there is any. Nobody opens or closes it meanwhile, so
+  // that a log that others may still begin has not us for the last one.
+  const bool isSound = m_file->logSize() > 0 && m_file->isSound();
   if (isSound) m_file->noteWriting();
   m_database.close();
   if (isSound) m_file->noteWritten();

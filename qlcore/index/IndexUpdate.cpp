@@ -5,6 +5,7 @@
 #include "qlcore/index/EntryReaders.h"
 #include "qlcore/index/FolderScan.h"
 #include "qlcore/index/IndexWriter.h"
+#include "qlcore/index/KnownFiles.h"
 
 #include <QDeadlineTimer>
 #include <QFile>
@@ -29,6 +30,7 @@ constexpr size_t firstPortion = 512;
 constexpr size_t portion = 8192;
 // From so many on, sorting all for an index at once is quicker than adding to it one by one.
 constexpr size_t many = 5000;
+constexpr std::chrono::milliseconds pulse{8};
 // The log grows to that size before it is moved into the file.
 constexpr qint64 largestLog = qint64{16} * 1024 * 1024;
 
@@ -58,16 +60,29 @@ Update IndexUpdate::all(const std::stop_token& stop, const ProgressCallback& pro
   // Files that change while they are read are looked at again, but not for ever.
   constexpr int mostTurns = 3;
   for (int turn = 0; turn < mostTurns; ++turn) {
-    FolderScan scan(descriptor.number(), m_threads);
-    Difference difference = compare(scan);
-    if (scan.errnoNumber() != 0) {
+    const int openings = m_keeper.openings();
+    KnownFiles known(m_keeper.database());
+    std::optional<FolderScan> scan;
+    // Before the names are read: what comes or goes from now on gives the folder another stamp.
+    const auto names = EntryFileStamp::ofNames(descriptor.number());
+    // Looked at while what is known is read, unless its names are those of the folder.
+    const bool hasNames = turn == 0 && names && known.areAllOf(*names);
+    if (!hasNames) scan.emplace(descriptor.number(), m_threads);
+    known.read();
+    if (hasNames) scan.emplace(descriptor.number(), m_threads, known);
+    // Whoever asks meanwhile is not to wait for the end.
+    while (!stop.stop_requested() && !scan->waitFor(pulse))
+      if (progress) progress({});
+    if (!scan->wait()) {
       update.error = JournalError::make(JournalError::NotReadable,
-                                        fileReadError(scan.errnoNumber(), m_entriesFolder).localizedDescription);
+                                        fileReadError(scan->errnoNumber(), m_entriesFolder).localizedDescription);
       update.isComplete = false;
       return update;
     }
-    const qsizetype left = readAndWrite(*folder, descriptor.number(), std::move(difference), update, stop, progress);
+    const qsizetype left = readAndWrite(*folder, descriptor.number(), compare(known, *scan), update, stop, progress);
     update.isComplete = left == 0 && !stop.stop_requested();
+    // Asked in between, it may have had to begin with an empty database.
+    if (update.isComplete && names && m_keeper.openings() == openings) known.noteAllOf(*names);
     if (left == 0 || stop.stop_requested() || m_keeper.database().failure() != IndexFailure::None) break;
   }
   makeSecondaryIndexes();
@@ -110,38 +125,33 @@ void IndexUpdate::removeEverything(Update& update) {
   update.removed += writer.removed();
 }
 
-IndexUpdate::Difference IndexUpdate::compare(FolderScan& scan) {
-  // Read while the folder is looked at.
-  std::vector<StampedFile> known;
-  QHash<QByteArray, EntryFileStamp> damaged;
-  {
-    IndexDatabase::Rows rows = m_keeper.database().rows(u"SELECT file FROM entry ORDER BY file"_s);
-    while (rows.next())
-      if (const auto file = StampedFile::decoded(rows.value(0).toByteArray())) known.push_back(*file);
-    IndexDatabase::Rows damage = m_keeper.database().rows(u"SELECT name, stamp FROM damage"_s);
-    while (damage.next())
-      if (const auto file = StampedFile::decoded(damage.value(1).toByteArray()))
-        damaged.insert(damage.value(0).toByteArray(), file->stamp);
-  }
+IndexUpdate::Difference IndexUpdate::compare(const KnownFiles& known, const FolderScan& scan) {
+  QHash<QByteArray, EntryFileStamp> damaged = known.damaged();
   Difference difference;
-  if (!scan.wait()) return difference;
   // What is damaged is read again when its file differs, as everything is.
   const auto readUnlessDamaged = [&](const QByteArray& name, const EntryFileStamp& stamp) {
     const auto damage = damaged.constFind(name);
     if (damage == damaged.constEnd() || *damage != stamp) difference.toRead.push_back(name);
     damaged.remove(name);
   };
-  auto row = known.cbegin();
+  // The next row that has no file yet.
+  qsizetype next = 0;
+  StampedFile row;
+  const auto advance = [&] {
+    if (next < known.count()) row = known.entry(next);
+    return next++ < known.count();
+  };
+  bool hasRow = advance();
   for (const StampedFile& file : scan.entries()) {
-    for (; row != known.cend() && row->key < file.key; ++row) difference.toRemove.push_back(row->key.fileName());
-    if (row == known.cend() || row->key != file.key) {
+    for (; hasRow && row.key < file.key; hasRow = advance()) difference.toRemove.push_back(row.key.fileName());
+    if (!hasRow || row.key != file.key) {
       readUnlessDamaged(file.key.fileName(), file.stamp);
       continue;
     }
-    if (row->stamp != file.stamp) difference.toRead.push_back(file.key.fileName());
-    ++row;
+    if (row.stamp != file.stamp) difference.toRead.push_back(file.key.fileName());
+    hasRow = advance();
   }
-  for (; row != known.cend(); ++row) difference.toRemove.push_back(row->key.fileName());
+  for (; hasRow; hasRow = advance()) difference.toRemove.push_back(row.key.fileName());
   for (auto other = scan.others().cbegin(); other != scan.others().cend(); ++other)
     readUnlessDamaged(other.key(), other.value());
   for (auto left = damaged.cbegin(); left != damaged.cend(); ++left) difference.toRemove.push_back(left.key());

@@ -13,6 +13,7 @@ namespace quillo {
 
 class FolderScan;
 class JournalFolder;
+class KnownFiles;
 
 // Brings the tables up to date with the folder of entries, once. A failure of the database ends it early.
 class IndexUpdate {
@@ -29,7 +30,8 @@ class IndexUpdate {
     std::vector<QByteArray> toRead;
     std::vector<QByteArray> toRemove;
   };
-  [[nodiscard]] Difference compare(FolderScan& scan);
+  // Of what is known and the folder. What is known is all that the folder holds once the difference is written.
+  [[nodiscard]] static Difference compare(const KnownFiles& known, const FolderScan& scan);
   void removeEverything(JournalSearchIndex::Update& update);
   // Answers how many were left out.
   qsizetype readAndWrite(const JournalFolder& folder, int descriptor, Difference difference,

@@ -1,5 +1,7 @@
 #include "qlcore/index/IndexWriter.h"
 
+#include "qlcore/index/KnownFiles.h"
+
 #include <algorithm>
 
 namespace quillo {
@@ -27,6 +29,7 @@ void IndexWriter::write(std::vector<FileReading> readings) {
     if (!a.entry || !b.entry) return a.entry.has_value() < b.entry.has_value();
     return EntryOrderKey::of(*a.entry).isBefore(EntryOrderKey::of(*b.entry));
   });
+  KnownFiles::forgetAll(m_database);
   m_hasDamage = m_database.first(u"SELECT 1 FROM damage LIMIT 1"_s).isValid();
   EntryOrder order(m_database);
   for (const FileReading& reading : readings) put(order, reading);
@@ -35,6 +38,7 @@ void IndexWriter::write(std::vector<FileReading> readings) {
 
 void IndexWriter::remove(const std::vector<QByteArray>& names) {
   if (names.empty() || !m_database.begin(/*forWriting=*/true)) return;
+  KnownFiles::forgetAll(m_database);
   for (const QByteArray& name : names) {
     if (EntryFileStamp::of(m_folder, name))
       ++m_overtaken;  // it is there again

@@ -45,7 +45,7 @@ struct IndexedDamage {
 // What a question found.
 struct JournalAnswer {
   QList<IndexedEntry> entries;  // the part of the list that was asked for
-  qint64 total{0};              // of all that match
+  qint64 total{0};              // of all that match; 0 where the question does not ask for it
 };
 
 // How many entries of those that a question finds share a day, a month, a tag or a place.

@@ -3,6 +3,7 @@
 #include "foundation/Log.h"
 #include "qlcore/QLJournalPackageFile.h"
 
+#include <malloc.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -17,6 +18,7 @@ namespace {
 
 // How long nothing is asked or changed before the index is tidied up.
 constexpr std::chrono::seconds quietTime{5};
+constexpr std::chrono::milliseconds firstQuestionTime{200};
 
 }  // namespace
 
@@ -38,7 +40,8 @@ JournalIndexWorker::~JournalIndexWorker() {
 
 void JournalIndexWorker::post(const Key& key, Work work) {
   const std::lock_guard lock(m_mutex);
-  m_work[key] = std::move(work);
+  std::erase_if(m_work, [&key](const auto& item) { return item.first == key; });
+  m_work.emplace_back(key, std::move(work));
   m_wakes.notify_all();
 }
 
@@ -63,6 +66,11 @@ void JournalIndexWorker::run(const std::stop_token& stop) {
   // Of this thread, and of those that it starts; the person who types comes first.
   ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), 5);
   open();
+  {
+    // Whoever opens a journal asks something first, and is not to wait for the comparison of all files.
+    std::unique_lock lock(m_mutex);
+    m_wakes.wait_for(lock, stop, firstQuestionTime, [this] { return !m_work.empty(); });
+  }
   while (!stop.stop_requested()) {
     doWork();
     {
@@ -98,7 +106,8 @@ void JournalIndexWorker::doWork() {
     {
       const std::lock_guard lock(m_mutex);
       if (m_work.empty()) return;
-      work = std::move(m_work.extract(m_work.begin()).mapped());
+      work = std::move(m_work.front().second);
+      m_work.pop_front();
     }
     work(*m_index);
   }
@@ -128,6 +137,9 @@ void JournalIndexWorker::bringUpToDate(const std::stop_token& stop) {
       }
       doWork();
     });
+    // What a comparison of all files took lies between what is still used, and goes back to the system only when it is
+    // told: 130 MiB with 100,000 entries.
+    ::malloc_trim(0);
   } else {
     update = m_index->bringUpToDate(QStringList(names.begin(), names.end()));
     // A file that is being written to is told of again.

@@ -7,8 +7,8 @@
 
 #include <any>
 #include <condition_variable>
+#include <deque>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -35,7 +35,8 @@ class JournalIndexWorker {
   JournalIndexWorker(const JournalIndexWorker&) = delete;
   JournalIndexWorker& operator=(const JournalIndexWorker&) = delete;
 
-  // Does the work soon, also while entries are being read; what waits under the same key is dropped.
+  // Does the work soon, in the order in which it was posted, also while entries are being read; what waits under the
+  // same key is dropped.
   void post(const Key& key, Work work);
   void cancel(const void* asker);
   // To be compared: everything, or these files.
@@ -57,7 +58,7 @@ class JournalIndexWorker {
 
   std::mutex m_mutex;
   std::condition_variable_any m_wakes;
-  std::map<Key, Work> m_work;
+  std::deque<std::pair<Key, Work>> m_work;
   bool m_isToCompare{true};
   std::set<QString> m_toCompare;
   std::optional<std::jthread> m_thread;

@@ -46,6 +46,8 @@ struct JournalQuestion {
   Order order{Order::NewestFirst};
   qint64 offset{0};
   qint64 limit{50};
+  // Whether the answer is to say how many there are in all, which takes as long as finding all.
+  bool isCounted{true};
 
   // What a person typed: words (the last one may be unfinished), "exact phrases", tag:x or #x, place:x, on:, since: and
   // before: with a date, each with - before it to leave out what has it (but for dates). on:this-day means the day of

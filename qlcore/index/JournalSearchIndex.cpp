@@ -143,8 +143,10 @@ JournalAnswer JournalSearchIndex::ask(const JournalQuestion& question) {
   m_open->answer([&](IndexDatabase& database) {
     answer = {};
     QuestionQuery query(database, m_open->prefixes(), question);
-    answer.total = query.total();
-    if (answer.total == 0) return;
+    if (question.isCounted) {
+      answer.total = query.total();
+      if (answer.total == 0) return;
+    }
     const EntryExcerpt excerpt(question);
     for (const qint64 id : query.ids()) {
       const auto record = IndexWriter::record(database, id);

@@ -44,7 +44,8 @@ class JournalSearchIndex {
 
     [[nodiscard]] bool hasNews() const { return changed > 0 || removed > 0; }
   };
-  // Called in the thread that brings up to date, a few times a second; what is done can be asked for already.
+  // Called in the thread that brings up to date, a few times a second; what is done can be asked for already. While
+  // files are only being looked at, more often, and with nothing of nothing.
   using ProgressCallback = std::function<void(const Progress&)>;
 
   // Opens the index of `package`, or makes an empty one. It holds what it held when it was last in use.

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace quillo {
 
@@ -110,7 +111,15 @@ qint64 QuestionQuery::total() {
   return *m_total;
 }
 
+bool QuestionQuery::isRanked() const {
+  return m_question.order == JournalQuestion::Order::BestFirst && !m_match.isEmpty() && offset() < mostRanked;
+}
+
 qint64 QuestionQuery::countAll() {
+  if (isRanked()) {
+    const qint64 total = rank();
+    if (!m_ranked.empty()) return total;
+  }
   if (m_match.isEmpty() && m_hasDays)
     return m_database.first(u"SELECT count(*) FROM entry WHERE day BETWEEN ? AND ?"_s, {m_firstDay, m_lastDay})
         .toLongLong();
@@ -126,31 +135,44 @@ std::vector<qint64> QuestionQuery::idsFrom(const QString& sql, const QVariantLis
 }
 
 std::vector<qint64> QuestionQuery::ids() {
-  const qint64 offset = std::max<qint64>(m_question.offset, 0);
-  const qint64 limit = std::max<qint64>(m_question.limit, 0);
-  if (limit == 0) return {};
-  const bool isRanked = m_question.order == JournalQuestion::Order::BestFirst && !m_match.isEmpty();
-  if (isRanked && offset < mostRanked) return idsByRank(offset, limit);
+  if (limit() == 0) return {};
+  if (isRanked()) return idsByRank();
   const QString direction = m_question.order == JournalQuestion::Order::OldestFirst ? u""_s : u" DESC"_s;
   const QString table = m_match.isEmpty() ? u"id FROM entry"_s : u"rowid FROM words"_s;
   return idsFrom(u"SELECT "_s + table + condition() + u" ORDER BY "_s + (m_match.isEmpty() ? u"id"_s : u"rowid"_s) +
                      direction + u" LIMIT ? OFFSET ?"_s,
-                 conditionValues() << limit << offset);
+                 conditionValues() << limit() << offset());
 }
 
-std::vector<qint64> QuestionQuery::idsByRank(qint64 offset, qint64 limit) {
-  QVariant oldestRanked;
-  if (total() > mostRanked)
-    oldestRanked =
-        m_database.first(u"SELECT rowid FROM words"_s + condition() + u" ORDER BY rowid DESC LIMIT 1 OFFSET ?"_s,
-                         conditionValues() << mostRanked - 1);
-  // A tag or a place says more than a word of the text.
-  std::vector<qint64> ids =
-      idsFrom(u"SELECT rowid FROM words"_s + condition() +
-                  u" AND rowid >= ? ORDER BY bm25(words, 1, 4, 2, 0), rowid DESC LIMIT ? OFFSET ?"_s,
-              conditionValues() << oldestRanked.toLongLong() << limit << offset);
-  const qint64 missing = limit - static_cast<qint64>(ids.size());
-  if (missing <= 0 || !oldestRanked.isValid()) return ids;
+// The newest are counted and ranked while they are found, since finding them is what takes long. Answers how many there
+// are in all, unless none is in the part that was asked for.
+qint64 QuestionQuery::rank() {
+  qint64 newest = 0;
+  qint64 oldestRanked = 0;
+  {
+    // A tag or a place says more than a word of the text.
+    IndexDatabase::Rows rows = m_database.rows(
+        u"SELECT found, count(*) OVER (), min(found) OVER () FROM "
+        "(SELECT rowid AS found, bm25(words, 1, 4, 2, 0) AS fit FROM words"_s +
+            condition() + u" ORDER BY rowid DESC LIMIT ?) ORDER BY fit, found DESC LIMIT ? OFFSET ?"_s,
+        conditionValues() << mostRanked << limit() << offset());
+    while (rows.next()) {
+      m_ranked.push_back(rows.number(0));
+      newest = rows.number(1);
+      oldestRanked = rows.number(2);
+    }
+  }
+  if (newest < mostRanked) return newest;
+  const QVariant older = m_database.first(u"SELECT count(*) FROM words"_s + condition() + u" AND rowid < ?"_s,
+                                          conditionValues() << oldestRanked);
+  return newest + older.toLongLong();
+}
+
+std::vector<qint64> QuestionQuery::idsByRank() {
+  const qint64 found = total();  // which ranks them
+  std::vector<qint64> ids = std::exchange(m_ranked, {});
+  const qint64 missing = limit() - static_cast<qint64>(ids.size());
+  if (missing <= 0 || found <= mostRanked) return ids;
   const std::vector<qint64> rest =
       idsFrom(u"SELECT rowid FROM words"_s + condition() + u" ORDER BY rowid DESC LIMIT ? OFFSET ?"_s,
               conditionValues() << missing << mostRanked);

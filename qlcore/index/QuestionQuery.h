@@ -7,6 +7,7 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -24,10 +25,14 @@ class QuestionQuery {
   [[nodiscard]] QList<JournalCount> counts(JournalCountBy by);
 
  private:
+  [[nodiscard]] qint64 offset() const { return std::max<qint64>(m_question.offset, 0); }
+  [[nodiscard]] qint64 limit() const { return std::max<qint64>(m_question.limit, 0); }
+  [[nodiscard]] bool isRanked() const;
   [[nodiscard]] qint64 countAll();
+  qint64 rank();
   [[nodiscard]] QString condition() const;
   [[nodiscard]] QVariantList conditionValues() const;
-  [[nodiscard]] std::vector<qint64> idsByRank(qint64 offset, qint64 limit);
+  [[nodiscard]] std::vector<qint64> idsByRank();
   [[nodiscard]] std::vector<qint64> idsFrom(const QString& sql, const QVariantList& values);
   [[nodiscard]] QList<JournalCount> countsByDay(bool wholeMonths);
   [[nodiscard]] QList<JournalCount> countsByName(bool ofTags);
@@ -36,6 +41,7 @@ class QuestionQuery {
   const JournalQuestion& m_question;
   QString m_match;  // as the full-text table takes it; empty where only days are asked for
   std::optional<qint64> m_total;
+  std::vector<qint64> m_ranked;  // those that were asked for, where they are ranked
   bool m_hasDays{false};
   qint64 m_firstDay{0};  // Julian
   qint64 m_lastDay{0};

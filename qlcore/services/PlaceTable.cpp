@@ -42,6 +42,10 @@ double radians(double degrees) {
   return degrees * std::numbers::pi / 180;
 }
 
+double toFourDecimals(double radians) {
+  return std::round(radians * 180 / std::numbers::pi * 1e4) / 1e4;
+}
+
 // The parts of an inflated table, in the order in which it is read. Answers nothing past the end.
 class Reader {
  public:
@@ -196,10 +200,24 @@ std::optional<double> PlaceTable::weighedDistance(size_t index, const Point& poi
   return away <= farthest ? std::optional(away / reaches()[m_nodes[index].population]) : std::nullopt;
 }
 
+QByteArrayView PlaceTable::name(size_t index) const {
+  // Each ends in a null byte.
+  return {m_names.constData() + m_nodes[index].nameOffset};
+}
+
 PlaceTable::Place PlaceTable::place(size_t index) const {
-  const Node& node = m_nodes[index];
-  return {QString::fromUtf8(m_names.constData() + node.nameOffset),
-          QString::fromLatin1(m_countries.sliced(node.country * qsizetype{2}, 2))};
+  return {QString::fromUtf8(name(index)),
+          QString::fromLatin1(m_countries.sliced(m_nodes[index].country * qsizetype{2}, 2))};
+}
+
+double PlaceTable::latitude(size_t index) const {
+  const Point& point = m_nodes[index].point;
+  return toFourDecimals(std::asin(std::clamp<double>(point[2], -1, 1)));
+}
+
+double PlaceTable::longitude(size_t index) const {
+  const Point& point = m_nodes[index].point;
+  return toFourDecimals(std::atan2(point[1], point[0]));
 }
 
 }  // namespace quillo

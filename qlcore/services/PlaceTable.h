@@ -49,6 +49,13 @@ class PlaceTable {
 
   [[nodiscard]] size_t count() const { return m_nodes.size(); }
   [[nodiscard]] Place place(size_t index) const;
+  // Its name in UTF-8, as long as the table lives.
+  [[nodiscard]] QByteArrayView name(size_t index) const;
+  // Greater for more people; the table's own measure.
+  [[nodiscard]] int population(size_t index) const { return m_nodes[index].population; }
+  // Degrees north and east, to some ten metres.
+  [[nodiscard]] double latitude(size_t index) const;
+  [[nodiscard]] double longitude(size_t index) const;
 
  private:
   struct Node {

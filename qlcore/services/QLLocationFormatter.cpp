@@ -56,10 +56,11 @@ QString QLLocationFormatter::placeNameForLocation(const QLLocation& location) co
   if (!point) return {};
   const PlaceTable& table = PlaceTable::shared();
   const auto index = table.indexOfPlaceNear(*point);
-  if (!index) return {};
-  const PlaceTable::Place place = table.place(*index);
+  return index ? nameOfPlace(table.place(*index)) : QString();
+}
+
+QString QLLocationFormatter::nameOfPlace(const PlaceTable::Place& place) const {
   const QString country = countryName(place.countryCode, m_locale);
-  // A city state is named once.
   const bool isSame = country.isEmpty() || country == place.name ||
                       countryName(place.countryCode, QLocale(QLocale::English)) == place.name;
   return isSame ? place.name : place.name + u", "_s + country;
@@ -68,8 +69,11 @@ QString QLLocationFormatter::placeNameForLocation(const QLLocation& location) co
 QString QLLocationFormatter::localLocationStringForLocation(const QLLocation& location) const {
   if (!location.placeName.isEmpty()) return location.placeName;
   if (!location.isValid()) return {};
-  QString name = placeNameForLocation(location);
-  if (!name.isEmpty()) return name;
+  const QString name = placeNameForLocation(location);
+  return name.isEmpty() ? coordinates(location) : name;
+}
+
+QString QLLocationFormatter::coordinates(const QLLocation& location) {
   return coordinate(location.latitude, u'N', u'S') + u", "_s + coordinate(location.longitude, u'E', u'W');
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qlcore/QLLocation.h"
+#include "qlcore/services/PlaceTable.h"
 
 #include <QLocale>
 #include <QString>
@@ -17,6 +18,11 @@ class QLLocationFormatter {
   // The location's own name where it has one; else the nearest place's, "Berlin, Germany"; else, farther than 50 km
   // from any, the coordinates, "46.20° N, 9.02° E". Empty when the coordinates are none.
   [[nodiscard]] QString localLocationStringForLocation(const QLLocation& location) const;
+
+  // "Berlin, Germany"; a city state is named once.
+  [[nodiscard]] QString nameOfPlace(const PlaceTable::Place& place) const;
+  // "46.20° N, 9.02° E".
+  [[nodiscard]] static QString coordinates(const QLLocation& location);
 
   // The nearest place's name alone; empty where there is none within 50 km or the coordinates are none. The first use
   // in the process loads the table of places.

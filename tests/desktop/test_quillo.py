@@ -5,10 +5,14 @@ import os
 import plistlib
 import signal
 import subprocess
+from datetime import datetime
+from pathlib import Path
 
 from desktop import press, program, run, type_text, wait_active, wait_until, window, windows_named
 from quillo import AgentTestCase, keep_picture
+from weather_service import WeatherService
 
+FIXES = Path(__file__).parent.parent / "data/nmea/improving.nmea"
 TITLE = " — Quillo$"
 
 
@@ -47,6 +51,46 @@ class QuilloTest(AgentTestCase):
         keep_picture("quillo-list")
         os.kill(quillo.pid, signal.SIGTERM)
         self.assertEqual(quillo.wait(), 0)
+
+    def test_details_by_keys(self):
+        self.ctl("entry", "add", "--on", "2026-11-24T18:42", "Landed #travel")
+        self.ctl("entry", "add", "--on", "2026-11-20", "Packed")
+        self.start_quillo()
+        wait_active(self.window)
+        press("ctrl+i", *["Tab"] * 6)  # past the parts of the date
+        type_text("tok")
+        press("Return")
+        landed = lambda: next(entry for entry in self.entries() if entry["text"].startswith("Landed"))
+        wait_until(lambda: landed()["timeZone"] == "Asia/Tokyo", "the zone")
+        self.assertEqual(landed()["creationDate"], datetime(2026, 11, 24, 9, 42))
+        press("Tab", "End")
+        type_text(", jap")
+        press("Tab")
+        type_text("tokyo")
+        press("Return")
+        wait_until(lambda: "location" in landed(), "the place")
+        self.assertEqual((landed()["tags"], landed()["location"]["placeName"]), (["travel", "jap"], "Tokyo, Japan"))
+        keep_picture("quillo-details")
+        press("ctrl+z")
+        wait_until(lambda: "location" not in landed(), "the place gone again")
+        # From the strip to the text, to the list, and in it to the next.
+        press("Escape", "Escape", "Down", "Return", "ctrl+End")
+        type_text(", twice")
+        wait_until(lambda: "Packed, twice" in self.texts(), "the other entry")
+
+    def test_a_new_entry_gets_place_and_weather(self):
+        service = WeatherService(temperature=18.4, symbol="partlycloudy_day")
+        self.addCleanup(service.close)
+        own = self.home / ".config/quillo/com.quilloapp.quillo.plist"
+        own.parent.mkdir(parents=True, exist_ok=True)
+        own.write_bytes(plistlib.dumps({"WeatherServiceURL": service.url, "LocationNMEASource": str(FIXES)}))
+        self.start_quillo("quillo://post")
+        type_text("Here I am")
+        wait_until(lambda: any("weather" in entry for entry in self.entries()), "place and weather")
+        [entry] = self.entries()
+        self.assertIn("Berlin", entry["location"]["placeName"])
+        self.assertEqual(entry["weather"]["temperature"], 18.4)
+        keep_picture("quillo-place")
 
     def test_one_instance_answers_urls(self):
         identifier = self.ctl("entry", "add", "An old one").strip()

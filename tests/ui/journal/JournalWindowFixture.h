@@ -10,10 +10,12 @@
 #include "journal/views/SearchField.h"
 #include "journal/views/StatusRow.h"
 #include "journal/views/TimelineView.h"
+#include "platform/Registration.h"
 #include "tests/support/EntryFixture.h"
 #include "tests/support/EventLoop.h"
 
 #include <QTest>
+#include <QTimer>
 
 namespace quillo {
 
@@ -47,8 +49,13 @@ class JournalWindowTest : public EntryTest {
                                .usageTracker = &QLMixpanelTracker::sharedInstance,
                                .journalFile = [this] { return library.package(); },
                                .emptyJournalEntry = [] { return QLJournalEntryFile::newEntry(); },
+                               .tags =
+                                   [this](auto answer) {
+                                     QTimer::singleShot(0, window.get(), [this, answer] { answer(tagsInUse); });
+                                     return std::make_unique<Registration>([] {});
+                                   },
                                .deletesEmptiedEntries = false},
-                   .place = {.config = config},
+                   .place = {.config = config, .makeLocationManager = makeLocationManager(), .weather = &weather},
                    .text = {.defaults = defaults, .localCenter = center, .spellChecker = speller}},
         .defaults = defaults,
         .weatherText = [](const QLWeather&) { return u"mild"_s; },
@@ -79,6 +86,7 @@ class JournalWindowTest : public EntryTest {
   NotificationCenter center;
   SpellChecker speller{{}};
   int fontSize{16};
+  QStringList tagsInUse;
   JournalLibrary library{{.location = [this] { return config.configuredJournalFileURL(); },
                           .makeReader = [](const QLJournalPackageFile& of) -> std::unique_ptr<JournalReader> {
                             return std::make_unique<IndexedJournalReader>(of);

@@ -224,6 +224,8 @@ TEST_F(JournalWindowTest, FollowsTheDesktopIntoTheDark) {
   QApplication::setPalette(dark);
   handlePendingEvents();
   EXPECT_EQ(ground(), QColor(0x1f2226));
+  window->commands().details->trigger();
+  handlePendingEvents();
   if (const QString folder = qEnvironmentVariable("QUILLO_PICTURES"); !folder.isEmpty())
     window->grab().save(folder + u"/journal-dark.png"_s);
   QApplication::setPalette(before);

@@ -4,14 +4,17 @@
 #include "preferences/controls/FormRow.h"
 #include "reminders/ReminderInterval.h"
 #include "reminders/ReminderRule.h"
+#include "tests/support/EventLoop.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QTableView>
+#include <QWheelEvent>
 
 namespace quillo {
 namespace {
@@ -224,6 +227,43 @@ TEST_F(PreferencesTest, AnotherJournalIsChosenAndFolderShown) {
   EXPECT_EQ(config.configuredJournalFileURL(), second);
   EXPECT_EQ(distributed.posted, QStringList{Notice::journalPackagePathDidChange});
   EXPECT_EQ(field<QLabel>(Key::journalPackageURL)->text(), u"Second"_s);
+}
+
+TEST_F(PreferencesTest, TheJournalMovesToAnotherFolder) {
+  QLJournalEntryFile::newEntry()->saveToJournal(QLJournalPackageFile::openPackage(journalURL, false, nullptr).get(),
+                                                nullptr);
+  ASSERT_TRUE(QDir().mkpath(home.path(u"elsewhere"_s)));
+  open(Page::Journal);
+  QTest::mouseClick(field(u"moveJournal"_s), Qt::LeftButton);
+  auto* panel = window->findChild<QFileDialog*>(u"movePanel"_s);
+  ASSERT_NE(panel, nullptr);
+  panel->setDirectory(home.path(u"elsewhere"_s));
+  panel->findChild<QLineEdit*>()->setText(home.path(u"elsewhere"_s));
+  QTest::keyClick(panel, Qt::Key_Return);
+  EXPECT_FALSE(field(u"moveJournal"_s)->isEnabled()) << "one move at a time";
+  const QUrl moved = QUrl::fromLocalFile(home.path(u"elsewhere/J.quillojournal"_s));
+  EXPECT_TRUE(runUntil([&] { return config.configuredJournalFileURL() == moved; }));
+  EXPECT_TRUE(distributed.posted.contains(QString(Notice::journalPackagePathDidChange)));
+  EXPECT_TRUE(runUntil([&] { return field(u"moveJournal"_s)->isEnabled(); }));
+  EXPECT_EQ(errorBeside(field(u"moveJournal"_s)), QString());
+  journalURL = moved;
+  EXPECT_EQ(entries().size(), 1);
+}
+
+// A wheel that scrolls the page goes over the fields.
+TEST_F(PreferencesTest, TheWheelChangesNoFieldThatHasNotTheKeyboard) {
+  open(Page::PlaceAndWeather);
+  auto* scale = field<QComboBox>(Key::useFahrenheitTempScale);
+  const auto turnWheel = [scale] {
+    const QPointF middle = scale->rect().center();
+    QWheelEvent event(middle, scale->mapToGlobal(middle), {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(scale, &event);
+  };
+  turnWheel();
+  EXPECT_EQ(scale->currentText(), u"Celsius"_s);
+  scale->setFocus();
+  turnWheel();
+  EXPECT_EQ(scale->currentText(), u"Fahrenheit"_s);
 }
 
 TEST_F(PreferencesTest, EverySettingCanBeTypedAsATable) {

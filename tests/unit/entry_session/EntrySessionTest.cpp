@@ -189,6 +189,61 @@ TEST_F(EntrySessionTest, UnsavedTextMovesToTheNextEditorAndItsJournal) {
   EXPECT_EQ(editor->text.content, QString());
 }
 
+TEST_F(EntrySessionTest, DetailsGoWithTheFirstSaveAndWithEachLaterOne) {
+  const auto change = [this](auto act) {
+    EntryDetails details = editor->session.details();
+    act(details);
+    return editor->session.setDetails(details, nullptr);
+  };
+  const Date then = Date::since1970(1394485200);
+  EXPECT_TRUE(change([&](EntryDetails& details) {
+    details.creationDate = then;
+    details.tags = {u"hand"_s};
+  }));
+  EXPECT_EQ(texts(), QStringList());
+  write(u"A day ago #walk"_s);
+  ASSERT_EQ(entries().size(), 1);
+  EXPECT_EQ(entries().first()->creationDate(), then);
+  EXPECT_EQ(entries().first()->tags(), (QStringList{u"hand"_s, u"walk"_s}));
+
+  // Taken out by hand, it does not come back with the next word.
+  EXPECT_TRUE(change([](EntryDetails& details) { details.tags.removeAll(u"walk"_s); }));
+  const auto theirs = entries().first();
+  EXPECT_EQ(theirs->tags(), QStringList{u"hand"_s});
+  theirs->setLocation(*berlin());
+  theirs->setTags({u"hand"_s, u"theirs"_s});
+  ASSERT_TRUE(theirs->saveToJournal(nullptr, nullptr));
+  write(u" and home"_s);
+  EXPECT_TRUE(change([](EntryDetails& details) { details.timeZone = u"Asia/Tokyo"_s; }));
+  EXPECT_EQ(entries().first()->tags(), (QStringList{u"hand"_s, u"theirs"_s}));
+  EXPECT_EQ(entries().first()->location(), *berlin());
+  EXPECT_EQ(entries().first()->timeZone(), u"Asia/Tokyo"_s);
+  EXPECT_EQ(editor->session.details().location, *berlin());
+
+  // What cannot be saved is saved the next time.
+  const QString entriesFolder = journalURL.toLocalFile() + u"/Entries"_s;
+  ASSERT_TRUE(QFile::rename(entriesFolder, entriesFolder + u".away"_s));
+  QFile inTheWay(entriesFolder);
+  ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+  EXPECT_FALSE(change([](EntryDetails& details) { details.location.reset(); }));
+  EXPECT_TRUE(editor->session.isUnsaved());
+  ASSERT_TRUE(inTheWay.remove());
+  ASSERT_TRUE(QFile::rename(entriesFolder + u".away"_s, entriesFolder));
+  EXPECT_TRUE(editor->save());
+  EXPECT_EQ(entries().first()->location(), std::nullopt);
+}
+
+TEST_F(EntrySessionTest, TheDayOfAnEntryOutlivesACrashBeforeItsFirstSave) {
+  EntryDetails details = editor->session.details();
+  details.creationDate = Date::since1970(1394485200);
+  EXPECT_TRUE(editor->session.setDetails(details, nullptr));
+  editor->type(u"not saved yet"_s);
+  EXPECT_TRUE(runUntil([this] { return QFile::exists(draftPath); }));
+  startAnew();
+  EXPECT_TRUE(editor->save());
+  EXPECT_EQ(entries().first()->creationDate(), details.creationDate);
+}
+
 using EntryPlaceTest = EntrySessionTest;
 
 TEST_F(EntryPlaceTest, ImprovingFixesAskForTheWeatherOnceAndTheLastWordIsToldOf) {

@@ -45,6 +45,27 @@ TEST(Hashtags, AreFoundInAnyScript) {
   for (const auto& [text, tags] : cases) EXPECT_EQ(hashtags(text), tags) << text.toStdString();
 }
 
+TEST(Hashtags, ComeAndGoAmongTheTagsWithTheText) {
+  const struct {
+    QStringList tags;
+    QString before, after;
+    QStringList expected;
+  } cases[] = {
+      {{}, u""_s, u"#one #two"_s, {u"one"_s, u"two"_s}},
+      {{u"one"_s, u"two"_s}, u"#one #two"_s, u"#two"_s, {u"two"_s}},
+      // Given by hand.
+      {{u"hand"_s, u"one"_s}, u"#one"_s, u"none"_s, {u"hand"_s}},
+      {{u"One"_s}, u"text"_s, u"#one"_s, {u"One"_s}},
+      // Taken out by hand: it comes back where it is written anew.
+      {{}, u"#one"_s, u"#one and more #two"_s, {u"two"_s}},
+      {{}, u"#one"_s, u"nothing"_s, {}},
+      {{}, u"nothing"_s, u"#one"_s, {u"one"_s}},
+      {{u"Work"_s}, u"#Work"_s, u"#work"_s, {u"work"_s}},
+  };
+  for (const auto& [tags, before, after, expected] : cases)
+    EXPECT_EQ(tagsAfterEditing(tags, before, after), expected) << before.toStdString() << after.toStdString();
+}
+
 TEST(Hashtags, OfAHugeTextTakeLinearTime) {
   const QString texts[] = {QString(2'000'000, u'#'), u"#"_s + QString(2'000'000, u'1'), u"#a"_s.repeated(1'000'000),
                            u"#1-"_s.repeated(700'000), u" #a"_s + QString(2'000'000, u'-')};

@@ -64,7 +64,66 @@ TEST_F(QLJournalEntryFileTest, ANewEntryCanBeOfAnotherTime) {
   ASSERT_TRUE(entry->saveToJournal(package.get(), nullptr));
   EXPECT_EQ(reread(entry->uuid())->creationDate(), Date(1000));
   EXPECT_GE(reread(entry->uuid())->modificationDate(), begun);
-  EXPECT_FALSE(entry->setCreationDate(begun));
+  EXPECT_FALSE(entry->setCreationDate(Date(1e300)));
+}
+
+TEST_F(QLJournalEntryFileTest, OfDetailsOnlyWhatWasChangedHereIsWritten) {
+  const Date first(0), second(86400), third(172800);
+  const QLLocation bergen{60.39, 5.32, u"Bergen"_s};
+  struct Details {
+    Date date;
+    QString zone;
+    QStringList tags;
+    std::optional<QLLocation> place;
+    std::optional<QLWeather> weather;
+    bool operator==(const Details&) const = default;
+  };
+  const Details before{first, u"Europe/Oslo"_s, {u"one"_s}, oslo, rain};
+  const Details moved{second, u"Asia/Tokyo"_s, {u"two"_s}, bergen, {}};
+  const struct {
+    const char* name;
+    Details theirs, ours, expected;
+  } cases[] = {
+      {"ours alone", before, moved, moved},
+      {"theirs alone", moved, before, moved},
+      {"date here, place there",
+       {first, u"Europe/Oslo"_s, {u"one"_s}, {}, {}},
+       {second, u"Asia/Tokyo"_s, {u"one"_s}, oslo, rain},
+       {second, u"Asia/Tokyo"_s, {u"one"_s}, {}, {}}},
+      {"tags of both",
+       {first, u"Europe/Oslo"_s, {u"one"_s, u"theirs"_s}, oslo, rain},
+       {first, u"Europe/Oslo"_s, {u"ours"_s}, oslo, rain},
+       {first, u"Europe/Oslo"_s, {u"theirs"_s, u"ours"_s}, oslo, rain}},
+      {"the last one of both",
+       {third, u"Europe/Rome"_s, {u"one"_s}, {}, rain},
+       {second, u"Asia/Tokyo"_s, {u"one"_s}, bergen, rain},
+       {second, u"Asia/Tokyo"_s, {u"one"_s}, bergen, rain}},
+  };
+  const auto set = [](QLJournalEntryFile& entry, const Details& details) {
+    EXPECT_TRUE(entry.setCreationDate(details.date));
+    entry.setTimeZone(details.zone);
+    entry.setTags(details.tags);
+    entry.setLocation(details.place);
+    entry.setWeather(details.weather);
+  };
+  const auto detailsOf = [](const QLJournalEntryFile& entry) {
+    return Details{entry.creationDate(), entry.timeZone(), entry.tags(), entry.location(), entry.weather()};
+  };
+  for (const auto& [name, theirs, ours, expected] : cases) {
+    SCOPED_TRACE(name);
+    const auto here = saved(u"text"_s);
+    set(*here, before);
+    ASSERT_TRUE(here->saveToJournal(package.get(), nullptr));
+    const auto there = reread(here->uuid());
+    set(*there, theirs);
+    there->setString(u"their text"_s);
+    ASSERT_TRUE(there->saveToJournal(package.get(), nullptr));
+    set(*here, ours);
+    ASSERT_TRUE(here->saveToJournal(package.get(), nullptr));
+    EXPECT_EQ(detailsOf(*reread(here->uuid())), expected);
+    EXPECT_EQ(detailsOf(*here), expected);
+    EXPECT_EQ(reread(here->uuid())->string(), u"their text"_s);
+  }
 }
 
 TEST_F(QLJournalEntryFileTest, KeepsWhatAnotherWriterAddedSinceItWasRead) {

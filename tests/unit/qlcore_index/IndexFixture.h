@@ -10,6 +10,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -46,6 +48,22 @@ class IndexFixture : public testing::Test {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
     file.close();
     ASSERT_EQ(std::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(path).constData()), 0);
+  }
+
+  // In the file itself, as some editors do: nothing of it shows in the folder.
+  void writeInPlace(int number, const QByteArray& bytes) const {
+    QFile file(pathOf(number));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.resize(bytes.size()) && file.write(bytes) == bytes.size());
+  }
+  // Until the folder's names are old enough for its time to be trusted, and noted as known.
+  void settle(JournalSearchIndex& index) const {
+    QThread::msleep(2100);
+    index.bringUpToDate();
+    QProcess shell;
+    shell.start(QStringLiteral("sqlite3"),
+                {databases().value(0), QStringLiteral("SELECT count(*) FROM setting WHERE name = 'names'")});
+    shell.waitForFinished();
+    EXPECT_EQ(shell.readAllStandardOutput().trimmed(), "1");
   }
 
   static JournalQuestion question(const QString& typed) {

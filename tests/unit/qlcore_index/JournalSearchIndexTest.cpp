@@ -182,6 +182,55 @@ TEST_F(JournalSearchIndexTest, NoticesAChangeThatTheClockDoesNotShow) {
   EXPECT_EQ(found(index), QStringList{u"bbbb"_s});
 }
 
+// A folder whose time has not moved is not read again, but each of its files is looked at.
+TEST_F(JournalSearchIndexTest, NoticesEveryChangeInAFolderThatHasSettled) {
+  const QString lower = package->entriesFolder() + u'/' + uuidOf(0xA1).toLower() + u".plist"_s;
+  for (int i = 1; i < 5; ++i) write(i, u"text%1"_s.arg(i), 1'700'000'000 - i);
+  write(0xA1, u"upper"_s, 1'600'000'000);
+  ASSERT_TRUE(QFile::copy(pathOf(0xA1), lower));
+  writeBytes(package->entriesFolder() + u"/notes.plist"_s, "x");
+  writeBytes(pathOf(9), "half");
+  auto index = std::make_unique<JournalSearchIndex>(*package);
+  index->bringUpToDate();
+  settle(*index);
+  const QByteArray entry = contentsOfFile(pathOf(1)).value_or("");
+  struct Step {
+    std::function<void()> change;
+    QStringList found;
+    int damaged;
+  };
+  const Step steps[] = {
+      {[] {}, {u"text1"_s, u"text2"_s, u"text3"_s, u"text4"_s, u"upper"_s}, 3},
+      {[&] { writeInPlace(1, QByteArray(entry).replace("text1", "other")); },
+       {u"other"_s, u"text2"_s, u"text3"_s, u"text4"_s, u"upper"_s},
+       3},
+      {[&] { writeInPlace(2, "broken"); }, {u"other"_s, u"text3"_s, u"text4"_s, u"upper"_s}, 4},
+      {[&] { writeInPlace(2, QByteArray(entry).replace("text1", "mended")); },
+       {u"mended"_s, u"other"_s, u"text3"_s, u"text4"_s, u"upper"_s},
+       3},
+      {[&] { writeInPlace(9, QByteArray(entry).replace("text1", "whole")); },
+       {u"mended"_s, u"other"_s, u"text3"_s, u"text4"_s, u"upper"_s, u"whole"_s},
+       2},
+      {[&] { QFile::remove(pathOf(3)); }, {u"mended"_s, u"other"_s, u"text4"_s, u"upper"_s, u"whole"_s}, 2},
+      {[&] { QFile::remove(pathOf(0xA1)); }, {u"mended"_s, u"other"_s, u"text4"_s, u"upper"_s, u"whole"_s}, 1},
+      {[&] { QFile::rename(pathOf(4), pathOf(5)); }, {u"mended"_s, u"other"_s, u"text4"_s, u"upper"_s, u"whole"_s}, 1},
+  };
+  int number = 0;
+  for (const Step& step : steps) {
+    SCOPED_TRACE(++number);
+    step.change();
+    // By the one that is open, and by one that begins.
+    for (int turn = 0; turn < 2; ++turn) {
+      index->bringUpToDate();
+      QStringList now = found(*index);
+      now.sort();
+      EXPECT_EQ(now, step.found);
+      EXPECT_EQ(index->damagedEntries().size(), step.damaged);
+      index = std::make_unique<JournalSearchIndex>(*package);
+    }
+  }
+}
+
 TEST_F(JournalSearchIndexTest, IsForTheUserAloneAndKeepsNoDeletedText) {
   const ::mode_t before = ::umask(0);
   write(1, u"harmless"_s);
@@ -344,6 +393,19 @@ TEST_F(JournalSearchIndexTest, FindsUnfinishedWordsInALargeJournal) {
     for (const auto& [typed, total] : totals) EXPECT_EQ(index.ask(question(typed)).total, total) << typed.toStdString();
   };
   expectTotals(0);
+  // Of very many only the newest are ranked; page by page each comes once, the others behind them.
+  JournalQuestion best = question(u"the"_s);
+  best.order = JournalQuestion::Order::BestFirst;
+  best.limit = 900;
+  QStringList uuids;
+  for (best.offset = 0; best.offset < 7200; best.offset += best.limit) {
+    const JournalAnswer answer = index.ask(best);
+    EXPECT_EQ(answer.total, count);
+    for (const IndexedEntry& entry : answer.entries) uuids << entry.uuid;
+  }
+  EXPECT_EQ(uuids.size(), count);
+  EXPECT_EQ(QSet<QString>(uuids.begin(), uuids.end()).size(), count);
+  EXPECT_EQ(uuids.last(), uuidOf(0));
   for (int i = 0; i < 8; i += 4) {
     write(2 * i, u"zebra"_s, 1'700'000'000 + 2 * i);
     index.bringUpToDate({uuidOf(2 * i) + u".plist"_s});

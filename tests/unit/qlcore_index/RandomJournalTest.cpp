@@ -118,6 +118,19 @@ class RandomJournalTest : public IndexFixture {
     changed << uuidOf(number) + u".plist"_s;
   }
 
+  // One entry's file becomes as another's is, or damaged.
+  void changeInPlace() {
+    const int number = below(60);
+    const int other = below(60);
+    if (!QFile::exists(pathOf(number))) return;
+    const bool isWhole = model.contains(uuidOf(other));
+    writeInPlace(number, isWhole ? contentsOfFile(pathOf(other)).value_or("") : QByteArray("half of an ent"));
+    if (isWhole)
+      model[uuidOf(number)] = model[uuidOf(other)];
+    else
+      model.remove(uuidOf(number));
+  }
+
   struct Condition {
     QString typed;
     std::function<bool(const ModelEntry&)> holds;
@@ -230,6 +243,14 @@ TEST_F(RandomJournalTest, IsAnsweredAsByLookingThroughAllEntries) {
       index->bringUpToDate();
     if (below(6) == 0)
       while (index->tidyUp()) continue;
+    compare(*index);
+  }
+  // Nothing but changes within the files, which the folder does not show.
+  settle(*index);
+  for (int turn = 0; turn < 20 && !HasFatalFailure(); ++turn) {
+    for (int i = below(8); i > 0; --i) changeInPlace();
+    if (below(5) == 0) index = std::make_unique<JournalSearchIndex>(*package);
+    index->bringUpToDate();
     compare(*index);
   }
   EXPECT_FALSE(index->isInMemory());
