@@ -10,10 +10,17 @@ import sys
 import time
 from pathlib import Path
 
-from desktop import Program, press, program, run, screenshot, type_text, wait_active, wait_until, window
+from desktop import Program, press, program, run, screenshot, type_text, wait_active, wait_until, window, window_rect
 from quillo import agent_of, quilloctl, walk_through_first_start
 
 TEXT = "Walked the long way home along the river. The light was already gone but the water kept a little of it. #evening"
+
+
+def list_of_entries():
+    """What Quillo's window shows in the middle, below the entry window: that there is nothing yet, or else nothing."""
+    x, y, width, height = window_rect(window(" — Quillo$"))
+    part = f"{width // 5}x{height // 3}+{x + width * 3 // 10}+{y + height * 4 // 10}"
+    return run("convert", "x:root", "-crop", part, "-format", "%#", "info:")
 
 
 def main():
@@ -37,13 +44,15 @@ def main():
         print("The quill is in the tray and its window open; typing", flush=True)
         type_text(TEXT)
         screenshot(entry_picture)
+        empty_list = list_of_entries()
         press("ctrl+Return")
         agent.wait_closed()
         entry = quilloctl(home, "entry", "list", "--limit", "1").split()[0]
         run("xdotool", "windowactivate", "--sync", window(" — Quillo$"))
         wait_active(window(" — Quillo$"))
-        # The window hears of the new file by itself.
-        time.sleep(1.5)
+        # The window hears of the new file by itself: the list is another then.
+        wait_until(lambda: list_of_entries() != empty_list, "the entry in the list")
+        time.sleep(0.5)
         screenshot(journal_picture)
     finally:
         if agent:
