@@ -339,6 +339,7 @@ void JournalWindow::editDetails() {
 }
 
 void JournalWindow::saveText() {
+  m_view.editor->commitDetails();
   m_view.editor->save();
 }
 

@@ -224,9 +224,14 @@ void EntryDetailsView::forgetTyping() {
 }
 
 void EntryDetailsView::commit() {
+  // A change that is told of fills the other fields; only one is being typed into.
+  m_when->interpretText();
   takeReading();
+  takeZone(Takes::WholeName);
   takeTags();
+  takePlace(Takes::WholeName);
   takeName();
+  forgetTyping();
 }
 
 void EntryDetailsView::beginEditing(Field field) {
