@@ -81,6 +81,7 @@ class EntryDetailsView : public QFrame {
   SuggestingField* m_tags;
   SuggestingField* m_place;
   QLineEdit* m_name;
+  QWidget* m_buttons;
   QPushButton* m_noPlace;
   QPushButton* m_done;
   // While the reading is stepped through with a key that is held down.
