@@ -4,6 +4,7 @@
 #include "about/LegalWindowController.h"
 #include "about/LinkStyle.h"
 #include "about/ProductInformation.h"
+#include "about/ProgramIdentity.h"
 #include "controls/Coordinates.h"
 #include "controls/CustomCursorButton.h"
 #include "controls/Fonts.h"
@@ -46,6 +47,7 @@ AboutWindowController::~AboutWindowController() {
 void AboutWindowController::awakeFromNib() {
   m_ui->setupUi(m_window.get());
   m_window->setFixedSize(m_window->size());
+  m_window->setWindowIcon(programIcon());
   m_window->installEventFilter(this);
 
   QFont titleFont = textFont(20, QFont::DemiBold);

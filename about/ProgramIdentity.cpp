@@ -15,10 +15,11 @@ Bundle programBundle(const QString& identifier, const QString& version) {
            {InfoKey::copyright, QString(ProductInformation::copyright)}}};
 }
 
-QIcon programIcon() {
+QIcon programIcon(int largest) {
   QIcon icon;
   for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
-    icon.addFile(u":/quillo/icons/hicolor/%1x%1/apps/quillo-agent.png"_s.arg(size), QSize(size, size));
+    if (size <= largest)
+      icon.addFile(u":/quillo/icons/hicolor/%1x%1/apps/quillo-agent.png"_s.arg(size), QSize(size, size));
   return icon;
 }
 

@@ -17,6 +17,8 @@
 #include <QApplication>
 #include <QMenu>
 
+#include <chrono>
+
 namespace quillo {
 
 using namespace Qt::StringLiterals;
@@ -24,6 +26,8 @@ using namespace Qt::StringLiterals;
 // What the crash reports are filed under, and whose they are.
 static constexpr QLatin1StringView crashReportIdentifier{"4f1c9e07a2b85d3e6c0f91a7b2d4e853"};
 static constexpr QLatin1StringView companyName{"Tallowmere, LLC"};
+// The services for place and weather bring in libraries for the network and the position.
+static constexpr std::chrono::milliseconds firstSearchDelay{100};
 
 void QuilloAgentAppDelegate::initialize(QuilloConfig& config) {
   const QUrl directory = QUrl::fromLocalFile(config.groupLogsDirectoryURL().toLocalFile() + u"/Agent"_s);
@@ -282,6 +286,7 @@ void QuilloAgentAppDelegate::reloadEntryWindow() {
                                .workspace = &m_platform.workspace,
                                .outsideClicks = &m_platform.outsideClicks,
                                .makeLocationManager = m_platform.makeLocationManager,
+                               .firstSearchDelay = firstSearchDelay,
                                .weather = &m_platform.weather,
                                .compositorIsRunning = m_platform.compositorIsRunning,
                                .keepOutOfTaskBar = m_platform.keepOutOfTaskBar},

@@ -22,7 +22,7 @@ void Button::setButtonCell(std::unique_ptr<ButtonCell> cell) {
   if (!cell) return;
   const QString title = m_cell ? m_cell->title() : QString();
   m_cell = std::move(cell);
-  m_cell->setControlView(this);
+  m_cell->setDisplayHandler([this] { cellNeedsDisplay(); });
   m_cell->setClickHandler([this] { click(); });
   if (!title.isEmpty() && m_cell->title().isEmpty()) m_cell->setTitle(title);
   m_cell->setState(isChecked() ? CellState::On : CellState::Off);
@@ -30,6 +30,11 @@ void Button::setButtonCell(std::unique_ptr<ButtonCell> cell) {
   m_cell->setHighlighted(isDown());
   setPlainText(m_cell->title());
   updateGeometry();
+  cellNeedsDisplay();
+}
+
+void Button::cellNeedsDisplay() {
+  m_drawing.invalidate();
   update();
 }
 
@@ -60,9 +65,8 @@ QSize Button::sizeHint() const {
 }
 
 void Button::paintEvent(QPaintEvent* /*event*/) {
-  QPainter painter(this);
-  m_cell->drawWithFrame(painter, rect(), this);
-  if (m_showsFocusRing && hasFocus()) drawFocusRing(painter);
+  m_drawing.paint(*this, [this](QPainter& painter) { m_cell->drawWithFrame(painter, rect(), this); });
+  if (m_showsFocusRing && hasFocus()) drawFocusRing();
 }
 
 void Button::changeEvent(QEvent* event) {
@@ -87,7 +91,8 @@ void Button::focusOutEvent(QFocusEvent* event) {
   QAbstractButton::focusOutEvent(event);
 }
 
-void Button::drawFocusRing(QPainter& painter) const {
+void Button::drawFocusRing() {
+  QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setBrush(Qt::NoBrush);
   const QRectF ring = m_cell->focusRingRectForBounds(rect()).adjusted(2, 2, -2, -2);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controls/ButtonCell.h"
+#include "controls/CachedDrawing.h"
 
 #include <QAbstractButton>
 
@@ -48,9 +49,11 @@ class Button : public QAbstractButton {
 
  private:
   void setPlainText(const QString& title);
-  void drawFocusRing(QPainter& painter) const;
+  void cellNeedsDisplay();
+  void drawFocusRing();
 
   std::unique_ptr<ButtonCell> m_cell;
+  CachedDrawing m_drawing;
   QString m_imageName;
   int m_tag{0};
   bool m_showsFocusRing{false};

@@ -39,6 +39,8 @@ void ButtonCell::setAttributedAlternateTitle(AttributedString title) {
 }
 
 void ButtonCell::setImage(ImageRef image) {
+  // A button is given its picture anew at each showing.
+  if (image == m_image) return;
   m_image = std::move(image);
   needsDisplay();
 }
@@ -176,8 +178,8 @@ bool ButtonCell::showsAlternate() const {
          (m_highlighted && (m_highlightsBy & ContentsCellMask));
 }
 
-void ButtonCell::needsDisplay() {
-  if (m_controlView) m_controlView->update();
+void ButtonCell::needsDisplay() const {
+  if (m_displayHandler) m_displayHandler();
 }
 
 }  // namespace quillo

@@ -4,7 +4,6 @@
 #include "controls/Image.h"
 
 #include <QPainter>
-#include <QPointer>
 #include <QWidget>
 
 #include <functional>
@@ -35,8 +34,8 @@ class ButtonCell {
   ButtonCell(const ButtonCell&) = delete;
   ButtonCell& operator=(const ButtonCell&) = delete;
 
-  // The view to redraw when the cell changes; the button sets itself. May be null.
-  void setControlView(QWidget* view) { m_controlView = view; }
+  // What is told when the cell looks different; the button sets it.
+  void setDisplayHandler(std::function<void()> handler) { m_displayHandler = std::move(handler); }
   // What a programmatic click does; the button sets it.
   void setClickHandler(std::function<void()> handler) { m_clickHandler = std::move(handler); }
 
@@ -92,12 +91,12 @@ class ButtonCell {
   // The picture and title to show in the present state.
   [[nodiscard]] const ImageRef& shownImage() const;
   [[nodiscard]] const AttributedString& shownTitle() const;
-  void needsDisplay();
+  void needsDisplay() const;
 
  private:
   [[nodiscard]] bool showsAlternate() const;
 
-  QPointer<QWidget> m_controlView;
+  std::function<void()> m_displayHandler;
   std::function<void()> m_clickHandler;
   AttributedString m_title;
   AttributedString m_alternateTitle;

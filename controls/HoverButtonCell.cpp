@@ -26,6 +26,16 @@ void HoverButtonCell::initializeCellProperties() {
   setImagePosition(CellImagePosition::ImageAbove);
 }
 
+void HoverButtonCell::setStandardBackground(ImageRef image) {
+  m_standardBackground = std::move(image);
+  needsDisplay();
+}
+
+void HoverButtonCell::setActiveBackground(ImageRef image) {
+  m_activeBackground = std::move(image);
+  needsDisplay();
+}
+
 void HoverButtonCell::setStandardImage(ImageRef image) {
   m_standardImage = std::move(image);
   setImage(m_standardImage);

@@ -3,6 +3,8 @@
 #include "controls/ButtonCell.h"
 #include "controls/TrackingArea.h"
 
+#include <QPointer>
+
 #include <memory>
 #include <optional>
 
@@ -23,9 +25,9 @@ class HoverButtonCell : public ButtonCell, public TrackingAreaOwner {
   [[nodiscard]] QWidget* trackingView() const { return m_trackingView; }
 
   [[nodiscard]] const ImageRef& standardBackground() const { return m_standardBackground; }
-  void setStandardBackground(ImageRef image) { m_standardBackground = std::move(image); }
+  void setStandardBackground(ImageRef image);
   [[nodiscard]] const ImageRef& activeBackground() const { return m_activeBackground; }
-  void setActiveBackground(ImageRef image) { m_activeBackground = std::move(image); }
+  void setActiveBackground(ImageRef image);
   [[nodiscard]] const ImageRef& standardImage() const { return m_standardImage; }
   void setStandardImage(ImageRef image);  // also the picture shown
   [[nodiscard]] const ImageRef& activeImage() const { return m_activeImage; }

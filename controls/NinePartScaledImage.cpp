@@ -18,6 +18,19 @@ Lines linesFor(double start, double end, double first, double last) {
   return {start, start + std::max(first, 0.0), end - std::max(last, 0.0), end};
 }
 
+// A part of a bitmap of 32 bits a pixel. Its pixels are the bitmap's own, which stay as long as the part does.
+QImage partOf(const QImage& bitmap, const QRect& rect) {
+  Q_ASSERT(bitmap.depth() == 32);
+  auto* const kept = new QImage(bitmap);
+  const uchar* const first = kept->constScanLine(rect.y()) + qsizetype{rect.x()} * 4;
+  // Nobody writes through it; of memory that is said to be constant, setting the ratio would make a copy.
+  QImage part(
+      const_cast<uchar*>(first), rect.width(), rect.height(), kept->bytesPerLine(), kept->format(),
+      [](void* image) { delete static_cast<QImage*>(image); }, kept);
+  part.setDevicePixelRatio(bitmap.devicePixelRatio());
+  return part;
+}
+
 bool isFinite(const QRectF& rect) {
   return std::isfinite(rect.x()) && std::isfinite(rect.y()) && std::isfinite(rect.width()) &&
          std::isfinite(rect.height());
@@ -82,7 +95,7 @@ NinePartScaledImage::Piece NinePartScaledImage::cut(QSizeF size, const std::vect
   Piece piece{rect.size(), {}, {}};
   // An empty or negative size, or one that is no number, leaves the piece without a bitmap.
   if (!isFinite(rect) || !(rect.width() > 0) || !(rect.height() > 0)) return piece;
-  // Only what lies inside the source is copied: a point far outside must not cost memory.
+  // Only what lies inside the source: there are no pixels outside.
   const QRectF inside = rect & QRectF(QPointF(0, 0), size);
   if (inside.isEmpty()) return piece;
   piece.content = QRectF(inside.x() - rect.x(), rect.y() + rect.height() - inside.y() - inside.height(), inside.width(),
@@ -95,7 +108,7 @@ NinePartScaledImage::Piece NinePartScaledImage::cut(QSizeF size, const std::vect
     const int right = qRound((inside.x() + inside.width()) * ratio);
     const int bottom = qRound((size.height() - inside.y()) * ratio);
     if (right <= x || bottom <= y) continue;
-    piece.bitmaps.push_back(bitmap.copy(x, y, right - x, bottom - y));
+    piece.bitmaps.push_back(partOf(bitmap, QRect(x, y, right - x, bottom - y)));
   }
   return piece;
 }

@@ -210,7 +210,15 @@ void AgentEntryWindowController::showEditor(bool reminder) {
   window().setScrollBorderFrame(reminder ? condensedScrollFrame : expandedScrollFrame);
   const bool locate = m_place.isAutomatic();
   window().ui().locationToggleButton->setChecked(locate);
-  if (locate) fetchLocationAndWeatherIfNeeded();
+  if (locate) fetchLocationOnceShown();
+}
+
+void AgentEntryWindowController::fetchLocationOnceShown() {
+  if (m_place.hasLocationManager() || m_services.firstSearchDelay.count() == 0)
+    return fetchLocationAndWeatherIfNeeded();
+  QTimer::singleShot(m_services.firstSearchDelay, this, [this] {
+    if (m_isShown && !m_isClosing && window().ui().locationToggleButton->isChecked()) fetchLocationAndWeatherIfNeeded();
+  });
 }
 
 void AgentEntryWindowController::layoutSnoozeButtonsAccordingToUserDefaults() {

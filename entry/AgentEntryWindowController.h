@@ -82,6 +82,7 @@ class AgentEntryWindowController : public QObject {
   void connectPlace();
   [[nodiscard]] bool haveAccessToJournalFile();
   void showEditor(bool reminder);
+  void fetchLocationOnceShown();
   void showReconnectPanel();
   // The snooze row by the unit in which reminders recur.
   void layoutSnoozeButtonsAccordingToUserDefaults();

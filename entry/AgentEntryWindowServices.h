@@ -5,6 +5,7 @@
 
 #include <qwindowdefs.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -44,6 +45,9 @@ struct AgentEntryWindowServices {
   OutsideClicks* outsideClicks{nullptr};
   // Called once, when a place is first wanted.
   std::function<std::unique_ptr<LocationService>()> makeLocationManager{};
+  // How long the first search waits once the window is shown, where making its service takes a while; then the window's
+  // first frame comes before.
+  std::chrono::milliseconds firstSearchDelay{0};
   WeatherService* weather{nullptr};
   // See EntryWindowDesktop.
   std::function<bool()> compositorIsRunning{};

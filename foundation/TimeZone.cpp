@@ -151,8 +151,10 @@ class TimeZone::Rules {
       m_future.offsetBefore = m_listed.offsetAt(m_endOfListed);
       int offset = m_future.offsetBefore;
       qint64 known = m_endOfListed - secondsPerDay;
+      // A rule that moves the clock does so every year.
+      const qint64 endOfFirstYear = m_endOfListed + 366 * secondsPerDay;
       // Ends: at most a century and a half of weeks.
-      while (known < m_endOfFuture) {
+      while (known < (m_future.list.empty() ? endOfFirstYear : m_endOfFuture)) {
         const qint64 next = known + 7 * secondsPerDay;
         if (const int offsetThen = offsetOfSystem(next); offsetThen != offset) {
           m_future.list.push_back({changeBetween(known, next, offset), offsetThen});

@@ -231,10 +231,12 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(u"quillo-agent"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(u"quillo-agent"_s);
-  // With the first window that a person sees: the tray's has no use for it.
+  // With the first window that a person sees: the tray's has no use for it. Small, as the entry window is in no list
+  // that shows large ones, and all of them would come before its first frame.
+  static constexpr int largestIcon = 64;
   QObject::connect(
       &application, &QGuiApplication::focusWindowChanged, &application,
-      [] { QApplication::setWindowIcon(programIcon()); }, Qt::SingleShotConnection);
+      [] { QApplication::setWindowIcon(programIcon(largestIcon)); }, Qt::SingleShotConnection);
   // There is no main window whose closing would mean the end.
   QApplication::setQuitOnLastWindowClosed(false);
   Bundle::setMainBundle(programBundle(Identifier::agent, QStringLiteral(QUILLO_VERSION)));

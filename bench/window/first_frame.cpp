@@ -4,6 +4,7 @@
 // when a tenth of the rows of pixels from a quarter of the window's height down are not of one colour.
 #include <xcb/xcb.h>
 
+#include <fcntl.h>
 #include <spawn.h>
 #include <unistd.h>
 
@@ -98,7 +99,8 @@ int main(int argc, char** argv) {
   // It must not keep our output open for whoever reads it.
   posix_spawn_file_actions_t files;
   posix_spawn_file_actions_init(&files);
-  posix_spawn_file_actions_adddup2(&files, STDERR_FILENO, STDOUT_FILENO);
+  for (const int output : {STDOUT_FILENO, STDERR_FILENO})
+    posix_spawn_file_actions_addopen(&files, output, "/dev/null", O_WRONLY, 0);
   if (posix_spawn(&process, argv[3], &files, nullptr, argv + 3, environ) != 0) return 1;
   std::optional<xcb_get_geometry_reply_t> window;
   Clock::time_point mapped;

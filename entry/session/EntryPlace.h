@@ -48,6 +48,8 @@ class EntryPlace : public QObject {
   // An answer about the weather that comes while it is not wanted is dropped. It is not at first.
   void setIsWanted(bool isWanted) { m_isWanted = isWanted; }
 
+  // Whether the service that searches is there already.
+  [[nodiscard]] bool hasLocationManager() const { return m_locationManager != nullptr; }
   // Starts a search for the place, and then its weather, unless one is on or the desktop does not allow it.
   void fetchLocationAndWeatherIfNeeded();
   // Asks for the weather where the entry is written. A failure leaves it as it is.

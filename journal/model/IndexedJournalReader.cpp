@@ -54,4 +54,8 @@ void IndexedJournalReader::filesDidChange(const QStringList& fileNames) {
   for (const QString& name : fileNames) m_index.noteChanged(name.section(u'.', 0, 0));
 }
 
+void IndexedJournalReader::lookAgain() {
+  if (!m_index.isWatching()) m_index.compare();
+}
+
 }  // namespace quillo

@@ -18,6 +18,7 @@ class IndexedJournalReader final : public JournalReader {
   void count(QObject* asker, const JournalQuestion& question, JournalCountBy by, Counted counted) override;
   void listDamaged(QObject* asker, Damaged listed) override;
   void filesDidChange(const QStringList& fileNames) override;
+  void lookAgain() override;
 
  private:
   // The index answers one question of each kind an asker, and goes on answering: each of ours has an asker of its own,

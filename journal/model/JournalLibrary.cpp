@@ -21,7 +21,7 @@ void JournalLibrary::reopen() {
   const auto location = m_services.location();
   if (!location) return close(State::NotConfigured, {});
   const bool isThere = QFileInfo(location->toLocalFile()).isDir();
-  if (m_state == State::Open && m_package->url() == *location && isThere) return;
+  if (m_state == State::Open && m_package->url() == *location && isThere) return m_reader->lookAgain();
   Error error;
   const auto package = QLJournalPackageFile::openPackage(*location, /*create=*/false, &error);
   if (!package) return close(State::Away, error.localizedDescription);

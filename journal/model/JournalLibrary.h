@@ -44,8 +44,8 @@ class JournalLibrary : public JournalReader {
   explicit JournalLibrary(Services services);
   ~JournalLibrary() override;
 
-  // Looks where the journal is and opens it, unless that very one is open and there. stateDidChange() tells of another
-  // state, and didChange() of another journal.
+  // Looks where the journal is and opens it, unless that very one is open and there: then what has changed in it is
+  // looked for, where need be. stateDidChange() tells of another state, and didChange() of another journal.
   void reopen();
   [[nodiscard]] State state() const { return m_state; }
   // Why it is away, in one sentence.

@@ -27,6 +27,8 @@ class JournalReader : public QObject {
   virtual void listDamaged(QObject* asker, Damaged listed) = 0;
   // These files of the folder of entries were changed by this program.
   virtual void filesDidChange(const QStringList& fileNames) = 0;
+  // The person has come back to it: where nobody tells of other programs' changes, they are looked for now.
+  virtual void lookAgain() {}
 
  Q_SIGNALS:
   void didChange();

@@ -10,8 +10,15 @@ namespace {
 
 // What a reader takes at a time.
 constexpr size_t portion = 64;
-// Text that may wait to be taken.
+// What may wait to be taken.
 constexpr qsizetype mostBytes = qsizetype{8} * 1024 * 1024;
+
+// Roughly, with all that belongs to it.
+qsizetype bytesOf(const FileReading& reading) {
+  constexpr qsizetype fixed = 1024;
+  if (!reading.entry) return fixed;
+  return fixed + reading.entry->text.size() + reading.entry->words.text.size() + reading.entry->words.marks.size();
+}
 
 }  // namespace
 
@@ -49,7 +56,7 @@ void EntryReaders::run() {
     const size_t end = std::min(from + portion, m_names.size());
     for (size_t i = from; i < end && !m_isStopped; ++i) {
       readings.push_back(reader.read(m_names[i]));
-      if (const auto& entry = readings.back().entry) bytes += entry->text.size() + entry->words.text.size();
+      bytes += bytesOf(readings.back());
       // One large entry is handed over at once.
       if (bytes > mostBytes / 8) hand(readings, std::exchange(bytes, 0));
     }

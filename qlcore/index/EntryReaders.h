@@ -43,7 +43,7 @@ class EntryReaders {
   std::condition_variable m_isRead;
   std::condition_variable m_hasRoom;
   std::vector<FileReading> m_read;
-  qsizetype m_bytes{0};  // of the texts in m_read
+  qsizetype m_bytes{0};  // of m_read
   unsigned m_running{0};
   std::vector<std::jthread> m_threads;
 };

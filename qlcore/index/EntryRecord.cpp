@@ -21,6 +21,14 @@ namespace {
 
 constexpr QChar tagSeparator(0x1F);
 
+// Takes no more room than it needs: the conversion makes room for three bytes a character, and very many records wait
+// at a time.
+QByteArray packed(const QString& text) {
+  QByteArray bytes = text.toUtf8();
+  bytes.squeeze();
+  return bytes;
+}
+
 // Gathers the words of an entry, and what its words begin with.
 class WordGatherer {
  public:
@@ -76,7 +84,7 @@ EntryWords EntryWords::of(const QString& text, const QStringList& tags, const QS
   QString joined;
   joined.reserve(text.size() + text.size() / 8);
   gatherer.add(text, joined);
-  words.text = joined.toUtf8();
+  words.text = packed(joined);
 
   QString marks = SearchMarks::everyEntry();
   QString tagWords;
@@ -86,14 +94,14 @@ EntryWords EntryWords::of(const QString& text, const QStringList& tags, const QS
     gatherer.add(tag, tagWords);
     marks += u' ' + SearchMarks::tag(tag);
   }
-  words.tags = tagWords.toUtf8();
+  words.tags = packed(tagWords);
   QString placeWords;
   gatherer.add(place, placeWords);
-  words.place = placeWords.toUtf8();
+  words.place = packed(placeWords);
 
   marks += u' ' + SearchMarks::dayOfYear(day) + u' ' + SearchMarks::year(day);
   gatherer.addMarks(marks);
-  words.marks = marks.toUtf8();
+  words.marks = packed(marks);
   return words;
 }
 
@@ -166,7 +174,7 @@ EntryRecord EntryReader::record(const QLJournalEntryFile& entry, const StampedFi
   const auto location = entry.location();
   const auto weather = entry.weather();
   record.place = location ? location->placeName : QString();
-  record.text = entry.string().toUtf8();
+  record.text = packed(entry.string());
   QDataStream stream(&record.details, QIODevice::WriteOnly);
   stream.setVersion(QDataStream::Qt_6_4);
   stream << entry.timeZone() << location.has_value();

@@ -86,8 +86,8 @@ void FolderScan::addName(const char* name, size_t length, quint64 inode) {
 }
 
 void FolderScan::takeNames(const KnownFiles& names) {
-  m_entries.reserve(names.entries().size() + static_cast<size_t>(names.damaged().size()));
-  for (const StampedFile& file : names.entries()) m_entries.push_back({file.key, {-1, 0, 0, file.stamp.inode}});
+  m_entries.reserve(static_cast<size_t>(names.count() + names.damaged().size()));
+  for (qsizetype i = 0; i < names.count(); ++i) m_entries.push_back(names.entry(i));
   for (auto file = names.damaged().cbegin(); file != names.damaged().cend(); ++file)
     addName(file.key().constData(), static_cast<size_t>(file.key().size()), file->inode);
 }

@@ -196,7 +196,7 @@ void IndexKeeper::startAnew() {
 }
 
 void IndexKeeper::useMemory(bool much) {
-  constexpr qint64 muchKiB = qint64{32} * 1024;
+  constexpr qint64 muchKiB = qint64{8} * 1024;
   m_database.run(u"PRAGMA cache_size = -%1"_s.arg(much ? std::max(muchKiB, m_place.cacheKiB) : m_place.cacheKiB));
   if (!much) m_database.run(u"PRAGMA shrink_memory"_s);
 }

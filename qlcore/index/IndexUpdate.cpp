@@ -134,18 +134,24 @@ IndexUpdate::Difference IndexUpdate::compare(const KnownFiles& known, const Fold
     if (damage == damaged.constEnd() || *damage != stamp) difference.toRead.push_back(name);
     damaged.remove(name);
   };
-  auto row = known.entries().cbegin();
-  const auto end = known.entries().cend();
+  // The next row that has no file yet.
+  qsizetype next = 0;
+  StampedFile row;
+  const auto advance = [&] {
+    if (next < known.count()) row = known.entry(next);
+    return next++ < known.count();
+  };
+  bool hasRow = advance();
   for (const StampedFile& file : scan.entries()) {
-    for (; row != end && row->key < file.key; ++row) difference.toRemove.push_back(row->key.fileName());
-    if (row == end || row->key != file.key) {
+    for (; hasRow && row.key < file.key; hasRow = advance()) difference.toRemove.push_back(row.key.fileName());
+    if (!hasRow || row.key != file.key) {
       readUnlessDamaged(file.key.fileName(), file.stamp);
       continue;
     }
-    if (row->stamp != file.stamp) difference.toRead.push_back(file.key.fileName());
-    ++row;
+    if (row.stamp != file.stamp) difference.toRead.push_back(file.key.fileName());
+    hasRow = advance();
   }
-  for (; row != end; ++row) difference.toRemove.push_back(row->key.fileName());
+  for (; hasRow; hasRow = advance()) difference.toRemove.push_back(row.key.fileName());
   for (auto other = scan.others().cbegin(); other != scan.others().cend(); ++other)
     readUnlessDamaged(other.key(), other.value());
   for (auto left = damaged.cbegin(); left != damaged.cend(); ++left) difference.toRemove.push_back(left.key());

@@ -129,7 +129,9 @@ void JournalFolderWatcher::folderMayDiffer(bool isStructure) {
 }
 
 void JournalFolderWatcher::mountsChanged() {
-  if (entriesIdentity() != m_identity) folderMayDiffer(/*isStructure=*/true);
+  // While the folder is missing, a disk may have covered the folders above that are watched for its coming.
+  const quint64 identity = entriesIdentity();
+  if (identity != m_identity || identity == 0) folderMayDiffer(/*isStructure=*/true);
 }
 
 void JournalFolderWatcher::tell() {

@@ -31,12 +31,7 @@ void JournalIndexService::setJournal(const std::optional<QUrl>& url) {
   ++m_opening;
   takeState(false, std::nullopt, false);
   if (!url) return;
-  // Watched first: what changes while it is read is told.
-  m_watcher = std::make_unique<JournalFolderWatcher>(QDir::cleanPath(url->toLocalFile()));
-  connect(m_watcher.get(), &JournalFolderWatcher::folderChanged, this, &JournalIndexService::compare);
-  connect(m_watcher.get(), &JournalFolderWatcher::filesChanged, this, [this](const QStringList& names) {
-    if (m_worker) m_worker->compare(names);
-  });
+  watch();  // first: what changes while it is read is told
   // Both come through the event loop; what a former worker told is not heard any more.
   const quint64 opening = m_opening;
   const auto inThisThread = [this, opening](auto work) {
@@ -60,6 +55,16 @@ void JournalIndexService::setJournal(const std::optional<QUrl>& url) {
     request->number = ++m_lastNumber;
     post(request.key());
   }
+}
+
+void JournalIndexService::watch() {
+  m_watcher = std::make_unique<JournalFolderWatcher>(QDir::cleanPath(m_journal->toLocalFile()));
+  connect(m_watcher.get(), &JournalFolderWatcher::folderChanged, this, [this] {
+    if (m_worker) m_worker->compare();
+  });
+  connect(m_watcher.get(), &JournalFolderWatcher::filesChanged, this, [this](const QStringList& names) {
+    if (m_worker) m_worker->compare(names);
+  });
 }
 
 void JournalIndexService::takeState(bool isUpToDate, const std::optional<Error>& error, bool hasNews) {
@@ -148,7 +153,10 @@ void JournalIndexService::noteChanged(const QString& uuid) {
 }
 
 void JournalIndexService::compare() {
-  if (m_worker) m_worker->compare();
+  if (!m_worker) return;
+  // What the kernel had run out of may be there again.
+  if (!isWatching()) watch();
+  m_worker->compare();
 }
 
 }  // namespace quillo

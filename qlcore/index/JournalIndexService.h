@@ -54,7 +54,8 @@ class JournalIndexService : public QObject {
 
   // A save or deletion of one's own: seen in answers without waiting for the file system to tell.
   void noteChanged(const QString& uuid);
-  // Compares all files anew, as when a window comes to the front and isWatching() is false.
+  // Compares all files anew, as when a window comes to the front and isWatching() is false; then it tries to watch
+  // again.
   void compare();
 
   // False until all files have been compared, and while that is going on.
@@ -82,6 +83,7 @@ class JournalIndexService : public QObject {
     std::function<void(const std::any&)> deliver;       // in this one
     bool isOnce{false};
   };
+  void watch();
   void request(QObject* asker, int kind, Request request);
   void post(const Key& key);
   void answered(const Key& key, quint64 number, const std::any& answer);

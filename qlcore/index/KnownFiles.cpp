@@ -1,6 +1,5 @@
 #include "qlcore/index/KnownFiles.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace quillo {
@@ -17,6 +16,20 @@ qint64 versionOf(IndexDatabase& database) {
 EntryFileStamp notedFolder(IndexDatabase& database) {
   const QByteArray noted = database.first(u"SELECT value FROM setting WHERE name = 'names'"_s).toByteArray();
   return StampedFile::decoded(noted).value_or(StampedFile()).stamp;
+}
+
+// Rows of an index that are read at a time.
+constexpr qsizetype portion = 2048;
+
+// Whether they are rows in ascending order, the first behind `last`.
+bool areRows(QByteArrayView bytes, QByteArrayView last) {
+  if (bytes.size() % StampedFile::size != 0) return false;
+  for (qsizetype at = 0; at < bytes.size(); at += StampedFile::size) {
+    const QByteArrayView row = bytes.sliced(at, StampedFile::size);
+    if (row <= last) return false;
+    last = row;
+  }
+  return true;
 }
 
 }  // namespace
@@ -39,9 +52,6 @@ void KnownFiles::read() {
 
 // Row by row, handing them over would take several times as long as finding them.
 void KnownFiles::readEntries() {
-  constexpr qint64 portion = 2048;
-  std::vector<QByteArray> portions;
-  size_t count = 0;
   QByteArray last("");
   // Each portion begins behind the one before it.
   while (true) {
@@ -51,22 +61,19 @@ void KnownFiles::readEntries() {
                                      "(SELECT file FROM entry WHERE file > ? ORDER BY file LIMIT ?)"_s,
                                      {last, portion})
                                  .toByteArray();
-    if (bytes.isEmpty()) break;
-    if (bytes.size() % StampedFile::size != 0 || bytes.last(StampedFile::size) <= last)
-      return m_database.fail(IndexFailure::Damaged, u"a row has no file"_s);
+    if (bytes.isEmpty()) return;
+    // A full one comes before others; and the database's library promises no order of what it joins.
+    const bool isWhole = m_count % portion == 0 && areRows(bytes, last);
+    if (!isWhole) return m_database.fail(IndexFailure::Damaged, u"a row has no file"_s);
     last = bytes.last(StampedFile::size);
-    count += static_cast<size_t>(bytes.size() / StampedFile::size);
-    portions.push_back(bytes);
+    m_count += bytes.size() / StampedFile::size;
+    m_portions.push_back(bytes);
   }
-  m_entries.reserve(count);
-  for (QByteArray& bytes : portions) {
-    for (qsizetype at = 0; at < bytes.size(); at += StampedFile::size)
-      m_entries.push_back(*StampedFile::decoded(QByteArrayView(bytes).sliced(at, StampedFile::size)));
-    bytes.clear();
-  }
-  const auto isBefore = [](const StampedFile& a, const StampedFile& b) { return a.key < b.key; };
-  if (!std::is_sorted(m_entries.begin(), m_entries.end(), isBefore))
-    m_database.fail(IndexFailure::Damaged, u"the rows are out of order"_s);
+}
+
+StampedFile KnownFiles::entry(qsizetype number) const {
+  const QByteArray& bytes = m_portions[static_cast<size_t>(number / portion)];
+  return *StampedFile::decoded(QByteArrayView(bytes).sliced(number % portion * StampedFile::size, StampedFile::size));
 }
 
 void KnownFiles::readDamaged() {

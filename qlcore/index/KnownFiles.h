@@ -23,8 +23,9 @@ class KnownFiles {
   [[nodiscard]] bool areAllOf(const EntryFileStamp& folder) const { return m_folder == folder; }
   void read();
 
-  // Sorted by key.
-  [[nodiscard]] const std::vector<StampedFile>& entries() const { return m_entries; }
+  // Of entries, sorted by key. They stay packed, since there are very many.
+  [[nodiscard]] qsizetype count() const { return m_count; }
+  [[nodiscard]] StampedFile entry(qsizetype number) const;
   // By name, those of damaged entries too.
   [[nodiscard]] const QHash<QByteArray, EntryFileStamp>& damaged() const { return m_damaged; }
 
@@ -41,8 +42,9 @@ class KnownFiles {
   IndexDatabase& m_database;
   bool m_isReading{false};
   EntryFileStamp m_folder;
-  qint64 m_version{0};  // of the database, which other programs change
-  std::vector<StampedFile> m_entries;
+  qint64 m_version{0};                 // of the database, which other programs change
+  std::vector<QByteArray> m_portions;  // of entries, all but the last of the same size
+  qsizetype m_count{0};
   QHash<QByteArray, EntryFileStamp> m_damaged;
 };
 

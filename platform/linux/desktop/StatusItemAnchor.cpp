@@ -92,6 +92,21 @@ QRectF panelStrip(const QList<ScreenArea>& screens) {
   return {};
 }
 
+QList<QRect> linesAlong(const QRect& strip) {
+  static constexpr int most = 5;
+  QList<QRect> lines;
+  const bool lies = strip.width() >= strip.height();
+  const int width = lies ? strip.height() : strip.width();
+  const int count = std::min(most, width);
+  for (int i = 0; i < count; ++i) {
+    // In the middle of its part, as what lies along the edges is often a border.
+    const int place = (2 * i + 1) * width / (2 * count);
+    lines << (lies ? QRect(strip.x(), strip.y() + place, strip.width(), 1)
+                   : QRect(strip.x() + place, strip.y(), 1, strip.height()));
+  }
+  return lines;
+}
+
 QList<ScreenArea> withoutPanels(QList<ScreenArea> screens, const QList<QRect>& panels) {
   const QList<ScreenArea> before = screens;
   for (const QRect& pixels : panels) {

@@ -27,6 +27,9 @@ inline constexpr double unknownIconSize = 22;
 
 // The widest panel of the first screen that has one; empty where none has.
 [[nodiscard]] QRectF panelStrip(const QList<ScreenArea>& screens);
+// Some lines along a strip that show as well as all of its pixels what is usual in it, one pixel wide; none of an empty
+// one.
+[[nodiscard]] QList<QRect> linesAlong(const QRect& strip);
 
 // The screens with work areas that leave out these panels, given in pixels. One that lies along no edge of its screen
 // is passed over.

@@ -185,7 +185,8 @@ std::optional<QColor> TrayStatusItem::foreground() const {
   if (const auto colour = m_window.foreground()) return colour;
   // A tray that draws icons itself tells nothing of its colours. Where the screen can be looked at, its panel shows.
   if (isWaylandSession()) return {};
-  return readableOnMost(X11::pixelsOf({pixelsOfGlobalRect(panelStrip(screenAreas()), screenAreas()).toRect()}));
+  const QList<ScreenArea> areas = screenAreas();
+  return readableOnMost(X11::pixelsOf(linesAlong(pixelsOfGlobalRect(panelStrip(areas), areas).toRect())));
 }
 
 StatusImageStyle TrayStatusItem::style() const {

@@ -8,6 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
 namespace quillo {
 namespace {
 
@@ -176,6 +181,28 @@ TEST_F(HoverButtonTest, ShownAgainOrMovedStartsAtRest) {
   QWidget other;
   button->setParent(&other);
   EXPECT_EQ(cell().image(), standard);
+}
+
+// What was drawn once is kept, so each change has to reach what is shown.
+TEST_F(HoverButtonTest, ShowsEachChangeOfTheCell) {
+  button->setTitle(u"Save"_s);
+  const auto shown = [this] { return button->grab().toImage(); };
+  EXPECT_EQ(shown(), shown());
+  const std::vector<std::pair<const char*, std::function<void()>>> changes{
+      {"title", [this] { button->setTitle(u"Keep"_s); }},
+      {"look of the title", [this] { cell().setStandardStringAttrs(activeLook); }},
+      {"picture", [this] { cell().setStandardImage(hover); }},
+      {"background", [this] { cell().setStandardBackground(colorImage(Qt::yellow)); }},
+      {"pressed", [this] { cell().setHighlighted(true); }},
+      {"background when pressed", [this] { cell().setActiveBackground(colorImage(Qt::cyan)); }},
+      {"disabled", [this] { button->setEnabled(false); }},
+      {"size", [this] { button->resize(120, 40); }},
+      {"another cell", [this] { button->setCell(std::make_unique<DarkButtonCell>()); }}};
+  for (const auto& [what, change] : changes) {
+    const QImage before = shown();
+    change();
+    EXPECT_NE(shown(), before) << what;
+  }
 }
 
 TEST_F(HoverButtonTest, CellsComeAndGoWithTheButton) {

@@ -77,6 +77,31 @@ TEST_F(EntryWindowLocationTest, ItSeeksOnlyWhenTheDesktopAndTheUserAllow) {
   EXPECT_FALSE(location);
 }
 
+TEST_F(EntryWindowLocationTest, TheFirstSearchMayWaitForTheFirstFrame) {
+  constexpr std::chrono::milliseconds delay{60};
+  const auto newSlowController = [&] {
+    location = nullptr;
+    AgentEntryWindowServices slow = services();
+    slow.firstSearchDelay = delay;
+    controller = std::make_shared<AgentEntryWindowController>(slow, alarm);
+    controller->showWindowInMode(EntryWindowModeStandard);
+    EXPECT_FALSE(location);
+  };
+  // Who closes the window or switches the place off meanwhile gets no search.
+  for (const bool closes : {true, false}) {
+    newSlowController();
+    closes ? controller->close() : named<QAbstractButton>("locationToggleButton")->click();
+    QTest::qWait(static_cast<int>(delay.count()) * 2);
+    EXPECT_FALSE(location);
+  }
+  newSlowController();
+  ASSERT_TRUE(QTest::qWaitFor([this] { return location && location->isSearching(); }));
+  EXPECT_TRUE(spins());
+  controller->close();
+  controller->showWindowInMode(EntryWindowModeStandard);
+  EXPECT_EQ(location->searches, 2);
+}
+
 TEST_F(EntryWindowLocationTest, TheSwitchActsOnThisEntryOnly) {
   show();
   location->find(berlin(), 10, false);

@@ -70,6 +70,16 @@ TEST(StatusItemAnchor, FindsThePanelAmongSeveralScreens) {
   EXPECT_TRUE(panelStrip({}).isEmpty());
 }
 
+TEST(StatusItemAnchor, LooksAtAPanelLineByLine) {
+  const QList<QRect> lying = linesAlong(QRect(0, 772, 1280, 28));
+  ASSERT_EQ(lying.size(), 5);
+  EXPECT_EQ(lying.front(), QRect(0, 774, 1280, 1));
+  EXPECT_EQ(lying.back(), QRect(0, 797, 1280, 1));
+  EXPECT_EQ(linesAlong(QRect(10, 0, 3, 800)),
+            (QList<QRect>{QRect(10, 0, 1, 800), QRect(11, 0, 1, 800), QRect(12, 0, 1, 800)}));
+  EXPECT_TRUE(linesAlong(QRect(0, 0, 1920, 0)).isEmpty());
+}
+
 TEST(StatusImage, TintsTheShapeAndPutsTheHighlightBehindIt) {
   QImage image(11, 11, QImage::Format_ARGB32);
   image.fill(Qt::red);
