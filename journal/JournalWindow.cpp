@@ -240,7 +240,7 @@ void JournalWindow::showNextAfterDeletion() {
   if (!m_rowAfterDeletion || !m_lastDeletion) return;
   for (const auto& deleted : m_lastDeletion->entries)
     if (m_timeline.rowOfEntry(deleted.identifier) >= 0) return;
-  const int row = std::clamp(*std::exchange(m_rowAfterDeletion, std::nullopt), 0, m_timeline.total() - 1);
+  const int row = std::clamp(std::exchange(m_rowAfterDeletion, std::nullopt).value_or(0), 0, m_timeline.total() - 1);
   // Or the person has gone on meanwhile.
   if (m_view.list->currentIdentifier().isEmpty() && !m_view.editor->isUnsaved()) m_view.list->setCurrentRow(row);
 }
@@ -339,6 +339,7 @@ void JournalWindow::editDetails() {
 }
 
 void JournalWindow::saveText() {
+  m_view.editor->commitDetails();
   m_view.editor->save();
 }
 
@@ -392,25 +393,26 @@ void JournalWindow::moveToTrash(const QStringList& identifiers) {
   m_lastDeletion = deletion;
   const auto count = deletion.entries.size();
   notices.show(count == 1 ? u"Entry moved to the Trash"_s : u"%1 entries moved to the Trash"_s.arg(count),
-               {{u"Undo"_s, [this] { undo(); }}});
+               {{u"Undo"_s, [this] { undoDeletion(); }}});
   m_view.list->setCurrentEntry({});
   m_rowAfterDeletion = row;
 }
 
 void JournalWindow::undo() {
   // The details' and the text's own steps first, while one writes there.
-  if (m_view.editor->detailsView().isAncestorOf(QApplication::focusWidget())) {
-    m_view.editor->undoDetails();
-    return;
-  }
+  if (m_view.editor->detailsView().isAncestorOf(QApplication::focusWidget()) && m_view.editor->undoDetails()) return;
   EntryViewTextView& text = m_view.editor->textView();
   if (text.hasFocus() && text.document()->isUndoAvailable()) return text.undo();
-  if (!m_lastDeletion) return;
-  const auto deletion = *std::exchange(m_lastDeletion, std::nullopt);
+  undoDeletion();
+}
+
+void JournalWindow::undoDeletion() {
+  const auto deletion = std::exchange(m_lastDeletion, std::nullopt);
+  if (!deletion) return;
   m_rowAfterDeletion.reset();
   Error error;
-  const bool isBack = m_library.putBack(deletion, &error);
-  showEntry(deletion.entries.first().identifier);
+  const bool isBack = m_library.putBack(*deletion, &error);
+  showEntry(deletion->entries.first().identifier);
   m_view.status->notices().show(isBack ? u"Taken back"_s : error.localizedDescription);
 }
 

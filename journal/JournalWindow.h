@@ -93,6 +93,7 @@ class JournalWindow : public QWidget {
   void editDetails();
   void moveToTrash(const QStringList& identifiers);
   void undo();
+  void undoDeletion();
   void step(int rows);
   void randomEntry();
   void printEntries(bool toFile);

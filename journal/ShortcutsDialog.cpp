@@ -22,7 +22,7 @@ ShortcutsDialog::ShortcutsDialog(const JournalCommands& commands, QWidget* paren
   auto* column = new QVBoxLayout(this);
   column->addWidget(text);
   column->addWidget(buttons);
-  resize(420, 620);
+  resize(480, 620);
 }
 
 }  // namespace quillo

@@ -108,6 +108,7 @@ void EditorPane::buildView() {
   for (QLabel* label : {m_heading, m_details}) {
     label->setTextFormat(Qt::RichText);
     label->setWordWrap(true);
+    label->setContextMenuPolicy(Qt::NoContextMenu);
     label->setToolTip(u"Change date, tags and place (Ctrl+I)"_s);
   }
   m_detailsView->hide();
@@ -134,7 +135,7 @@ void EditorPane::setFontSize(int points) {
 }
 
 bool EditorPane::leave() {
-  if (m_detailsView->isVisibleTo(this)) m_detailsView->commit();
+  commitDetails();
   if (!save()) return false;
   const QLJournalEntryFile* entry = m_session.activeEntry();
   if (entry && entry->fileURLForEntryProperties() && text().isEmpty() && !entry->string().isEmpty())
@@ -182,6 +183,7 @@ void EditorPane::clear() {
 
 void EditorPane::forgetChanges() {
   dismissOwnNotice();
+  m_detailsView->forgetTyping();
   m_changes.clear();
   m_placeTimer.stop();
   m_looksForPlace = false;
@@ -281,8 +283,12 @@ void EditorPane::editDetails(EntryDetailsView::Field field) {
   (void)m_session.tags().tags();
 }
 
+void EditorPane::commitDetails() {
+  if (m_detailsView->isVisibleTo(this)) m_detailsView->commit();
+}
+
 void EditorPane::closeDetails() {
-  m_detailsView->commit();
+  commitDetails();
   m_detailsView->hide();
   m_view->setFocus();
 }

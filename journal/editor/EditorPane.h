@@ -65,6 +65,8 @@ class EditorPane : public QWidget, private EntryText {
   // Shows the fields in which they are changed, with the keyboard in one; where they show already, it goes there.
   void editDetails(EntryDetailsView::Field field = EntryDetailsView::Field::When);
   void closeDetails();
+  // What is being typed there counts.
+  void commitDetails();
   [[nodiscard]] EntryDetailsView& detailsView() { return *m_detailsView; }
   // Takes back the last change of the details; false where there is none since the entry was opened.
   bool undoDetails();

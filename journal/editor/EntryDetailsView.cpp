@@ -10,6 +10,7 @@
 
 #include <QDateTimeEdit>
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
@@ -114,8 +115,14 @@ void EntryDetailsView::buildFields() {
   m_name = new QLineEdit(this);
   m_name->setAccessibleName(u"Name of the place"_s);
   m_name->setToolTip(u"What the place is called in the journal"_s);
-  m_noPlace = new QPushButton(u"No Place"_s, this);
-  m_done = new QPushButton(u"Done"_s, this);
+  m_buttons = new QWidget(this);
+  m_noPlace = new QPushButton(u"No Place"_s);
+  m_done = new QPushButton(u"Done"_s);
+  auto* buttons = new QHBoxLayout(m_buttons);
+  buttons->setContentsMargins(0, 0, 0, 0);
+  buttons->addWidget(m_noPlace);
+  buttons->addStretch(1);
+  buttons->addWidget(m_done);
   const QString titles[] = {u"When"_s, u"Zone"_s, u"Tags"_s, u"Place"_s, u"Called"_s};
   QWidget* const fields[] = {m_when, m_zone, m_tags, m_place, m_name};
   for (size_t i = 0; i < std::size(titles); ++i) {
@@ -180,8 +187,7 @@ void EntryDetailsView::layOut(bool isWide) {
   m_grid->addWidget(m_tags, tagsRow, 1, 1, lastColumn);
   m_grid->addWidget(m_place, placeRow, 1, 1, 2);
   m_grid->addWidget(m_name, nameRow, second + 1, 1, zoneSpan);
-  m_grid->addWidget(m_noPlace, nameRow + 1, 1, Qt::AlignLeft);
-  m_grid->addWidget(m_done, nameRow + 1, lastColumn, Qt::AlignRight);
+  m_grid->addWidget(m_buttons, nameRow + 1, 1, 1, lastColumn);
   m_grid->setColumnStretch(1, 1);
   m_grid->setColumnStretch(4, isWide ? 1 : 0);
 }
@@ -224,9 +230,14 @@ void EntryDetailsView::forgetTyping() {
 }
 
 void EntryDetailsView::commit() {
+  // A change that is told of fills the other fields; only one is being typed into.
+  m_when->interpretText();
   takeReading();
+  takeZone(Takes::WholeName);
   takeTags();
+  takePlace(Takes::WholeName);
   takeName();
+  forgetTyping();
 }
 
 void EntryDetailsView::beginEditing(Field field) {

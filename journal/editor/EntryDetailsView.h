@@ -35,8 +35,10 @@ class EntryDetailsView : public QFrame {
 
   // What stands in the fields, but for one that is being typed into.
   void setDetails(const EntryDetails& details);
-  // What was typed counts.
+  // What was typed counts, as if the field were left.
   void commit();
+  // It does not.
+  void forgetTyping();
   void beginEditing(Field field);
 
   // To be called when the application's palette has changed.
@@ -58,7 +60,6 @@ class EntryDetailsView : public QFrame {
   void connectFields();
   void layOut(bool isWide);
   void tell(const EntryDetails& after);
-  void forgetTyping();
   void takeReading();
   enum class Takes { WholeName, FirstFound };
   void takeZone(Takes takes);
@@ -80,6 +81,7 @@ class EntryDetailsView : public QFrame {
   SuggestingField* m_tags;
   SuggestingField* m_place;
   QLineEdit* m_name;
+  QWidget* m_buttons;
   QPushButton* m_noPlace;
   QPushButton* m_done;
   // While the reading is stepped through with a key that is held down.

@@ -51,7 +51,7 @@ class Delegate : public QStyledItemDelegate {
     painter->setFont(isHeading ? textFont(11, QFont::DemiBold) : textFont(13));
     painter->setPen(colors.dim);
     const QString count = index.data(CountRole).toString();
-    painter->drawText(rect, end | Qt::AlignVCenter, count);
+    painter->drawText(rect, static_cast<int>(end | Qt::AlignVCenter), count);
     const int countWidth = count.isEmpty() ? 0 : painter->fontMetrics().horizontalAdvance(count) + 8;
     if (option.direction == Qt::RightToLeft)
       rect.setLeft(rect.left() + countWidth);
@@ -60,7 +60,7 @@ class Delegate : public QStyledItemDelegate {
     if (!isHeading) painter->setPen(colors.text);
     const QString name =
         painter->fontMetrics().elidedText(index.data(Qt::DisplayRole).toString(), Qt::ElideRight, rect.width());
-    painter->drawText(rect, start | Qt::AlignVCenter, name);
+    painter->drawText(rect, static_cast<int>(start | Qt::AlignVCenter), name);
     painter->restore();
   }
 };

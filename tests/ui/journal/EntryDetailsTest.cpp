@@ -153,6 +153,39 @@ TEST_F(EntryDetailsTest, APlaceIsFoundNamedAndTakenAwayAndItsWeatherWithIt) {
   EXPECT_TRUE(onDisk(identifier)->weather());
 }
 
+TEST_F(EntryDetailsTest, ThePlaceOfAnEntryOfNowBringsItsWeather) {
+  const QString identifier = write(u"Here"_s);
+  open();
+  waitForText(u"Here"_s);
+  window->commands().details->trigger();
+  replace(field<SuggestingField>(u"Place"_s), u"oslo"_s);
+  press(Qt::Key_Return);
+  ASSERT_EQ(weather.asked.size(), 1U);
+  weather.succeed(mildWeather());
+  EXPECT_TRUE(runUntil([&] { return onDisk(identifier)->weather().has_value(); }));
+}
+
+TEST_F(EntryDetailsTest, WhatIsTypedStaysWithItsEntry) {
+  const QString older = write(u"older"_s, 1, {u"old"_s});
+  const QString newer = write(u"newer"_s, 0, {u"new"_s});
+  open();
+  waitForText(u"newer"_s);
+  window->commands().details->trigger();
+  replace(field<SuggestingField>(u"Tags"_s), u"mine"_s);
+  window->commands().nextEntry->trigger();
+  waitForText(u"older"_s);
+  EXPECT_EQ(onDisk(newer)->tags(), QStringList{u"mine"_s});
+  EXPECT_EQ(field<SuggestingField>(u"Tags"_s).text(), u"old"_s);
+  // Typed, and taken back by hand.
+  QTest::keyClicks(&field<SuggestingField>(u"Tags"_s), u"x"_s);
+  press(Qt::Key_Backspace);
+  window->commands().previousEntry->trigger();
+  waitForText(u"newer"_s);
+  textView().setFocus();
+  EXPECT_EQ(onDisk(newer)->tags(), QStringList{u"mine"_s});
+  EXPECT_EQ(onDisk(older)->tags(), QStringList{u"old"_s});
+}
+
 TEST_F(EntryDetailsTest, ANewEntryIsBegunOnTheDayOfTheCalendarAndComesIntoView) {
   for (int i = 0; i < 90; ++i) write(u"of today"_s);
   open();
@@ -251,6 +284,11 @@ TEST_F(EntryDetailsTest, EscapeLeadsFromTheTextToTheListAndToAllEntries) {
   QTest::keyClick(&list(), Qt::Key_Escape);
   waitForRows(2);
   EXPECT_EQ(chips(), QStringList());
+  for (QAction* page : {window->commands().read, window->commands().year}) {
+    page->trigger();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_TRUE(list().hasFocus()) << page->text().toStdString();
+  }
 }
 
 }  // namespace
