@@ -11,7 +11,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 EntryDetails detailsAt(const QString& utc, const QString& zone) {
-  EntryDetails details{*Date::fromISO8601(utc), zone, {u"one"_s}, QLLocation{52.52, 13.405, u"Berlin"_s}, QLWeather{}};
+  EntryDetails details{
+      Date::fromISO8601(utc).value_or(Date()), zone, {u"one"_s}, QLLocation{52.52, 13.405, u"Berlin"_s}, QLWeather{}};
   return details;
 }
 
@@ -55,13 +56,13 @@ TEST(DetailChanges, WeatherGoesWithItsPlaceAndDay) {
   const EntryDetails before = detailsAt(u"2026-03-12T22:00:00Z"_s, u"Europe/Berlin"_s);
   const auto keeps = [&](const EntryDetails& after) { return withoutStaleWeather(before, after).weather.has_value(); };
   EntryDetails renamed = before;
-  renamed.location->placeName = u"Home"_s;
+  renamed.location = QLLocation{52.52, 13.405, u"Home"_s};
   EXPECT_TRUE(keeps(renamed));
   EXPECT_TRUE(keeps(withReading(before, QDate(2026, 3, 12), QTime(0, 0))));
   EXPECT_FALSE(keeps(withReading(before, QDate(2026, 3, 13), QTime(0, 0))));
   EXPECT_TRUE(keeps(withZone(before, u"Asia/Tokyo"_s)));
   EntryDetails moved = before;
-  moved.location->latitude += 1;
+  moved.location = QLLocation{53.52, 13.405, u"Berlin"_s};
   EXPECT_FALSE(keeps(moved));
   moved.location.reset();
   EXPECT_FALSE(keeps(moved));
