@@ -215,6 +215,7 @@ int main(int argc, char** argv) {
                         .weatherText = [](const QLWeather&) { return u"mild"_s; },
                         .fontSize = [] { return 16; },
                         .setFontSize = [](int) {},
+                        .setUp = [] {},
                         .createJournal = [] {},
                         .chooseJournal = [](QWidget&) {},
                         .showFolder = [](const QString&) {},
