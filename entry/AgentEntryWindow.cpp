@@ -82,6 +82,10 @@ void AgentEntryWindow::awakeFromNib() {
                               static_cast<QWidget*>(m_ui->locationToggleImage), m_ui->contextualMenuFrame})
     decoration->setAttribute(Qt::WA_TransparentForMouseEvents);
 
+  m_ui->backgroundView->onChange = [this] {
+    m_background.invalidate();
+    update();
+  };
   m_textAreaHeight = m_ui->scrollBorderView->height();
   m_textContentFrame = flipped(m_ui->textView->geometry(), m_textAreaHeight);
   m_ui->scrollBorderView->installEventFilter(this);
@@ -206,11 +210,8 @@ void AgentEntryWindow::setPlace(QPointF origin, Qt::Edge edge, double arrowX) {
   const QPainterPath before = m_ui->backgroundView->outline();
   m_ui->backgroundView->setArrowEdge(edge);
   m_ui->backgroundView->setArrowX(arrowX - origin.x());
-  // The shape follows the arrow: the window is cut to it, or has its shadow around it.
-  if (before != m_ui->backgroundView->outline()) {
-    layOut();
-    update();
-  }
+  // The shape follows the arrow, and the window may be cut to it.
+  if (before != m_ui->backgroundView->outline()) layOut();
   setFrameOrigin(origin);
 }
 
@@ -281,12 +282,15 @@ void AgentEntryWindow::makeKeyAndOrderFront() {
 }
 
 void AgentEntryWindow::paintEvent(QPaintEvent*) {
-  if (m_shadowMargin == 0) return;
-  if (const QPainterPath& outline = m_ui->backgroundView->outline(); outline != m_shadowOutline) {
-    m_shadow.invalidate();
-    m_shadowOutline = outline;
-  }
-  m_shadow.paint(*this, [this](QPainter& painter) { drawShadow(painter); });
+  m_background.paint(*this, [this](QPainter& painter) {
+    if (m_shadowMargin > 0) {
+      painter.save();
+      drawShadow(painter);
+      painter.restore();
+    }
+    painter.translate(frameOffset());
+    m_ui->backgroundView->draw(painter);
+  });
 }
 
 void AgentEntryWindow::drawShadow(QPainter& painter) const {

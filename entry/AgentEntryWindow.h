@@ -113,8 +113,7 @@ class AgentEntryWindow : public QWidget {
   bool m_showsLocationSpinner{false};
   bool m_showsMetadata{false};
   QPainterPath m_maskOutline;  // what the mask was made from; empty while there is none
-  CachedDrawing m_shadow;
-  QPainterPath m_shadowOutline;  // what the shadow was drawn around
+  CachedDrawing m_background;  // the body, and the shadow around it
 };
 
 }  // namespace quillo

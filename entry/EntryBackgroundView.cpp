@@ -1,7 +1,5 @@
 #include "entry/EntryBackgroundView.h"
 
-#include <QPainter>
-
 #include <algorithm>
 #include <utility>
 
@@ -27,16 +25,18 @@ void EntryBackgroundView::resizeEvent(QResizeEvent* event) {
   changeOutline();
 }
 
+void EntryBackgroundView::change() {
+  if (onChange) onChange();
+}
+
 void EntryBackgroundView::changeOutline() {
   m_outline.clear();
-  m_drawing.invalidate();
-  update();
+  change();
 }
 
 void EntryBackgroundView::setAlpha(double alpha) {
   m_alpha = alpha;
-  m_drawing.invalidate();
-  update();
+  change();
 }
 
 const QPainterPath& EntryBackgroundView::outline() const {
@@ -54,10 +54,6 @@ const QPainterPath& EntryBackgroundView::outline() const {
   // The same upside down; the light still comes from above.
   m_outline = m_arrowEdge == Qt::TopEdge ? shape : QTransform(1, 0, 0, -1, 0, height()).map(shape);
   return m_outline;
-}
-
-void EntryBackgroundView::paintEvent(QPaintEvent*) {
-  m_drawing.paint(*this, [this](QPainter& painter) { draw(painter); });
 }
 
 void EntryBackgroundView::draw(QPainter& painter) const {

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "controls/CachedDrawing.h"
-
+#include <QPainter>
 #include <QPainterPath>
 #include <QWidget>
 
+#include <functional>
+
 namespace quillo {
 
-// The entry window's body: slate, rounded, with an arrow at the top, or the bottom, that meets the status item.
+// The entry window's body: slate, rounded, with an arrow at the top, or the bottom, that meets the status item. The
+// window draws it, into one picture with the shadow around it; the view itself draws nothing.
 class EntryBackgroundView : public QWidget {
   Q_OBJECT
 
@@ -31,18 +33,21 @@ class EntryBackgroundView : public QWidget {
   // makes comparing cheap.
   [[nodiscard]] const QPainterPath& outline() const;
 
+  // In the view's own points.
+  void draw(QPainter& painter) const;
+  // Called when it would look different.
+  std::function<void()> onChange;
+
  protected:
-  void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
 
  private:
+  void change();
   void changeOutline();
-  void draw(QPainter& painter) const;
 
   double m_arrowX;
   Qt::Edge m_arrowEdge{Qt::TopEdge};
   double m_alpha{1};
-  CachedDrawing m_drawing;
   mutable QPainterPath m_outline;  // empty until it is asked for
 };
 
