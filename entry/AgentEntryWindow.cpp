@@ -210,11 +210,8 @@ void AgentEntryWindow::setPlace(QPointF origin, Qt::Edge edge, double arrowX) {
   const QPainterPath before = m_ui->backgroundView->outline();
   m_ui->backgroundView->setArrowEdge(edge);
   m_ui->backgroundView->setArrowX(arrowX - origin.x());
-  // The shape follows the arrow: the window is cut to it, or has its shadow around it.
-  if (before != m_ui->backgroundView->outline()) {
-    layOut();
-    update();
-  }
+  // The shape follows the arrow, and the window may be cut to it.
+  if (before != m_ui->backgroundView->outline()) layOut();
   setFrameOrigin(origin);
 }
 

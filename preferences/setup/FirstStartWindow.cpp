@@ -18,6 +18,7 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace quillo {
@@ -90,7 +91,7 @@ void FirstStartWindow::build() {
   m_reminders->setLabelWidth(labelWidth);
   m_reminders->setFocusProxy(m_reminders->findChild<QWidget*>(u"remindersOn"_s));
   auto* body = new QVBoxLayout;
-  body->setContentsMargins(side, 20, side, 8);
+  body->setContentsMargins(side, 17, side, 8);
   body->addWidget(m_stack);
 
   auto* footer = new QWidget(this);
@@ -199,6 +200,14 @@ void FirstStartWindow::finish() {
   m_continue->setText(u"Close"_s);
   m_continue->setFocus();
   setProblem(u"All of it is saved, but the quill did not come: %1."_s.arg(reason));
+}
+
+bool FirstStartWindow::event(QEvent* event) {
+  const bool isHandled = QDialog::event(event);
+  // Notes and problems come and go; where they take more room than there is, the window makes some.
+  if (event->type() == QEvent::LayoutRequest)
+    setFixedHeight(std::max(windowSize.height(), layout()->minimumHeightForWidth(windowSize.width())));
+  return isHandled;
 }
 
 void FirstStartWindow::reject() {

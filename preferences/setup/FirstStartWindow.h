@@ -52,6 +52,7 @@ class FirstStartWindow : public QDialog {
   void reject() override;
 
  protected:
+  bool event(QEvent* event) override;
   void changeEvent(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 

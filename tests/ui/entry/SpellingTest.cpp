@@ -180,7 +180,7 @@ TEST_F(EntryViewTest, GuessesReplaceTheWordAndTaughtWordsPass) {
   for (const auto& word : {u"lihgt"_s, u"Lihgt"_s, u"LIHGT"_s, u"lihgt's"_s}) EXPECT_FALSE(next.isMisspelled(word));
   EXPECT_TRUE(next.isMisspelled(u"Rivr"_s));
   // Words that another process has taught meanwhile stay.
-  write(sources().learnedWords, "elsewhere\n\xff\xfe\n" + QByteArray(70000, 'x') + "\n");
+  write(sources().learnedWords, "lihgt\nelsewhere\n\xff\xfe\n" + QByteArray(70000, 'x') + "\n");
   next.learnSpelling(u"here"_s);
   SpellChecker last(sources());
   waitForDictionary(last);

@@ -12,17 +12,18 @@
 #include "tests/support/FakeKeyboardLayouts.h"
 #include "tests/support/FakePanels.h"
 #include "tests/support/TestHome.h"
+#include "tests/ui/preferences/FormPicture.h"
 
 #include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QStyleHints>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -73,9 +74,22 @@ class FirstStartWindowTest : public testing::Test {
   void press(const char* button) { QTest::mouseClick(named(button), Qt::LeftButton); }
   QString title() { return named<QLabel>("stepTitle")->text(); }
   QString shown(const char* label) { return named<QLabel>(label)->text(); }
-  void savePicture(const QString& name) {
-    const QString folder = qEnvironmentVariable("QUILLO_PICTURES");
-    if (!folder.isEmpty()) window->grab().save(folder + u'/' + name + u".png"_s);
+  // Every part that can have the keyboard has a name, and nothing is cut off.
+  void expectAllIsShown(const QString& picture) {
+    QCoreApplication::processEvents();
+    savePicture(*window, picture);
+    for (QWidget* part : window->findChildren<QWidget*>()) {
+      const bool isText = qobject_cast<QLabel*>(part) != nullptr;
+      if (!part->isVisible() || qobject_cast<QLineEdit*>(part)) continue;
+      if (part->focusPolicy() == Qt::NoFocus && !isText) continue;
+      SCOPED_TRACE(part->objectName().toStdString() + " in " + picture.toStdString());
+      if (!isText) {
+        EXPECT_FALSE(QAccessible::queryAccessibleInterface(part)->text(QAccessible::Name).isEmpty());
+        EXPECT_GE(part->width(), part->minimumSizeHint().width());
+      }
+      EXPECT_GE(part->height(), isText ? part->heightForWidth(part->width()) : part->minimumSizeHint().height());
+      EXPECT_TRUE(window->rect().contains(QRect(part->mapTo(window.get(), QPoint()), part->size())));
+    }
   }
 
   TestHome home;
@@ -202,27 +216,22 @@ TEST_F(FirstStartWindowTest, WhatFailsIsSaidAndNothingChosenIsLost) {
 
 TEST_F(FirstStartWindowTest, IsReadOutAndLooksWell) {
   for (const bool isDark : {false, true}) {
-    QApplication::setPalette(
-        QPalette(isDark ? QColor(0x3a3e45) : QColor(0xefece4), isDark ? QColor(0x24272c) : QColor(0xf4f2ec)));
+    QApplication::setPalette(desktopPalette(isDark));
     makeWindow();
     for (int step = 0; step < 3; ++step) {
-      QCoreApplication::processEvents();
-      savePicture(u"first-start-%1-%2"_s.arg(step + 1).arg(isDark ? u"dark"_s : u"light"_s));
       EXPECT_EQ(QAccessible::queryAccessibleInterface(window.get())->text(QAccessible::Description), title());
-      for (QWidget* part : window->findChildren<QWidget*>()) {
-        if (!part->isVisible() || part->focusPolicy() == Qt::NoFocus || qobject_cast<QLineEdit*>(part)) continue;
-        const auto* read = QAccessible::queryAccessibleInterface(part);
-        EXPECT_FALSE(read->text(QAccessible::Name).isEmpty())
-            << part->objectName().toStdString() << " in step " << step;
-        // Nothing is cut off.
-        EXPECT_GE(part->width(), part->minimumSizeHint().width()) << part->objectName().toStdString();
-        EXPECT_TRUE(window->rect().contains(QRect(part->mapTo(window.get(), QPoint()), part->size())))
-            << part->objectName().toStdString();
-      }
+      expectAllIsShown(u"first-start-%1-%2"_s.arg(step + 1).arg(isDark ? u"dark"_s : u"light"_s));
       if (step < 2) press("primary");
     }
   }
   QApplication::setPalette(QPalette());
+
+  // Where the most is to be said.
+  makeWindow();
+  press("primary");
+  named<QComboBox>("reminderUnit")->setCurrentIndex(1);
+  for (const char* way : {"reminderWindow", "reminderNotification"}) named<QCheckBox>(way)->setChecked(false);
+  expectAllIsShown(u"first-start-2-most"_s);
 }
 
 // What the choices become in the settings, and as files.
