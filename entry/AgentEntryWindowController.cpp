@@ -2,6 +2,7 @@
 
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
+#include "config/Settings.h"
 #include "controls/Coordinates.h"
 #include "controls/CustomCursorButton.h"
 #include "controls/Fonts.h"
