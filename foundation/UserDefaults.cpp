@@ -43,8 +43,8 @@ void UserDefaults::readFile() {
     QLLogInfo(u"Failed to read user defaults %1 - %2"_s.arg(m_path, error.description()));
   }
   for (auto it = m_pending.cbegin(); it != m_pending.cend(); ++it) {
-    if (*it)
-      m_values.insert(it.key(), **it);
+    if (const auto& value = *it)
+      m_values.insert(it.key(), *value);
     else
       m_values.remove(it.key());
   }

@@ -138,8 +138,7 @@ class PreferencesPlatform {
   [[nodiscard]] QString shortcutNote() const {
     if (m_hotKeys) return {};
     return u"Your desktop gives keys to programs and may ask you first; where it refuses, the quill's tool tip says "
-           u"so. "
-           "Its own settings can run “quilloctl agent toggle” with a key, too."_s;
+           "so. Its own settings can run “quilloctl agent toggle” with a key, too."_s;
   }
 
   // What is proposed to somebody who has not used Quillo before.

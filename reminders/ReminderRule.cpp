@@ -14,6 +14,26 @@ namespace {
 constexpr quint64 dayMask = CalendarUnit::Year | CalendarUnit::Month | CalendarUnit::Day;
 constexpr int minutesOfDay = 24 * 60;
 
+// Seconds, quarters and the like are nowhere offered.
+bool isOffered(CalendarUnit unit) {
+  switch (unit) {
+    case CalendarUnit::Minute:
+    case CalendarUnit::Hour:
+    case CalendarUnit::Day:
+    case CalendarUnit::Week:
+    case CalendarUnit::Month:
+    case CalendarUnit::Year:
+      return true;
+    case CalendarUnit::Era:
+    case CalendarUnit::Second:
+    case CalendarUnit::Weekday:
+    case CalendarUnit::WeekdayOrdinal:
+    case CalendarUnit::Quarter:
+      return false;
+  }
+  return false;
+}
+
 std::optional<int> minuteOfDay(Date date, const Calendar& calendar) {
   const auto parts = calendar.componentsFromDate(CalendarUnit::Hour | CalendarUnit::Minute, date);
   if (!parts) return std::nullopt;
@@ -35,7 +55,7 @@ std::optional<ReminderRule> ReminderRule::ofInterval(const ReminderInterval& int
   const auto unit = calendarUnitWithValue(interval.calendarUnit());
   const auto& base = interval.baseDate();
   const auto& calendar = interval.baseCalendar();
-  if (!unit || interval.intervalValue() == 0 || !base || !calendar) return std::nullopt;
+  if (!unit || !isOffered(*unit) || interval.intervalValue() == 0 || !base || !calendar) return std::nullopt;
   const auto from = minuteOfDay(*base, *calendar);
   if (!from) return std::nullopt;
   ReminderRule rule{.count = interval.intervalValue(), .unit = *unit, .starting = *base, .calendar = *calendar};

@@ -179,14 +179,11 @@ void SpellChecker::ignoreSpelling(QStringView word) {
 
 void SpellChecker::learnSpelling(QStringView word) {
   const QString form = dictionaryForm(word);
-  // What another process has taken off the list is not to come back with this.
-  QSet<QString> words = wordsOfFile(m_sources.learnedWords);
-  words.insert(form);
+  // What another process has taken off the list is gone here, too, since it told of that.
+  const QSet<QString> words = wordsOfFile(m_sources.learnedWords) + m_learned + QSet<QString>{form};
   Error error;
-  if (!writeLearnedWords(words, &error)) {
+  if (!writeLearnedWords(words, &error))
     QLLogInfo(u"Failed to write the learned words - %1"_s.arg(error.description()));
-    m_ignored.insert(form);
-  }
   m_learned = words;
   Q_EMIT vocabularyDidChange();
 }

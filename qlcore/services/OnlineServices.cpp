@@ -7,6 +7,7 @@
 
 #include <QObject>
 
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -58,35 +59,39 @@ class OnlineWeather final : public WeatherService {
   QObject m_context;
 };
 
-// Asks the receiver that the settings name when a search begins.
+// Asks the receiver that the settings name by the time; a search that is under way goes on with its own.
 class OnlineLocation final : public LocationService {
  public:
-  OnlineLocation(const UserDefaults& ownDefaults, MakeLocation* make) : m_ownDefaults(ownDefaults), m_make(make) {
-    makeService();
-  }
+  OnlineLocation(const UserDefaults& ownDefaults, MakeLocation* make) : m_ownDefaults(ownDefaults), m_make(make) {}
 
-  [[nodiscard]] bool locationServicesEnabled() const override { return m_service->locationServicesEnabled(); }
-  [[nodiscard]] bool isAuthorized() const override { return m_service->isAuthorized(); }
-  [[nodiscard]] bool isSearching() const override { return m_service->isSearching(); }
+  [[nodiscard]] bool locationServicesEnabled() const override { return service().locationServicesEnabled(); }
+  [[nodiscard]] bool isAuthorized() const override { return service().isAuthorized(); }
+  [[nodiscard]] bool isSearching() const override { return m_service && m_service->isSearching(); }
   void startWithTimeout(double seconds, Handler handler) override {
-    makeService();
-    m_service->startWithTimeout(seconds, std::move(handler));
+    stop();
+    service().startWithTimeout(seconds, std::move(handler));
   }
-  void stop() override { m_service->stop(); }
-  [[nodiscard]] double horzAccuracy() const override { return m_service->horzAccuracy(); }
+  void stop() override {
+    if (m_service) m_service->stop();
+  }
+  [[nodiscard]] double horzAccuracy() const override {
+    return m_service ? m_service->horzAccuracy() : std::numeric_limits<double>::infinity();
+  }
 
  private:
-  void makeService() {
+  [[nodiscard]] LocationService& service() const {
     const auto source = m_ownDefaults.objectForKey(Key::locationNMEASource);
-    if (m_service && source == m_source) return;
-    m_make(m_ownDefaults, m_service);
-    m_source = source;
+    if (!m_service || (source != m_source && !m_service->isSearching())) {
+      m_make(m_ownDefaults, m_service);
+      m_source = source;
+    }
+    return *m_service;
   }
 
   const UserDefaults& m_ownDefaults;
   MakeLocation* m_make;
-  std::optional<PropertyListValue> m_source;
-  std::unique_ptr<LocationService> m_service;
+  mutable std::optional<PropertyListValue> m_source;
+  mutable std::unique_ptr<LocationService> m_service;
 };
 
 }  // namespace

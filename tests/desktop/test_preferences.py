@@ -1,11 +1,15 @@
 """The window of preferences by keys alone, and the running agent, which hears of each change."""
 
 import plistlib
+import time
+from pathlib import Path
 
 from desktop import press, program, run, type_text, wait_active, wait_until, window, windows_named
 from quillo import LIST, AgentTestCase, keep_picture
+from weather_service import WeatherService
 
 OWN = ".config/quillo/com.quilloapp.quillo-agent.plist"
+FIXES = (Path(__file__).parent.parent / "data/nmea/improving.nmea").resolve()
 PAGES = ["General", "Journal", "Reminders", "Place and Weather", "Writing", "Advanced"]
 
 
@@ -80,6 +84,35 @@ class PreferencesTest(AgentTestCase):
         press("Escape")
         agent.wait_closed()
         self.assertEqual(self.stored("EditorGrammarCheckEnabled", OWN), True)
+
+    def test_a_running_agent_asks_the_services_that_are_named_here(self):
+        service = WeatherService(temperature=18.4, symbol="partlycloudy_day")
+        self.addCleanup(service.close)
+        agent = self.start_shown_agent()
+        # It has looked for the desktop's location service before.
+        agent.open_window()
+        agent.click_icon()
+        agent.wait_closed()
+        self.open_preferences()
+        self.go("Place and Weather", 4)
+        type_text(service.url)
+        press("Return")
+        self.wait_stored("WeatherServiceURL", service.url, OWN)
+        self.go("Place and Weather", 3)
+        # The field of the receiver comes with the choice, and has the keyboard.
+        press("End")
+        type_text(str(FIXES))
+        press("Return")
+        self.wait_stored("LocationNMEASource", str(FIXES), OWN)
+        agent.open_window()
+        wait_until(lambda: service.requests, "a request for the weather")
+        time.sleep(1)
+        type_text("with both")
+        press("ctrl+Return")
+        agent.wait_closed()
+        entry = next(entry for entry in self.entries() if entry["text"] == "with both")
+        self.assertIn("Berlin", entry["location"]["placeName"])
+        self.assertEqual(entry["weather"]["temperature"], 18.4)
 
     def test_what_another_program_changes_shows_in_the_open_window(self):
         self.open_preferences()
