@@ -15,6 +15,7 @@
 #include "platform/UserNotifications.h"
 #include "qlcore/QLMixpanelTracker.h"
 #include "tests/support/FakeHotKeys.h"
+#include "tests/support/FakeLoginItems.h"
 #include "tests/support/TestHome.h"
 
 #include <QAction>
@@ -26,18 +27,7 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory, OutsideClicks, WeatherService {
-  bool registerSelf(const QString&, std::function<void()>) override { return true; }
-  QList<RunningApplication> running(const QString& identifier) const override {
-    QList<RunningApplication> found;
-    for (const auto& application : applications)
-      if (application.bundleIdentifier == identifier) found << application;
-    return found;
-  }
-  bool terminate(const RunningApplication& application) override {
-    terminated << application.processIdentifier;
-    return true;
-  }
+struct FakeDesktop : FakeRunningApplications, Workspace, Clock, OneShotTimerFactory, OutsideClicks, WeatherService {
   qint64 currentProcessIdentifier() const override { return 2; }
   bool openURL(const QUrl& url) override {
     opened << url.toString();
@@ -54,8 +44,6 @@ struct FakeDesktop : RunningApplications, Workspace, Clock, OneShotTimerFactory,
   void weatherAtLatitude(double, double, Date, Success, Failure) override {}
   std::unique_ptr<Registration> addGlobalMonitor(std::function<void()>) override { return nullptr; }
 
-  QList<RunningApplication> applications;
-  QList<qint64> terminated;
   QStringList opened;
   std::function<void()> fire;
   int statusItems{0};
