@@ -84,7 +84,7 @@ FolderCopy::Stamp FolderCopy::stampOf(const struct stat& status) {
   return {status.st_mode, status.st_ino, status.st_size, status.st_mtim};
 }
 
-FolderCopy::FolderCopy(QString source, QString target)
+FolderCopy::FolderCopy(const QString& source, const QString& target)
     : m_source(QFile::encodeName(source).toStdString()), m_target(QFile::encodeName(target).toStdString()) {}
 
 void FolderCopy::setTarget(const QString& target) {

@@ -26,7 +26,7 @@ class FolderCopy {
   using Progress = std::function<bool(qint64 done, qint64 all)>;
 
   // Absolute paths.
-  FolderCopy(QString source, QString target);
+  FolderCopy(const QString& source, const QString& target);
 
   // Makes the folder `target`, where nothing may be yet, and copies everything into it; synced and checked. False, with
   // an error, when that fails, and then a part of it is there.

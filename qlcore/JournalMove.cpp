@@ -104,10 +104,10 @@ class JournalMove::Work {
 
   bool makeCopy() {
     removeLeftovers(m_folder, m_name);
-    const auto progress = [this](qint64 done, qint64 all) {
+    const auto tell = [this](qint64 done, qint64 all) {
       return !m_move.progress || m_move.progress(all > 0 ? std::min(1.0, double(done) / double(all)) : 1);
     };
-    if (!m_copy.make(progress, &m_error)) return false;
+    if (!m_copy.make(tell, &m_error)) return false;
     for (int round = 0; round < mostRounds; ++round) {
       if (!m_copy.bringUpToDate(&m_error)) return false;
       if (m_copy.changes() <= fewChanges) break;

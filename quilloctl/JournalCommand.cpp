@@ -68,7 +68,7 @@ int set(Context& context, const std::string& path) {
 
 std::optional<QUrl> configured(Context& context) {
   if (!sharedList(context)) return std::nullopt;
-  const auto url = context.config.configuredJournalFileURL();
+  auto url = context.config.configuredJournalFileURL();
   if (!url) failed(u"no journal is set; see quilloctl journal create and journal set"_s);
   return url;
 }
