@@ -98,16 +98,18 @@ void PreferenceStore::tell(const QString& notice) {
 bool PreferenceStore::save(const SettingChange& change, QString* reason) {
   const Setting* setting = settingForKey(change.key);
   if (setting && setting->store == SettingStore::OwnDefaults) return saveOwn(change, reason);
-  Error error;
-  PersistentPropertyList* shared = m_services.config.groupProperties(&error);
-  if (!shared) {
-    *reason = notSaved(error);
-    return false;
-  }
-  shared->setValueForKey(change.value, change.key);
-  if (shared->dirtyProperties().isEmpty()) return true;
-  *reason = notSaved(shared->lastError());
+  if (PersistentPropertyList* shared = list()) shared->setValueForKey(change.value, change.key);
+  const QString problem = whyUnsaved();
+  if (problem.isEmpty()) return true;
+  *reason = problem;
   return false;
+}
+
+QString PreferenceStore::whyUnsaved() const {
+  Error error;
+  const PersistentPropertyList* shared = m_services.config.groupProperties(&error);
+  if (!shared) return notSaved(error);
+  return shared->dirtyProperties().isEmpty() ? QString() : notSaved(shared->lastError());
 }
 
 bool PreferenceStore::saveOwn(const SettingChange& change, QString* reason) {

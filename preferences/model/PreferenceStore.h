@@ -60,6 +60,8 @@ class PreferenceStore : public QObject {
   bool set(const QString& key, const std::optional<PropertyListValue>& value, QString* reason);
   // Several that belong together: each notice goes out once, after the last of them.
   bool set(const std::vector<SettingChange>& changes, QString* reason);
+  // Why something that was set in the shared list is not on disk; empty where all is.
+  [[nodiscard]] QString whyUnsaved() const;
   // Posts a notice to every program.
   void tell(const QString& notice);
 

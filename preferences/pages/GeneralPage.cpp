@@ -60,11 +60,9 @@ void GeneralPage::setAgentEnabled(bool isEnabled) {
   m_agentRow->setError({});
   m_atLoginRow->setError({});
   m_services.agentManager().setShouldShowInMenuBar(isEnabled);
-  const PersistentPropertyList* list = store().list();
   LoginItem item(Identifier::agent, m_services.loginItems());
-  if (!list || !list->dirtyProperties().isEmpty())
-    m_agentRow->setError(u"Not saved: "_s + (list && list->lastError() ? list->lastError()->localizedDescription
-                                                                       : u"the settings cannot be read"_s));
+  if (const QString reason = store().whyUnsaved(); !reason.isEmpty())
+    m_agentRow->setError(reason);
   else if (isEnabled && !item.existsAsLoginItem())
     m_atLoginRow->setError(u"It could not be made to start at login: "_s + item.errorString());
   // The manager leaves alone what is no login item, and so an agent that was started in another way.

@@ -50,8 +50,7 @@ RemindersPage::RemindersPage(PreferenceStore& store, PreferencesServices& servic
   });
 }
 
-// A copy, as the notices of the first part of it come back here.
-void RemindersPage::save(ReminderChoice choice) {
+void RemindersPage::save(const ReminderChoice& choice) {
   m_isSaving = true;
   Changes changes;
   if (const auto interval = choice.rule.interval(); interval && choice.isOn) interval->writeToUserDefaults(changes);

@@ -16,7 +16,7 @@ class RemindersPage : public PreferencePage {
   RemindersPage(PreferenceStore& store, PreferencesServices& services, QWidget* parent);
 
  private:
-  void save(ReminderChoice choice);
+  void save(const ReminderChoice& choice);
   void tryNow();
 
   PreferencesServices& m_services;

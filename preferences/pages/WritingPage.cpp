@@ -66,8 +66,8 @@ void WritingPage::addGrammar() {
                ? QString()
                : u"Only a server on this computer is asked, such as http://localhost:8081."_s;
   });
-  qobject_cast<QLineEdit*>(server->firstField())
-      ->setPlaceholderText(settingForKey(Key::grammarServerURL)->defaultValue()->string());
+  const auto usual = settingForKey(Key::grammarServerURL)->defaultValue();
+  qobject_cast<QLineEdit*>(server->firstField())->setPlaceholderText(usual ? usual->string() : QString());
 }
 
 void WritingPage::addHashtags() {

@@ -115,7 +115,11 @@ class PreferencesTest(AgentTestCase):
         self.assertEqual(entry["weather"]["temperature"], 18.4)
 
     def test_what_another_program_changes_shows_in_the_open_window(self):
-        self.open_preferences()
+        self.start(program("quillo"), "--home", str(self.home))
+        self.window = window(" — Quillo$")
+        self.come_to_front()
+        press("ctrl+comma")
+        self.window = window("^Preferences$")
         self.go("Reminders", 0)
         self.ctl("reminder", "set", "--every", "3 hours", "--from", "09:00", "--until", "17:00")
         # A Space on the switch now keeps that rule; the suggestion would take its place where it was not shown.
