@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <thread>
+#include <utility>
 
 namespace quillo {
 
@@ -57,7 +58,8 @@ class JournalSearchIndex::OpenIndex {
   OpenIndex(const QLJournalPackageFile& package, const Options& options)
       : m_entriesFolder(QFileInfo(package.url().toLocalFile()).canonicalFilePath() + u"/Entries"_s),
         m_threads(options.readers > 0 ? options.readers : std::max(std::thread::hardware_concurrency(), 1U)),
-        m_keeper({pathOfIndex(package, options), m_entriesFolder, options.cacheKiB}) {}
+        m_keeper({pathOfIndex(package, options), m_entriesFolder, options.cacheKiB}),
+        m_seen(version()) {}
 
   [[nodiscard]] bool isInMemory() const { return m_keeper.isInMemory(); }
   [[nodiscard]] const CommonPrefixes& prefixes() { return m_keeper.prefixes(); }
@@ -70,6 +72,8 @@ class JournalSearchIndex::OpenIndex {
       update = work(once);
     });
     m_isUpdating = false;
+    const Version now = version();
+    update.isFromOthers = now != std::exchange(m_seen, now);
     return update;
   }
 
@@ -93,6 +97,13 @@ class JournalSearchIndex::OpenIndex {
   }
 
  private:
+  // Which database it is, and a number that is another one after each change by other programs.
+  using Version = std::pair<int, qint64>;
+  [[nodiscard]] Version version() {
+    const qint64 number = m_keeper.database().first(u"PRAGMA data_version"_s).toLongLong();
+    return {m_keeper.openings(), number};
+  }
+
   void attempt(const std::function<void()>& work) {
     // More often than the keeper has ways out.
     constexpr int mostAttempts = 8;
@@ -111,6 +122,7 @@ class JournalSearchIndex::OpenIndex {
   QString m_entriesFolder;
   unsigned m_threads;
   IndexKeeper m_keeper;
+  Version m_seen;
   bool m_isRead{false};  // it has been up to date once
   bool m_isUpdating{false};
   bool m_wasReplaced{false};  // it has been emptied since

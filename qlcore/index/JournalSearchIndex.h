@@ -38,11 +38,13 @@ class JournalSearchIndex {
   struct Update {
     qsizetype changed{0};  // entries that are new, differ or are damaged now
     qsizetype removed{0};
+    // Another program has brought it up to date meanwhile: what was asked before may have other answers.
+    bool isFromOthers{false};
     bool isComplete{true};  // false: it was stopped, or files changed while they were read; call again
     // Why the folder of entries could not be read, where that is so. What was known of it is kept.
     std::optional<Error> error;
 
-    [[nodiscard]] bool hasNews() const { return changed > 0 || removed > 0; }
+    [[nodiscard]] bool hasNews() const { return changed > 0 || removed > 0 || isFromOthers; }
   };
   // Called in the thread that brings up to date, a few times a second; what is done can be asked for already. While
   // files are only being looked at, more often, and with nothing of nothing.

@@ -70,6 +70,18 @@ TEST_F(JournalIndexServiceTest, AnswersAgainWheneverTheJournalChanges) {
   EXPECT_FALSE(service.error());
 }
 
+// Both use one index: what the other has read into it already is news to whoever asked here before.
+TEST_F(JournalIndexServiceTest, AnswersAnewWhereAnotherProgramWasQuicker) {
+  service.setJournal(package->url());
+  qint64 total = -1;
+  service.ask(&asker, {}, [&](const JournalAnswer& answer) { total = answer.total; });
+  ASSERT_TRUE(runUntil([&] { return service.isUpToDate() && total == 0; }));
+  write(1, u"sea"_s, 1'700'000'000);
+  JournalSearchIndex other(*package);
+  ASSERT_EQ(other.bringUpToDate().changed, 1);
+  EXPECT_TRUE(runUntil([&] { return total == 1; }));
+}
+
 TEST_F(JournalIndexServiceTest, AnswersOnlyTheLatestQuestionOfEach) {
   for (int i = 0; i < 300; ++i) write(i, i % 2 == 0 ? u"sea"_s : u"land"_s, 1'700'000'000 + i);
   service.setJournal(package->url());
