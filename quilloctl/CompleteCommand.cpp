@@ -1,7 +1,8 @@
 // What the shells ask while a command line is typed: the completions of its last word, one a line with a tabulator and
-// a description behind it. A line ":directories" leaves it to the shell.
+// a description behind it. A line ":directories" or ":files" leaves it to the shell.
 
 #include "config/Keys.h"
+#include "exchange/ExportFormat.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/CommandTree.h"
@@ -97,10 +98,19 @@ class Completion {
     if (name == u"QUERY") return offerQuery();
     if (name == u"--tag") return offerTags({});
     if (name == u"NOTIFICATION-NAME") return offerNotices();
-    if (name == u"PATH" || name == u"--home") {
-      ctl::print(u":directories"_s);
-      m_hasPrinted = true;
-    }
+    if (name == u"FORMAT") return offerFormats();
+    if (name == u"PATH" || name == u"--home") leaveToShell(u":directories"_s);
+    if (name == u"SOURCE" || name == u"--output") leaveToShell(u":files"_s);
+  }
+
+  void leaveToShell(const QString& what) {
+    ctl::print(what);
+    m_hasPrinted = true;
+  }
+
+  void offerFormats() {
+    for (const ExportFormat& format : exportFormats())
+      offer(QString::fromLatin1(format.name), QString::fromLatin1(format.description));
   }
 
   void offerSettings() {

@@ -132,6 +132,7 @@ void addCommands(CLI::App& program, ctl::Action& action, CommonOptions& options)
   ctl::addSettingsCommand(program, action);
   ctl::addJournalCommand(program, action);
   ctl::addEntryCommand(program, action);
+  ctl::addExportCommand(program, action);
   ctl::addReminderCommand(program, action);
   ctl::addShortcutCommand(program, action);
   ctl::addAgentCommand(program, action);

@@ -3,10 +3,10 @@
 #include "controls/Fonts.h"
 #include "journal/editor/SuggestingField.h"
 #include "journal/model/DetailChanges.h"
-#include "journal/model/EntryTime.h"
 #include "journal/views/JournalColors.h"
 #include "journal/views/JournalStyle.h"
 #include "journal/views/MonthView.h"
+#include "qlcore/EntryTime.h"
 
 #include <QDateTimeEdit>
 #include <QGridLayout>
