@@ -11,8 +11,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// A mark of the byte order is written as its number: many readers, ours among them, take it out of a text's beginning.
 QByteArray lineOf(const QJsonObject& object) {
-  return QJsonDocument(object).toJson(QJsonDocument::Compact);
+  return QJsonDocument(object).toJson(QJsonDocument::Compact).replace("\xEF\xBB\xBF", "\\ufeff");
 }
 
 }  // namespace

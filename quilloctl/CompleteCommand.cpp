@@ -3,6 +3,7 @@
 
 #include "config/Keys.h"
 #include "exchange/ExportFormat.h"
+#include "exchange/ImportFormat.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/CommandTree.h"
@@ -109,8 +110,12 @@ class Completion {
   }
 
   void offerFormats() {
-    for (const ExportFormat& format : exportFormats())
-      offer(QString::fromLatin1(format.name), QString::fromLatin1(format.description));
+    if (m_place.command->get_name() == "import")
+      for (const ImportFormat& format : importFormats())
+        offer(QString::fromLatin1(format.name), QString::fromLatin1(format.description));
+    else
+      for (const ExportFormat& format : exportFormats())
+        offer(QString::fromLatin1(format.name), QString::fromLatin1(format.description));
   }
 
   void offerSettings() {

@@ -3,6 +3,7 @@
 #include "exchange/JournalExport.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/FormatNames.h"
 #include "quilloctl/JournalIndex.h"
 #include "quilloctl/Pager.h"
 #include "quilloctl/ProgressLine.h"
@@ -114,33 +115,12 @@ int exportEntries(Context& context, const ExportWords& words) {
   return finished(context, words, result);
 }
 
-std::string listOfFormats() {
-  std::string list = "Formats:";
-  for (const ExportFormat& format : exportFormats())
-    list += "\n  " + std::string(format.name) + std::string(17 - std::string_view(format.name).size(), ' ') +
-            format.description;
-  return list;
-}
-
-// A format by its name. The parser's own check does not tell what it wants in words.
-CLI::Validator isFormat() {
-  return CLI::Validator(
-      [](const std::string& word) {
-        if (exportFormatNamed(QString::fromStdString(word))) return std::string();
-        std::string names;
-        for (const ExportFormat& format : exportFormats())
-          names += (names.empty() ? "" : ", ") + std::string(format.name);
-        return "there is no format \"" + word + "\"; there are " + names;
-      },
-      "");
-}
-
 }  // namespace
 
 void addExportCommand(CLI::App& program, Action& action) {
   const auto words = std::make_shared<ExportWords>();
   CLI::App* exporter = program.add_subcommand("export", "Write entries into a file or folder, in another format");
-  exporter->add_option("FORMAT", words->format, "One of those below")->required()->check(isFormat());
+  exporter->add_option("FORMAT", words->format, "One of those below")->required()->check(isFormat(exportFormats()));
   exporter->add_option("QUERY", words->query, "Those that entry search finds with it; all of them without one");
   exporter
       ->add_option("-o,--output", words->output,
@@ -151,7 +131,7 @@ void addExportCommand(CLI::App& program, Action& action) {
                      "Write over what is there: a file as a whole, in a folder the files of the same names");
   exporter->add_flag("--strict", words->isStrict, "Export nothing where an entry of the journal is damaged");
   exporter->add_flag("--newest-first", words->isNewestFirst, "The newest entry first, in place of the oldest");
-  exporter->footer(listOfFormats() +
+  exporter->footer(listOfFormats(exportFormats()) +
                    "\n\nA file or folder appears when all of it is written. Damaged entries are left out and told of "
                    "on the\nerror stream; that alone is a failure only where nothing else came, or with --strict.");
   exporter->parse_complete_callback([words] {
