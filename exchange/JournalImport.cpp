@@ -92,6 +92,10 @@ void count(JournalImport::Counts& counts, JournalImport::Fate fate) {
   }
 }
 
+bool isStopped(const JournalImport::Listener& listener) {
+  return listener.isStopped && listener.isStopped();
+}
+
 // Goes through a source: problems and what is passed by are told of and counted, and so is an entry that comes twice.
 // `take` gets the others until it answers false.
 void walk(ImportSource& source, const JournalImport::Listener& listener, JournalImport::Counts& counts,
@@ -104,6 +108,7 @@ void walk(ImportSource& source, const JournalImport::Listener& listener, Journal
     return true;
   };
   source.forEach([&](const ImportItem& item) {
+    if (isStopped(listener)) return false;
     if (listener.progress) listener.progress(++done);
     if (const auto* fault = std::get_if<ImportProblem>(&item)) return problem(*fault);
     if (const auto* passedBy = std::get_if<ImportPassedBy>(&item)) {
@@ -199,9 +204,13 @@ std::optional<JournalImport::Counts> JournalImport::write(ImportSource& source, 
   if (!folder) return std::nullopt;
   Counts counts;
   bool isWritten = true;
-  walk(source, listener, counts,
+  bool wasStopped = false;
+  Listener stopping = listener;
+  stopping.isStopped = [&] { return wasStopped = isStopped(listener); };
+  walk(source, stopping, counts,
        [&](const ImportedEntry& entry) { return isWritten = writeEntry(*folder, entry, counts, error); });
-  if (isWritten) return counts;
+  if (isWritten && !wasStopped) return counts;
+  if (isWritten) fail(error, cocoaError(ErrorCode::fileWriteUnknown, u"it was stopped"_s));
   if (!takeBack(*folder) && error)
     error->localizedDescription += u"; some of what was imported before could not be taken back"_s;
   return std::nullopt;

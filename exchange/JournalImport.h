@@ -45,6 +45,8 @@ class JournalImport {
     std::function<void(const ImportProblem&)> problem;
     std::function<void(const ImportPassedBy&)> passedBy;
     std::function<void(qint64 done)> progress;
+    // Asked before each entry; true ends it. What was written is then taken back.
+    std::function<bool()> isStopped;
   };
 
   // The package outlives the object. With `isReplacing` the source's entries take the place of those that differ.

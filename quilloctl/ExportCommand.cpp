@@ -4,6 +4,7 @@
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/FormatNames.h"
+#include "quilloctl/Interruption.h"
 #include "quilloctl/JournalIndex.h"
 #include "quilloctl/Pager.h"
 #include "quilloctl/ProgressLine.h"
@@ -100,7 +101,8 @@ int exportEntries(Context& context, const ExportWords& words) {
   if (words.isToStandardOutput()) Pager::begin();
   JournalExport run(*package, *index);
   run.onDamage([](const QString& reason) { failed(reason); });
-  run.stopWhen(outputIsGone);
+  const Interruption interruption;
+  run.stopWhen([] { return outputIsGone() || Interruption::isAsked(); });
   JournalExport::Result result;
   {
     ProgressLine line("Exporting");

@@ -4,6 +4,7 @@
 #include "quilloctl/Command.h"
 #include "quilloctl/EntryEditing.h"
 #include "quilloctl/FormatNames.h"
+#include "quilloctl/Interruption.h"
 #include "quilloctl/ProgressLine.h"
 
 #include <QDir>
@@ -82,7 +83,8 @@ JournalImport::Listener tellingListener() {
   };
   return {.problem = [tell](const ImportProblem& problem) { tell(problem.place, problem.reason); },
           .passedBy = [tell](const ImportPassedBy& item) { tell(item.place, u"passed by, "_s + item.reason); },
-          .progress = {}};
+          .progress = {},
+          .isStopped = Interruption::isAsked};
 }
 
 JournalImport::Counts look(const JournalImport& import, ImportSource& source) {
@@ -101,6 +103,7 @@ std::optional<JournalImport::Counts> write(JournalImport& import, ImportSource& 
   {
     ProgressLine line("Importing");
     JournalImport::Listener listener;
+    listener.isStopped = Interruption::isAsked;
     listener.progress = [&](qint64 done) {
       constexpr qint64 step = 20;
       if (done % step == 0) line.show(done, std::max(total, done));
@@ -119,7 +122,9 @@ int importEntries(Context& context, const ImportWords& words) {
   const ImportFormat& format = *importFormatNamed(QString::fromStdString(words.format));
   const auto source = format.open(path, makesTagsOfHashtags(context));
   JournalImport import(*package, words.isReplacing);
+  const Interruption interruption;
   const JournalImport::Counts seen = look(import, *source);
+  if (Interruption::isAsked()) return failed(u"stopped; nothing was imported"_s);
   const bool isRefused = seen.problems > 0 && !words.goesOn;
   if (words.isTrial) {
     printCounts(context, words, seen);

@@ -76,7 +76,8 @@ class ExchangeFixture : public testing::Test {
     const JournalImport::Listener listener{
         .problem = [&](const auto& fault) { looked.told << fault.place.text() + QStringLiteral(": ") + fault.reason; },
         .passedBy = [&](const auto& item) { looked.told << item.place.text() + QStringLiteral(": ") + item.reason; },
-        .progress = {}};
+        .progress = {},
+        .isStopped = {}};
     const auto source = importFormatNamed(QLatin1StringView(format))->open(path, true);
     looked.counts = JournalImport(*package, false).look(*source, listener);
     return looked;

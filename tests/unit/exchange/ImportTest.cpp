@@ -159,6 +159,15 @@ TEST_F(Import, AFailingWriteLeavesTheJournalAsItWas) {
   EXPECT_FALSE(imported(journal, "json", stored(u"f.json"_s, list + "]"), /*isReplacing=*/true, &error));
   EXPECT_TRUE(error.localizedDescription.contains(uuidOf(3))) << error.localizedDescription.toStdString();
   EXPECT_EQ(entriesOf(journal), before);
+  // The same where somebody stops it.
+  int asked = 0;
+  const auto source = importFormatNamed(u"json"_s)->open(home.path(u"f.json"_s), false);
+  EXPECT_FALSE(JournalImport(*journal, true)
+                   .write(*source,
+                          {.problem = {}, .passedBy = {}, .progress = {}, .isStopped = [&] { return ++asked > 2; }},
+                          &error));
+  EXPECT_TRUE(error.localizedDescription.contains(u"stopped"_s));
+  EXPECT_EQ(entriesOf(journal), before);
 }
 
 }  // namespace
