@@ -19,7 +19,7 @@ const QLocale& language() {
 }  // namespace
 
 QDateTime clockTime(Date date, const QString& timeZone) {
-  const QDateTime utc = date.toDateTime();
+  QDateTime utc = date.toDateTime();
   if (!utc.isValid()) return utc;
   constexpr int minute = 60;
   const int offset = localTime(date, timeZone).offsetFromUtc();

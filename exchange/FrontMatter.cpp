@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // In UTF-16 units; bounds what a reader of YAML is given.
-constexpr qsizetype longestFrontMatter = 64 * 1024;
+constexpr qsizetype longestFrontMatter = qsizetype{64} * 1024;
 
 // A value that is of no use, with its place.
 struct Unusable {

@@ -14,7 +14,7 @@ namespace {
 
 // The reader's work grows with the square of the marks in a paragraph and of the levels of quotes and lists. In UTF-8
 // units; a written diary stays far below.
-constexpr qsizetype longestText = 512 * 1024;
+constexpr qsizetype longestText = qsizetype{512} * 1024;
 constexpr qsizetype mostMarksInParagraph = 2000;
 constexpr qsizetype mostMarks = 20000;
 

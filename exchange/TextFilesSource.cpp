@@ -33,7 +33,7 @@ QString uuidOfPath(const QString& path) {
 std::optional<ZonedDate> dateOf(const FrontMatter& matter, const QFileInfo& info) {
   if (matter.moment) return zonedDate(*matter.moment, matter.timeZone);
   const auto named = WrittenMoment::inFileName(info.completeBaseName());
-  if (const auto date = named ? zonedDate(*named, matter.timeZone) : std::nullopt) return date;
+  if (auto date = named ? zonedDate(*named, matter.timeZone) : std::nullopt) return date;
   const Date written = toWholeSecond(Date::fromDateTime(info.lastModified()));
   return ZonedDate{written, TimeZone::systemTimeZone().name()};
 }
