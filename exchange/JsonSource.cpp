@@ -3,7 +3,6 @@
 #include "exchange/EntryJson.h"
 #include "exchange/JsonEntryReader.h"
 #include "qlcore/EntryFields.h"
-#include "qlcore/QLJournalEntryFile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -42,7 +41,7 @@ ImportItem itemOf(const QByteArray& bytes, ImportPlace place) {
   auto fields = EntryJson::toFields(object, &problem);
   if (!fields) return ImportProblem{place, problem};
   // Its form was looked at above.
-  const QString uuid = *QLJournalEntryFile::canonicalUUID(object[EntryFields::uuid].toString());
+  const QString uuid = object[EntryFields::uuid].toString().toUpper();
   return ImportedEntry{place, uuid, *std::move(fields), true};
 }
 

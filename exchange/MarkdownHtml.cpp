@@ -54,17 +54,23 @@ void append(const MD_CHAR* piece, MD_SIZE size, void* html) {
   static_cast<QByteArray*>(html)->append(piece, static_cast<qsizetype>(size));
 }
 
-bool leadsToPage(QByteArrayView address) {
-  const auto begins = [&](QByteArrayView scheme) {
-    return address.size() >= scheme.size() && address.first(scheme.size()).compare(scheme, Qt::CaseInsensitive) == 0;
-  };
-  return begins("http:") || begins("https:") || begins("mailto:");
+bool begins(QByteArrayView address, QByteArrayView scheme) {
+  return address.size() >= scheme.size() && address.first(scheme.size()).compare(scheme, Qt::CaseInsensitive) == 0;
 }
 
-// Links lead to pages and people, to nothing that a reader could run. Quotes in texts are escaped: what looks like the
-// beginning of a link is one.
-QByteArray withSafeLinks(const QByteArray& html) {
-  constexpr QByteArrayView beginning("<a href=\"");
+// Links lead to pages and people, to nothing that a reader could run.
+bool isLink(QByteArrayView address) {
+  return begins(address, "http:") || begins(address, "https:") || begins(address, "mailto:");
+}
+
+// To fetch a picture tells somebody who reads.
+bool isPicture(QByteArrayView address) {
+  return begins(address, "data:image/");
+}
+
+// The HTML with the addresses behind each `beginning` taken out that are not `allowed`. Quotes in texts are escaped:
+// what looks like a beginning is one.
+QByteArray withAllowedAddresses(const QByteArray& html, QByteArrayView beginning, bool (*allowed)(QByteArrayView)) {
   QByteArray safe;
   qsizetype done = 0;
   for (qsizetype at = html.indexOf(beginning); at >= 0; at = html.indexOf(beginning, done)) {
@@ -72,10 +78,14 @@ QByteArray withSafeLinks(const QByteArray& html) {
     const qsizetype end = html.indexOf('"', address);
     if (end < 0) break;
     safe += QByteArrayView(html).sliced(done, address - done);
-    if (const auto link = QByteArrayView(html).sliced(address, end - address); leadsToPage(link)) safe += link;
+    if (const auto link = QByteArrayView(html).sliced(address, end - address); allowed(link)) safe += link;
     done = end;
   }
   return safe + html.sliced(done);
+}
+
+QByteArray safeHtml(const QByteArray& html) {
+  return withAllowedAddresses(withAllowedAddresses(html, "<a href=\"", isLink), "<img src=\"", isPicture);
 }
 
 }  // namespace
@@ -87,7 +97,7 @@ QByteArray htmlOfMarkdown(const QString& text) {
   QByteArray html;
   const unsigned flags = MD_DIALECT_GITHUB | MD_FLAG_NOHTML;
   const int result = md_html(source.constData(), static_cast<MD_SIZE>(source.size()), append, &html, flags, 0);
-  return result == 0 ? withSafeLinks(html) : paragraphs(text);
+  return result == 0 ? safeHtml(html) : paragraphs(text);
 }
 
 }  // namespace quillo
