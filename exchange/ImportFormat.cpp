@@ -1,5 +1,6 @@
 #include "exchange/ImportFormat.h"
 
+#include "exchange/CsvSource.h"
 #include "exchange/JsonSource.h"
 #include "exchange/TextFilesSource.h"
 
@@ -25,9 +26,14 @@ std::unique_ptr<ImportSource> text(const QString& path, bool makesTags) {
   return std::make_unique<TextFilesSource>(path, TextFilesSource::Options{{u".txt"_s, u".text"_s}, makesTags});
 }
 
+std::unique_ptr<ImportSource> csv(const QString& path, bool makesTags) {
+  return std::make_unique<CsvSource>(path, makesTags);
+}
+
 constexpr std::array formats{
     ImportFormat{"json", "a file that export json wrote", json},
     ImportFormat{"markdown", "a Markdown file, or a folder of them (.md, .markdown, .mkd)", markdown},
+    ImportFormat{"csv", "a table with columns text and date, in any order (see below)", csv},
     ImportFormat{"text", "a text file, or a folder of them (.txt, .text)", text},
 };
 

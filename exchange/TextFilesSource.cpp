@@ -1,16 +1,14 @@
 #include "exchange/TextFilesSource.h"
 
 #include "exchange/FrontMatter.h"
+#include "exchange/TextEntry.h"
 #include "foundation/FileContents.h"
 #include "foundation/TimeZone.h"
 #include "foundation/Utf8.h"
-#include "qlcore/EntryFields.h"
-#include "qlcore/Hashtags.h"
 #include "qlcore/StorableValues.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QUuid>
 
 #include <algorithm>
 
@@ -22,13 +20,6 @@ namespace {
 
 constexpr int deepestFolder = 64;
 constexpr qsizetype largestNote = qsizetype{64} * 1024 * 1024;
-
-// Of identifiers that are made of paths.
-constexpr QUuid pathNamespace(0x6f0c8b52, 0x41d7, 0x4e0a, 0x9b, 0x1e, 0x5a, 0x34, 0x7c, 0x92, 0xd8, 0x03);
-
-QString uuidOfPath(const QString& path) {
-  return QUuid::createUuidV5(pathNamespace, path).toString(QUuid::WithoutBraces).toUpper();
-}
 
 std::optional<ZonedDate> dateOf(const FrontMatter& matter, const QFileInfo& info) {
   if (matter.moment) return zonedDate(*matter.moment, matter.timeZone);
@@ -42,12 +33,6 @@ std::optional<ZonedDate> dateOf(const FrontMatter& matter, const QFileInfo& info
 QString textOf(const Note& note, const FrontMatter& matter) {
   if (matter.title.isEmpty() || note.text.left(matter.title.size() + 10).contains(matter.title)) return note.text;
   return u"# "_s + matter.title + u"\n\n"_s + note.text;
-}
-
-PropertyListArray tagList(const QStringList& tags) {
-  PropertyListArray list;
-  for (const QString& tag : tags) list << storableText(tag);
-  return list;
 }
 
 }  // namespace
@@ -68,21 +53,16 @@ ImportItem TextFilesSource::entryOf(const QFileInfo& info, const QString& file) 
   const auto date = dateOf(matter, info);
   if (!date) return ImportProblem{{path, 1}, u"its date is outside the years 1 to 9999"_s};
 
-  const QString uuid = matter.uuid.value_or(uuidOfPath(info.canonicalFilePath()));
-  QStringList tags = matter.tags;
-  if (!matter.uuid && m_options.makesTagsOfHashtags)
-    for (const QString& tag : hashtags(text))
-      if (!tags.contains(tag, Qt::CaseInsensitive)) tags << tag;
+  TextEntry entry{matter.uuid.value_or(uuidOfPlace(info.canonicalFilePath())),
+                  text,
+                  *date,
+                  matter.tags,
+                  matter.location,
+                  matter.weather};
   // A zone that is told and not known here may be known elsewhere.
-  const QString zone = matter.timeZone.isEmpty() ? date->timeZone : storableText(matter.timeZone);
-  PropertyListDictionary fields{{EntryFields::uuid, uuid},
-                                {EntryFields::text, text},
-                                {EntryFields::creationDate, date->date},
-                                {EntryFields::timeZone, zone},
-                                {EntryFields::tags, tagList(tags)}};
-  if (matter.location) fields.insert(EntryFields::location, matter.location->toPropertyList());
-  if (matter.weather) fields.insert(EntryFields::weather, matter.weather->toPropertyList());
-  return ImportedEntry{{path, 1}, uuid, fields, false};
+  if (!matter.timeZone.isEmpty()) entry.date.timeZone = matter.timeZone;
+  if (!matter.uuid && m_options.makesTagsOfHashtags) entry.addHashtags();
+  return ImportedEntry{{path, 1}, entry.uuid, entry.fields(), false};
 }
 
 ImportItem TextFilesSource::itemOf(const QFileInfo& info) const {

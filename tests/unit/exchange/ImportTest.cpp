@@ -72,6 +72,14 @@ TEST_F(Import, WhatCannotBeReadIsToldWithItsPlace) {
       {"markdown", "---\n---\nx", 0, "", 1},
       {"markdown", QByteArray("a\0b\x1b", 4), 0, "", 1},
       {"text", "--- x\n", 0, "", 1},
+      {"csv", "text,date\nx,2024-01-01\n\ny,2024-01-01\n", 0, "", 2},
+      {"csv", "", 1, "no column", 0},
+      {"csv", "text\nx", 1, "\"date\"", 0},
+      {"csv", "text,date\n\"a\nb\",01/02/2024", 2, "01/02/2024", 0},
+      {"csv", "text,date\na,2024-01-01\n\"b", 3, "no end", 1},
+      {"csv", "\"text", 1, "no end", 0},
+      {"csv", "text,date\n\xff,2024-01-01", 2, "UTF-8", 0},
+      {"csv", "text,date\n,2024-01-01", 2, "no text", 0},
   };
   int number = 0;
   for (const Case& one : cases) {
@@ -127,6 +135,27 @@ TEST_F(Import, AFolderOfNotesFromElsewhere) {
   EXPECT_EQ(entriesOf(journal).size(), 3u);
   EXPECT_EQ(imported(journal, "markdown", folder, /*isReplacing=*/true)->replaced, 1);
   EXPECT_EQ(imported(journal, "markdown", folder)->same, 3);
+}
+
+TEST_F(Import, ATable) {
+  const QString path = stored(u"t.csv"_s,
+                              "\xEF\xBB\xBF"
+                              "Date;Time;Body;Tags;Latitude;Longitude;Place;Title;Mood\r\n"
+                              "2024-02-29;7:05;\"a;\"\"b\"\"\r\nc #d\";#x, y;60.5;5;Bergen;;good\r\n"
+                              "2024-02-29;7:05;two;;;;;Head\r\n");
+  ASSERT_EQ(imported(journal, "csv", path)->added, 2);
+  EXPECT_EQ(imported(journal, "csv", path)->same, 2);
+  QStringList texts;
+  for (const auto& [name, fields] : entriesOf(journal)) {
+    const auto read = QLJournalEntryFile::entryWithUUID(*journal, name.chopped(6), nullptr);
+    texts << read->string();
+    EXPECT_EQ(read->creationDate().toISO8601(), u"2024-02-29T07:05:00Z"_s);
+    if (!read->location()) continue;
+    EXPECT_EQ(*read->location(), (QLLocation{60.5, 5, u"Bergen"_s}));
+    EXPECT_EQ(read->tags(), (QStringList{u"x"_s, u"y"_s, u"d"_s}));
+  }
+  texts.sort();
+  EXPECT_EQ(texts, (QStringList{u"# Head\n\ntwo"_s, u"a;\"b\"\nc #d"_s}));
 }
 
 TEST_F(Import, WhatIsThereStaysUnlessItIsToBeReplaced) {
