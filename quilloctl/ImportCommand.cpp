@@ -161,10 +161,9 @@ void addImportCommand(CLI::App& program, Action& action) {
       "tags,\nlocation and weather, as export markdown-folder writes it. Otherwise the date is that in the file's name "
       "(2014-03-10\n2100 or 20140310, at noon where there is no time), else that of the file. A file is known again by "
       "its id, else by its\npath, so that a second import makes no doubles. Links inside a folder are not followed. "
-      "The columns of a "
-      "table are named in its first line: text and date; time,\ntimezone, title, tags, place, latitude, longitude and "
-      "id "
-      "may be there.");
+      "The columns "
+      "of a table\nare named in its first line: text and date; time, timezone, title, tags, place, latitude, longitude "
+      "and id may be\nthere.");
   importer->callback(
       [&action, words] { action = [words](Context& context) { return importEntries(context, *words); }; });
 }
