@@ -1,8 +1,8 @@
 #include "journal/JournalPrinting.h"
 
 #include "journal/model/ClockTime.h"
-#include "journal/model/EntryTime.h"
 #include "journal/printing/EntryPrinter.h"
+#include "qlcore/EntryTime.h"
 
 #include <QDir>
 #include <QEventLoop>

@@ -2,7 +2,7 @@
 
 #include "foundation/FolderLock.h"
 #include "foundation/Log.h"
-#include "foundation/PropertyListSerialization.h"
+#include "qlcore/EntryFields.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalFolder.h"
 #include "qlcore/QLJournalPackageFile.h"
@@ -22,43 +22,10 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QLatin1StringView suffix{".plist"};
-constexpr QLatin1StringView uuidKey{"uuid"};
-constexpr QLatin1StringView textKey{"text"};
-constexpr QLatin1StringView creationDateKey{"creationDate"};
-constexpr QLatin1StringView modificationDateKey{"modificationDate"};
-constexpr QLatin1StringView timeZoneKey{"timeZone"};
-constexpr QLatin1StringView tagsKey{"tags"};
-constexpr QLatin1StringView locationKey{"location"};
-constexpr QLatin1StringView weatherKey{"weather"};
-
-bool isMissing(const Error& error) {
-  return error.domain == ErrorDomain::cocoa && error.code == ErrorCode::fileReadNoSuchFile;
-}
-
 // Why a folder of entries could not be opened: without one there are no entries.
 Error folderError(const Error& reason) {
-  return JournalError::make(isMissing(reason) ? JournalError::EntryNotFound : JournalError::NotReadable,
+  return JournalError::make(EntryFields::isMissing(reason) ? JournalError::EntryNotFound : JournalError::NotReadable,
                             reason.localizedDescription);
-}
-
-bool isDamage(const Error& error) {
-  return error.domain == JournalError::domain && error.code == JournalError::EntryDamaged;
-}
-
-Error damage(const JournalFolder& folder, const QString& name, const QString& why) {
-  return JournalError::make(JournalError::EntryDamaged,
-                            u"%1/%2: the entry is damaged, %3"_s.arg(folder.path(), name, why));
-}
-
-// The fields on disk; nothing, with an error, when they cannot be read.
-std::optional<PropertyListDictionary> fieldsOnDisk(const JournalFolder& folder, const QString& name, Error* error) {
-  const auto bytes = folder.readFile(name, error);
-  if (!bytes) return std::nullopt;
-  Error reason;
-  const auto list = PropertyListSerialization::propertyListWithData(*bytes, nullptr, &reason);
-  if (list && list->isDictionary()) return list->dictionary();
-  fail(error, damage(folder, name, list ? u"it is not a dictionary"_s : reason.localizedDescription));
-  return std::nullopt;
 }
 
 // Location or weather. One that is the same on disk stays there, with the keys in it that this version does not know.
@@ -98,16 +65,9 @@ QStringList mergedTags(const QStringList& before, const QStringList& theirs, con
 
 QStringList tagsIn(const PropertyListDictionary& fields) {
   QStringList tags;
-  for (const auto& tag : fields.value(tagsKey).array())
+  for (const auto& tag : fields.value(EntryFields::tags).array())
     if (tag.isString() && !tag.string().isEmpty()) tags << storableText(tag.string());
   return tags;
-}
-
-// XML, as entries are; but values of unknown keys may be such that only a binary list holds them. Every reader takes
-// both, and losing the entry over another program's key would be worse.
-std::optional<QByteArray> serialized(const PropertyListDictionary& fields, Error* error) {
-  if (auto bytes = PropertyListSerialization::dataWithPropertyList(fields, PropertyListFormat::XML)) return bytes;
-  return PropertyListSerialization::dataWithPropertyList(fields, PropertyListFormat::Binary, error);
 }
 
 }  // namespace
@@ -188,17 +148,17 @@ std::shared_ptr<QLJournalEntryFile> QLJournalEntryFile::entryInFolder(const Jour
   QString name;
   for (const QString& possible : fileNames(*canonical)) {
     name = possible;
-    fields = fieldsOnDisk(folder, name, &reason);
-    if (fields || !isMissing(reason)) break;
+    fields = EntryFields::read(folder, name, &reason);
+    if (fields || !EntryFields::isMissing(reason)) break;
   }
-  if (!fields && isMissing(reason))
+  if (!fields && EntryFields::isMissing(reason))
     return failed(
         JournalError::make(JournalError::EntryNotFound, u"%1: there is no entry %2"_s.arg(folder.path(), *canonical)));
-  if (!fields && isDamage(reason)) return failed(reason);
+  if (!fields && EntryFields::isDamage(reason)) return failed(reason);
   if (!fields) return failed(JournalError::make(JournalError::NotReadable, reason.localizedDescription));
   // Taking it for an empty text would let the next save wipe it out.
-  if (fields->contains(textKey) && !fields->value(textKey).isString())
-    return failed(damage(folder, name, u"its text is not a string"_s));
+  if (fields->contains(EntryFields::text) && !fields->value(EntryFields::text).isString())
+    return failed(EntryFields::damage(folder, name, u"its text is not a string"_s));
 
   auto entry = std::shared_ptr<QLJournalEntryFile>(new QLJournalEntryFile);
   // The name of the file counts: it is what the entry is found by.
@@ -240,14 +200,14 @@ void QLJournalEntryFile::setTimeZone(const QString& name) {
 
 // Whatever the file holds, what is taken from it can be written again.
 void QLJournalEntryFile::readFields(const PropertyListDictionary& fields) {
-  setString(fields.value(textKey).string());
+  setString(fields.value(EntryFields::text).string());
   m_content.tags = tagsIn(fields);
-  const auto modified = storableDate(fields.value(modificationDateKey));
-  m_content.creationDate = storableDate(fields.value(creationDateKey));
+  const auto modified = storableDate(fields.value(EntryFields::modificationDate));
+  m_content.creationDate = storableDate(fields.value(EntryFields::creationDate));
   m_modificationDate = modified.value_or(m_content.creationDate.value_or(Date()));
-  m_content.timeZone = storableText(fields.value(timeZoneKey).string());
-  m_content.location = QLLocation::fromPropertyList(fields.value(locationKey));
-  m_content.weather = QLWeather::fromPropertyList(fields.value(weatherKey));
+  m_content.timeZone = storableText(fields.value(EntryFields::timeZone).string());
+  m_content.location = QLLocation::fromPropertyList(fields.value(EntryFields::location));
+  m_content.weather = QLWeather::fromPropertyList(fields.value(EntryFields::weather));
   m_saved = m_content;
 }
 
@@ -256,18 +216,18 @@ void QLJournalEntryFile::adoptFrom(const PropertyListDictionary& fields) {
   const auto adopt = [](auto& ours, auto& saved, const auto& theirs) { ours = saved = theirs; };
   if (m_content.tags == m_saved.tags) adopt(m_content.tags, m_saved.tags, tagsIn(fields));
   if (isSame(m_content.location, m_saved.location))
-    adopt(m_content.location, m_saved.location, QLLocation::fromPropertyList(fields.value(locationKey)));
+    adopt(m_content.location, m_saved.location, QLLocation::fromPropertyList(fields.value(EntryFields::location)));
   if (isSame(m_content.weather, m_saved.weather))
-    adopt(m_content.weather, m_saved.weather, QLWeather::fromPropertyList(fields.value(weatherKey)));
+    adopt(m_content.weather, m_saved.weather, QLWeather::fromPropertyList(fields.value(EntryFields::weather)));
   if (m_content.creationDate == m_saved.creationDate)
-    adopt(m_content.creationDate, m_saved.creationDate, storableDate(fields.value(creationDateKey)));
+    adopt(m_content.creationDate, m_saved.creationDate, storableDate(fields.value(EntryFields::creationDate)));
   if (m_content.timeZone == m_saved.timeZone)
-    adopt(m_content.timeZone, m_saved.timeZone, storableText(fields.value(timeZoneKey).string()));
+    adopt(m_content.timeZone, m_saved.timeZone, storableText(fields.value(EntryFields::timeZone).string()));
 }
 
 // Takes in what another writer has made of the entry: of text and tags also where both were changed here too.
 void QLJournalEntryFile::mergeWith(const PropertyListDictionary& fields) {
-  if (const auto& text = fields.value(textKey); text.isString() && m_content.string != m_saved.string) {
+  if (const auto& text = fields.value(EntryFields::text); text.isString() && m_content.string != m_saved.string) {
     const QString theirs = storableText(text.string());
     if (theirs != m_saved.string && theirs != m_content.string) {
       const MergedText merged = mergeTexts(m_saved.string, theirs, m_content.string);
@@ -282,21 +242,23 @@ void QLJournalEntryFile::mergeWith(const PropertyListDictionary& fields) {
 
 void QLJournalEntryFile::writeFields(PropertyListDictionary& fields) const {
   const bool isNew = fields.isEmpty();
-  if (isNew) fields.insert(uuidKey, m_uuid);
-  fields.insert(modificationDateKey, m_modificationDate);
+  if (isNew) fields.insert(EntryFields::uuid, m_uuid);
+  fields.insert(EntryFields::modificationDate, m_modificationDate);
   writeContent(fields, isNew);
 }
 
 void QLJournalEntryFile::writeContent(PropertyListDictionary& fields, bool isNew) const {
   const auto& [string, tags, location, weather, creationDate, timeZone] = m_content;
   // A text that another writer has taken away, or made no text of, is not let go.
-  const bool isTextLost = !fields.value(textKey).isString() && !string.isEmpty();
-  if (isNew || isTextLost || string != m_saved.string) fields.insert(textKey, string);
-  if (isNew || tags != m_saved.tags) fields.insert(tagsKey, tagList(tags, fields.value(tagsKey).array()));
-  if (isNew || !isSame(location, m_saved.location)) writeValue(fields, locationKey, location);
-  if (isNew || !isSame(weather, m_saved.weather)) writeValue(fields, weatherKey, weather);
-  if (creationDate && (isNew || creationDate != m_saved.creationDate)) fields.insert(creationDateKey, *creationDate);
-  if (isNew || timeZone != m_saved.timeZone) fields.insert(timeZoneKey, timeZone);
+  const bool isTextLost = !fields.value(EntryFields::text).isString() && !string.isEmpty();
+  if (isNew || isTextLost || string != m_saved.string) fields.insert(EntryFields::text, string);
+  if (isNew || tags != m_saved.tags)
+    fields.insert(EntryFields::tags, tagList(tags, fields.value(EntryFields::tags).array()));
+  if (isNew || !isSame(location, m_saved.location)) writeValue(fields, EntryFields::location, location);
+  if (isNew || !isSame(weather, m_saved.weather)) writeValue(fields, EntryFields::weather, weather);
+  if (creationDate && (isNew || creationDate != m_saved.creationDate))
+    fields.insert(EntryFields::creationDate, *creationDate);
+  if (isNew || timeZone != m_saved.timeZone) fields.insert(EntryFields::timeZone, timeZone);
 }
 
 bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Error* error,
@@ -312,10 +274,10 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
 
   // What another writer added to the file meanwhile is kept, and none of ours writes between reading and writing.
   const FolderLock lock(folder->path(), FolderLock::Mode::Exclusive);
-  auto fields = fieldsOnDisk(*folder, m_fileName, &reason);
-  if (!fields && isDamage(reason))
+  auto fields = EntryFields::read(*folder, m_fileName, &reason);
+  if (!fields && EntryFields::isDamage(reason))
     QLLogInfo(u"Replaced a damaged entry - "_s + reason.localizedDescription);  // the text here is whole
-  else if (!fields && !isMissing(reason))
+  else if (!fields && !EntryFields::isMissing(reason))
     return fail(error, JournalError::forWriting(reason, introduction));
   if (!fields) fields.emplace();
 
@@ -325,7 +287,7 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
   if (!fields->isEmpty()) mergeWith(*fields);
   const Date before = std::exchange(m_modificationDate, storableNow());
   writeFields(*fields);
-  const auto bytes = serialized(*fields, &reason);
+  const auto bytes = EntryFields::serialized(*fields, &reason);
   if (!bytes || !folder->replaceFile(m_fileName, *bytes, &reason)) {
     m_modificationDate = before;
     m_content = own;

@@ -78,6 +78,8 @@ void addSetupCommand(CLI::App& program, Action& action);
 void addSettingsCommand(CLI::App& program, Action& action);
 void addJournalCommand(CLI::App& program, Action& action);
 void addEntryCommand(CLI::App& program, Action& action);
+void addExportCommand(CLI::App& program, Action& action);
+void addImportCommand(CLI::App& program, Action& action);
 void addReminderCommand(CLI::App& program, Action& action);
 void addShortcutCommand(CLI::App& program, Action& action);
 void addAgentCommand(CLI::App& program, Action& action);

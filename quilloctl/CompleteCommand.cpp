@@ -1,8 +1,10 @@
 // What the shells ask while a command line is typed: the completions of its last word, one a line with a tabulator and
-// a description behind it. A line ":directories" leaves it to the shell.
+// a description behind it. A line ":directories" or ":files" leaves it to the shell.
 
 #include "config/Keys.h"
 #include "config/SettingText.h"
+#include "exchange/ExportFormat.h"
+#include "exchange/ImportFormat.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/CommandTree.h"
@@ -99,11 +101,24 @@ class Completion {
     if (name == u"QUERY") return offerQuery();
     if (name == u"--tag") return offerTags({});
     if (name == u"NOTIFICATION-NAME") return offerNotices();
+    if (name == u"FORMAT") return offerFormats();
     const QStringList folders{u"PATH"_s, u"FOLDER"_s, u"--home"_s, u"--journal"_s, u"--existing"_s};
-    if (folders.contains(name)) {
-      ctl::print(u":directories"_s);
-      m_hasPrinted = true;
-    }
+    if (folders.contains(name)) leaveToShell(u":directories"_s);
+    if (name == u"SOURCE" || name == u"--output") leaveToShell(u":files"_s);
+  }
+
+  void leaveToShell(const QString& what) {
+    ctl::print(what);
+    m_hasPrinted = true;
+  }
+
+  void offerFormats() {
+    if (m_place.command->get_name() == "import")
+      for (const ImportFormat& format : importFormats())
+        offer(QString::fromLatin1(format.name), QString::fromLatin1(format.description));
+    else
+      for (const ExportFormat& format : exportFormats())
+        offer(QString::fromLatin1(format.name), QString::fromLatin1(format.description));
   }
 
   void offerSettings() {

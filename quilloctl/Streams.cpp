@@ -1,13 +1,12 @@
 #include "quilloctl/Streams.h"
 
+#include "foundation/Utf8.h"
 #include "quilloctl/Pager.h"
 #include "quilloctl/Terminal.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-
-#include <unicode/utf8.h>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -63,18 +62,6 @@ QString withEscapedControls(const QByteArray& json) {
   return escaped;
 }
 
-// The place of the first byte that begins no character, or -1.
-qsizetype firstInvalidByte(const QByteArray& bytes) {
-  const auto length = static_cast<int64_t>(bytes.size());
-  for (int64_t at = 0; at < length;) {
-    const int64_t start = at;
-    UChar32 character = 0;
-    U8_NEXT(bytes.constData(), at, length, character);
-    if (character < 0) return start;
-  }
-  return -1;
-}
-
 }  // namespace
 
 void holdStandardStreams() {
@@ -108,6 +95,10 @@ void print(const QString& line) {
 
 void print(const StyledLine& line) {
   write(line.text().toUtf8() + '\n');
+}
+
+void printPart(const QByteArray& utf8) {
+  write(outputIsTerminal() ? withoutControls(QString::fromUtf8(utf8)).toUtf8() : utf8);
 }
 
 bool outputIsGone() {
@@ -150,7 +141,7 @@ int finishOutput(int code) {
 }
 
 std::optional<QString> textFromUtf8(const QByteArray& bytes, const QString& what, QString* reason) {
-  if (const qsizetype at = firstInvalidByte(bytes); at >= 0) {
+  if (const qsizetype at = firstInvalidUtf8Byte(bytes); at >= 0) {
     *reason = u"%1 is no UTF-8 text: byte %2 of it, counted from 0, is wrong"_s.arg(what).arg(at);
     return std::nullopt;
   }

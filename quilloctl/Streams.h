@@ -24,6 +24,8 @@ int failed(const QString& reason);
 // A line on the standard output, in UTF-8. What goes to a terminal goes without the control characters it would obey.
 void print(const QString& line);
 void print(const StyledLine& line);
+// A part of a document on the standard output, with nothing added.
+void printPart(const QByteArray& utf8);
 // One JSON document on the standard output, also for a bare value.
 void printJson(const QJsonValue& value);
 

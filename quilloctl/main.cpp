@@ -133,6 +133,8 @@ void addCommands(CLI::App& program, ctl::Action& action, CommonOptions& options)
   ctl::addSettingsCommand(program, action);
   ctl::addJournalCommand(program, action);
   ctl::addEntryCommand(program, action);
+  ctl::addExportCommand(program, action);
+  ctl::addImportCommand(program, action);
   ctl::addReminderCommand(program, action);
   ctl::addShortcutCommand(program, action);
   ctl::addAgentCommand(program, action);

@@ -6,8 +6,8 @@
 #include "journal/editor/LineSpacing.h"
 #include "journal/model/ClockTime.h"
 #include "journal/model/DetailChanges.h"
-#include "journal/model/EntryTime.h"
 #include "journal/views/StatusRow.h"
+#include "qlcore/EntryTime.h"
 #include "qlcore/QLJournalEntryFile.h"
 
 #include <QDateTime>

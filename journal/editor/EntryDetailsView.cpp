@@ -5,8 +5,8 @@
 #include "controls/look/JournalStyle.h"
 #include "journal/editor/SuggestingField.h"
 #include "journal/model/DetailChanges.h"
-#include "journal/model/EntryTime.h"
 #include "journal/views/MonthView.h"
+#include "qlcore/EntryTime.h"
 
 #include <QDateTimeEdit>
 #include <QGridLayout>

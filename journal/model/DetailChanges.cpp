@@ -2,7 +2,7 @@
 
 #include "foundation/Calendar.h"
 #include "journal/model/ClockTime.h"
-#include "journal/model/EntryTime.h"
+#include "qlcore/EntryTime.h"
 #include "qlcore/Hashtags.h"
 
 #include <QRegularExpression>

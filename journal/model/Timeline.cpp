@@ -1,7 +1,7 @@
 #include "journal/model/Timeline.h"
 
 #include "journal/model/ClockTime.h"
-#include "journal/model/EntryTime.h"
+#include "qlcore/EntryTime.h"
 
 #include <QLocale>
 #include <QMap>

@@ -21,6 +21,13 @@ namespace {
 
 constexpr QChar tagSeparator(0x1F);
 
+// The database gives no text back that begins with a mark of the byte order: it takes it for one of its own. Nobody
+// sees it, and nothing is found by it.
+QString withoutFirstMarks(QString text) {
+  while (text.startsWith(QChar::ByteOrderMark)) text.remove(0, 1);
+  return text;
+}
+
 // Takes no more room than it needs: the conversion makes room for three bytes a character, and very many records wait
 // at a time.
 QByteArray packed(const QString& text) {
@@ -128,6 +135,8 @@ IndexedEntry EntryRecord::toEntry() const {
   entry.modificationDate = modification;
   entry.day = day;
   entry.text = QString::fromUtf8(text);
+  // The conversion takes it for none of the text.
+  if (text.startsWith("\xEF\xBB\xBF")) entry.text.prepend(QChar::ByteOrderMark);
   entry.tags = partedTags(tags);
   QDataStream stream(details);
   stream.setVersion(QDataStream::Qt_6_4);
@@ -170,10 +179,10 @@ EntryRecord EntryReader::record(const QLJournalEntryFile& entry, const StampedFi
   record.creation = entry.creationDate();
   record.modification = entry.modificationDate();
   record.day = localDay(entry.creationDate(), entry.timeZone());
-  record.tags = joinedTags(entry.tags());
+  record.tags = withoutFirstMarks(joinedTags(entry.tags()));
   const auto location = entry.location();
   const auto weather = entry.weather();
-  record.place = location ? location->placeName : QString();
+  record.place = location ? withoutFirstMarks(location->placeName) : QString();
   record.text = packed(entry.string());
   QDataStream stream(&record.details, QIODevice::WriteOnly);
   stream.setVersion(QDataStream::Qt_6_4);
@@ -184,7 +193,9 @@ EntryRecord EntryReader::record(const QLJournalEntryFile& entry, const StampedFi
     stream << weather->temperature << weather->symbolCode << weather->text << weather->provider
            << weather->date.has_value() << weather->date.value_or(Date()).timeIntervalSinceReferenceDate();
   record.digest = record.computedDigest();
-  record.words = EntryWords::of(entry.string(), entry.tags(), record.place, record.day, m_prefixes);
+  // Of what a reader of the row gets: the words of an entry that goes are made anew of it.
+  record.words =
+      EntryWords::of(QString::fromUtf8(record.text), partedTags(record.tags), record.place, record.day, m_prefixes);
   return record;
 }
 

@@ -24,9 +24,10 @@ _quilloctl() {
   # What the shell takes for earlier words is not to be replaced.
   colon=${word%"${word##*[:=]}"}
   while IFS=$'\t' read -r line _; do
-    if [[ $line == :directories ]]; then
+    if [[ $line == :directories || $line == :files ]]; then
       compopt -o filenames 2>/dev/null
-      mapfile -t COMPREPLY < <(compgen -d -- "$word")
+      [[ $line == :files ]] && i=-f || i=-d
+      mapfile -t COMPREPLY < <(compgen "$i" -- "$word")
       return
     fi
     [[ $line == *[:=] ]] && compopt -o nospace 2>/dev/null

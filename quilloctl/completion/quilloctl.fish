@@ -9,6 +9,8 @@ function __quilloctl_complete
     set -l found ($words[1] complete $words $current 2>/dev/null)
     if test "$found[1]" = :directories
         __fish_complete_directories $current
+    else if test "$found[1]" = :files
+        __fish_complete_path $current
     else
         printf '%s\n' $found
     end

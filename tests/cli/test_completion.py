@@ -31,7 +31,7 @@ class CompletionTest(QuilloctlTestCase):
             return {name for line in listed.splitlines() if line.startswith("  ") and line[2] != " "
                     for name in re.sub("[(),]", " ", line[2:].split("  ")[0]).split()}
         self.assertIn("entry", commands())
-        for words in [[], *([command] for command in commands() - {"open-url", "post", "setup"})]:
+        for words in [[], *([command] for command in commands() - {"open-url", "post", "setup", "export", "import"})]:
             self.assertEqual(set(self.offered(*words, "")), commands(*words), words)
 
     def test_words_that_can_follow(self):
@@ -47,6 +47,8 @@ class CompletionTest(QuilloctlTestCase):
             (["settings", "remove", "Odd"], ["Odd key"]), (["settings", "set", "RemindersEnabled", "t"], ["true"]),
             (["journal", "set", ""], [":directories"]), (["--home", ""], [":directories"]), (["settings", "set", "K", "1", "--type", "b"], ["bool"]),
             (["setup", "--journal", ""], [":directories"]), (["setup", "--re"], ["--remind"]), (["journal", "move", ""], [":directories"]), (["open-url", "quillo://p"], ["quillo://preferences", "quillo://post"]), (["reminder", "next", "--b"], ["--batch"]), (["nonsense", "x"], []),
+            (["export", "ma"], ["markdown", "markdown-folder"]), (["export", "json", "tag:w"], ["tag:work"]), (["export", "json", "-o", ""], [":files"]),
+            (["import", ""], ["json", "markdown", "csv", "text"]), (["import", "json", ""], [":files"]),
         ]
         for words, expected in cases:
             with self.subTest(words):
@@ -66,5 +68,6 @@ class CompletionTest(QuilloctlTestCase):
         self.program = f"{folder}/quilloctl"
         for line, expected in (("quilloctl jour", ["journal"]), ("quilloctl entry search tag:w", ["walk", "work"]), ("quilloctl entry search tag:", ["walk", "work"]),
                                ("quilloctl open-url quillo://p", ["//preferences", "//post"]), ("quilloctl open-url quillo://edit?entryId=", [""]),
-                               ("quilloctl settings list --a", ["--all"]), (f"quilloctl journal set {COMPLETION.parent.parent}/compl", [f"{COMPLETION.parent}"])):
+                               ("quilloctl settings list --a", ["--all"]), (f"quilloctl journal set {COMPLETION.parent.parent}/compl", [f"{COMPLETION.parent}"]),
+                               (f"quilloctl import json {COMPLETION.parent}/quilloctl.b", [f"{COMPLETION}"])):
             self.assertEqual(self.in_bash(line), expected, line)

@@ -3,8 +3,8 @@
 #include "JournalWindowFixture.h"
 #include "entry/text/HashtagCompletionList.h"
 #include "journal/editor/SuggestingField.h"
-#include "journal/model/EntryTime.h"
 #include "journal/views/MonthView.h"
+#include "qlcore/EntryTime.h"
 
 #include <QApplication>
 #include <QDateTimeEdit>

@@ -1,5 +1,5 @@
 #include "journal/model/DetailChanges.h"
-#include "journal/model/EntryTime.h"
+#include "qlcore/EntryTime.h"
 #include "tests/support/TestHome.h"
 
 #include <gtest/gtest.h>

@@ -419,6 +419,7 @@ TEST_F(JournalSearchIndexTest, TakesWhateverAFileHolds) {
                            QString(300'000, u'x'),
                            u"\u0301\u0302"_s,
                            QString(QChar(0xE000)) + u"tag"_s,
+                           QString(2, QChar::ByteOrderMark) + u"mark"_s,
                            u"\"quoted\" AND NOT * ^ : ( )"_s,
                            QString(200'000, u'今'),
                            u"a\0b"_s};

@@ -1,0 +1,219 @@
+#include "exchange/JournalImport.h"
+
+#include "foundation/FolderLock.h"
+#include "qlcore/EntryDetails.h"
+#include "qlcore/EntryFields.h"
+#include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/StorableValues.h"
+
+#include <QFile>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A file of the folder of entries as it stands there.
+struct EntryOnDisk {
+  QString fileName;
+  std::optional<PropertyListDictionary>
+      fields;  // of a damaged file an empty dictionary; nothing where there is no file
+};
+
+// False, with an error, where it cannot be said.
+bool find(const JournalFolder& folder, const QString& uuid, EntryOnDisk& found, Error* error) {
+  for (const QString& name : QLJournalEntryFile::fileNames(uuid)) {
+    Error reason;
+    found = {name, EntryFields::read(folder, name, &reason)};
+    if (found.fields) return true;
+    if (EntryFields::isDamage(reason)) found.fields.emplace();
+    if (found.fields) return true;
+    if (!EntryFields::isMissing(reason)) return fail(error, reason);
+  }
+  found.fileName = QLJournalEntryFile::fileName(uuid);
+  return true;
+}
+
+std::optional<Date> creationDate(const PropertyListDictionary& fields) {
+  const auto created = storableDate(fields.value(EntryFields::creationDate));
+  return created ? created : storableDate(fields.value(EntryFields::modificationDate));
+}
+
+EntryDetails detailsOf(const PropertyListDictionary& fields) {
+  EntryDetails details{toWholeSecond(creationDate(fields).value_or(Date())),
+                       fields.value(EntryFields::timeZone).string(),
+                       {},
+                       QLLocation::fromPropertyList(fields.value(EntryFields::location)),
+                       QLWeather::fromPropertyList(fields.value(EntryFields::weather))};
+  for (const auto& tag : fields.value(EntryFields::tags).array())
+    if (!tag.string().isEmpty()) details.tags << tag.string();
+  if (details.weather && details.weather->date) details.weather->date = toWholeSecond(*details.weather->date);
+  return details;
+}
+
+// What is written for an entry that `there` is to give way to.
+PropertyListDictionary fieldsToWrite(const ImportedEntry& entry, const PropertyListDictionary& there) {
+  if (entry.isWhole) return entry.fields;
+  PropertyListDictionary fields = there;
+  for (const auto& key : {EntryFields::location, EntryFields::weather}) fields.remove(key);
+  fields.insert(entry.fields);
+  fields.insert(EntryFields::modificationDate, storableNow());
+  return fields;
+}
+
+void addToSpan(JournalImport::Counts& counts, const PropertyListDictionary& fields) {
+  const auto date = creationDate(fields);
+  if (!date) return;
+  counts.first = counts.first ? std::min(*counts.first, *date) : *date;
+  counts.last = counts.last ? std::max(*counts.last, *date) : *date;
+}
+
+void count(JournalImport::Counts& counts, JournalImport::Fate fate) {
+  switch (fate) {
+    case JournalImport::Fate::New:
+      ++counts.added;
+      return;
+    case JournalImport::Fate::Same:
+      ++counts.same;
+      return;
+    case JournalImport::Fate::Differs:
+      ++counts.differing;
+      return;
+    case JournalImport::Fate::Replaced:
+      ++counts.replaced;
+      return;
+  }
+}
+
+bool isStopped(const JournalImport::Listener& listener) {
+  return listener.isStopped && listener.isStopped();
+}
+
+// Goes through a source: problems and what is passed by are told of and counted, and so is an entry that comes twice.
+// `take` gets the others until it answers false.
+void walk(ImportSource& source, const JournalImport::Listener& listener, JournalImport::Counts& counts,
+          const std::function<bool(const ImportedEntry&)>& take) {
+  QHash<QUuid, int> lines;
+  qint64 done = 0;
+  const auto problem = [&](const ImportProblem& fault) {
+    ++counts.problems;
+    if (listener.problem) listener.problem(fault);
+    return true;
+  };
+  source.forEach([&](const ImportItem& item) {
+    if (isStopped(listener)) return false;
+    if (listener.progress) listener.progress(++done);
+    if (const auto* fault = std::get_if<ImportProblem>(&item)) return problem(*fault);
+    if (const auto* passedBy = std::get_if<ImportPassedBy>(&item)) {
+      ++counts.passedBy;
+      if (listener.passedBy) listener.passedBy(*passedBy);
+      return true;
+    }
+    const auto& entry = std::get<ImportedEntry>(item);
+    const QUuid uuid = QUuid::fromString(entry.uuid);
+    if (lines.contains(uuid)) return problem({entry.place, u"the entry %1 comes a second time"_s.arg(entry.uuid)});
+    lines.insert(uuid, entry.place.line);
+    addToSpan(counts, entry.fields);
+    return take(entry);
+  });
+}
+
+}  // namespace
+
+JournalImport::Fate JournalImport::fateOf(const ImportedEntry& entry,
+                                          const std::optional<PropertyListDictionary>& there) const {
+  if (!there) return Fate::New;
+  const auto text = [](const PropertyListDictionary& fields) {
+    return storableText(fields.value(EntryFields::text).string());
+  };
+  const bool isSame = entry.isWhole ? *there == entry.fields
+                                    : !there->isEmpty() && text(*there) == text(entry.fields) &&
+                                          detailsOf(*there) == detailsOf(entry.fields);
+  if (isSame) return Fate::Same;
+  return m_isReplacing ? Fate::Replaced : Fate::Differs;
+}
+
+JournalImport::Counts JournalImport::look(ImportSource& source, const Listener& listener) const {
+  Counts counts;
+  Error error;
+  const auto folder = JournalFolder::open(m_package.entriesFolder(), &error);
+  walk(source, listener, counts, [&](const ImportedEntry& entry) {
+    EntryOnDisk there;
+    // Without a folder there are no entries; one that is there and cannot be read is found out when it is written.
+    if (folder && !find(*folder, entry.uuid, there, &error)) there.fields.emplace();
+    Error unwritable;
+    if (!EntryFields::serialized(entry.fields, &unwritable)) {
+      ++counts.problems;
+      if (listener.problem) listener.problem({entry.place, unwritable.localizedDescription});
+      return true;
+    }
+    count(counts, fateOf(entry, there.fields));
+    return true;
+  });
+  return counts;
+}
+
+bool JournalImport::writeEntry(const JournalFolder& folder, const ImportedEntry& entry, Counts& counts, Error* error) {
+  // None of ours writes between the look and the write.
+  const FolderLock lock(folder.path(), FolderLock::Mode::Exclusive);
+  EntryOnDisk there;
+  if (!find(folder, entry.uuid, there, error)) return false;
+  const Fate fate = fateOf(entry, there.fields);
+  const bool isToBeWritten = fate == Fate::New || fate == Fate::Replaced;
+  const auto bytes = isToBeWritten ? EntryFields::serialized(
+                                         fieldsToWrite(entry, there.fields.value_or(PropertyListDictionary())), nullptr)
+                                   : std::nullopt;
+  if (bytes || !isToBeWritten) count(counts, fate);
+  // Told of before, by look().
+  if (!bytes) return true;
+  if (fate == Fate::Replaced) {
+    const auto old = folder.readFile(there.fileName, error);
+    if (!old) return false;
+    m_replaced << Replaced{there.fileName, qCompress(*old)};
+  }
+  // Noted first: what fails in the folder's syncing may be there all the same.
+  if (fate == Fate::New) m_added << QUuid::fromString(entry.uuid);
+  return folder.replaceFile(there.fileName, *bytes, error);
+}
+
+bool JournalImport::takeBack(const JournalFolder& folder) {
+  const FolderLock lock(folder.path(), FolderLock::Mode::Exclusive);
+  bool isAll = true;
+  for (const QUuid& uuid : m_added) {
+    const QString name = QLJournalEntryFile::fileName(uuid.toString(QUuid::WithoutBraces).toUpper());
+    const QByteArray path = QFile::encodeName(folder.path() + u'/' + name);
+    isAll = (::unlink(path.constData()) == 0 || errno == ENOENT) && isAll;
+  }
+  for (const Replaced& replaced : m_replaced)
+    isAll = folder.replaceFile(replaced.fileName, qUncompress(replaced.bytes), nullptr) && isAll;
+  m_added.clear();
+  m_replaced.clear();
+  return isAll;
+}
+
+std::optional<JournalImport::Counts> JournalImport::write(ImportSource& source, const Listener& listener,
+                                                          Error* error) {
+  const auto folder = JournalFolder::openOrMake(m_package.entriesFolder(), error);
+  if (!folder) return std::nullopt;
+  Counts counts;
+  bool isWritten = true;
+  bool wasStopped = false;
+  Listener stopping = listener;
+  stopping.isStopped = [&] { return wasStopped = isStopped(listener); };
+  walk(source, stopping, counts,
+       [&](const ImportedEntry& entry) { return isWritten = writeEntry(*folder, entry, counts, error); });
+  if (isWritten && !wasStopped) return counts;
+  if (isWritten) fail(error, cocoaError(ErrorCode::fileWriteUnknown, u"it was stopped"_s));
+  if (!takeBack(*folder) && error)
+    error->localizedDescription += u"; some of what was imported before could not be taken back"_s;
+  return std::nullopt;
+}
+
+}  // namespace quillo
