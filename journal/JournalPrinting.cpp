@@ -112,18 +112,23 @@ QString JournalPrinting::print(JournalQuestion question) {
   QPrinter printer(QPrinter::HighResolution);
   QPrintDialog dialog(&printer, &m_window);
   if (dialog.exec() != QDialog::Accepted) return {};
+  const QString file = printer.outputFileName();
   return run(std::move(question), [&](EntryPrinter& entries) {
     Error error;
-    return outcomeText(entries.print(printer, &error), error, u"Sent to the printer."_s);
+    return outcomeText(entries.print(printer, &error), error,
+                       file.isEmpty() ? u"Sent to the printer."_s : u"Saved as %1."_s.arg(file));
   });
 }
 
 QString JournalPrinting::savePDF(JournalQuestion question) {
   const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-  QString path = QFileDialog::getSaveFileName(&m_window, u"Save as PDF"_s, QDir(documents).filePath(u"Journal.pdf"_s),
-                                              u"PDF (*.pdf)"_s);
-  if (path.isEmpty()) return {};
-  if (!path.endsWith(u".pdf", Qt::CaseInsensitive)) path += u".pdf"_s;
+  // The dialog adds the suffix, not we afterwards: it is the dialog that asks before a file is replaced.
+  QFileDialog dialog(&m_window, u"Save as PDF"_s, documents, u"PDF (*.pdf)"_s);
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setDefaultSuffix(u"pdf"_s);
+  dialog.selectFile(u"Journal.pdf"_s);
+  if (dialog.exec() != QDialog::Accepted) return {};
+  const QString path = dialog.selectedFiles().constFirst();
   const QPageLayout layout(
       QPageSize(QLocale().measurementSystem() == QLocale::ImperialUSSystem ? QPageSize::Letter : QPageSize::A4),
       QPageLayout::Portrait, QMarginsF(54, 54, 54, 54), QPageLayout::Point);

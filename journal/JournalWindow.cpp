@@ -253,10 +253,11 @@ void JournalWindow::showOverview() {
   m_view.heatMap->setAmounts(entries, u"entries"_s);
   m_view.year->setEntriesByDay(entries, today);
   const WritingStreak streak = m_overview.streak(today);
-  m_view.streak->setText(streak.daysWritten == 0
-                             ? QString()
-                             : u"%1 days written, %2 in a row"_s.arg(locale().toString(streak.daysWritten),
-                                                                     locale().toString(streak.current)));
+  m_view.streak->setText(
+      streak.daysWritten == 0
+          ? QString()
+          : (streak.daysWritten == 1 ? u"%1 day written, %2 in a row"_s : u"%1 days written, %2 in a row"_s)
+                .arg(locale().toString(streak.daysWritten), locale().toString(streak.current)));
   m_library.listDamaged(this, [this, today](const QList<IndexedDamage>& damaged) {
     m_damaged = damaged;
     m_view.sidebar->setSections(sidebarSections(m_overview, damaged.size(), today));
