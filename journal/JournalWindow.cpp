@@ -65,6 +65,8 @@ JournalWindow::JournalWindow(const JournalWindowServices& services)
   restoreWindow();
   libraryStateDidChange();
   search();
+  // Where the arrow keys are of use first.
+  m_view.list->setFocus();
 }
 
 JournalWindow::~JournalWindow() = default;
