@@ -60,6 +60,8 @@ class PreferenceStore : public QObject {
   bool set(const QString& key, const std::optional<PropertyListValue>& value, QString* reason);
   // Several that belong together: each notice goes out once, after the last of them.
   bool set(const std::vector<SettingChange>& changes, QString* reason);
+  // For what somebody else tells about.
+  bool saveSilently(const SettingChange& change, QString* reason);
   // Posts a notice to every program.
   void tell(const QString& notice);
 
@@ -71,7 +73,6 @@ class PreferenceStore : public QObject {
   void changed();
 
  private:
-  bool save(const SettingChange& change, QString* reason);
   bool saveOwn(const SettingChange& change, QString* reason);
 
   PreferenceStoreServices m_services;
