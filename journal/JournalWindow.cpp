@@ -190,8 +190,15 @@ void JournalWindow::searchDidChange() {
   search();
 }
 
+// Also where a click has marked another one whose page or filter is gone by now.
+void JournalWindow::markSidebar() {
+  const auto item = sidebarItem(m_search);
+  m_view.sidebar->setChosen(item ? &*item : nullptr);
+}
+
 void JournalWindow::search() {
   m_problem.clear();
+  markSidebar();
   m_dayToShow = {};
   const auto question = m_search.question(QDate::currentDate(), &m_problem);
   if (question) {
@@ -358,6 +365,7 @@ void JournalWindow::showYear(bool isShown) {
 
 void JournalWindow::showPaper() {
   m_commands.year->setChecked(false);
+  markSidebar();
   const bool isOpen = m_library.state() == JournalLibrary::State::Open;
   QWidget* page = m_view.paperState;
   if (isOpen && m_commands.read->isChecked()) {
