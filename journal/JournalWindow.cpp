@@ -412,7 +412,8 @@ void JournalWindow::undo() {
   if (m_view.editor->detailsView().isAncestorOf(QApplication::focusWidget()) && m_view.editor->undoDetails()) return;
   EntryViewTextView& text = m_view.editor->textView();
   if (text.hasFocus() && text.document()->isUndoAvailable()) return text.undo();
-  undoDeletion();
+  // Those of the entry that is shown are later than a deletion, which showed another entry.
+  if (!m_view.editor->undoDetails()) undoDeletion();
 }
 
 void JournalWindow::undoDeletion() {
