@@ -97,6 +97,7 @@ void JournalWindow::connectCommands() {
   on(m_commands.normalSize, [this] { changeFontSize(usualFontSize); });
   on(m_commands.allEntries, [this] {
     m_search.clear();
+    showPaper();
     searchDidChange();
     m_view.list->setFocus();
   });
@@ -192,8 +193,15 @@ void JournalWindow::searchDidChange() {
   search();
 }
 
+// Also where a click has marked another one whose page or filter is gone by now.
+void JournalWindow::markSidebar() {
+  const auto item = sidebarItem(m_search);
+  m_view.sidebar->setChosen(item ? &*item : nullptr);
+}
+
 void JournalWindow::search() {
   m_problem.clear();
+  markSidebar();
   m_dayToShow = {};
   const auto question = m_search.question(QDate::currentDate(), &m_problem);
   if (question) {
@@ -275,6 +283,7 @@ void JournalWindow::sidebarChosen(const SidebarItem& item) {
   if (item.kind == Kind::OnThisDay) m_search.addFilter({SearchFilter::Kind::OnThisDay, {}, QDate::currentDate()});
   if (item.kind == Kind::Tag) m_search.addFilter(SearchFilter::tag(item.name));
   if (item.kind == Kind::Place) m_search.addFilter(SearchFilter::place(item.name));
+  showPaper();
   searchDidChange();
   if (m_view.columns->columnCount() < 3) m_view.columns->bringToFront(FoldingColumns::Column::List);
 }
@@ -360,6 +369,7 @@ void JournalWindow::showYear(bool isShown) {
 
 void JournalWindow::showPaper() {
   m_commands.year->setChecked(false);
+  markSidebar();
   const bool isOpen = m_library.state() == JournalLibrary::State::Open;
   QWidget* page = m_view.paperState;
   if (isOpen && m_commands.read->isChecked()) {
@@ -406,7 +416,8 @@ void JournalWindow::undo() {
   if (m_view.editor->detailsView().isAncestorOf(QApplication::focusWidget()) && m_view.editor->undoDetails()) return;
   EntryViewTextView& text = m_view.editor->textView();
   if (text.hasFocus() && text.document()->isUndoAvailable()) return text.undo();
-  undoDeletion();
+  // Those of the entry that is shown are later than a deletion, which showed another entry.
+  if (!m_view.editor->undoDetails()) undoDeletion();
 }
 
 void JournalWindow::undoDeletion() {

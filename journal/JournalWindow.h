@@ -78,6 +78,7 @@ class JournalWindow : public QWidget {
   void keepWindow();
 
   void search();
+  void markSidebar();
   void searchDidChange();
   void addFilter(const SearchFilter& filter);
   void showListState();

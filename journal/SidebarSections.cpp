@@ -1,6 +1,7 @@
 #include "journal/SidebarSections.h"
 
 #include "journal/model/JournalOverview.h"
+#include "journal/model/JournalSearch.h"
 
 #include <algorithm>
 
@@ -12,6 +13,9 @@ namespace {
 
 // Of tags and places each; who has more finds them by the search.
 constexpr qsizetype mostListed = 200;
+
+const QString allEntries = u"All entries"_s;
+const QString onThisDay = u"On this day"_s;
 
 SidebarSection section(const QString& title, SidebarItem::Kind kind, const QList<JournalCount>& counts) {
   SidebarSection section{title, {}};
@@ -25,12 +29,23 @@ SidebarSection section(const QString& title, SidebarItem::Kind kind, const QList
 QList<SidebarSection> sidebarSections(const JournalOverview& overview, qsizetype damaged, QDate today) {
   using Kind = SidebarItem::Kind;
   SidebarSection journal{u"Journal"_s,
-                         {{Kind::AllEntries, u"All entries"_s, static_cast<int>(overview.total())},
-                          {Kind::OnThisDay, u"On this day"_s, overview.onThisDay(today)},
+                         {{Kind::AllEntries, allEntries, static_cast<int>(overview.total())},
+                          {Kind::OnThisDay, onThisDay, overview.onThisDay(today)},
                           {Kind::YearInReview, u"Year"_s}}};
   if (damaged > 0) journal.items.append({Kind::Damaged, u"Damaged"_s, static_cast<int>(damaged)});
   return {journal, section(u"Tags"_s, Kind::Tag, overview.tags()),
           section(u"Places"_s, Kind::Place, overview.places())};
+}
+
+std::optional<SidebarItem> sidebarItem(const JournalSearch& search) {
+  using Kind = SidebarItem::Kind;
+  if (search.isEmpty()) return SidebarItem{Kind::AllEntries, allEntries, -1};
+  if (!search.words().trimmed().isEmpty() || search.filters().size() != 1) return std::nullopt;
+  const SearchFilter& filter = search.filters().first();
+  if (filter.kind == SearchFilter::Kind::Tag) return SidebarItem{Kind::Tag, filter.name, -1};
+  if (filter.kind == SearchFilter::Kind::Place) return SidebarItem{Kind::Place, filter.name, -1};
+  if (filter.kind == SearchFilter::Kind::OnThisDay) return SidebarItem{Kind::OnThisDay, onThisDay, -1};
+  return std::nullopt;
 }
 
 }  // namespace quillo

@@ -238,6 +238,11 @@ bool EntryViewTextView::event(QEvent* event) {
         event->accept();
         return true;
       }
+      // With nothing to take back here the key is the window's.
+      if (key.matches(QKeySequence::Undo) && !document()->isUndoAvailable()) {
+        event->ignore();
+        return false;
+      }
       break;
     }
     case QEvent::KeyPress:

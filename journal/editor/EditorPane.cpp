@@ -15,6 +15,8 @@
 #include <QLabel>
 #include <QScopedValueRollback>
 #include <QTextBoundaryFinder>
+#include <QTextDocument>
+#include <QTextOption>
 #include <QVBoxLayout>
 
 #include <chrono>
@@ -114,6 +116,10 @@ void EditorPane::buildView() {
   m_detailsView->hide();
   m_view->setAccessibleName(u"Entry"_s);
   setLineSpacing(*m_view, lineSpacing);
+  // Each paragraph stands where its script begins.
+  QTextOption option = m_view->document()->defaultTextOption();
+  option.setTextDirection(Qt::LayoutDirectionAuto);
+  m_view->document()->setDefaultTextOption(option);
   m_view->setTextContainerInset(QSizeF(0, 0));
   setFocusProxy(m_view);
 
@@ -383,7 +389,9 @@ void EditorPane::showHeading() {
   QStringList links{linkTo(whenLink, parts.first(), colors.dim)};
   if (!place.isEmpty()) links << linkTo(placeLink, place, colors.dim);
   if (!details.tags.isEmpty()) links << linkTo(tagsLink, lineOfTags(details.tags), colors.accent);
-  m_details->setText(links.join(u" \u00B7 "_s));
+  // The line's own direction, whatever the script of its first tag.
+  const QString direction = layoutDirection() == Qt::RightToLeft ? u"rtl"_s : u"ltr"_s;
+  m_details->setText(u"<div dir=\"%1\">%2</div>"_s.arg(direction, links.join(u" \u00B7 "_s)));
 }
 
 void EditorPane::showWords() {

@@ -4,6 +4,7 @@
 #include <QPlainTextEdit>
 #include <QTextBlock>
 #include <QTextLayout>
+#include <QTextOption>
 
 namespace quillo {
 
@@ -18,7 +19,8 @@ class SpacedLayout : public QPlainTextDocumentLayout {
   [[nodiscard]] QRectF blockBoundingRect(const QTextBlock& block) const override {
     QRectF rect = QPlainTextDocumentLayout::blockBoundingRect(block);
     if (!block.isValid() || rect.isEmpty()) return rect;
-    const QTextLayout& layout = *block.layout();
+    QTextLayout& layout = *block.layout();
+    alignAsScript(block, layout);
     double y = 0;
     for (int i = 0; i < layout.lineCount(); ++i) {
       QTextLine line = layout.lineAt(i);
@@ -33,6 +35,15 @@ class SpacedLayout : public QPlainTextDocumentLayout {
   }
 
  private:
+  // Nor does it put a paragraph at the side where its script begins.
+  static void alignAsScript(const QTextBlock& block, QTextLayout& layout) {
+    QTextOption option = layout.textOption();
+    const auto side = block.textDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
+    if (option.alignment() == side) return;
+    option.setAlignment(side);
+    layout.setTextOption(option);
+  }
+
   double m_spacing;
 };
 

@@ -108,8 +108,8 @@ qsizetype unitsThatFit(const QList<PageUnit>& units, qsizetype first, double top
   return isPageEmpty ? std::max<qsizetype>(count, 1) : 0;
 }
 
-EntryPages::EntryPages(QPagedPaintDevice& device, int fontSize)
-    : m_device(device), m_painter(&device), m_look(lookOfPaper(fontSize)) {
+EntryPages::EntryPages(QPagedPaintDevice& device, int fontSize, const PageRange& range)
+    : m_device(device), m_painter(&device), m_look(lookOfPaper(fontSize)), m_range(range) {
   const QSizeF page = device.pageLayout().paintRect(QPageLayout::Point).size();
   m_width = std::max(smallestPage, page.width());
   m_height = std::max(smallestPage, page.height() - footHeight);
@@ -119,10 +119,10 @@ EntryPages::~EntryPages() = default;
 
 bool EntryPages::startPage() {
   paintFoot();
-  if (!m_device.newPage()) return false;
   ++m_page;
   m_y = 0;
-  return true;
+  // The device's own first page is for the first one that is wanted.
+  return !m_range.contains(m_page) || m_page == m_range.first || m_device.newPage();
 }
 
 bool EntryPages::add(const PrintedEntry& entry, const std::function<bool()>& turnPage) {
@@ -151,6 +151,7 @@ bool EntryPages::finish() {
 }
 
 void EntryPages::paintSlice(const EntryDocument& document, double top, double height) {
+  if (!m_range.contains(m_page)) return;
   m_painter.save();
   m_painter.scale(m_device.logicalDpiX() / pointsPerInch, m_device.logicalDpiY() / pointsPerInch);
   m_painter.translate(0, m_y - top);
@@ -166,6 +167,7 @@ void EntryPages::paintSlice(const EntryDocument& document, double top, double he
 }
 
 void EntryPages::paintFoot() {
+  if (!m_range.contains(m_page)) return;
   m_painter.save();
   m_painter.scale(m_device.logicalDpiX() / pointsPerInch, m_device.logicalDpiY() / pointsPerInch);
   m_painter.setFont(textFont(footSize));

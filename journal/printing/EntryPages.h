@@ -28,7 +28,7 @@ struct PageUnit {
 class EntryPages {
  public:
   // The device's page is to be set up; the first page is there once this is.
-  EntryPages(QPagedPaintDevice& device, int fontSize);
+  EntryPages(QPagedPaintDevice& device, int fontSize, const PageRange& range = {});
   ~EntryPages();
 
   [[nodiscard]] bool isActive() const { return m_painter.isActive(); }
@@ -46,6 +46,7 @@ class EntryPages {
   QPagedPaintDevice& m_device;
   QPainter m_painter;
   EntryLook m_look;
+  PageRange m_range;
   double m_width{0};   // of the text, in points
   double m_height{0};  // of the page without its foot, in points
   double m_y{0};       // how far the page is full

@@ -18,10 +18,10 @@ namespace {
 // Fine enough for the letters of a small text.
 constexpr int pdfResolution = 1200;
 
-EntryPrinter::Outcome fill(QPagedPaintDevice& device, int fontSize, const EntryPrinter::NextEntry& next,
-                           const EntryPrinter::Progress& progress) {
+EntryPrinter::Outcome fill(QPagedPaintDevice& device, int fontSize, const PageRange& range,
+                           const EntryPrinter::NextEntry& next, const EntryPrinter::Progress& progress) {
   using Outcome = EntryPrinter::Outcome;
-  EntryPages pages(device, fontSize);
+  EntryPages pages(device, fontSize, range);
   if (!pages.isActive()) return Outcome::Failed;
   int entries = 0;
   bool isCancelled = false;
@@ -48,9 +48,13 @@ EntryPrinter::EntryPrinter(NextEntry next, Progress progress)
     : m_next(std::move(next)), m_progress(std::move(progress)) {}
 
 EntryPrinter::Outcome EntryPrinter::print(QPrinter& printer, Error* error) {
+  if (printer.printRange() == QPrinter::PageRange && printer.fromPage() > 0) {
+    m_range.first = printer.fromPage();
+    if (printer.toPage() > 0) m_range.last = printer.toPage();
+  }
   if (printer.outputFormat() == QPrinter::PdfFormat && !printer.outputFileName().isEmpty())
     return writePdf(printer.outputFileName(), printer.pageLayout(), error);
-  const Outcome outcome = fill(printer, m_fontSize, m_next, m_progress);
+  const Outcome outcome = fill(printer, m_fontSize, m_range, m_next, m_progress);
   if (outcome != Outcome::Printed) printer.abort();
   if (outcome == Outcome::Failed) {
     const QString name = printer.printerName();
@@ -71,7 +75,7 @@ EntryPrinter::Outcome EntryPrinter::writePdf(const QString& path, const QPageLay
     writer.setResolution(pdfResolution);
     writer.setPageLayout(layout);
     writer.setCreator(u"Quillo"_s);
-    outcome = fill(writer, m_fontSize, m_next, m_progress);
+    outcome = fill(writer, m_fontSize, m_range, m_next, m_progress);
   }
   // Whatever is not committed is removed.
   if (outcome == Outcome::Printed && file.error() == QFileDevice::NoError && file.commit()) return outcome;

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <functional>
+#include <limits>
 #include <optional>
 
 class QPrinter;
@@ -16,6 +17,14 @@ struct PrintedEntry {
   QString title;    // the day
   QString details;  // time, place and weather
   QString text;     // as the person wrote it
+};
+
+// Of all pages those that are printed, from 1.
+struct PageRange {
+  int first{1};
+  int last{std::numeric_limits<int>::max()};
+
+  [[nodiscard]] bool contains(int page) const { return page >= first && page <= last; }
 };
 
 // Prints entries one after the other, in dark text on white whatever the windows look like, with the number of each
@@ -34,7 +43,8 @@ class EntryPrinter {
   // The text's size, in points.
   void setFontSize(int points) { m_fontSize = points; }
 
-  // On the printer's paper. A printer that makes a PDF file makes it as `writePdf` does.
+  // On the printer's paper, the pages that its settings ask for. A printer that makes a PDF file makes it as `writePdf`
+  // does.
   Outcome print(QPrinter& printer, Error* error = nullptr);
   // A PDF in place of what is at `path`, mode 0600: the old file stays as it was unless all is written.
   Outcome writePdf(const QString& path, const QPageLayout& layout, Error* error = nullptr);
@@ -43,6 +53,7 @@ class EntryPrinter {
   NextEntry m_next;
   Progress m_progress;
   int m_fontSize{11};
+  PageRange m_range;
 };
 
 }  // namespace quillo

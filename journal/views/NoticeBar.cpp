@@ -33,7 +33,7 @@ NoticeBar::NoticeBar(QWidget* parent) : QFrame(parent), m_text(new QLabel(this))
 }
 
 QString NoticeBar::text() const {
-  return m_text->text();
+  return m_fullText;
 }
 
 void NoticeBar::show(const QString& text, const QList<Action>& actions) {
@@ -42,7 +42,11 @@ void NoticeBar::show(const QString& text, const QList<Action>& actions) {
     button->hide();
     button->deleteLater();
   }
-  m_text->setText(text);
+  m_fullText = text;
+  // Of a path with a reason, both ends say most.
+  const int room = parentWidget() ? parentWidget()->width() * 2 / 3 : QWIDGETSIZE_MAX;
+  m_text->setText(m_text->fontMetrics().elidedText(text, Qt::ElideMiddle, room));
+  m_text->setToolTip(m_text->text() == text ? QString() : text);
   for (const Action& action : actions) {
     auto* button = new QToolButton(this);
     button->setText(action.title);

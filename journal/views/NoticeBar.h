@@ -34,6 +34,7 @@ class NoticeBar : public QFrame {
 
  private:
   QLabel* m_text;
+  QString m_fullText;
   QList<QToolButton*> m_buttons;
   QTimer m_timer;
   JournalColors m_colors;  // in the style sheet

@@ -139,6 +139,12 @@ void ShortcutRecorder::focusOutEvent(QFocusEvent* event) {
   QPushButton::focusOutEvent(event);
 }
 
+void ShortcutRecorder::hideEvent(QHideEvent* event) {
+  // A refusal of some keys is no news beside the others that are in force when the field is seen again.
+  Q_EMIT said({}, false);
+  QPushButton::hideEvent(event);
+}
+
 void ShortcutRecorder::keyDidPress(const QKeyEvent& event) {
   if (event.isAutoRepeat()) return;
   if (isModifierKey(event.key())) return showModifiers(modifiersOf(event.modifiers() | modifierOfKey(event.key())));

@@ -79,7 +79,7 @@ bool PreferenceStore::set(const std::vector<SettingChange>& changes, QString* re
   QStringList notices;
   bool isSaved = true;
   for (const SettingChange& change : changes) {
-    if (!save(change, reason)) {
+    if (!saveSilently(change, reason)) {
       isSaved = false;
       continue;
     }
@@ -95,7 +95,7 @@ void PreferenceStore::tell(const QString& notice) {
   m_services.distributedCenter.postNotification(notice);
 }
 
-bool PreferenceStore::save(const SettingChange& change, QString* reason) {
+bool PreferenceStore::saveSilently(const SettingChange& change, QString* reason) {
   const Setting* setting = settingForKey(change.key);
   if (setting && setting->store == SettingStore::OwnDefaults) return saveOwn(change, reason);
   if (PersistentPropertyList* shared = list()) shared->setValueForKey(change.value, change.key);

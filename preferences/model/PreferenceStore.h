@@ -62,6 +62,8 @@ class PreferenceStore : public QObject {
   bool set(const std::vector<SettingChange>& changes, QString* reason);
   // Why something that was set in the shared list is not on disk; empty where all is.
   [[nodiscard]] QString whyUnsaved() const;
+  // For what somebody else tells about.
+  bool saveSilently(const SettingChange& change, QString* reason);
   // Posts a notice to every program.
   void tell(const QString& notice);
 
@@ -73,7 +75,6 @@ class PreferenceStore : public QObject {
   void changed();
 
  private:
-  bool save(const SettingChange& change, QString* reason);
   bool saveOwn(const SettingChange& change, QString* reason);
 
   PreferenceStoreServices m_services;

@@ -58,11 +58,14 @@ void RemindersPage::save(const ReminderChoice& choice) {
   changes.setObjectForKey(PropertyListValue(choice.notifies), Key::remindersSendToNotificationCenter);
   changes.setObjectForKey(PropertyListValue(choice.playsSound), Key::remindersPlaySound);
   QString reason;
-  const bool isSaved = store().set(changes.changes, &reason);
-  m_editor->setError(reason);
+  bool isSaved = store().set(changes.changes, &reason);
   RemindersManager& manager = m_services.remindersManager();
-  // The manager would make a login item and start the agent for a setting that was not saved.
-  if (isSaved && manager.remindersAreEnabled() != choice.isOn) manager.setRemindersAreEnabled(choice.isOn);
+  if (isSaved && manager.remindersAreEnabled() != choice.isOn) {
+    // The manager would make a login item and start the agent for a setting that was not saved, and not say so.
+    isSaved = store().saveSilently({Key::remindersEnabled, PropertyListValue(choice.isOn)}, &reason);
+    if (isSaved) manager.setRemindersAreEnabled(choice.isOn);
+  }
+  m_editor->setError(reason);
   m_isSaving = false;
   if (isSaved) showValues();
 }

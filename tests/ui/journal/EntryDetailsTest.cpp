@@ -67,6 +67,17 @@ TEST_F(EntryDetailsTest, MovesAnEntryToAnotherDayWithTheKeyboardAndTakesItBack) 
   press(Qt::Key_Escape);
   EXPECT_FALSE(editor().detailsView().isVisible());
   EXPECT_TRUE(textView().hasFocus());
+
+  // The notice offers it back, and so does the key when the strip is closed.
+  QTest::keyClick(window.get(), Qt::Key_I, Qt::ControlModifier);
+  when.setSelectedSection(QDateTimeEdit::YearSection);
+  press(Qt::Key_Down);
+  press(Qt::Key_Return);
+  press(Qt::Key_Escape);
+  ASSERT_TRUE(textView().hasFocus());
+  ASSERT_NE(readingOnDisk(identifier), before);
+  press(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(readingOnDisk(identifier), before);
 }
 
 TEST_F(EntryDetailsTest, AnotherZoneKeepsTheReadingOfTheClock) {

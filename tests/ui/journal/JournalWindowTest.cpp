@@ -1,6 +1,7 @@
 #include "JournalWindowFixture.h"
 #include "journal/views/FoldingColumns.h"
 #include "journal/views/MonthView.h"
+#include "journal/views/SidebarList.h"
 #include "journal/views/StatePage.h"
 
 #include <QApplication>
@@ -29,8 +30,20 @@ TEST_F(JournalWindowTest, ShowsTheNewestEntryAndFindsOthers) {
   handlePendingEvents();
   EXPECT_EQ(list().rows().rowCount(), 1);
 
+  window->view().search->setWords({});
+  auto& sidebar = *window->view().sidebar;
+  const auto clickedItem = [&](const QString& name) {
+    QListWidgetItem* item = sidebar.findItems(name, Qt::MatchExactly).value(0);
+    QTest::mouseClick(sidebar.viewport(), Qt::LeftButton, {}, sidebar.visualItemRect(item).center());
+    return sidebar.selectedItems().value(0)->text();
+  };
+  ASSERT_TRUE(runUntil([&] { return sidebar.findItems(u"summer"_s, Qt::MatchExactly).size() == 1; }));
+  EXPECT_EQ(clickedItem(u"summer"_s), u"summer"_s);
+  waitForRows(1);
+
   window->commands().allEntries->trigger();
   waitForRows(3);
+  EXPECT_EQ(sidebar.selectedItems().value(0)->text(), u"All entries"_s);
   window->commands().onThisDay->trigger();
   EXPECT_TRUE(runUntil([&] { return window->view().listStack->currentWidget() == window->view().listState; }));
 }

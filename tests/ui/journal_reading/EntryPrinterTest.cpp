@@ -10,7 +10,9 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <thread>
+#include <utility>
 
 namespace quillo {
 
@@ -95,6 +97,24 @@ TEST_F(EntryPrinterTest, PrintsOnThePaperOfThePrinter) {
   EXPECT_EQ(EntryPrinter(entries(2)).print(printer), Outcome::Printed);
   EXPECT_TRUE(contents().startsWith("%PDF"));
   EXPECT_TRUE(contents().contains("MediaBox [0 0 595"));
+}
+
+TEST_F(EntryPrinterTest, PrintsThePagesThatWereAskedFor) {
+  for (const auto& [first, last] : {std::pair{1, 1}, {2, 4}, {20, 99}}) {
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(path);
+    printer.setPageLayout(a5);
+    printer.setPrintRange(QPrinter::PageRange);
+    printer.setFromTo(first, last);
+    int all = 0;
+    EntryPrinter entryPrinter(entries(60), [&all](int, int pageCount) {
+      all = pageCount;
+      return true;
+    });
+    EXPECT_EQ(entryPrinter.print(printer), Outcome::Printed);
+    EXPECT_EQ(contents().count("/Type /Page\n"), std::min(last, all) - first + 1) << first;
+  }
 }
 
 TEST_F(EntryPrinterTest, EndsWithTextsThatFitOnNoPage) {

@@ -155,11 +155,18 @@ TEST_F(PreferencesTest, WhatCannotBeSavedSaysWhyBesideItself) {
     // What was typed is there to be mended.
     EXPECT_EQ(field<QLineEdit>(row.field)->text(), row.text);
   }
+  open(Page::Reminders);
+  QTest::mouseClick(field(u"remindersOn"_s), Qt::LeftButton);
+  ASSERT_TRUE(list().boolForKey(Key::remindersEnabled));
+  distributed.posted.clear();
   // A list that cannot be written.
-  open(Page::Advanced);
   const QString path = list().propertyListURL().toLocalFile();
   ASSERT_TRUE(QFile::remove(path));
   ASSERT_TRUE(QDir().mkpath(path));
+  // All else of the rule is as it is stored.
+  QTest::mouseClick(field(u"remindersOn"_s), Qt::LeftButton);
+  EXPECT_TRUE(errorBeside(field(u"reminderWindow"_s)).startsWith(u"Not saved: "_s));
+  open(Page::Advanced);
   QTest::mouseClick(field(Key::verboseLogging), Qt::LeftButton);
   EXPECT_TRUE(errorBeside(field(Key::verboseLogging)).startsWith(u"Not saved: "_s));
   EXPECT_EQ(distributed.posted, QStringList());
