@@ -290,7 +290,8 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(u"quillo"_s);
   QApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
   QApplication::setDesktopFileName(Identifier::mainApplication);
-  QApplication::setWindowIcon(programIcon());
+  // As large as switchers of windows show it; whoever wants it larger has it from the desktop file.
+  QApplication::setWindowIcon(programIcon(/*largest=*/128));
   Bundle::setMainBundle(programBundle(Identifier::mainApplication, QStringLiteral(QUILLO_VERSION)));
 
   SingleInstance instance(instanceName());

@@ -6,6 +6,7 @@
 #include <QDir>
 
 #include <algorithm>
+#include <chrono>
 
 namespace quillo {
 
@@ -16,10 +17,18 @@ constexpr int askKind = -1;
 constexpr int entryKind = -2;
 constexpr int damagedKind = -3;
 
+// Whoever opens a journal asks something first and shows the answer. It is not to wait for the folder's being watched
+// and all files' being compared, which takes a while with very many.
+constexpr std::chrono::milliseconds firstQuestionTime{200};
+constexpr std::chrono::milliseconds showingTime{25};
+
 }  // namespace
 
 JournalIndexService::JournalIndexService(const JournalSearchIndex::Options& options, QObject* parent)
-    : QObject(parent), m_options(options) {}
+    : QObject(parent), m_options(options) {
+  m_beginning.setSingleShot(true);
+  connect(&m_beginning, &QTimer::timeout, this, &JournalIndexService::begin);
+}
 
 JournalIndexService::~JournalIndexService() = default;
 
@@ -27,11 +36,11 @@ void JournalIndexService::setJournal(const std::optional<QUrl>& url) {
   if (url == m_journal) return;
   m_worker.reset();
   m_watcher.reset();
+  m_beginning.stop();
   m_journal = url;
   ++m_opening;
   takeState(false, std::nullopt, false);
   if (!url) return;
-  watch(*url);  // first: what changes while it is read is told
   // Both come through the event loop; what a former worker told is not heard any more.
   const quint64 opening = m_opening;
   const auto inThisThread = [this, opening](auto work) {
@@ -55,6 +64,13 @@ void JournalIndexService::setJournal(const std::optional<QUrl>& url) {
     request->number = ++m_lastNumber;
     post(request.key());
   }
+  m_beginning.start(firstQuestionTime);
+}
+
+// Watched first: what changes while it is read is told.
+void JournalIndexService::begin() {
+  if (!m_watcher) watch(*m_journal);
+  m_worker->compare();
 }
 
 void JournalIndexService::watch(const QUrl& journal) {
@@ -103,6 +119,8 @@ void JournalIndexService::answered(const Key& key, quint64 number, const std::an
   if (found == m_requests.constEnd() || found->number != number) return;
   const Request request = m_requests.value(key);
   if (!request.asker || request.isOnce) m_requests.remove(key);
+  // Whoever asked shows the answer first.
+  if (m_beginning.isActive()) m_beginning.start(showingTime);
   // What is called may ask again.
   if (request.asker) request.deliver(answer);
 }

@@ -9,6 +9,7 @@
 #include <QHash>
 #include <QObject>
 #include <QPointer>
+#include <QTimer>
 #include <QUrl>
 
 #include <any>
@@ -83,6 +84,7 @@ class JournalIndexService : public QObject {
     std::function<void(const std::any&)> deliver;       // in this one
     bool isOnce{false};
   };
+  void begin();
   void watch(const QUrl& journal);
   void request(QObject* asker, int kind, Request request);
   void post(const Key& key);
@@ -91,6 +93,7 @@ class JournalIndexService : public QObject {
 
   JournalSearchIndex::Options m_options;
   std::optional<QUrl> m_journal;
+  QTimer m_beginning;
   std::unique_ptr<JournalFolderWatcher> m_watcher;
   std::unique_ptr<JournalIndexWorker> m_worker;
   QHash<Key, Request> m_requests;

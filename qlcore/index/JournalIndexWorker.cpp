@@ -18,7 +18,6 @@ namespace {
 
 // How long nothing is asked or changed before the index is tidied up.
 constexpr std::chrono::seconds quietTime{5};
-constexpr std::chrono::milliseconds firstQuestionTime{200};
 
 }  // namespace
 
@@ -66,11 +65,6 @@ void JournalIndexWorker::run(const std::stop_token& stop) {
   // Of this thread, and of those that it starts; the person who types comes first.
   ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), 5);
   open();
-  {
-    // Whoever opens a journal asks something first, and is not to wait for the comparison of all files.
-    std::unique_lock lock(m_mutex);
-    m_wakes.wait_for(lock, stop, firstQuestionTime, [this] { return !m_work.empty(); });
-  }
   while (!stop.stop_requested()) {
     doWork();
     {

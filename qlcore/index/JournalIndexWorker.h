@@ -28,7 +28,7 @@ class JournalIndexWorker {
   using Key = std::pair<const void*, int>;
   using Work = std::function<void(JournalSearchIndex&)>;
 
-  // Opens the journal and brings its index up to date.
+  // Opens the journal; its index is brought up to date when compare() is called.
   JournalIndexWorker(const QUrl& journal, const JournalSearchIndex::Options& options, Listener listener);
   // Stops at the next entry and waits for that.
   ~JournalIndexWorker();
@@ -59,7 +59,7 @@ class JournalIndexWorker {
   std::mutex m_mutex;
   std::condition_variable_any m_wakes;
   std::deque<std::pair<Key, Work>> m_work;
-  bool m_isToCompare{true};
+  bool m_isToCompare{false};
   std::set<QString> m_toCompare;
   std::optional<std::jthread> m_thread;
 };
