@@ -12,7 +12,7 @@ from pathlib import Path
 # As the program knows itself, also in a checkout that is reached through a symbolic link.
 QUILLOCTL = (Path(os.environ["QUILLO_BIN"]) / "quilloctl").resolve()
 LIST = "Library/Group Containers/Q7R2KX9M4P.quilloapp/Data/Preferences/quillo.plist"
-NOT_PASSED_ON = ("DISPLAY", "WAYLAND_DISPLAY", "VISUAL", "EDITOR", "XDG_DATA_HOME", "XDG_CONFIG_HOME")
+NOT_PASSED_ON = ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "VISUAL", "EDITOR", "XDG_DATA_HOME", "XDG_CONFIG_HOME")
 
 
 class QuilloctlTestCase(unittest.TestCase):
