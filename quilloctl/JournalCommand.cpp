@@ -6,6 +6,7 @@
 #include "quilloctl/JournalStatistics.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -32,6 +33,8 @@ int create(Context& context, const std::string& path) {
   QUrl url = urlOfPath(path);
   const QString suffix = u".quillojournal"_s;
   if (!url.path().endsWith(suffix)) url.setPath(url.path() + suffix);
+  // A home that is new has no folder of documents yet. No more than that one: a path of many new folders is a slip.
+  QDir().mkdir(QFileInfo(url.toLocalFile()).path());
   Error error;
   const auto package = QLJournalPackageFile::openPackage(url, /*create=*/true, &error);
   if (!package) return failed(error.localizedDescription);

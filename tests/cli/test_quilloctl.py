@@ -230,6 +230,9 @@ class QuilloctlTest(QuilloctlTestCase):
                 self.assertIn(reason, self.assert_fails("journal", "set", str(path), says=str(path)))
         self.assertEqual(self.ctl("journal", "path"), str(journal))
         self.assert_fails("journal", "create", str(journal), says=str(journal))
+        in_new_folder = self.home / "Documents" / "K.quillojournal"
+        self.assertEqual(self.ctl("journal", "create", str(in_new_folder)), str(in_new_folder))
+        self.assert_fails("journal", "create", str(self.home / "a" / "b" / "L"), says="b")
         (journal / "Entries" / "00000000-0000-4000-8000-000000000000.plist").write_bytes(b"torn")
         self.assert_fails("journal", "check", says="00000000-0000-4000-8000-000000000000")
         # No folder of entries is an empty journal; one that cannot be read is a failure.
