@@ -55,7 +55,8 @@ JournalWindow::JournalWindow(const JournalWindowServices& services)
       m_view(*this, m_timeline, services.editor),
       m_calendar(m_view, {.addFilter = [this](const SearchFilter& filter) { addFilter(filter); },
                           .beginEntry = [this](QDate day) { beginEntry(day); },
-                          .showYear = [this](bool isShown) { showYear(isShown); }}) {
+                          .showYear = [this](bool isShown) { showYear(isShown); }}),
+      m_deletion(m_library, m_timeline, m_view, [this](const QString& identifier) { showEntry(identifier); }) {
   setMinimumSize(320, 360);
   auto* menu = new QMenu(this);
   for (QMenu* part : m_commands.menus) menu->addMenu(part);
@@ -65,8 +66,6 @@ JournalWindow::JournalWindow(const JournalWindowServices& services)
   restoreWindow();
   libraryStateDidChange();
   search();
-  // Where the arrow keys are of use first.
-  m_view.list->setFocus();
 }
 
 JournalWindow::~JournalWindow() = default;
@@ -86,7 +85,7 @@ void JournalWindow::connectCommands() {
     if (m_view.columns->columnCount() == 1) bringToFront(FoldingColumns::Column::List);
     m_view.search->beginSearch();
   });
-  on(m_commands.moveToTrash, [this] { moveToTrash(m_view.list->selectedIdentifiers()); });
+  on(m_commands.moveToTrash, [this] { m_deletion.moveToTrash(m_view.list->selectedIdentifiers()); });
   on(m_commands.read, [this](bool reads) { setReads(reads); });
   connect(m_view.readButton, &QPushButton::clicked, this, [this](bool reads) { setReads(reads); });
   on(m_commands.year, [this](bool isShown) { showYear(isShown); });
@@ -171,7 +170,7 @@ void JournalWindow::connectViews() {
     m_view.month->setSelectedDay(day);
   });
   connect(m_view.editor, &EditorPane::emptiedEntryLeft, this,
-          [this](const QString& identifier) { moveToTrash({identifier}); });
+          [this](const QString& identifier) { m_deletion.moveToTrash({identifier}); });
 }
 
 void JournalWindow::restoreWindow() {
@@ -229,7 +228,11 @@ void JournalWindow::showListState() {
                              /*isProblem=*/false);
   const bool isEmpty =
       m_timeline.isKnown() && m_timeline.total() == 0 && m_library.state() == JournalLibrary::State::Open;
-  m_view.listStack->setCurrentWidget(isEmpty ? static_cast<QWidget*>(m_view.listState) : m_view.list);
+  // The keyboard goes over to what takes the place of the list.
+  const QWidget* focused = focusWidget();
+  const bool hasKeyboard = focused == m_view.list || m_view.listState->isAncestorOf(focused);
+  QWidget* const page = isEmpty ? static_cast<QWidget*>(m_view.listState) : m_view.list;
+  m_view.listStack->setCurrentWidget(page);
   if (isEmpty)
     showEmptyList(*m_view.listState, m_search,
                   {.beginEntry = [this](std::optional<QDate> day) { beginEntry(day); },
@@ -239,20 +242,11 @@ void JournalWindow::showListState() {
                          searchDidChange();
                        },
                    .showAll = [this] { m_commands.allEntries->trigger(); }});
+  if (hasKeyboard) page->setFocus();
   if (m_timeline.total() == 0) return;
   if (std::exchange(m_showsFirst, false)) m_view.list->setCurrentRow(0);
   if (m_view.list->rows().firstRowOfDay(m_dayToShow) >= 0) m_view.list->showDay(std::exchange(m_dayToShow, {}));
-  showNextAfterDeletion();
-}
-
-// On to the one that takes the place of what was deleted, once the list is without it.
-void JournalWindow::showNextAfterDeletion() {
-  if (!m_rowAfterDeletion || !m_lastDeletion) return;
-  for (const auto& deleted : m_lastDeletion->entries)
-    if (m_timeline.rowOfEntry(deleted.identifier) >= 0) return;
-  const int row = std::clamp(std::exchange(m_rowAfterDeletion, std::nullopt).value_or(0), 0, m_timeline.total() - 1);
-  // Or the person has gone on meanwhile.
-  if (m_view.list->currentIdentifier().isEmpty() && !m_view.editor->isUnsaved()) m_view.list->setCurrentRow(row);
+  m_deletion.showNext();
 }
 
 void JournalWindow::showOverview() {
@@ -390,44 +384,13 @@ void JournalWindow::setReads(bool reads) {
   m_view.paper->currentWidget()->setFocus();
 }
 
-void JournalWindow::moveToTrash(const QStringList& identifiers) {
-  if (identifiers.isEmpty()) return;
-  const QLJournalEntryFile* shown = m_view.editor->entry();
-  const int row = m_view.list->currentRow();
-  if (shown && identifiers.contains(shown->uuid())) {
-    // What is not saved yet goes to the Trash with the rest; where it cannot be saved, nothing goes.
-    if (!m_view.editor->text().isEmpty() && !m_view.editor->save()) return;
-    m_view.editor->clear();
-  }
-  Error error;
-  const auto deletion = m_library.moveToTrash(identifiers, &error);
-  NoticeBar& notices = m_view.status->notices();
-  if (deletion.entries.isEmpty()) return notices.show(error.localizedDescription);
-  m_lastDeletion = deletion;
-  const auto count = deletion.entries.size();
-  notices.show(count == 1 ? u"Entry moved to the Trash"_s : u"%1 entries moved to the Trash"_s.arg(count),
-               {{u"Undo"_s, [this] { undoDeletion(); }}});
-  m_view.list->setCurrentEntry({});
-  m_rowAfterDeletion = row;
-}
-
 void JournalWindow::undo() {
   // The details' and the text's own steps first, while one writes there.
   if (m_view.editor->detailsView().isAncestorOf(QApplication::focusWidget()) && m_view.editor->undoDetails()) return;
   EntryViewTextView& text = m_view.editor->textView();
   if (text.hasFocus() && text.document()->isUndoAvailable()) return text.undo();
   // Those of the entry that is shown are later than a deletion, which showed another entry.
-  if (!m_view.editor->undoDetails()) undoDeletion();
-}
-
-void JournalWindow::undoDeletion() {
-  const auto deletion = std::exchange(m_lastDeletion, std::nullopt);
-  if (!deletion) return;
-  m_rowAfterDeletion.reset();
-  Error error;
-  const bool isBack = m_library.putBack(*deletion, &error);
-  showEntry(deletion->entries.first().identifier);
-  m_view.status->notices().show(isBack ? u"Taken back"_s : error.localizedDescription);
+  if (!m_view.editor->undoDetails()) m_deletion.undo();
 }
 
 void JournalWindow::step(int rows) {
@@ -501,7 +464,7 @@ void JournalWindow::showOtherJournal(const QUrl& url) {
   m_view.editor->clear();
   m_view.list->setCurrentEntry({});
   m_timeline.clear();
-  m_lastDeletion.reset();
+  m_deletion.forget();
   m_showsFirst = true;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "journal/CalendarLinks.h"
+#include "journal/EntryDeletion.h"
 #include "journal/JournalCommands.h"
 #include "journal/JournalWindowView.h"
 #include "journal/editor/EditorPane.h"
@@ -82,7 +83,6 @@ class JournalWindow : public QWidget {
   void searchDidChange();
   void addFilter(const SearchFilter& filter);
   void showListState();
-  void showNextAfterDeletion();
   void showOverview();
   void sidebarChosen(const SidebarItem& item);
   void entryChosen(const QString& identifier);
@@ -92,9 +92,7 @@ class JournalWindow : public QWidget {
   void showPaper();
   void setReads(bool reads);
   void editDetails();
-  void moveToTrash(const QStringList& identifiers);
   void undo();
-  void undoDeletion();
   void step(int rows);
   void randomEntry();
   void printEntries(bool toFile);
@@ -111,8 +109,7 @@ class JournalWindow : public QWidget {
   JournalCommands m_commands;
   JournalWindowView m_view;
   CalendarLinks m_calendar;
-  std::optional<JournalLibrary::Deletion> m_lastDeletion;
-  std::optional<int> m_rowAfterDeletion;
+  EntryDeletion m_deletion;
   QUrl m_journal;
   QList<IndexedDamage> m_damaged;
   // What the list shows first once it is known: the newest entry, or the one asked for.

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QToolButton>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -15,6 +16,15 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+
+namespace {
+
+// In points, of the row that the notice stands in.
+constexpr int roomForOthers = 150;
+constexpr int roomForButton = 90;
+constexpr int shortestText = 120;
+
+}  // namespace
 
 NoticeBar::NoticeBar(QWidget* parent) : QFrame(parent), m_text(new QLabel(this)) {
   auto* row = new QHBoxLayout(this);
@@ -44,7 +54,8 @@ void NoticeBar::show(const QString& text, const QList<Action>& actions) {
   }
   m_fullText = text;
   // Of a path with a reason, both ends say most.
-  const int room = parentWidget() ? parentWidget()->width() * 2 / 3 : QWIDGETSIZE_MAX;
+  const int room = std::max(shortestText, (parentWidget() ? parentWidget()->width() : 0) - roomForOthers -
+                                              static_cast<int>(actions.size()) * roomForButton);
   m_text->setText(m_text->fontMetrics().elidedText(text, Qt::ElideMiddle, room));
   m_text->setToolTip(m_text->text() == text ? QString() : text);
   for (const Action& action : actions) {

@@ -120,7 +120,7 @@ void JournalIndexService::answered(const Key& key, quint64 number, const std::an
   const Request request = m_requests.value(key);
   if (!request.asker || request.isOnce) m_requests.remove(key);
   // Whoever asked shows the answer first.
-  if (m_beginning.isActive()) m_beginning.start(showingTime);
+  if (m_beginning.isActive() && m_beginning.intervalAsDuration() > showingTime) m_beginning.start(showingTime);
   // What is called may ask again.
   if (request.asker) request.deliver(answer);
 }

@@ -48,6 +48,27 @@ TEST_F(JournalWindowTest, ShowsTheNewestEntryAndFindsOthers) {
   EXPECT_TRUE(runUntil([&] { return window->view().listStack->currentWidget() == window->view().listState; }));
 }
 
+TEST_F(JournalWindowTest, KeepsTheKeyboardWhereTheListIs) {
+  const QString only = write(u"The only one"_s);
+  open();
+  waitForText(u"The only one"_s);
+  EXPECT_EQ(window->focusWidget(), &list());
+  // Also while the window does not have the keyboard itself, as when it begins.
+  window->hide();
+  ASSERT_TRUE(QFile::remove(package->entriesFolder() + u'/' + QLJournalEntryFile::fileName(only)));
+  EXPECT_TRUE(runUntil([&] { return window->view().listStack->currentWidget() == window->view().listState; }));
+  EXPECT_TRUE(window->view().listState->isAncestorOf(window->focusWidget()));
+  write(u"Another"_s);
+  waitForRows(1);
+  EXPECT_EQ(window->focusWidget(), &list());
+  window->show();
+  // Not from where somebody is typing.
+  window->commands().find->trigger();
+  QTest::keyClicks(window->view().search->focusWidget(), u"nothing"_s);
+  EXPECT_TRUE(runUntil([&] { return window->view().listStack->currentWidget() == window->view().listState; }));
+  EXPECT_TRUE(window->view().search->isAncestorOf(window->focusWidget()));
+}
+
 TEST_F(JournalWindowTest, SavesByItselfAndUndoesAcrossSaves) {
   const QString identifier = write(u"A mistke here"_s);
   open();
