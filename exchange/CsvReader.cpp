@@ -7,7 +7,6 @@
 namespace quillo {
 
 CsvReader::CsvReader(const QByteArray& bytes) : m_bytes(bytes) {
-  if (m_bytes.startsWith("\xEF\xBB\xBF")) m_position = 3;
   m_bytes.replace("\r\n", "\n");
   const QByteArrayView first = QByteArrayView(m_bytes).first(std::max<qsizetype>(m_bytes.indexOf('\n'), 0));
   for (const char separator : {';', '\t'})

@@ -1,0 +1,151 @@
+#include "exchange/RedNotebookSource.h"
+
+#include "exchange/RedNotebookMarkup.h"
+#include "exchange/SourceFiles.h"
+#include "exchange/TextEntry.h"
+#include "exchange/YamlReading.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+namespace quillo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// What a year's full days come to is less.
+constexpr qsizetype largestMonth = qsizetype{8} * 1024 * 1024;
+// Of words in categories, each counted as often as an alias repeats it.
+constexpr int mostWords = 100'000;
+
+// A category's name as a tag of one word.
+QString tagOf(const QString& name) {
+  return name.simplified().replace(u' ', u'-');
+}
+
+// One day as its file has it.
+class Day {
+ public:
+  Day(const YAML::Node& day, int& words) : m_words(words) {
+    if (!day.IsMap()) throw UnusableYaml{day.Mark(), u"the day has no text and no categories"_s};
+    for (const auto& part : day) {
+      const QString name = yamlTextOf(part.first);
+      if (name == u"text")
+        m_text = markdownOfRedNotebook(yamlTextOf(part.second));
+      else
+        addCategory(name, part.second);
+    }
+    while (!m_text.isEmpty() && m_text.back().isSpace()) m_text.chop(1);
+  }
+
+  [[nodiscard]] QString text() const { return m_text.isEmpty() ? m_lists.mid(2) : m_text + m_lists; }
+  [[nodiscard]] const QStringList& tags() const { return m_tags; }
+
+ private:
+  void addCategory(const QString& name, const YAML::Node& words) {
+    const bool isOfTags = name.compare(u"Tags"_s, Qt::CaseInsensitive) == 0;
+    if (!isOfTags) addTag(name);
+    QString list;
+    const auto add = [&](const YAML::Node& one) {
+      if (++m_words > mostWords) throw UnusableYaml{one.Mark(), u"there are too many words in categories"_s};
+      const QString told = yamlTextOf(one).simplified();
+      if (isOfTags)
+        addTag(told);
+      else if (!told.isEmpty())
+        list += u"\n- "_s + markdownOfRedNotebook(told);
+    };
+    // Each stands as a key without a value.
+    if (words.IsMap())
+      for (const auto& one : words) add(one.first);
+    else if (words.IsSequence())
+      for (const auto& one : words) add(one);
+    else if (words.IsScalar())
+      add(words);
+    if (!list.isEmpty()) m_lists += u"\n\n## "_s + name.simplified() + u'\n' + list;
+  }
+  void addTag(const QString& name) {
+    const QString tag = tagOf(name);
+    if (!tag.isEmpty() && !m_tags.contains(tag, Qt::CaseInsensitive)) m_tags << tag;
+  }
+
+  int& m_words;
+  QString m_text;
+  QString m_lists;
+  QStringList m_tags;
+};
+
+ImportItem itemOf(const YAML::Node& key, const YAML::Node& value, const QString& path, QDate month, int& words) {
+  const ImportPlace place{path, key.Mark().line + 1};
+  bool isNumber = false;
+  const int number = yamlTextOf(key).toInt(&isNumber);
+  const QDate date(month.year(), month.month(), isNumber ? number : 0);
+  if (!date.isValid()) {
+    const QString told = yamlTextOf(key).left(40).simplified();
+    return ImportProblem{place, u"\"%1\" is no day of %2"_s.arg(told, month.toString(u"yyyy-MM"_s))};
+  }
+  const auto moment = zonedDate({date, std::nullopt, std::nullopt}, {});
+  if (!moment) return ImportProblem{place, u"its date is outside the years 1 to 9999"_s};
+  const Day day(value, words);
+  if (day.text().trimmed().isEmpty()) return ImportPassedBy{place, u"there is no text in it"_s};
+  const QString folder = QFileInfo(path).canonicalPath();
+  TextEntry entry{uuidOfPlace(folder + u"\nrednotebook "_s + date.toString(Qt::ISODate)),
+                  day.text(),
+                  *moment,
+                  day.tags(),
+                  std::nullopt,
+                  std::nullopt};
+  // There they are the tags, whatever is set here.
+  entry.addHashtags();
+  return ImportedEntry{place, entry.uuid, entry.fields(), false};
+}
+
+}  // namespace
+
+std::optional<QDate> RedNotebookSource::monthOf(const QString& fileName) {
+  static const QRegularExpression pattern(u"^(\\d{4})-(\\d{2})\\.txt$"_s);
+  const auto match = pattern.match(fileName);
+  const QDate month(match.captured(1).toInt(), match.captured(2).toInt(), 1);
+  return month.isValid() ? std::optional(month) : std::nullopt;
+}
+
+bool RedNotebookSource::readMonth(const QByteArray& utf8, const QString& path, QDate month, const ImportTaker& take) {
+  if (utf8.size() > largestMonth) return take(ImportProblem{{path, 0}, u"it is longer than 8 MiB"_s});
+  bool isToGoOn = true;
+  int words = 0;
+  const auto fault = readYaml(utf8, [&](const YAML::Node& days) {
+    if (days.IsNull()) return;
+    if (!days.IsMap()) throw UnusableYaml{days.Mark(), u"it is no list of days"_s};
+    for (const auto& day : days) {
+      isToGoOn = take(itemOf(day.first, day.second, path, month, words));
+      if (!isToGoOn) return;
+    }
+  });
+  if (!fault) return isToGoOn;
+  const QString reason = fault->isSyntax ? u"it cannot be read, "_s + fault->reason : fault->reason;
+  return take(ImportProblem{{path, fault->line}, reason});
+}
+
+void RedNotebookSource::forEach(const ImportTaker& take) {
+  const auto takeFile = [&](const QString& path) {
+    const auto month = monthOf(QFileInfo(path).fileName());
+    if (!month) return take(ImportProblem{{path, 0}, u"its name is no month, such as 2014-03.txt"_s});
+    ImportProblem problem;
+    const auto bytes = utf8OfFile(path, &problem);
+    return bytes ? readMonth(*bytes, path, *month, take) : take(problem);
+  };
+  if (!QFileInfo(m_path).isDir()) {
+    takeFile(m_path);
+    return;
+  }
+  if (!QFileInfo(m_path).isReadable()) {
+    take(ImportProblem{{m_path, 0}, u"the folder cannot be read"_s});
+    return;
+  }
+  const QDir folder(m_path);
+  for (const QString& name : folder.entryList({u"*.txt"_s}, QDir::Files, QDir::Name))
+    if (monthOf(name) && !takeFile(folder.filePath(name))) return;
+}
+
+}  // namespace quillo
