@@ -42,11 +42,6 @@ bool takeStar(QString& title) {
   return true;
 }
 
-void addTags(QStringList& tags, const QStringList& more) {
-  for (const QString& tag : more)
-    if (!tag.isEmpty() && !tags.contains(tag, Qt::CaseInsensitive)) tags << tag;
-}
-
 QString withoutSpaceBehind(QString text) {
   while (!text.isEmpty() && text.back().isSpace()) text.chop(1);
   return text;
@@ -92,8 +87,8 @@ ImportItem JrnlEntries::itemOf(const JrnlEntry& entry, const QString& path) {
                  {},
                  std::nullopt,
                  std::nullopt};
-  addTags(made.tags, entry.tags);
-  if (isStarred) addTags(made.tags, {u"starred"_s});
+  made.addTags(entry.tags);
+  if (isStarred) made.addTags({u"starred"_s});
   if (m_makesTags) made.addHashtags();
   return ImportedEntry{place, made.uuid, made.fields(), false};
 }

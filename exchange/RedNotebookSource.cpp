@@ -17,8 +17,8 @@ namespace {
 
 // What a year's full days come to is less.
 constexpr qsizetype largestMonth = qsizetype{8} * 1024 * 1024;
-// Of words in categories, each counted as often as an alias repeats it.
-constexpr int mostWords = 100'000;
+// Of categories and the words in them in one file, counted as often as an alias repeats them.
+constexpr int mostWords = 10'000;
 
 // A category's name as a tag of one word.
 QString tagOf(const QString& name) {
@@ -28,49 +28,60 @@ QString tagOf(const QString& name) {
 // One day as its file has it.
 class Day {
  public:
+  // `words` counts those of the whole file.
   Day(const YAML::Node& day, int& words) : m_words(words) {
-    if (!day.IsMap()) throw UnusableYaml{day.Mark(), u"the day has no text and no categories"_s};
+    if (!day.IsMap()) m_problem = u"the day has no text and no categories"_s;
+    if (!day.IsMap()) return;
     for (const auto& part : day) {
       const QString name = yamlTextOf(part.first);
       if (name == u"text")
         m_text = markdownOfRedNotebook(yamlTextOf(part.second));
-      else
-        addCategory(name, part.second);
+      else if (!addCategory(name, part.second))
+        break;
     }
     while (!m_text.isEmpty() && m_text.back().isSpace()) m_text.chop(1);
   }
 
+  // The end of a sentence, where it cannot be taken.
+  [[nodiscard]] const QString& problem() const { return m_problem; }
   [[nodiscard]] QString text() const { return m_text.isEmpty() ? m_lists.mid(2) : m_text + m_lists; }
+  // May have some of them twice.
   [[nodiscard]] const QStringList& tags() const { return m_tags; }
 
  private:
-  void addCategory(const QString& name, const YAML::Node& words) {
+  bool countWord() {
+    if (++m_words <= mostWords) return true;
+    m_problem = u"there are too many words in categories"_s;
+    return false;
+  }
+
+  bool addCategory(const QString& name, const YAML::Node& words) {
+    if (!countWord()) return false;
     const bool isOfTags = name.compare(u"Tags"_s, Qt::CaseInsensitive) == 0;
-    if (!isOfTags) addTag(name);
+    if (!isOfTags) m_tags << tagOf(name);
     QString list;
     const auto add = [&](const YAML::Node& one) {
-      if (++m_words > mostWords) throw UnusableYaml{one.Mark(), u"there are too many words in categories"_s};
       const QString told = yamlTextOf(one).simplified();
       if (isOfTags)
-        addTag(told);
+        m_tags << tagOf(told);
       else if (!told.isEmpty())
         list += u"\n- "_s + markdownOfRedNotebook(told);
+      return countWord();
     };
     // Each stands as a key without a value.
     if (words.IsMap())
-      for (const auto& one : words) add(one.first);
-    else if (words.IsSequence())
-      for (const auto& one : words) add(one);
-    else if (words.IsScalar())
-      add(words);
+      for (const auto& one : words)
+        if (!add(one.first)) return false;
+    if (words.IsSequence())
+      for (const auto& one : words)
+        if (!add(one)) return false;
+    if (words.IsScalar() && !add(words)) return false;
     if (!list.isEmpty()) m_lists += u"\n\n## "_s + name.simplified() + u'\n' + list;
-  }
-  void addTag(const QString& name) {
-    const QString tag = tagOf(name);
-    if (!tag.isEmpty() && !m_tags.contains(tag, Qt::CaseInsensitive)) m_tags << tag;
+    return true;
   }
 
   int& m_words;
+  QString m_problem;
   QString m_text;
   QString m_lists;
   QStringList m_tags;
@@ -88,14 +99,16 @@ ImportItem itemOf(const YAML::Node& key, const YAML::Node& value, const QString&
   const auto moment = zonedDate({date, std::nullopt, std::nullopt}, {});
   if (!moment) return ImportProblem{place, u"its date is outside the years 1 to 9999"_s};
   const Day day(value, words);
+  if (!day.problem().isEmpty()) return ImportProblem{place, day.problem()};
   if (day.text().trimmed().isEmpty()) return ImportPassedBy{place, u"there is no text in it"_s};
   const QString folder = QFileInfo(path).canonicalPath();
   TextEntry entry{uuidOfPlace(folder + u"\nrednotebook "_s + date.toString(Qt::ISODate)),
                   day.text(),
                   *moment,
-                  day.tags(),
+                  {},
                   std::nullopt,
                   std::nullopt};
+  entry.addTags(day.tags());
   // There they are the tags, whatever is set here.
   entry.addHashtags();
   return ImportedEntry{place, entry.uuid, entry.fields(), false};
