@@ -15,8 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What a year's full days come to is less.
-constexpr qsizetype largestMonth = qsizetype{8} * 1024 * 1024;
+// More than anybody writes in a month. The library takes some hundred bytes of memory for each one of a hostile file.
+constexpr qsizetype largestMonth = qsizetype{2} * 1024 * 1024;
 // Of categories and the words in them in one file, counted as often as an alias repeats them.
 constexpr int mostWords = 10'000;
 
@@ -124,7 +124,7 @@ std::optional<QDate> RedNotebookSource::monthOf(const QString& fileName) {
 }
 
 bool RedNotebookSource::readMonth(const QByteArray& utf8, const QString& path, QDate month, const ImportTaker& take) {
-  if (utf8.size() > largestMonth) return take(ImportProblem{{path, 0}, u"it is longer than 8 MiB"_s});
+  if (utf8.size() > largestMonth) return take(ImportProblem{{path, 0}, u"it is longer than 2 MiB"_s});
   bool isToGoOn = true;
   int words = 0;
   const auto fault = readYaml(utf8, [&](const YAML::Node& days) {

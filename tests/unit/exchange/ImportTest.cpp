@@ -115,7 +115,7 @@ TEST_F(Import, WhatCannotBeReadIsToldWithItsPlace) {
       {"rednotebook", "1: " + QByteArray(100'000, '{'), 1, "cannot be read", 0},
       {"rednotebook", "1: &a {text: a, Words: *a}", 1, "", 1},
       {"rednotebook", aliasBomb(), 2, "too many words", 1},
-      {"rednotebook", QByteArray(9'000'000, ' '), 0, "longer than 8 MiB", 0},
+      {"rednotebook", QByteArray(3'000'000, ' '), 0, "longer than 2 MiB", 0},
   };
   int number = 0;
   for (const Case& one : cases) {
