@@ -128,7 +128,7 @@ void walk(ImportSource& source, const JournalImport::Listener& listener, Journal
 }
 
 // What a program left that was killed in the middle of an import.
-bool takeBackKilled(const QLJournalPackageFile& package, const ImportRecordFolder& records,
+bool takeBackKilled(const QLJournalPackageFile& package, const JournalFolder& folder, const ImportRecordFolder& records,
                     const JournalImport::Listener& listener, Error* error) {
   const auto last = ImportUndo::lastImport(package);
   const QString path = ImportRecordFolder::newest(package);
@@ -138,6 +138,7 @@ bool takeBackKilled(const QLJournalPackageFile& package, const ImportRecordFolde
     reason.localizedDescription.prepend(u"an earlier import, which was cut off, cannot be taken back: "_s);
     return fail(error, reason);
   }
+  folder.removeLeftovers();
   if (last && listener.tookBack) listener.tookBack(*last);
   return true;
 }
@@ -231,7 +232,7 @@ std::optional<JournalImport::Counts> JournalImport::write(ImportSource& source, 
                                                           Error* error) {
   const auto folder = JournalFolder::openOrMake(m_package.entriesFolder(), error);
   const auto records = folder ? ImportRecordFolder::claim(m_package, error) : std::nullopt;
-  if (!records || !takeBackKilled(m_package, *records, listener, error)) return std::nullopt;
+  if (!records || !takeBackKilled(m_package, *folder, *records, listener, error)) return std::nullopt;
   m_record.reset();
   m_pending.clear();
   m_pendingBytes = 0;
