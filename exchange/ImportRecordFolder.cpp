@@ -38,7 +38,9 @@ QString pathOfFolder(const QLJournalPackageFile& package) {
   const QString state = UserDirectories::current().state;
   const QString packagePath = QFileInfo(package.url().toLocalFile()).canonicalFilePath();
   QDir().mkpath(state);
-  if (deviceOf(state) != deviceOf(packagePath)) return packagePath + u"/.imports"_s;
+  // One that came from another file system brings them along.
+  const QString own = packagePath + u"/.imports"_s;
+  if (QFileInfo(own).isDir() || deviceOf(state) != deviceOf(packagePath)) return own;
   // An identifier comes from a file that others write, and may be missing.
   const auto identifier = QLJournalEntryFile::canonicalUUID(package.identifier());
   const QByteArray hash = QCryptographicHash::hash(packagePath.toUtf8(), QCryptographicHash::Sha1).toHex();

@@ -14,7 +14,7 @@ class QLJournalPackageFile;
 
 // Where the records of a journal's imports lie: below ~/.local/state/quillo/imports, by the journal's identifier. Of a
 // journal on another file system they lie in its own folder under a name that begins with a dot, since the text of one
-// that is encrypted or can be carried away is written nowhere else.
+// that is encrypted or can be carried away is written nowhere else; they stay there when it is moved.
 //
 // Records are numbered. Whoever imports or takes back holds the folder: while the object lives nobody else gets one of
 // the same journal, and when its program is killed the folder is free again.

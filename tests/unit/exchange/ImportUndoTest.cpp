@@ -3,6 +3,9 @@
 #include "exchange/ImportUndo.h"
 #include "foundation/UserDirectories.h"
 
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -139,6 +142,32 @@ TEST_F(ImportBack, WithoutItsNoteNothingIsImported) {
   EXPECT_FALSE(imported(journal, "json", listOf({1}, "new"), false, &error));
   EXPECT_TRUE(error.localizedDescription.contains(u"imports"_s)) << error.localizedDescription.toStdString();
   EXPECT_EQ(entriesOf(journal), before);
+}
+
+TEST_F(ImportBack, AJournalOnAnotherFileSystemKeepsItsNotes) {
+  const QTemporaryDir disk(u"/dev/shm/quillo-import-XXXXXX"_s);
+  struct stat here {};
+  struct stat there {};
+  if (!disk.isValid() || ::stat(QFile::encodeName(disk.path()).constData(), &there) != 0 ||
+      ::stat(QFile::encodeName(home.path()).constData(), &here) != 0 || here.st_dev == there.st_dev)
+    GTEST_SKIP() << "there is no other file system";
+  const QString path = disk.filePath(u"J.quillojournal"_s);
+  const auto away = QLJournalPackageFile::openPackage(QUrl::fromLocalFile(path), /*create=*/true, nullptr);
+  ASSERT_TRUE(imported(away, "json", listOf({1}, "new")));
+  EXPECT_FALSE(QFileInfo::exists(UserDirectories::current().state + u"/quillo/imports"_s));
+  // Carried home, as moving a journal does.
+  const QString moved = home.path(u"Moved.quillojournal"_s);
+  for (const QString& name : {u"Journal.plist"_s, u"Entries/"_s + QLJournalEntryFile::fileName(uuidOf(1)),
+                              u".imports/"_s + QFileInfo(ImportRecordFolder::newest(*away)).fileName()}) {
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(moved + u'/' + name).path()));
+    ASSERT_TRUE(QFile::copy(path + u'/' + name, moved + u'/' + name));
+  }
+  const auto back = QLJournalPackageFile::openPackage(QUrl::fromLocalFile(moved), /*create=*/false, nullptr);
+  ASSERT_TRUE(back);
+  const auto counts = ImportUndo(*back).run({}, nullptr);
+  ASSERT_TRUE(counts);
+  EXPECT_EQ(counts->removed, 1);
+  EXPECT_TRUE(entriesOf(back).empty());
 }
 
 TEST_F(ImportBack, WhatFailedHalfWayCanBeGoneOnWith) {
