@@ -113,12 +113,15 @@ class Completion {
   }
 
   void offerFormats() {
-    if (m_place.command->get_name() == "import")
+    if (m_place.command->get_name() == "import") {
       for (const ImportFormat& format : importFormats())
         offer(QString::fromLatin1(format.name), QString::fromLatin1(format.description));
-    else
+      // The source may be there in its place.
+      if (!m_hasPrinted) leaveToShell(u":files"_s);
+    } else {
       for (const ExportFormat& format : exportFormats())
         offer(QString::fromLatin1(format.name), QString::fromLatin1(format.description));
+    }
   }
 
   void offerSettings() {

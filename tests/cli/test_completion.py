@@ -48,7 +48,7 @@ class CompletionTest(QuilloctlTestCase):
             (["journal", "set", ""], [":directories"]), (["--home", ""], [":directories"]), (["settings", "set", "K", "1", "--type", "b"], ["bool"]),
             (["setup", "--journal", ""], [":directories"]), (["setup", "--re"], ["--remind"]), (["journal", "move", ""], [":directories"]), (["open-url", "quillo://p"], ["quillo://preferences", "quillo://post"]), (["reminder", "next", "--b"], ["--batch"]), (["nonsense", "x"], []),
             (["export", "ma"], ["markdown", "markdown-folder"]), (["export", "json", "tag:w"], ["tag:work"]), (["export", "json", "-o", ""], [":files"]),
-            (["import", ""], ["json", "markdown", "csv", "text"]), (["import", "json", ""], [":files"]),
+            (["import", ""], ["json", "markdown", "text", "csv", "jrnl", "rednotebook"]), (["import", "json", ""], [":files"]), (["import", "/etc/"], [":files"]), (["import", "--u"], ["--undo"]),
         ]
         for words, expected in cases:
             with self.subTest(words):
