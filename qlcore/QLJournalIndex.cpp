@@ -1,10 +1,12 @@
 #include "qlcore/QLJournalIndex.h"
 
 #include "foundation/Log.h"
+#include "qlcore/ConflictNames.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalFolder.h"
 #include "qlcore/QLJournalPackageFile.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
@@ -69,6 +71,8 @@ void QLJournalIndex::readEntries(const std::stop_token& stop) {
   std::vector<WrittenEntry> written;
   for (const QString& name : *names) {
     if (stop.stop_requested()) break;
+    // Other versions of an entry, or on their way to become one.
+    if (ConflictNames::isConflictCopy(QFile::encodeName(name)) || ConflictNames::isTemporary(name)) continue;
     const QString file = path + u'/' + name;
     const auto uuid = QLJournalEntryFile::canonicalUUID(name.chopped(6));
     if (const QString why = whyNoEntry(name, uuid, allNames); !why.isEmpty()) {

@@ -37,7 +37,8 @@ class QLJournalIndex {
 
   // Reads every entry. Damaged ones are logged and listed apart, and so is the folder of entries where it cannot be
   // read, of which readError() tells too; a folder that is missing holds no entries. A null package has none either.
-  // Asked to stop, the index holds what was read until then.
+  // Conflict copies of entries, see JournalConflicts, are neither. Asked to stop, the index holds what was read until
+  // then.
   explicit QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package, const std::stop_token& stop = {});
   // An index that reads nothing and lists nothing: enough to delete an entry whose place is known.
   static QLJournalIndex unread(std::shared_ptr<QLJournalPackageFile> package);
