@@ -102,6 +102,15 @@ QList<QUrl> QLJournalIndex::urlsOfEntry(const QString& canonicalUUID) const {
   return urls;
 }
 
+QList<QUrl> QLJournalIndex::copiesOfEntry(const QString& canonicalUUID) const {
+  QList<QUrl> urls;
+  const auto folder = JournalFolder::open(m_package->entriesFolder(), nullptr);
+  const auto names = folder ? folder->propertyListNames(nullptr, canonicalUUID) : std::nullopt;
+  for (const QString& name : names.value_or(QStringList()))
+    if (ConflictNames::parse(name)) urls << QUrl::fromLocalFile(folder->path() + u'/' + name);
+  return urls;
+}
+
 std::shared_ptr<QLJournalEntryFile> QLJournalIndex::entryFileWithUUID(const QString& uuid) const {
   const auto canonical = QLJournalEntryFile::canonicalUUID(uuid);
   const auto found = std::find_if(m_entries.begin(), m_entries.end(),
@@ -130,10 +139,19 @@ bool QLJournalIndex::deleteEntry(const QLEntry& entry, Error* error, const Delet
     return fail(error, JournalError::make(JournalError::NotReadable,
                                           folder + u": a symbolic link, which is not followed inside a journal"_s));
   Error reason;
-  const bool removed = deleteFileBlock && deleteFileBlock(entry.url, &reason);
-  const bool wasGone = (reason.domain == ErrorDomain::osStatus && reason.code == ErrorCode::fileNotFound) ||
-                       (reason.domain == ErrorDomain::cocoa && reason.code == ErrorCode::fileNoSuchFile);
-  if (removed || wasGone) {
+  const auto remove = [&](const QUrl& url) {
+    reason = {};
+    return deleteFileBlock && deleteFileBlock(url, &reason);
+  };
+  const auto wasGone = [&reason] {
+    return (reason.domain == ErrorDomain::osStatus && reason.code == ErrorCode::fileNotFound) ||
+           (reason.domain == ErrorDomain::cocoa && reason.code == ErrorCode::fileNoSuchFile);
+  };
+  // First its other versions, of which one would be the entry else.
+  for (const QUrl& copy : copiesOfEntry(*canonical))
+    if (!remove(copy) && !wasGone()) return fail(error, reason);
+  const bool removed = remove(entry.url);
+  if (removed || wasGone()) {
     m_entries.removeIf([&](const auto& known) { return known->uuid() == *canonical; });
     m_damaged.removeIf([&](const auto& known) { return known.url == entry.url; });
   }

@@ -224,7 +224,9 @@ bool JournalConflicts::makeEntryOf(const JournalFolder& folder, const QString& u
   if (!bytes || (!isThere && !folder.replaceFile(name, *bytes, &reason)))
     return fail(error, JournalError::forWriting(reason));
   if (added) *added << identifier;
-  return true;
+  if (isThere) return toTrash(version, error);
+  // The entry that was made has all of it.
+  return folder.removeFile(version.fileName, &reason) || fail(error, JournalError::forWriting(reason));
 }
 
 bool JournalConflicts::keepAll(const EntryVersions& entry, QStringList* added, Error* error) const {
@@ -234,8 +236,9 @@ bool JournalConflicts::keepAll(const EntryVersions& entry, QStringList* added, E
   if (!areAsRead(*folder, entry, error)) return false;
   for (const EntryVersion& version : entry.versions) {
     if (!version.copy) continue;
-    if (version.isWhole() && !makeEntryOf(*folder, entry.uuid, version, added, error)) return false;
-    if (!toTrash(version, error)) return false;
+    const bool isDone =
+        version.isWhole() ? makeEntryOf(*folder, entry.uuid, version, added, error) : toTrash(version, error);
+    if (!isDone) return false;
   }
   return true;
 }
@@ -258,10 +261,11 @@ bool JournalConflicts::keepMerged(const EntryVersions& entry, const QString& tex
 }
 
 bool JournalConflicts::isSettledOrphan(const JournalFolder& folder, const EntryVersions& entry) const {
-  const qint64 now = QDateTime::currentMSecsSinceEpoch() * 1'000'000;
-  const qint64 wait = std::chrono::nanoseconds(m_orphansAfter).count();
+  using std::chrono::nanoseconds;
+  const auto now = std::chrono::duration_cast<nanoseconds>(std::chrono::system_clock::now().time_since_epoch());
+  const qint64 latest = (now - nanoseconds(m_orphansAfter)).count();
   return std::all_of(entry.versions.begin(), entry.versions.end(),
-                     [&](const EntryVersion& version) { return folder.timeChanged(version.fileName) <= now - wait; });
+                     [&](const EntryVersion& version) { return folder.timeChanged(version.fileName) <= latest; });
 }
 
 namespace {
