@@ -1,7 +1,11 @@
 #include "quilloctl/JournalConflictsCommand.h"
 
+#include "foundation/FileContents.h"
+#include "foundation/PropertyListSerialization.h"
+#include "qlcore/EntryFields.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/conflicts/JournalConflicts.h"
+#include "qlcore/conflicts/VersionMerge.h"
 #include "quilloctl/Pager.h"
 
 #include <QJsonArray>
@@ -199,11 +203,47 @@ int run(Context& context, const Words& words) {
   return words.resolution ? resolveAll(context, conflicts, *entries, words) : list(context, conflicts, *entries);
 }
 
+// The fields of an entry's file; empty for an empty file, as git gives where there is none.
+std::optional<PropertyListDictionary> fieldsOf(const std::string& path) {
+  Error error;
+  const auto bytes = contentsOfFile(QString::fromStdString(path), &error);
+  if (bytes && bytes->isEmpty()) return PropertyListDictionary();
+  const auto list = bytes ? PropertyListSerialization::propertyListWithData(*bytes, nullptr, &error)
+                          : std::optional<PropertyListValue>();
+  if (list && list->isDictionary()) return list->dictionary();
+  const QString reason = list ? u"not an entry's file"_s : error.localizedDescription;
+  failed(u"%1: %2"_s.arg(QString::fromStdString(path), reason));
+  return std::nullopt;
+}
+
+int mergeFiles(const std::vector<std::string>& files) {
+  const auto base = fieldsOf(files[0]);
+  const auto ours = base ? fieldsOf(files[1]) : std::nullopt;
+  const auto theirs = ours ? fieldsOf(files[2]) : std::nullopt;
+  if (!theirs) return Failed;
+  Error error;
+  const auto bytes = EntryFields::serialized(VersionMerge::ofThree(*base, *ours, *theirs), &error);
+  if (!bytes || !writeFileInPlace(QString::fromStdString(files[1]), *bytes, &error))
+    return failed(error.localizedDescription);
+  return Done;
+}
+
+void addMergeFilesCommand(CLI::App& journal, Action& action) {
+  const auto files = std::make_shared<std::vector<std::string>>();
+  CLI::App* command = journal.add_subcommand("merge-files", "Merge two versions of an entry's file, as git calls it");
+  command
+      ->add_option("SOURCE", *files, "BASE OURS THEIRS: the file that both were made from, and the two; OURS gets both")
+      ->required()
+      ->expected(3);
+  command->callback([&action, files] { action = [files](Context&) { return mergeFiles(*files); }; });
+}
+
 }  // namespace
 
 void addJournalConflictsCommand(CLI::App& journal, Action& action) {
   static const std::map<std::string, Resolution> resolutions{
       {"this", Resolution::This}, {"that", Resolution::That}, {"both", Resolution::Both}, {"merge", Resolution::Merge}};
+  addMergeFilesCommand(journal, action);
   const auto words = std::make_shared<Words>();
   const auto resolution = std::make_shared<Resolution>();
   CLI::App* command = journal.add_subcommand(

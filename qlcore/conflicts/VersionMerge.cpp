@@ -82,6 +82,38 @@ std::optional<PropertyListDictionary> byItself(const PropertyListDictionary& fir
   return both;
 }
 
+PropertyListDictionary ofThree(const PropertyListDictionary& base, const PropertyListDictionary& ours,
+                               const PropertyListDictionary& theirs) {
+  // Of those that both have: of a field that one took out, nothing.
+  PropertyListDictionary merged = fieldsOfBoth(ours, theirs);
+  const PropertyListDictionary all = merged;
+  const auto isSame = [](const PropertyListDictionary& one, const PropertyListDictionary& other, const QString& key) {
+    return one.contains(key) == other.contains(key) && one.value(key) == other.value(key);
+  };
+  const auto take = [&merged](const PropertyListDictionary& fields, const QString& key) {
+    if (fields.contains(key))
+      merged.insert(key, fields.value(key));
+    else
+      merged.remove(key);
+  };
+  for (auto field = all.begin(); field != all.end(); ++field) {
+    const QString& key = field.key();
+    if (key == EntryFields::modificationDate) continue;
+    if (isSame(theirs, base, key))
+      take(ours, key);
+    else if (isSame(ours, base, key))
+      take(theirs, key);
+  }
+  const PropertyListValue text = ours.value(EntryFields::text);
+  const PropertyListValue other = theirs.value(EntryFields::text);
+  if (!text.isString() || !other.isString()) return merged;
+  const PropertyListValue before = base.value(EntryFields::text);
+  const MergedText both = before.isString() ? mergeTexts(before.string(), text.string(), other.string())
+                                            : unitedTexts(text.string(), other.string());
+  merged.insert(EntryFields::text, both.text);
+  return merged;
+}
+
 MergedText texts(const EntryVersions& entry, const std::optional<QString>& ancestor) {
   MergedText merged;
   bool isFirst = true;

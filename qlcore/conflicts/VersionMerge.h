@@ -22,6 +22,12 @@ namespace quillo::VersionMerge {
 [[nodiscard]] PropertyListDictionary fieldsOfBoth(const PropertyListDictionary& first,
                                                   const PropertyListDictionary& second);
 
+// The fields of two versions that were made from `base`, with the changes of both. Where both changed the same, texts
+// are merged, with both where they clash, tags are put together, the later date of the last save counts, and of the
+// rest what `ours` has. An empty `base` is that of two that have nothing in common.
+[[nodiscard]] PropertyListDictionary ofThree(const PropertyListDictionary& base, const PropertyListDictionary& ours,
+                                             const PropertyListDictionary& theirs);
+
 // The texts of all whole versions as one: with the changes of each where the ancestor is known, else with all words of
 // all. It is a proposal; what is kept is for the person to say.
 [[nodiscard]] MergedText texts(const EntryVersions& entry, const std::optional<QString>& ancestor);

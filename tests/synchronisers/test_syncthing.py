@@ -144,20 +144,23 @@ class SyncthingTest(TwoMachinesTestCase):
         desktop.ctl("journal", "set", str(desktop.journal))
         self.assertFalse([path for path in desktop.journal.iterdir() if path.name == ".stignore"], "which stays on its machine")
 
-        is_linked, copies = True, 0
-        for number in range(edits()):
-            if self.random.random() < 0.08:
-                is_linked = not is_linked
-                self.link(is_linked)
-            self.edit(self.random.choice(self.machines))
-            if number % 200 == 199:
-                print(f"{number + 1} edits, {len(laptop.conflicts())} conflicts", flush=True)
-        self.link(True)
-        # One more that is a conflict for certain.
+        # The link is cut, both write, it is restored, and both go on writing while files are on their way.
         self.settle()
-        self.link(False)
-        for machine in self.machines:
-            self.edit(machine, laptop.uuids()[0])
+        number = 0
+        while number < edits():
+            self.link(False)
+            for _ in range(self.random.randint(5, 25)):
+                self.edit(self.random.choice(self.machines))
+                number += 1
+            self.link(True)
+            for _ in range(self.random.randint(0, 15)):
+                self.edit(self.random.choice(self.machines))
+                number += 1
+            if self.random.random() < 0.8:
+                self.settle()
+            # Sometimes a person looks after it in between, on either side.
+            if self.random.random() < 0.1:
+                self.resolve(self.random.choice(self.machines))
         self.link(True)
         self.settle()
         copies = sum(len(conflict["versions"]) - 1 for conflict in laptop.conflicts())
