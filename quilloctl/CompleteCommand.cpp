@@ -86,6 +86,7 @@ class Completion {
     const QString dates = u"today yesterday last-week this-month last-month this-year last-year"_s;
     static const QMap<QString, QString> fixed{
         {u"--type"_s, u"bool int real string date data json"_s},
+        {u"--resolve"_s, u"this that both merge"_s},
         {u"--remind"_s, u"never"_s},
         {u"--by"_s, u"window notification sound window,notification window,notification,sound"_s},
         {u"--every"_s, u"minute hour day week month year"_s},
@@ -97,7 +98,7 @@ class Completion {
     if (fixed.contains(name)) return offer(fixed[name].split(u' '));
     if (name == u"KEY") return offerSettings();
     if (name == u"VALUE") return offerSettingValues();
-    if (name == u"ID") return offerEntries();
+    if (name == u"ID") return m_place.command->get_name() == "conflicts" ? offerConflicts() : offerEntries();
     if (name == u"QUERY") return offerQuery();
     if (name == u"--tag") return offerTags({});
     if (name == u"NOTIFICATION-NAME") return offerNotices();
@@ -163,6 +164,15 @@ class Completion {
       if (m_place.word.startsWith(before)) return offerTags(before);
     const QStringList keys{u"tag:"_s, u"place:"_s, u"on:this-day"_s, u"on:"_s, u"since:"_s, u"before:"_s};
     if (!m_place.word.isEmpty()) offer(keys);
+  }
+
+  void offerConflicts() {
+    const auto index = openIndex();
+    if (!index) return;
+    for (const ConflictedEntry& conflict : index->conflicts()) {
+      const auto entry = index->entryWithUUID(conflict.uuid);
+      offer(conflict.uuid, entry ? entry->text.left(longestDescription) : QString());
+    }
   }
 
   void offerEntries() {
