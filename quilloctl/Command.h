@@ -80,6 +80,7 @@ void addJournalCommand(CLI::App& program, Action& action);
 void addEntryCommand(CLI::App& program, Action& action);
 void addExportCommand(CLI::App& program, Action& action);
 void addImportCommand(CLI::App& program, Action& action);
+void addBackupCommand(CLI::App& program, Action& action);
 void addReminderCommand(CLI::App& program, Action& action);
 void addShortcutCommand(CLI::App& program, Action& action);
 void addAgentCommand(CLI::App& program, Action& action);

@@ -151,8 +151,7 @@ class Completion {
     const auto index = openIndex();
     if (!index) return;
     const QList<JournalCount> counts = index->counts({}, JournalCountBy::Tag).mid(0, mostTags);
-    for (const JournalCount& tag : counts)
-      offer(before + tag.name, QString::number(tag.count) + (tag.count == 1 ? u" entry"_s : u" entries"_s));
+    for (const JournalCount& tag : counts) offer(before + tag.name, entriesInWords(tag.count));
   }
 
   void offerQuery() {

@@ -34,10 +34,6 @@ struct ImportWords {
   }
 };
 
-QString entriesInWords(qint64 count) {
-  return QString::number(count) + (count == 1 ? u" entry"_s : u" entries"_s);
-}
-
 QJsonValue dateJson(const std::optional<Date>& date) {
   return date ? QJsonValue(date->toISO8601()) : QJsonValue(QJsonValue::Null);
 }

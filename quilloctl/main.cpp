@@ -135,6 +135,7 @@ void addCommands(CLI::App& program, ctl::Action& action, CommonOptions& options)
   ctl::addEntryCommand(program, action);
   ctl::addExportCommand(program, action);
   ctl::addImportCommand(program, action);
+  ctl::addBackupCommand(program, action);
   ctl::addReminderCommand(program, action);
   ctl::addShortcutCommand(program, action);
   ctl::addAgentCommand(program, action);
