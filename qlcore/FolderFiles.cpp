@@ -5,7 +5,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QLocale>
 
 #include <signal.h>
@@ -79,8 +78,10 @@ QString pendingFolderName(const QString& name, QLatin1StringView work) {
 }
 
 void removeFolder(const QString& path) {
-  if (QFileInfo(path).exists() && !QDir(path).removeRecursively())
-    QLLogWarn(u"%1 could not be removed; it is the beginning of a copy of the journal"_s.arg(path));
+  // By the bytes of the names: those that are no text in this locale go, too.
+  std::error_code problem;
+  std::filesystem::remove_all(QFile::encodeName(path).toStdString(), problem);
+  if (problem) QLLogWarn(u"%1 could not be removed; it is the beginning of a copy of the journal"_s.arg(path));
 }
 
 void removePendingFolders(const QString& folder, const QString& name, QLatin1StringView work) {

@@ -96,7 +96,8 @@ bool BackupReader::begin(Error* error) {
   m_fileSize = status.st_size;
   archive* in = m_archive.get();
   if (!in) return fail(error, fileReadError(ENOMEM, m_shownPath));
-  // Nothing else than what we write: each further format would be one more to be deceived by.
+  // Nothing else than what we write, and the same uncompressed: each further format would be one more to be deceived
+  // by.
   archive_read_support_filter_zstd(in);
   archive_read_support_format_tar(in);
   if (archive_read_open_fd(in, m_file.number(), blockSize) != ARCHIVE_OK) return readFailed(error);

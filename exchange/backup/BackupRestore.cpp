@@ -169,14 +169,16 @@ class BackupRestore::Work {
   }
 
   bool checkFile(const std::string& within, const QByteArray& digest) {
-    const QString path = m_temporary + u'/' + QFile::decodeName(within.c_str());
-    QFile file(path);
+    const std::string path = QFile::encodeName(m_temporary).toStdString() + '/' + within;
+    const FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    QFile file;
     QCryptographicHash hash(QCryptographicHash::Sha256);
-    const bool isOpen = file.open(QFile::ReadOnly | QFile::Unbuffered);
+    const bool isOpen = descriptor.isOpen() && file.open(descriptor.number(), QFile::ReadOnly | QFile::Unbuffered);
     // From the disk, and not from what the kernel remembers to have written.
-    if (isOpen) ::posix_fadvise(file.handle(), 0, 0, POSIX_FADV_DONTNEED);
+    if (isOpen) ::posix_fadvise(descriptor.number(), 0, 0, POSIX_FADV_DONTNEED);
     if (isOpen && hash.addData(&file) && hash.result() == digest) return true;
-    return problem(JournalError::WriteFailed, path + u": what is there is not what was written; the disk may be bad"_s);
+    return problem(JournalError::WriteFailed,
+                   QFile::decodeName(path.c_str()) + u": what is there is not what was written; the disk may be bad"_s);
   }
 
   bool takePlace() {

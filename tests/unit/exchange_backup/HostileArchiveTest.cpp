@@ -140,6 +140,11 @@ TEST_F(HostileArchiveTest, WhatIsNotABackupIsRefused) {
        u"neither a plain file"_s},
       {"a pipe", adding({"J.quillojournal/evil", {}, AE_IFIFO}), u"neither a plain file"_s},
       {"a device", adding({"J.quillojournal/evil", {}, AE_IFCHR}), u"neither a plain file"_s},
+      {"a name that is no text, and what is to be removed then",
+       [](Members& members) {
+         members.insert(members.end() - 1, {{"J.quillojournal/\xff", "x"}, {"evil", "x"}});
+       },
+       u"no part of the journal"_s},
       {"a file twice", adding({"J.quillojournal/Journal.plist", properties}), u"twice"_s},
       {"a file in a file", adding({"J.quillojournal/Journal.plist/x", "x"}), u"has no folder"_s},
       {"a folder in the place of a file", adding({"J.quillojournal/Journal.plist/", {}, AE_IFDIR}), u"twice"_s},
