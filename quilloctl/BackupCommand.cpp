@@ -121,6 +121,7 @@ void addBackupCommand(CLI::App& program, Action& action) {
   verifier->callback([&action, words] { action = [words](Context& context) { return verify(context, *words); }; });
 
   addBackupRestore(*backup, action);
+  addBackupSchedule(*backup, action);
 }
 
 }  // namespace quillo::ctl
