@@ -92,6 +92,10 @@ inline constexpr QLatin1StringView nativeSyncSessionIdentifier{"QLNativeSyncSess
 inline constexpr QLatin1StringView verboseLogging{"QLVerboseLogging"};
 inline constexpr QLatin1StringView autoBackupLocation{"AutoBackupLocation"};
 inline constexpr QLatin1StringView autoBackupLocationBookmark{"AutoBackupLocationBookmark"};
+inline constexpr QLatin1StringView autoBackupEnabled{"AutoBackupEnabled"};
+inline constexpr QLatin1StringView autoBackupFrequency{"AutoBackupFrequency"};
+inline constexpr QLatin1StringView autoBackupInterval{"AutoBackupInterval"};
+inline constexpr QLatin1StringView autoBackupMaxCount{"AutoBackupMaxCount"};
 inline constexpr QLatin1StringView webKitDeveloperExtras{"WebKitDeveloperExtras"};
 inline constexpr QLatin1StringView allowWebInspector{"QLAllowWebInspector"};
 inline constexpr QLatin1StringView dropboxAppFolderBookmarkData{"DropboxAppFolderBookmarkData"};

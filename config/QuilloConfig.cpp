@@ -153,6 +153,30 @@ QUrl QuilloConfig::backupRootURL() {
   return defaultBackupDirectoryURL();
 }
 
+bool QuilloConfig::setBackupRootURL(const std::optional<QUrl>& url, Error* error) {
+  std::optional<PropertyListValue> bookmark;
+  if (url) {
+    if (!QFileInfo(url->toLocalFile()).isDir())
+      return fail(error, cocoaError(ErrorCode::fileNoSuchFile, url->toLocalFile() + u": there is no such folder"_s));
+    const auto data = Bookmark::bookmarkData(url, Bookmark::creationWithSecurityScope, error);
+    if (!data) return false;
+    bookmark = PropertyListValue(*data);
+  } else {
+    // It would come back otherwise.
+    m_ownDefaults.removeObjectForKey(Key::autoBackupLocation);
+  }
+  m_ownDefaults.setObjectForKey(bookmark, Key::autoBackupLocationBookmark);
+  return !m_ownDefaults.lastError() || fail(error, *m_ownDefaults.lastError());
+}
+
+std::optional<Error> QuilloConfig::whyBackupRootIsMissing() {
+  populateBackupBookmarkDataIfNecessary();
+  const auto data = m_ownDefaults.dataForKey(Key::autoBackupLocationBookmark);
+  Error error;
+  if (!data || Bookmark::resolve(*data, Bookmark::resolutionWithSecurityScope, &error)) return std::nullopt;
+  return error;
+}
+
 Bundle QuilloConfig::coreResourcesBundle() const {
   // The core library is linked into the program, so the bundle that contains it is the program's own.
   return Bundle::mainBundle().bundleForResource(u"QLCore"_s).value_or(Bundle::mainBundle());

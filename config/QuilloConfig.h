@@ -55,6 +55,12 @@ class QuilloConfig {
   [[nodiscard]] QUrl nativeSyncWorkingDirectoryURL() const;
   // The folder that the own-defaults bookmark leads to, else the default one. Migrates an older setting first.
   [[nodiscard]] QUrl backupRootURL();
+  // Makes it the folder of backups, which must be there; nothing goes back to the default one. False, with an error,
+  // where that cannot be saved, or there is no such folder.
+  bool setBackupRootURL(const std::optional<QUrl>& url, Error* error = nullptr);
+  // Whether a folder was chosen that is not there, so that backupRootURL() is another: why, with its path. A disk that
+  // is not connected is the usual case.
+  [[nodiscard]] std::optional<Error> whyBackupRootIsMissing();
   void populateBackupBookmarkDataIfNecessary();
 
   // The core library's resources: a bundle of its own inside the main bundle, or the one that the library is part of.

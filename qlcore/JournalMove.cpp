@@ -2,9 +2,9 @@
 
 #include "foundation/FolderLock.h"
 #include "foundation/FolderOperations.h"
-#include "foundation/Log.h"
 #include "foundation/Trash.h"
 #include "qlcore/FolderCopy.h"
+#include "qlcore/FolderFiles.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalPackageLayout.h"
 #include "qlcore/QLJournalEntryFile.h"
@@ -15,11 +15,7 @@
 #include <QFileInfo>
 #include <QThread>
 
-#include <signal.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 
 namespace quillo {
 
@@ -33,34 +29,10 @@ constexpr qsizetype fewChanges = 20;
 // person.
 constexpr int mostRounds = 5;
 
-constexpr QLatin1StringView temporarySuffix{".moving"};
+constexpr QLatin1StringView moving{"moving"};
 
 QString entriesOf(const QString& journal) {
   return journal + u'/' + JournalPackageLayout::entriesFolder;
-}
-
-// Hidden, and with the process in its name, which tells a leftover from a move under way.
-QString temporaryName(const QString& name) {
-  return u".%1.%2"_s.arg(name).arg(::getpid()) + temporarySuffix;
-}
-
-void removeFolder(const QString& path) {
-  if (QFileInfo(path).exists() && !QDir(path).removeRecursively())
-    QLLogWarn(u"%1 could not be removed; it is the beginning of a copy of the journal"_s.arg(path));
-}
-
-void removeLeftovers(const QString& folder, const QString& name) {
-  const QString beginning = u".%1."_s.arg(name);
-  const auto entries = QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks);
-  for (const QString& entry : entries) {
-    if (!entry.startsWith(beginning) || !entry.endsWith(temporarySuffix)) continue;
-    bool isNumber = false;
-    const int writer =
-        entry.sliced(beginning.size(), entry.size() - beginning.size() - temporarySuffix.size()).toInt(&isNumber);
-    // One of this process is of a move that failed to remove it.
-    const bool isGone = writer == ::getpid() || (writer > 0 && ::kill(writer, 0) != 0 && errno == ESRCH);
-    if (isNumber && isGone) removeFolder(folder + u'/' + entry);
-  }
 }
 
 }  // namespace
@@ -74,7 +46,7 @@ class JournalMove::Work {
         m_folder(QFileInfo(move.folder).canonicalFilePath()),
         m_name(QFileInfo(QDir::cleanPath(move.journal)).fileName()),
         m_target(m_folder + u'/' + m_name),
-        m_temporary(m_folder + u'/' + temporaryName(m_name)),
+        m_temporary(m_folder + u'/' + pendingFolderName(m_name, moving)),
         m_copy(m_source, m_temporary) {}
 
   Result run() {
@@ -103,7 +75,7 @@ class JournalMove::Work {
   }
 
   bool makeCopy() {
-    removeLeftovers(m_folder, m_name);
+    removePendingFolders(m_folder, m_name, moving);
     const auto tell = [this](qint64 done, qint64 all) {
       return !m_move.progress || m_move.progress(all > 0 ? std::min(1.0, double(done) / double(all)) : 1);
     };

@@ -11,6 +11,7 @@
 #include "entry/panels/OpenPanelSheet.h"
 #include "entry/session/EntryDraft.h"
 #include "entry/spelling/SpellChecker.h"
+#include "exchange/backup/BackupSchedule.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileModeMask.h"
@@ -24,6 +25,7 @@
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/SystemClock.h"
+#include "platform/linux/SystemdTimers.h"
 #include "platform/linux/TerminationSignals.h"
 #include "platform/linux/VirtualKeyCodes.h"
 #include "platform/linux/XdgLoginItems.h"
@@ -106,7 +108,9 @@ class PreferencesPlatform {
         m_loginItems(
             XdgLoginItems::autostartFolder(UserDirectories::current()), applications, m_helper,
             [this](const QString& program, const QStringList& words) { return m_agent.launch(program, words); }),
-        m_agentDefaults(UserDirectories::current().configuration + u"/quillo"_s, Identifier::agent) {
+        m_agentDefaults(UserDirectories::current().configuration + u"/quillo"_s, Identifier::agent),
+        m_timers(UserDirectories::current().configuration, /*isOfSession=*/homeArguments.isEmpty()),
+        m_backupSchedule(m_timers, QCoreApplication::applicationDirPath() + u"/quilloctl"_s, homeArguments) {
     AgentManager::setSharedLoginItemServices(loginItems());
     PTKeyCodeTranslator::setKeyboardLayouts(&m_layouts);
     // A desktop's portal would ask the user in this program's name, and the agent's claim is another.
@@ -124,6 +128,8 @@ class PreferencesPlatform {
   }
   [[nodiscard]] HelperProcesses& agent() { return m_agent; }
   [[nodiscard]] UserDefaults& agentDefaults() { return m_agentDefaults; }
+
+  [[nodiscard]] BackupSchedule& backupSchedule() { return m_backupSchedule; }
 
   [[nodiscard]] ShortcutRecorderServices shortcut() {
     // Key codes of X, and so of Qt, are the kernel's with this added.
@@ -163,6 +169,8 @@ class PreferencesPlatform {
   SessionBusHelper m_agent;
   XdgLoginItems m_loginItems;
   UserDefaults m_agentDefaults;
+  SystemdTimers m_timers;
+  BackupSchedule m_backupSchedule;
   XkbKeyboardLayouts m_layouts;
   std::unique_ptr<HotKeys> m_hotKeys;
 };
@@ -252,7 +260,8 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
                    .openPanel = openPanel,
                    .spellChecker = spellChecker,
                    .tryReminder = [&forPreferences](QString* reason) { return forPreferences->tryReminder(reason); },
-                   .logFolder = config.groupLogsDirectoryURL().toLocalFile()});
+                   .logFolder = config.groupLogsDirectoryURL().toLocalFile(),
+                   .backupSchedule = &forPreferences->backupSchedule()});
              },
          .makeFirstStart =
              [&](std::function<void()> finished) {
