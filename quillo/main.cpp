@@ -32,6 +32,7 @@
 #include "platform/linux/desktop/Display.h"
 #include "platform/linux/desktop/X11HotKeys.h"
 #include "preferences/PreferencesWindow.h"
+#include "preferences/model/OwnSettingsSync.h"
 #include "preferences/setup/FirstStartWindow.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/services/OnlineServices.h"
@@ -105,8 +106,7 @@ class PreferencesPlatform {
         m_agent(applications, m_helper),
         m_loginItems(
             XdgLoginItems::autostartFolder(UserDirectories::current()), applications, m_helper,
-            [this](const QString& program, const QStringList& words) { return m_agent.launch(program, words); }),
-        m_agentDefaults(UserDirectories::current().configuration + u"/quillo"_s, Identifier::agent) {
+            [this](const QString& program, const QStringList& words) { return m_agent.launch(program, words); }) {
     AgentManager::setSharedLoginItemServices(loginItems());
     PTKeyCodeTranslator::setKeyboardLayouts(&m_layouts);
     // A desktop's portal would ask the user in this program's name, and the agent's claim is another.
@@ -123,7 +123,6 @@ class PreferencesPlatform {
     return {.loginItems = &m_loginItems, .runningApplications = &m_applications};
   }
   [[nodiscard]] HelperProcesses& agent() { return m_agent; }
-  [[nodiscard]] UserDefaults& agentDefaults() { return m_agentDefaults; }
 
   [[nodiscard]] ShortcutRecorderServices shortcut() {
     // Key codes of X, and so of Qt, are the kernel's with this added.
@@ -162,7 +161,6 @@ class PreferencesPlatform {
   LoginHelper m_helper;
   SessionBusHelper m_agent;
   XdgLoginItems m_loginItems;
-  UserDefaults m_agentDefaults;
   XkbKeyboardLayouts m_layouts;
   std::unique_ptr<HotKeys> m_hotKeys;
 };
@@ -209,6 +207,9 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
   QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
   const UserDirectories& directories = UserDirectories::current();
   UserDefaults& defaults = UserDefaults::standardUserDefaults();
+  UserDefaults agentDefaults(directories.configuration + u"/quillo"_s, Identifier::agent);
+  const OwnSettingsSync ownSettings(defaults, agentDefaults, NotificationCenter::localCenter(),
+                                    DistributedNotificationCenter::sharedCenter());
   const SystemClock clock;
   const auto weather = onlineWeather(clock, defaults, directories.caches);
   AlertSheet alerts;
@@ -241,7 +242,7 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
                    .settings = {.config = config,
                                 .distributedCenter = DistributedNotificationCenter::sharedCenter(),
                                 .localCenter = NotificationCenter::localCenter(),
-                                .ownSettings = {&defaults, &forPreferences->agentDefaults()}},
+                                .ownSettings = {&defaults, &agentDefaults}},
                    .agentManager = &AgentManager::sharedManager,
                    .remindersManager = &RemindersManager::sharedManager,
                    .loginItems = [&forPreferences] { return forPreferences->loginItems(); },

@@ -25,14 +25,19 @@ PreferenceStore::PreferenceStore(PreferenceStoreServices services) : m_services(
     if (!setting.notice.isEmpty()) notices.insert(setting.notice);
   for (const QString& notice : std::as_const(notices))
     m_observations.push_back(m_services.distributedCenter.observe(notice, [this](const Notification&) { reread(); }));
+  // By this window, by a text's menu, or by the agent, which tells nobody of it.
+  m_observations.push_back(m_services.localCenter.observe(Notice::spellingAndGrammarSettingsDidChange,
+                                                          [this](const Notification&) { Q_EMIT changed(); }));
 }
 
 void PreferenceStore::reread() {
   if (PersistentPropertyList* shared = list()) shared->synchronize();
   bool ownChanged = false;
   for (UserDefaults* domain : std::as_const(m_services.ownSettings)) ownChanged = domain->synchronize() || ownChanged;
-  if (ownChanged) m_services.localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
-  Q_EMIT changed();
+  if (ownChanged)
+    m_services.localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
+  else
+    Q_EMIT changed();
 }
 
 std::optional<PropertyListValue> PreferenceStore::storedValue(const QString& key) const {
