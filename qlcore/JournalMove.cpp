@@ -6,6 +6,7 @@
 #include "foundation/Trash.h"
 #include "qlcore/FolderCopy.h"
 #include "qlcore/JournalError.h"
+#include "qlcore/JournalMoveMark.h"
 #include "qlcore/JournalPackageLayout.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
@@ -15,11 +16,9 @@
 #include <QFileInfo>
 #include <QThread>
 
-#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 
 namespace quillo {
 
@@ -54,12 +53,10 @@ void removeLeftovers(const QString& folder, const QString& name) {
   const auto entries = QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks);
   for (const QString& entry : entries) {
     if (!entry.startsWith(beginning) || !entry.endsWith(temporarySuffix)) continue;
-    bool isNumber = false;
-    const int writer =
-        entry.sliced(beginning.size(), entry.size() - beginning.size() - temporarySuffix.size()).toInt(&isNumber);
     // One of this process is of a move that failed to remove it.
-    const bool isGone = writer == ::getpid() || (writer > 0 && ::kill(writer, 0) != 0 && errno == ESRCH);
-    if (isNumber && isGone) removeFolder(folder + u'/' + entry);
+    const auto writer =
+        QStringView(entry).sliced(beginning.size(), entry.size() - beginning.size() - temporarySuffix.size());
+    if (isOfFinishedMove(writer)) removeFolder(folder + u'/' + entry);
   }
 }
 
@@ -75,6 +72,7 @@ class JournalMove::Work {
         m_name(QFileInfo(QDir::cleanPath(move.journal)).fileName()),
         m_target(m_folder + u'/' + m_name),
         m_temporary(m_folder + u'/' + temporaryName(m_name)),
+        m_mark(m_source, m_target),
         m_copy(m_source, m_temporary) {}
 
   Result run() {
@@ -97,6 +95,8 @@ class JournalMove::Work {
       return problem(JournalError::AlreadyExists, m_target + u": the journal is there already"_s);
     if ((m_folder + u'/').startsWith(m_source + u'/'))
       return problem(JournalError::NotWritable, m_folder + u": a journal cannot be moved into itself"_s);
+    // What a kill between name and configuration has left. Renamed first: half removed, it is no journal to be found.
+    if (m_mark.findsLeftover()) renameToFree(QFile::encodeName(m_target), QFile::encodeName(m_temporary));
     if (const QFileInfo there(m_target); there.exists() || there.isSymLink())
       return problem(JournalError::AlreadyExists, m_target + u": there is something already"_s);
     return true;
@@ -104,6 +104,7 @@ class JournalMove::Work {
 
   bool makeCopy() {
     removeLeftovers(m_folder, m_name);
+    m_mark.removeLeftovers();
     const auto tell = [this](qint64 done, qint64 all) {
       return !m_move.progress || m_move.progress(all > 0 ? std::min(1.0, double(done) / double(all)) : 1);
     };
@@ -123,12 +124,15 @@ class JournalMove::Work {
       m_isStopped = true;
       return false;
     }
+    if (!m_mark.make(&m_error)) return false;
     int number = renameToFree(QFile::encodeName(m_temporary), QFile::encodeName(m_target));
     m_isInPlace = number == 0;
     if (number == 0) number = syncFolder(m_folder);
     if (number != 0) return fail(&m_error, JournalError::forWriting(fileWriteError(number, m_target)));
     m_copy.setTarget(m_target);
-    return !m_move.configure || m_move.configure(QUrl::fromLocalFile(m_target), &m_error);
+    if (m_move.configure && !m_move.configure(QUrl::fromLocalFile(m_target), &m_error)) return false;
+    m_mark.remove();
+    return true;
   }
 
   // Whoever was about to save into the old journal has done so by the end of the wait.
@@ -168,6 +172,7 @@ class JournalMove::Work {
     // A kill while it is removed leaves what the next move removes, and no half of a journal under the real name.
     if (m_isInPlace) renameToFree(QFile::encodeName(m_target), QFile::encodeName(m_temporary));
     removeFolder(m_temporary);
+    m_mark.remove();
     return {m_isStopped || m_copy.isStopped() ? Outcome::Stopped : Outcome::Failed, m_error, {}};
   }
 
@@ -177,6 +182,7 @@ class JournalMove::Work {
   QString m_name;
   QString m_target;
   QString m_temporary;
+  JournalMoveMark m_mark;
   FolderCopy m_copy;
   Error m_error;
   bool m_isInPlace{false};

@@ -93,6 +93,7 @@ bool PreferenceStore::set(const std::vector<SettingChange>& changes, QString* re
         if (!notices.contains(notice)) notices << notice;
   }
   for (const QString& notice : std::as_const(notices)) tell(notice);
+  if (!isSaved) Q_EMIT changed();
   return isSaved;
 }
 
@@ -103,10 +104,14 @@ void PreferenceStore::tell(const QString& notice) {
 bool PreferenceStore::saveSilently(const SettingChange& change, QString* reason) {
   const Setting* setting = settingForKey(change.key);
   if (setting && setting->store == SettingStore::OwnDefaults) return saveOwn(change, reason);
-  if (PersistentPropertyList* shared = list()) shared->setValueForKey(change.value, change.key);
+  const auto before = storedValue(change.key);
+  PersistentPropertyList* shared = list();
+  if (shared) shared->setValueForKey(change.value, change.key);
   const QString problem = whyUnsaved();
   if (problem.isEmpty()) return true;
   *reason = problem;
+  // The list would go on with it, and save it some day without a word to anybody.
+  if (shared) shared->setValueForKey(before, change.key);
   return false;
 }
 
@@ -120,9 +125,12 @@ QString PreferenceStore::whyUnsaved() const {
 bool PreferenceStore::saveOwn(const SettingChange& change, QString* reason) {
   bool isSaved = true;
   for (UserDefaults* domain : std::as_const(m_services.ownSettings)) {
+    const auto found = domain->persistentDomain().find(change.key);
+    const auto before = found == domain->persistentDomain().cend() ? std::nullopt : std::optional(*found);
     domain->setObjectForKey(change.value, change.key);
     if (!domain->lastError()) continue;
     *reason = notSaved(domain->lastError());
+    domain->setObjectForKey(before, change.key);
     isSaved = false;
   }
   // The text views of this program take over what was set for it just now.

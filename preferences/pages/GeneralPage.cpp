@@ -59,11 +59,15 @@ void GeneralPage::addAgent() {
 void GeneralPage::setAgentEnabled(bool isEnabled) {
   m_agentRow->setError({});
   m_atLoginRow->setError({});
+  QString reason;
+  // The manager would change the login item for a setting that was not saved, too.
+  if (!store().saveSilently({Key::agentEnabled, PropertyListValue(isEnabled)}, &reason)) {
+    m_agentRow->setError(reason);
+    return showValues();
+  }
   m_services.agentManager().setShouldShowInMenuBar(isEnabled);
   LoginItem item(Identifier::agent, m_services.loginItems());
-  if (const QString reason = store().whyUnsaved(); !reason.isEmpty())
-    m_agentRow->setError(reason);
-  else if (isEnabled && !item.existsAsLoginItem())
+  if (isEnabled && !item.existsAsLoginItem())
     m_atLoginRow->setError(u"It could not be made to start at login: "_s + item.errorString());
   // The manager leaves alone what is no login item, and so an agent that was started in another way.
   else if (!isEnabled && !item.disableAsLoginItem())
