@@ -192,11 +192,19 @@ void openEntryWindow(SessionBusApplications& applications) {
     QLLogWarn(u"The entry window does not open - %1"_s.arg(reason));
 }
 
+void logIntoFiles(QuilloConfig& config) {
+  setUpLogging(QUrl::fromLocalFile(config.groupLogsDirectoryURL().toLocalFile() + u"/Quillo"_s),
+               config.verboseLogging());
+}
+
 // From the set-up of the log to the end of the event loop.
 int runQuillo(QApplication& application, SingleInstance& instance, const Arguments& arguments) {
   QuilloConfig& config = QuilloConfig::sharedConfig();
-  setUpLogging(QUrl::fromLocalFile(config.groupLogsDirectoryURL().toLocalFile() + u"/Quillo"_s),
-               config.verboseLogging());
+  // Before the first start has been gone through, nothing is to lie on the disk.
+  if (config.hasGroupProperties())
+    logIntoFiles(config);
+  else
+    setUpLogging(QUrl(), /*verbose=*/false);
   const TerminationSignals signals([] { QApplication::exit(); });
   SessionBusNotifications notifications;
   DistributedNotificationCenter::sharedCenter().setTransport(&notifications);
@@ -258,7 +266,10 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
          .makeFirstStart =
              [&](std::function<void()> finished) {
                if (!forPreferences) forPreferences.emplace(runningApplications, arguments.homeArguments);
-               return makeFirstStart(config, *forPreferences, openPanel, std::move(finished));
+               return makeFirstStart(config, *forPreferences, openPanel, [&config, finished = std::move(finished)] {
+                 if (logDirectory().isEmpty()) logIntoFiles(config);
+                 finished();
+               });
              },
          .openEntryWindow = [&] { openEntryWindow(runningApplications); },
          .terminate = [] { QApplication::exit(); }});
