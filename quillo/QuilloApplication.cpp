@@ -4,6 +4,7 @@
 #include "app/logging/LoggingSetup.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
+#include "controls/look/ChosenLook.h"
 #include "entry/session/Alerts.h"
 #include "entry/session/EntryDraft.h"
 #include "entry/session/OpenPanel.h"
@@ -37,6 +38,7 @@ QuilloApplication::QuilloApplication(QuilloServices services)
     : m_services(std::move(services)),
       m_library({.location = [this] { return m_services.config.configuredJournalFileURL(); },
                  .makeReader = m_services.makeReader}) {
+  applyChosenLook();
   NotificationCenter& distributed = m_services.distributedCenter;
   m_observations.push_back(distributed.observe(Notice::journalPackagePathDidChange, [this](const Notification&) {
     settingsDidChange();
@@ -104,7 +106,15 @@ void QuilloApplication::settingsDidChange() {
   m_services.text.spellChecker.learnedWordsDidChange();
   if (m_services.defaults.synchronize())
     m_services.text.localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
+  applyChosenLook();
   if (m_window) m_window->applyFontSize();
+}
+
+void QuilloApplication::applyChosenLook() {
+  const PersistentPropertyList* list =
+      m_services.config.hasGroupProperties() ? m_services.config.groupProperties() : nullptr;
+  const auto chosen = list ? list->valueForKey(Key::look) : std::nullopt;
+  applyLook(lookFromSetting(chosen && chosen->isString() ? chosen->string() : QString()));
 }
 
 int QuilloApplication::fontSize() const {

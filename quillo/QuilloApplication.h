@@ -79,6 +79,7 @@ class QuilloApplication final : public QObject {
   void showFirstStart();
   void firstStartDidFinish();
   void settingsDidChange();
+  void applyChosenLook();
   [[nodiscard]] std::unique_ptr<Registration> askForTags(std::function<void(const QStringList& tags)> answer);
   [[nodiscard]] int fontSize() const;
   void setFontSize(int points);

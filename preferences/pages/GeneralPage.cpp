@@ -14,11 +14,19 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace quillo {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+struct LookWord {
+  QLatin1StringView title;
+  QLatin1StringView setting;
+};
+constexpr LookWord looks[] = {{"As the desktop"_L1, ""_L1}, {"Light"_L1, "light"_L1}, {"Dark"_L1, "dark"_L1}};
 
 constexpr int fontSizes[] = {11, 12, 13, 14, 15, 16, 17, 18, 20, 22, 24, 28, 32};
 
@@ -32,6 +40,7 @@ GeneralPage::GeneralPage(PreferenceStore& store, PreferencesServices& services, 
   addAgent();
   addShortcut();
   addFontSize();
+  addLook();
   column().addStretch();
 }
 
@@ -132,6 +141,22 @@ void GeneralPage::addFontSize() {
     if (sizes->findData(size) < 0) sizes->addItem(u"%1 points"_s.arg(size), size);
     sizes->setCurrentIndex(sizes->findData(size));
   });
+}
+
+void GeneralPage::addLook() {
+  auto* choice = new ChoiceBox(this);
+  choice->setObjectName(Key::look);
+  for (const LookWord& look : looks) choice->addItem(look.title, QString(look.setting));
+  FormRow* row = form().addRow(u"Look"_s, {choice});
+  row->setNote(u"Of the journal's windows; the quill's stays as it is."_s);
+  connect(choice, &QComboBox::activated, this, [this, choice, row](int index) {
+    const QString chosen = choice->itemData(index).toString();
+    QString reason;
+    store().set(Key::look, chosen.isEmpty() ? std::nullopt : std::optional(PropertyListValue(chosen)), &reason);
+    row->setError(reason);
+  });
+  // What is no look is as the desktop.
+  addShower([this, choice] { choice->setCurrentIndex(std::max(0, choice->findData(store().text(Key::look)))); });
 }
 
 }  // namespace quillo

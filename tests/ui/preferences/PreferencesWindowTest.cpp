@@ -47,6 +47,7 @@ TEST_F(PreferencesTest, EachFieldWritesItsKeyAndPostsItsNotice) {
   } rows[] = {
       // clang-format off
       {General, Key::fontSize, ChooseLast, Key::fontSize, 32, {Notice::fontSizeDidChange}},
+      {General, Key::look, ChooseLast, Key::look, u"dark"_s, general},
       {General, Key::menuEntryGlobalShortcut, Press, Key::menuEntryGlobalShortcut, ctrlShiftJ, {Notice::menuBarEntryShortcutDidChange}},
       {General, Key::agentEnabled, Click, Key::agentEnabled, true, {Notice::agentManagerValuesDidChange}},
       {Reminders, u"remindersOn"_s, Click, Key::remindersEnabled, true,
