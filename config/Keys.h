@@ -84,6 +84,8 @@ inline constexpr QLatin1StringView editorGrammarCheckEnabled{"EditorGrammarCheck
 inline constexpr QLatin1StringView editorCorrectSpellingEnabled{"EditorCorrectSpellingEnabled"};
 inline constexpr QLatin1StringView markdownEnabled{"MarkdownEnabled"};
 inline constexpr QLatin1StringView fontSize{"FontSize"};
+// Of the main application's windows: "light" or "dark", and as the desktop has it without.
+inline constexpr QLatin1StringView look{"Look"};
 // Services.
 inline constexpr QLatin1StringView sendUsageData{"SendUsageData"};
 inline constexpr QLatin1StringView serverURL{"QLServerURL"};

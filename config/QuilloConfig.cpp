@@ -22,6 +22,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr QLatin1StringView preferencesFolder{"Data/Preferences"};
+
 // Makes the directory and those above it. An existing directory is success; anything else in its place is "file
 // exists".
 bool createDirectory(const QString& path, Error* error) {
@@ -50,6 +52,10 @@ QuilloConfig::QuilloConfig(UserDirectories directories, UserDefaults& ownDefault
     m_ownDefaults.removeObjectForKey(Key::webKitDeveloperExtras);
 }
 
+QString QuilloConfig::groupContainerPath() const {
+  return m_directories.home + u"/Library/Group Containers/"_s + Identifier::applicationGroup;
+}
+
 static bool hasContents(const QString& path) {
   const QFileInfo file(path);
   return file.exists() && file.size() > 0;
@@ -67,6 +73,10 @@ static bool makeEmptyList(const QString& path, Error* error) {
   }
   const auto empty = PropertyListSerialization::dataWithPropertyList(PropertyListDictionary(), PropertyListFormat::XML);
   return writeFileInPlace(path, *empty, error);
+}
+
+bool QuilloConfig::hasGroupProperties() const {
+  return m_groupPropertyList || hasContents(groupContainerPath() + u'/' + preferencesFolder + u"/quillo.plist"_s);
 }
 
 PersistentPropertyList* QuilloConfig::groupProperties(Error* error) {
@@ -107,7 +117,7 @@ QUrl QuilloConfig::defaultBackupDirectoryURL() const {
   return QUrl::fromLocalFile(below(supportDirectoryURL(), QLatin1StringView("Backup")));
 }
 QUrl QuilloConfig::groupContainerURL() const {
-  return ensured(m_directories.home + u"/Library/Group Containers/"_s + Identifier::applicationGroup);
+  return ensured(groupContainerPath());
 }
 QUrl QuilloConfig::groupLogsDirectoryURL() const {
   return ensured(below(groupContainerURL(), QLatin1StringView("Data/Logs")));
@@ -116,7 +126,7 @@ QUrl QuilloConfig::groupDataDirectoryURL() const {
   return ensured(below(groupContainerURL(), QLatin1StringView("Data/Documents")));
 }
 QUrl QuilloConfig::groupPrefsDirectoryURL() const {
-  return ensured(below(groupContainerURL(), QLatin1StringView("Data/Preferences")));
+  return ensured(below(groupContainerURL(), preferencesFolder));
 }
 QUrl QuilloConfig::dataDirectoryURL() const {
   return ensured(m_directories.documents);

@@ -42,6 +42,9 @@ class QuilloConfig {
   // names the file.
   [[nodiscard]] PersistentPropertyList* groupProperties(Error* error = nullptr);
 
+  // Whether there is such a list, by its file alone; makes and writes nothing.
+  [[nodiscard]] bool hasGroupProperties() const;
+
   void ensureDirectoryAtPath(const QString& path) const;
 
   [[nodiscard]] QUrl supportDirectoryURL() const;  // ensured
@@ -96,6 +99,7 @@ class QuilloConfig {
   bool promptMainAppToUpdateBookmarks();
 
  private:
+  [[nodiscard]] QString groupContainerPath() const;
   QUrl ensured(const QString& path) const;
   [[nodiscard]] std::optional<PropertyListValue> sharedValue(QLatin1StringView key);
   void setSharedValue(const std::optional<PropertyListValue>& value, QLatin1StringView key);

@@ -71,6 +71,7 @@ constexpr std::array table{
     Setting{"SecurityIdleLockTime"_L1, mainApplication, Object, none},
     Setting{"DefaultEntryFileFormat"_L1, mainApplication, Object, none},
     Setting{Key::fontSize, mainApplication, Object, none, {}, Notice::fontSizeDidChange},
+    Setting{Key::look, mainApplication, String, none, "as the desktop; light or dark"_L1, Notice::settingsDidChange},
     Setting{"TextStyle"_L1, mainApplication, Object, none, {}, Notice::textStyleDidChange},
     Setting{"EmbedMediaEnabled"_L1, mainApplication, Bool, none, {}, Notice::embedMediaDidChange},
     Setting{"LinkTwitterHandles"_L1, mainApplication, Bool, none, {}, Notice::linkTwitterHandlesDidChange},

@@ -90,12 +90,17 @@ void removePendingFolders(const QString& folder, const QString& name, QLatin1Str
   const auto entries = QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks);
   for (const QString& entry : entries) {
     if (!entry.startsWith(beginning) || !entry.endsWith(ending)) continue;
-    bool isNumber = false;
-    const int writer = entry.sliced(beginning.size(), entry.size() - beginning.size() - ending.size()).toInt(&isNumber);
-    // One of this process is of work that failed to remove it.
-    const bool isGone = writer == ::getpid() || (writer > 0 && ::kill(writer, 0) != 0 && errno == ESRCH);
-    if (isNumber && isGone) removeFolder(folder + u'/' + entry);
+    const auto writer = QStringView(entry).sliced(beginning.size(), entry.size() - beginning.size() - ending.size());
+    if (isOfFinishedWork(writer)) removeFolder(folder + u'/' + entry);
   }
+}
+
+bool isOfFinishedWork(QStringView processNumber) {
+  bool isNumber = false;
+  const int writer = processNumber.toInt(&isNumber);
+  if (!isNumber || writer <= 0) return false;
+  // One of this process is of work that failed to remove it.
+  return writer == ::getpid() || (::kill(writer, 0) != 0 && errno == ESRCH);
 }
 
 }  // namespace quillo

@@ -38,6 +38,8 @@ bool hasRoomFor(const std::string& folder, qint64 bytes, Error* error);
 [[nodiscard]] QString pendingFolderName(const QString& name, QLatin1StringView work);
 // Removes from `folder` those whose process is gone.
 void removePendingFolders(const QString& folder, const QString& name, QLatin1StringView work);
+// Whether the process by that number, as such a name has it, is another one that is gone, or this one.
+[[nodiscard]] bool isOfFinishedWork(QStringView processNumber);
 
 // Removes a folder with all that is in it; logged where that fails.
 void removeFolder(const QString& path);
