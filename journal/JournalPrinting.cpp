@@ -1,8 +1,6 @@
 #include "journal/JournalPrinting.h"
 
-#include "journal/model/ClockTime.h"
 #include "journal/printing/EntryPrinter.h"
-#include "qlcore/EntryTime.h"
 
 #include <QDir>
 #include <QEventLoop>
@@ -68,15 +66,6 @@ class Pages {
   bool m_isEnd{false};
 };
 
-PrintedEntry printed(const IndexedEntry& entry, const QLocale& locale,
-                     const std::function<QString(const QLWeather&)>& weatherText) {
-  const QDateTime time = localTime(entry.creationDate, entry.timeZone);
-  QStringList details{clockTime(time.time(), locale)};
-  if (entry.location && !entry.location->placeName.isEmpty()) details << entry.location->placeName;
-  if (entry.weather) details << weatherText(*entry.weather);
-  return {locale.toString(time.date(), QLocale::LongFormat), details.join(u" · "_s), entry.text};
-}
-
 QString outcomeText(EntryPrinter::Outcome outcome, const Error& error, const QString& done) {
   if (outcome == EntryPrinter::Outcome::Failed) return error.localizedDescription;
   return outcome == EntryPrinter::Outcome::Cancelled ? u"Cancelled; nothing was kept."_s : done;
@@ -98,7 +87,7 @@ QString JournalPrinting::run(JournalQuestion question, Work work) {
   EntryPrinter printer(
       [&]() -> std::optional<PrintedEntry> {
         const auto entry = pages.next();
-        return entry ? std::optional(printed(*entry, locale, m_weatherText)) : std::nullopt;
+        return entry ? std::optional(printedEntry(*entry, locale, m_weatherText)) : std::nullopt;
       },
       [&](int entries, int) {
         progress.setMaximum(static_cast<int>(std::max<qint64>(pages.total(), 1)));

@@ -36,6 +36,8 @@ struct Session {
   std::function<void(const QString& title, const QString& text)> notify;
 };
 
+class PageDrawing;
+
 // What every command works with.
 struct Context {
   QuilloConfig& config;
@@ -78,7 +80,7 @@ void addSetupCommand(CLI::App& program, Action& action);
 void addSettingsCommand(CLI::App& program, Action& action);
 void addJournalCommand(CLI::App& program, Action& action);
 void addEntryCommand(CLI::App& program, Action& action);
-void addExportCommand(CLI::App& program, Action& action);
+void addExportCommand(CLI::App& program, Action& action, PageDrawing& drawing);
 void addImportCommand(CLI::App& program, Action& action);
 void addReminderCommand(CLI::App& program, Action& action);
 void addShortcutCommand(CLI::App& program, Action& action);
