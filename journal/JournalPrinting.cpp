@@ -2,14 +2,11 @@
 
 #include "journal/printing/EntryPrinter.h"
 
-#include <QDir>
 #include <QEventLoop>
-#include <QFileDialog>
 #include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QProgressDialog>
-#include <QStandardPaths>
 #include <QWidget>
 
 #include <algorithm>
@@ -106,24 +103,6 @@ QString JournalPrinting::print(JournalQuestion question) {
     Error error;
     return outcomeText(entries.print(printer, &error), error,
                        file.isEmpty() ? u"Sent to the printer."_s : u"Saved as %1."_s.arg(file));
-  });
-}
-
-QString JournalPrinting::savePDF(JournalQuestion question) {
-  const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-  // The dialog adds the suffix, not we afterwards: it is the dialog that asks before a file is replaced.
-  QFileDialog dialog(&m_window, u"Save as PDF"_s, documents, u"PDF (*.pdf)"_s);
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setDefaultSuffix(u"pdf"_s);
-  dialog.selectFile(u"Journal.pdf"_s);
-  if (dialog.exec() != QDialog::Accepted) return {};
-  const QString path = dialog.selectedFiles().constFirst();
-  const QPageLayout layout(
-      QPageSize(QLocale().measurementSystem() == QLocale::ImperialUSSystem ? QPageSize::Letter : QPageSize::A4),
-      QPageLayout::Portrait, QMarginsF(54, 54, 54, 54), QPageLayout::Point);
-  return run(std::move(question), [&](EntryPrinter& entries) {
-    Error error;
-    return outcomeText(entries.writePdf(path, layout, &error), error, u"Saved as %1."_s.arg(path));
   });
 }
 

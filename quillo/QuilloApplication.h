@@ -70,6 +70,7 @@ class QuilloApplication final : public QObject {
 
  private:
   [[nodiscard]] JournalWindowServices windowServices();
+  [[nodiscard]] JournalExchangeServices exchangeServices();
   void carryOut(const QuilloRequest& request);
   void useJournal(const QUrl& location, bool create);
   void chooseJournal(QWidget& window);

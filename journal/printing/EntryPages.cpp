@@ -36,7 +36,7 @@ EntryLook lookOfPaper(int fontSize) {
   colors.dim = QColor(0x66635c);
   colors.accent = QColor(0x1f5fa8);
   colors.line = QColor(0xc4c0b6);
-  return {.colors = colors, .fontSize = std::clamp(fontSize, 6, 48)};
+  return {.colors = colors, .fontSize = std::clamp(fontSize, 6, 48), .linksTags = false};
 }
 
 QRectF rectOf(const EntryDocument& document, const QTextBlock& block) {
