@@ -27,7 +27,7 @@ constexpr std::array formats{
     ExportFormat{"markdown-folder", "Markdown, a file an entry",
                  "a folder, one Markdown file an entry with its date and tags in YAML", "", false, false, nullptr,
                  markdownFolder},
-    ExportFormat{"text", "Plain text", "plain text", "txt", false, false, document<TextWriter>, nullptr},
+    ExportFormat{"text", "Plain text", "one document of plain text", "txt", false, false, document<TextWriter>, nullptr},
     ExportFormat{"html", "Web page", "one page for a browser, with an index of months", "html", false, true,
                  document<HtmlWriter>, nullptr},
     ExportFormat{"json", "JSON", "all that the journal holds, for programs and for import", "json", true, false,

@@ -42,15 +42,16 @@ void JournalExchange::beginExport(const QString& format) {
     if (result.isDisturbed) text += u"; entries came or went meanwhile"_s;
     m_parts.view.status->notices().show(text, actions);
   };
-  auto* dialog = new ExportDialog({.journal = m_parts.library.package()->url(),
-                                   .journalName = m_parts.library.name(),
-                                   .entries = m_parts.overview.total(),
-                                   .found = m_parts.search.isEmpty() ? std::nullopt : question,
-                                   .foundEntries = m_parts.timeline.total(),
-                                   .selected = m_parts.view.list->selectedIdentifiers(),
-                                   .pdf = m_services.pdf,
-                                   .exported = exported},
-                                  format, &m_window);
+  auto* dialog =
+      new ExportDialog({.journal = m_parts.library.package()->url(),
+                        .journalName = m_parts.library.name(),
+                        .entries = m_parts.search.isEmpty() ? m_parts.timeline.total() : m_parts.overview.total(),
+                        .found = m_parts.search.isEmpty() ? std::nullopt : question,
+                        .foundEntries = m_parts.timeline.total(),
+                        .selected = m_parts.view.list->selectedIdentifiers(),
+                        .pdf = m_services.pdf,
+                        .exported = exported},
+                       format, &m_window);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->open();
 }

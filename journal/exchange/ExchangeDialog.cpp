@@ -152,9 +152,19 @@ void ExchangeDialog::reject() {
 
 bool ExchangeDialog::event(QEvent* event) {
   const bool isHandled = QDialog::event(event);
-  // Notes come and go; the window has the height that they take, and no more than the screen has.
-  if (event->type() == QEvent::LayoutRequest) setFixedHeight(layout()->minimumHeightForWidth(dialogWidth));
+  if (event->type() == QEvent::LayoutRequest) fitHeight();
   return isHandled;
+}
+
+// Notes come and go; the window has the height that they take. What is in it is told of what has changed only in turns
+// of the event loop, so all of it is asked anew.
+void ExchangeDialog::fitHeight() {
+  for (QWidget* part : m_fields->findChildren<QWidget*>())
+    if (part->layout()) part->layout()->invalidate();
+  layout()->invalidate();
+  setFixedHeight(layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(dialogWidth)
+                                               : layout()->totalSizeHint().height());
+  layout()->activate();
 }
 
 void ExchangeDialog::changeEvent(QEvent* event) {

@@ -53,6 +53,7 @@ class ExchangeDialog : public QDialog {
  private:
   void build();
   void makeWork();
+  void fitHeight();
   void setAtWork(bool isAtWork);
   void showProgress(const QString& what, qint64 done, qint64 total);
 

@@ -15,6 +15,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -26,7 +27,7 @@ using namespace std::chrono_literals;
 namespace {
 
 // In points.
-constexpr int problemsHeight = 118;
+constexpr int mostProblemsSeen = 6;
 
 QString titleOf(const ImportFormat& format) {
   return QString::fromLatin1(format.name);
@@ -112,7 +113,6 @@ void ImportDialog::addPreview() {
   m_summary->setObjectName(u"summaryText"_s);
   m_problems->setObjectName(u"problems"_s);
   m_problems->setFont(textFont(12));
-  m_problems->setFixedHeight(problemsHeight);
   m_problems->setTextElideMode(Qt::ElideMiddle);
   m_problems->setAccessibleName(u"What cannot be read"_s);
   m_goesOn->setObjectName(u"goesOn"_s);
@@ -172,6 +172,8 @@ void ImportDialog::showPreview(const ImportPreview& preview) {
   m_problems->addItems(preview.problems);
   for (int row = 0; row < m_problems->count(); ++row) m_problems->item(row)->setToolTip(preview.problems[row]);
   if (counts.problems > preview.problems.size()) m_problems->addItem(u"and more of that kind"_s);
+  const int rows = std::min(m_problems->count(), mostProblemsSeen);
+  m_problems->setFixedHeight(rows * std::max(m_problems->sizeHintForRow(0), 18) + 12);
   m_problems->setVisible(counts.problems > 0);
   m_goesOn->setText(counts.problems == 1 ? u"Leave out the 1 that cannot be read, and import the others"_s
                                          : u"Leave out the %1 that cannot be read, and import the others"_s.arg(
