@@ -23,8 +23,7 @@ bool failWith(Error* error, const QString& path, const QFileDevice& file) {
 bool isFree(const QString& path, Error* error) {
   struct stat status {};
   if (::lstat(QFile::encodeName(path).constData(), &status) != 0) return true;
-  return fail(error, cocoaError(ErrorCode::fileWriteFileExists,
-                                path + u": there is something already; --force writes over it"_s));
+  return fail(error, cocoaError(ErrorCode::fileWriteFileExists, path + u": there is something already"_s));
 }
 
 ExportFile::ExportFile(const QString& path, bool isReplacing)

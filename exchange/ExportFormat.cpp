@@ -22,13 +22,17 @@ std::unique_ptr<EntryWriter> markdownFolder(std::unique_ptr<ExportFolder> folder
 }
 
 constexpr std::array formats{
-    ExportFormat{"markdown", "one Markdown document", false, false, document<MarkdownWriter>, nullptr},
-    ExportFormat{"markdown-folder", "a folder, one Markdown file an entry with its date and tags in YAML", false, false,
-                 nullptr, markdownFolder},
-    ExportFormat{"text", "plain text", false, false, document<TextWriter>, nullptr},
-    ExportFormat{"html", "one page for a browser, with an index of months", false, true, document<HtmlWriter>, nullptr},
-    ExportFormat{"json", "all that the journal holds, for programs and for import", true, false, document<JsonWriter>,
+    ExportFormat{"markdown", "Markdown", "one Markdown document", "md", false, false, document<MarkdownWriter>,
                  nullptr},
+    ExportFormat{"markdown-folder", "Markdown, a file an entry",
+                 "a folder, one Markdown file an entry with its date and tags in YAML", "", false, false, nullptr,
+                 markdownFolder},
+    ExportFormat{"text", "Plain text", "one document of plain text", "txt", false, false, document<TextWriter>, nullptr},
+    ExportFormat{"html", "Web page", "one page for a browser, with an index of months", "html", false, true,
+                 document<HtmlWriter>, nullptr},
+    ExportFormat{"json", "JSON", "all that the journal holds, for programs and for import", "json", true, false,
+                 document<JsonWriter>, nullptr},
+    ExportFormat{"pdf", "PDF", "pages to print or to send", "pdf", false, false, nullptr, nullptr},
 };
 
 }  // namespace

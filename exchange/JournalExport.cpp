@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 namespace quillo {
 
@@ -25,6 +26,15 @@ qint64 nextPortion(const QList<IndexedEntry>& entries) {
   return std::clamp(units * entries.size() / size, smallest, largest);
 }
 
+// In ascending order.
+QList<JournalCount> monthsOf(const QList<IndexedEntry>& entries) {
+  std::map<QDate, qint64> counts;
+  for (const IndexedEntry& entry : entries) ++counts[QDate(entry.day.year(), entry.day.month(), 1)];
+  QList<JournalCount> months;
+  for (const auto& [month, count] : counts) months << JournalCount{month, {}, count};
+  return months;
+}
+
 }  // namespace
 
 void JournalExport::tellOfDamage(const QString& reason, Result& result) const {
@@ -37,6 +47,10 @@ ExportOverview JournalExport::overview(const Options& options) const {
   overview.journalName = QFileInfo(m_package.url().toLocalFile()).completeBaseName();
   overview.journalIdentifier = m_package.identifier();
   overview.time = Date::since1970(std::floor(Date::now().timeIntervalSince1970()));
+  if (!options.identifiers.isEmpty()) {
+    overview.entries = options.identifiers.size();
+    return overview;
+  }
   JournalQuestion count = options.question;
   count.offset = 0;
   count.limit = 1;
@@ -48,16 +62,39 @@ ExportOverview JournalExport::overview(const Options& options) const {
 
 JournalExport::Result JournalExport::run(const Options& options, EntryWriter& writer) {
   Result result;
-  for (const IndexedDamage& damage : m_index.damagedEntries()) tellOfDamage(damage.reason, result);
+  if (options.identifiers.isEmpty())
+    for (const IndexedDamage& damage : m_index.damagedEntries()) tellOfDamage(damage.reason, result);
   if (options.isStrict && result.damaged > 0) {
     result.error = cocoaError(ErrorCode::fileReadCorrupt, u"nothing was exported, since there are damaged entries"_s);
     return result;
   }
-  const ExportOverview known = overview(options);
+  ExportOverview known = overview(options);
+  QList<IndexedEntry> identified;
+  if (!options.identifiers.isEmpty()) {
+    identified = identifiedEntries(options, result);
+    known.entries = identified.size();
+    if (options.wantsMonths) known.months = monthsOf(identified);
+  }
+  const auto addEntries = [&] {
+    return options.identifiers.isEmpty() ? addAll(options, known.entries, writer, result)
+                                         : addPortion(identified, options, writer, result);
+  };
   Error error;
-  if (!writer.begin(known, &error) || !addAll(options, known.entries, writer, result) || !writer.end(&error))
+  if (!writer.begin(known, &error) || !addEntries() || !writer.end(&error))
     if (!result.error) result.error = error;
   return result;
+}
+
+QList<IndexedEntry> JournalExport::identifiedEntries(const Options& options, Result& result) const {
+  QList<IndexedEntry> entries;
+  for (const QString& identifier : options.identifiers) {
+    const auto entry = m_index.entryWithUUID(identifier);
+    if (entry)
+      entries << *entry;
+    else
+      result.isDisturbed = true;
+  }
+  return entries;
 }
 
 bool JournalExport::addAll(const Options& options, qint64 total, EntryWriter& writer, Result& result) {
@@ -68,10 +105,6 @@ bool JournalExport::addAll(const Options& options, qint64 total, EntryWriter& wr
   // Each turn goes on by at least one entry, or is the last.
   while (true) {
     const QList<IndexedEntry> entries = m_index.ask(question).entries;
-    if (m_isStopped && m_isStopped()) {
-      result.error = cocoaError(ErrorCode::fileReadUnknown, u"stopped; nothing was exported"_s);
-      return false;
-    }
     if (!addPortion(entries, options, writer, result)) return false;
     question.offset += entries.size();
     if (m_progress) m_progress(question.offset, std::max(total, question.offset));
@@ -93,6 +126,10 @@ bool JournalExport::addPortion(const QList<IndexedEntry>& entries, const Options
       options.wantsFields && !entries.isEmpty() ? JournalFolder::open(m_package.entriesFolder(), &error) : std::nullopt;
   if (options.wantsFields && !entries.isEmpty() && !folder) return stop(error);
   for (const IndexedEntry& entry : entries) {
+    if (m_isStopped && m_isStopped()) {
+      result.isStopped = true;
+      return stop(cocoaError(ErrorCode::fileReadUnknown, u"stopped; nothing was exported"_s));
+    }
     ExportedEntry exported{entry, {}};
     if (folder) {
       auto fields = EntryFields::read(*folder, entry.fileName, &error);

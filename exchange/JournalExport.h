@@ -4,6 +4,7 @@
 #include "qlcore/index/JournalSearchIndex.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -18,6 +19,8 @@ class JournalExport {
  public:
   struct Options {
     JournalQuestion question;  // its offset and limit play no part
+    // Where there are some, these entries in place of those that a question finds, in the order of the list.
+    QStringList identifiers{};
     bool wantsFields{false};
     bool wantsMonths{false};
     bool isStrict{false};  // an entry that cannot be read ends it
@@ -27,6 +30,7 @@ class JournalExport {
     qint64 damaged{0};
     // Entries came or went while they were read: some may not be there.
     bool isDisturbed{false};
+    bool isStopped{false};
     // Why it ended before its end.
     std::optional<Error> error;
   };
@@ -39,7 +43,7 @@ class JournalExport {
 
   void onProgress(Progress progress) { m_progress = std::move(progress); }
   void onDamage(DamageCallback damage) { m_damage = std::move(damage); }
-  // Asked a few times a second; true ends it.
+  // Asked before each entry; true ends it.
   void stopWhen(std::function<bool()> isStopped) { m_isStopped = std::move(isStopped); }
 
   [[nodiscard]] Result run(const Options& options, EntryWriter& writer);
@@ -47,6 +51,8 @@ class JournalExport {
  private:
   void tellOfDamage(const QString& reason, Result& result) const;
   [[nodiscard]] ExportOverview overview(const Options& options) const;
+  // The identified ones are few enough to be kept.
+  [[nodiscard]] QList<IndexedEntry> identifiedEntries(const Options& options, Result& result) const;
   bool addAll(const Options& options, qint64 total, EntryWriter& writer, Result& result);
   bool addPortion(const QList<IndexedEntry>& entries, const Options& options, EntryWriter& writer, Result& result);
 

@@ -2,7 +2,7 @@
 
 #include "foundation/Log.h"
 
-#include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 
 namespace quillo {
@@ -10,7 +10,8 @@ namespace quillo {
 using namespace Qt::StringLiterals;
 
 QString LoadableModule::path(const QString& name) {
-  const QString directory = QCoreApplication::applicationDirPath();
+  // As the application object says it; but a module may be what makes that.
+  const QString directory = QFileInfo(QFile::symLinkTarget(u"/proc/self/exe"_s)).path();
   const QString beside = directory + u'/' + name + u".so"_s;
   return QFileInfo::exists(beside) ? beside : directory + u"/../lib/quillo-agent/modules/"_s + name + u".so"_s;
 }

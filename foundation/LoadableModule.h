@@ -23,7 +23,7 @@ class LoadableModule {
   }
   [[nodiscard]] bool isLoaded() const { return m_library.isLoaded(); }
 
-  // Where the module of that name is, or has to be. Needs an application object.
+  // Where the module of that name is, or has to be.
   [[nodiscard]] static QString path(const QString& name);
 
  private:

@@ -74,4 +74,17 @@ void UserDirectories::moveTo(const QString& home) {
   setCurrent(directories);
 }
 
+QString pathForPeople(const QUrl& location) {
+  QString path = location.isLocalFile() ? location.toLocalFile() : location.toDisplayString();
+  if (const QString home = UserDirectories::current().home; path.startsWith(home + u'/'))
+    path.replace(0, home.size(), u"~"_s);
+  return path;
+}
+
+QString pathOfPeople(const QString& typed) {
+  const UserDirectories& user = UserDirectories::current();
+  if (typed == u'~' || typed.startsWith(u"~/")) return QDir::cleanPath(user.home + typed.mid(1));
+  return QDir::cleanPath(QDir(user.documents).absoluteFilePath(typed));
+}
+
 }  // namespace quillo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QUrl>
 
 namespace quillo {
 
@@ -25,5 +26,10 @@ struct UserDirectories {
   // way of the XDG environment. The variable HOME stays: the display's authority file may be found through it.
   static void moveTo(const QString& home);
 };
+
+// The path of a file or folder as people know it: "~/Documents/Journal.quillojournal"; and such a path as a whole, of
+// which a relative one begins in the user's documents.
+[[nodiscard]] QString pathForPeople(const QUrl& location);
+[[nodiscard]] QString pathOfPeople(const QString& typed);
 
 }  // namespace quillo

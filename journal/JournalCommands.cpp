@@ -59,6 +59,9 @@ JournalCommands::JournalCommands(QWidget& window) {
   print = build.item(u"&Print…"_s, keys(u"Ctrl+P"_s));
   exportPDF = build.item(u"Save as P&DF…"_s, keys(u"Ctrl+Shift+P"_s));
   build.separator();
+  exportEntries = build.item(u"&Export…"_s, keys(u"Ctrl+Shift+E"_s));
+  importEntries = build.item(u"&Import…"_s, keys(u"Ctrl+Shift+I"_s));
+  build.separator();
   preferences = build.item(u"Pre&ferences…"_s, keys(u"Ctrl+,"_s));
   build.separator();
   close = build.item(u"&Close Window"_s, keys(u"Ctrl+W"_s));

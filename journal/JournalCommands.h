@@ -20,6 +20,8 @@ struct JournalCommands {
   QAction* newEntryOnDay;
   QAction* print;
   QAction* exportPDF;
+  QAction* exportEntries;
+  QAction* importEntries;
   QAction* preferences;
   QAction* close;
   QAction* quit;

@@ -1,17 +1,12 @@
 #include "journal/JournalPrinting.h"
 
-#include "journal/model/ClockTime.h"
 #include "journal/printing/EntryPrinter.h"
-#include "qlcore/EntryTime.h"
 
-#include <QDir>
 #include <QEventLoop>
-#include <QFileDialog>
 #include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QProgressDialog>
-#include <QStandardPaths>
 #include <QWidget>
 
 #include <algorithm>
@@ -68,15 +63,6 @@ class Pages {
   bool m_isEnd{false};
 };
 
-PrintedEntry printed(const IndexedEntry& entry, const QLocale& locale,
-                     const std::function<QString(const QLWeather&)>& weatherText) {
-  const QDateTime time = localTime(entry.creationDate, entry.timeZone);
-  QStringList details{clockTime(time.time(), locale)};
-  if (entry.location && !entry.location->placeName.isEmpty()) details << entry.location->placeName;
-  if (entry.weather) details << weatherText(*entry.weather);
-  return {locale.toString(time.date(), QLocale::LongFormat), details.join(u" · "_s), entry.text};
-}
-
 QString outcomeText(EntryPrinter::Outcome outcome, const Error& error, const QString& done) {
   if (outcome == EntryPrinter::Outcome::Failed) return error.localizedDescription;
   return outcome == EntryPrinter::Outcome::Cancelled ? u"Cancelled; nothing was kept."_s : done;
@@ -98,7 +84,7 @@ QString JournalPrinting::run(JournalQuestion question, Work work) {
   EntryPrinter printer(
       [&]() -> std::optional<PrintedEntry> {
         const auto entry = pages.next();
-        return entry ? std::optional(printed(*entry, locale, m_weatherText)) : std::nullopt;
+        return entry ? std::optional(printedEntry(*entry, locale, m_weatherText)) : std::nullopt;
       },
       [&](int entries, int) {
         progress.setMaximum(static_cast<int>(std::max<qint64>(pages.total(), 1)));
@@ -117,24 +103,6 @@ QString JournalPrinting::print(JournalQuestion question) {
     Error error;
     return outcomeText(entries.print(printer, &error), error,
                        file.isEmpty() ? u"Sent to the printer."_s : u"Saved as %1."_s.arg(file));
-  });
-}
-
-QString JournalPrinting::savePDF(JournalQuestion question) {
-  const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-  // The dialog adds the suffix, not we afterwards: it is the dialog that asks before a file is replaced.
-  QFileDialog dialog(&m_window, u"Save as PDF"_s, documents, u"PDF (*.pdf)"_s);
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setDefaultSuffix(u"pdf"_s);
-  dialog.selectFile(u"Journal.pdf"_s);
-  if (dialog.exec() != QDialog::Accepted) return {};
-  const QString path = dialog.selectedFiles().constFirst();
-  const QPageLayout layout(
-      QPageSize(QLocale().measurementSystem() == QLocale::ImperialUSSystem ? QPageSize::Letter : QPageSize::A4),
-      QPageLayout::Portrait, QMarginsF(54, 54, 54, 54), QPageLayout::Point);
-  return run(std::move(question), [&](EntryPrinter& entries) {
-    Error error;
-    return outcomeText(entries.writePdf(path, layout, &error), error, u"Saved as %1."_s.arg(path));
   });
 }
 

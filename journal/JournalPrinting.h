@@ -11,7 +11,7 @@ class QWidget;
 
 namespace quillo {
 
-// Puts the entries that a question finds on paper or into a PDF file, oldest first, with the print dialog before and
+// Puts the entries that a question finds on paper, oldest first, with the print dialog before and
 // progress that can be cancelled meanwhile.
 class JournalPrinting {
  public:
@@ -20,7 +20,6 @@ class JournalPrinting {
 
   // What happened, in one sentence; empty where the person thought better of it.
   QString print(JournalQuestion question);
-  QString savePDF(JournalQuestion question);
 
  private:
   template <typename Work>

@@ -2,7 +2,6 @@
 
 #include "entry/text/EntryViewTextView.h"
 #include "foundation/UserDefaults.h"
-#include "journal/JournalPrinting.h"
 #include "journal/ShortcutsDialog.h"
 #include "journal/SidebarSections.h"
 #include "journal/WindowStates.h"
@@ -56,7 +55,14 @@ JournalWindow::JournalWindow(const JournalWindowServices& services)
       m_calendar(m_view, {.addFilter = [this](const SearchFilter& filter) { addFilter(filter); },
                           .beginEntry = [this](QDate day) { beginEntry(day); },
                           .showYear = [this](bool isShown) { showYear(isShown); }}),
-      m_deletion(m_library, m_timeline, m_view, [this](const QString& identifier) { showEntry(identifier); }) {
+      m_deletion(m_library, m_timeline, m_view, [this](const QString& identifier) { showEntry(identifier); }),
+      m_exchange(*this, services.exchange,
+                 {.library = m_library,
+                  .search = m_search,
+                  .overview = m_overview,
+                  .timeline = m_timeline,
+                  .view = m_view,
+                  .showDamaged = [this] { showDamaged(); }}) {
   setMinimumSize(320, 360);
   auto* menu = new QMenu(this);
   for (QMenu* part : m_commands.menus) menu->addMenu(part);
@@ -77,8 +83,10 @@ void JournalWindow::connectCommands() {
   on(m_commands.newEntryOnDay, [this] { beginEntry(m_view.month->currentDay()); });
   on(m_commands.details, [this] { editDetails(); });
   on(m_commands.close, [this] { close(); });
-  on(m_commands.print, [this] { printEntries(/*toFile=*/false); });
-  on(m_commands.exportPDF, [this] { printEntries(/*toFile=*/true); });
+  on(m_commands.print, [this] { m_exchange.print(m_services.weatherText); });
+  on(m_commands.exportPDF, [this] { m_exchange.beginExport(u"pdf"_s); });
+  on(m_commands.exportEntries, [this] { m_exchange.beginExport(); });
+  on(m_commands.importEntries, [this] { m_exchange.beginImport(); });
   on(m_commands.undo, [this] { undo(); });
   on(m_commands.redo, [this] { m_view.editor->textView().redo(); });
   on(m_commands.find, [this, bringToFront] {
@@ -411,15 +419,6 @@ void JournalWindow::randomEntry() {
   m_library.ask(this, question, [this](const JournalAnswer& answer) {
     if (!answer.entries.isEmpty()) showEntry(answer.entries.first().uuid);
   });
-}
-
-void JournalWindow::printEntries(bool toFile) {
-  m_view.editor->save();
-  const auto question = m_search.question(QDate::currentDate(), nullptr);
-  if (!question) return m_view.status->notices().show(m_problem);
-  JournalPrinting printing(*this, m_library, m_services.weatherText);
-  const QString outcome = toFile ? printing.savePDF(*question) : printing.print(*question);
-  if (!outcome.isEmpty()) m_view.status->notices().show(outcome);
 }
 
 void JournalWindow::changeFontSize(int points) {

@@ -3,6 +3,7 @@
 #include "journal/CalendarLinks.h"
 #include "journal/EntryDeletion.h"
 #include "journal/JournalCommands.h"
+#include "journal/JournalExchange.h"
 #include "journal/JournalWindowView.h"
 #include "journal/editor/EditorPane.h"
 #include "journal/model/JournalLibrary.h"
@@ -41,6 +42,7 @@ struct JournalWindowServices {
   std::function<void(const QString& folder)> showFolder;
   std::function<void(const QUrl& url)> openURL;
   std::function<void()> showAbout;
+  JournalExchangeServices exchange;
 };
 
 // The journal's window: calendar and sidebar, the list of entries with the search above it, and the entry. Knows of
@@ -60,6 +62,7 @@ class JournalWindow : public QWidget {
   void beginEntry(std::optional<QDate> day = std::nullopt);
   // The settings may have another size of the text.
   void applyFontSize();
+  void beginImport() { m_exchange.beginImport(); }
   // Before the program ends: saves, asks nobody.
   void saveText();
 
@@ -95,7 +98,6 @@ class JournalWindow : public QWidget {
   void undo();
   void step(int rows);
   void randomEntry();
-  void printEntries(bool toFile);
   void changeFontSize(int points);
   void libraryStateDidChange();
   void showOtherJournal(const QUrl& url);
@@ -110,6 +112,7 @@ class JournalWindow : public QWidget {
   JournalWindowView m_view;
   CalendarLinks m_calendar;
   EntryDeletion m_deletion;
+  JournalExchange m_exchange;
   QUrl m_journal;
   QList<IndexedDamage> m_damaged;
   // What the list shows first once it is known: the newest entry, or the one asked for.

@@ -13,6 +13,7 @@
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 #include "foundation/UserDirectories.h"
+#include "journal/printing/PdfEntryWriter.h"
 #include "platform/Workspace.h"
 #include "preferences/PreferencesWindow.h"
 #include "preferences/model/TextSize.h"
@@ -24,6 +25,7 @@
 #include "qlcore/services/LocationService.h"
 #include "qlcore/services/QLWeatherFormatter.h"
 
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QTimer>
 #include <QWindow>
@@ -96,6 +98,30 @@ JournalWindowServices QuilloApplication::windowServices() {
                 if (!m_about)
                   m_about = std::make_unique<AboutWindowController>(m_services.workspace, m_services.bundle);
                 m_about->showWindow();
+              },
+          .exchange = exchangeServices()};
+}
+
+JournalExchangeServices QuilloApplication::exchangeServices() {
+  QuilloConfig& config = m_services.config;
+  return {.openPanel = m_services.openPanel,
+          .pdf = [&config]() -> DocumentMaker {
+            const PdfEntryWriter::Options options{
+                .locale = QLocale(),
+                .weatherText = [weather = weatherFormatterWithPreferredScale(config)](const QLWeather& of) {
+                  return weather.stringForObjectValue(of);
+                }};
+            return [options](ByteSink sink) { return std::make_unique<PdfEntryWriter>(std::move(sink), options); };
+          },
+          .makesTagsOfHashtags =
+              [&config] {
+                const PersistentPropertyList* list = config.groupProperties();
+                return list && list->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags;
+              },
+          .showFile =
+              [this](const QString& path) {
+                const QFileInfo file(path);
+                return m_services.workspace.openURL(QUrl::fromLocalFile(file.isDir() ? path : file.path()));
               }};
 }
 

@@ -70,6 +70,7 @@ class QuilloApplication final : public QObject {
   // Made when it is first needed: for the first start it is not, and it would write settings.
   [[nodiscard]] JournalWindow& window();
   [[nodiscard]] JournalWindowServices windowServices();
+  [[nodiscard]] JournalExchangeServices exchangeServices();
   void carryOut(const QuilloRequest& request);
   void useJournal(const QUrl& location, bool create);
   void chooseJournal(QWidget& window);

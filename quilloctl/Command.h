@@ -37,6 +37,8 @@ struct Session {
   std::function<void(const QString& title, const QString& text)> notify;
 };
 
+class PageDrawing;
+
 // What every command works with.
 struct Context {
   QuilloConfig& config;
@@ -81,7 +83,7 @@ void addSetupCommand(CLI::App& program, Action& action);
 void addSettingsCommand(CLI::App& program, Action& action);
 void addJournalCommand(CLI::App& program, Action& action);
 void addEntryCommand(CLI::App& program, Action& action);
-void addExportCommand(CLI::App& program, Action& action);
+void addExportCommand(CLI::App& program, Action& action, PageDrawing& drawing);
 void addImportCommand(CLI::App& program, Action& action);
 // Makes the session call for backups as the settings say now. False, with the reason said, where that cannot be; what
 // is only to be known of it is printed, unless as JSON.

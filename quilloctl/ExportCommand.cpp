@@ -1,17 +1,20 @@
-#include "exchange/ExportFile.h"
-#include "exchange/ExportFormat.h"
+#include "config/Keys.h"
+#include "exchange/ExportDestination.h"
 #include "exchange/JournalExport.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/FormatNames.h"
 #include "quilloctl/Interruption.h"
 #include "quilloctl/JournalIndex.h"
+#include "quilloctl/PageDrawing.h"
 #include "quilloctl/Pager.h"
 #include "quilloctl/ProgressLine.h"
 
 #include <QDir>
 #include <QFile>
 #include <QJsonObject>
+
+#include <unistd.h>
 
 #include <memory>
 #include <optional>
@@ -38,31 +41,20 @@ struct ExportWords {
   }
 };
 
-// Where an export goes: the standard output, a file or a folder. The writer knows which.
-struct Destination {
-  std::unique_ptr<ExportFile> file;
-  std::unique_ptr<EntryWriter> writer;
-};
+std::unique_ptr<EntryWriter> writerToStandardOutput(const ExportFormat& format, const DocumentMaker& draw) {
+  const ByteSink sink = [](const QByteArray& bytes, Error*) {
+    printPart(bytes);
+    return true;
+  };
+  return format.isDrawn() ? draw(sink) : format.makeDocument(sink);
+}
 
-std::optional<Destination> open(const ExportFormat& format, const ExportWords& words) {
-  Destination destination;
+std::optional<ExportDestination> open(const ExportFormat& format, const ExportWords& words, const DocumentMaker& draw) {
   Error error;
-  if (format.isFolder()) {
-    auto folder = ExportFolder::make(words.path(), words.isReplacing, &error);
-    if (folder) destination.writer = format.makeFolder(std::move(folder));
-  } else if (words.isToStandardOutput()) {
-    destination.writer = format.makeDocument([](const QByteArray& bytes, Error*) {
-      printPart(bytes);
-      return true;
-    });
-  } else {
-    destination.file = ExportFile::make(words.path(), words.isReplacing, &error);
-    if (ExportFile* file = destination.file.get())
-      destination.writer =
-          format.makeDocument([file](const QByteArray& bytes, Error* reason) { return file->write(bytes, reason); });
-  }
-  if (destination.writer) return destination;
-  failed(error.localizedDescription);
+  auto destination = ExportDestination::open(format, words.path(), words.isReplacing, draw, &error);
+  if (destination) return destination;
+  const bool isThere = error.code == ErrorCode::fileWriteFileExists;
+  failed(error.localizedDescription + (isThere ? u"; --force writes over it"_s : QString()));
   return std::nullopt;
 }
 
@@ -77,18 +69,29 @@ int finished(const Context& context, const ExportWords& words, const JournalExpo
   return result.entries > 0 ? Done : Failed;
 }
 
-int exportEntries(Context& context, const ExportWords& words) {
+int exportEntries(Context& context, const ExportWords& words, const PageDrawing& drawing) {
   QStringList typed;
   for (const std::string& word : words.query) typed << QString::fromStdString(word);
   QString problem;
   const auto question = JournalQuestion::parse(typed.join(u' '), QDate::currentDate(), &problem);
   if (!question) return failed(problem);
   const ExportFormat& format = *exportFormatNamed(QString::fromStdString(words.format));
+  if (format.isDrawn() && !drawing.isReady())
+    return failed(u"%1 cannot be made, since a part of Quillo is missing: %2"_s.arg(QString::fromLatin1(format.title),
+                                                                                    PageDrawing::path()));
   const auto package = openJournal(context);
   const auto index = package ? indexOfJournal(*package) : nullptr;
   if (!index) return Failed;
-  const auto destination = open(format, words);
-  if (!destination) return Failed;
+  const PersistentPropertyList* list = context.config.groupProperties();
+  const DocumentMaker draw = drawing.documentMaker(list && list->boolForKey(Key::useFahrenheitTempScale));
+  std::unique_ptr<EntryWriter> toOutput;
+  std::optional<ExportDestination> destination;
+  if (words.isToStandardOutput()) {
+    toOutput = writerToStandardOutput(format, draw);
+  } else {
+    destination = open(format, words, draw);
+    if (!destination) return Failed;
+  }
 
   JournalExport::Options options{.question = *question,
                                  .wantsFields = format.wantsFields,
@@ -105,19 +108,19 @@ int exportEntries(Context& context, const ExportWords& words) {
   {
     ProgressLine line("Exporting");
     run.onProgress([&line](qint64 done, qint64 total) { line.show(done, total); });
-    result = run.run(options, *destination->writer);
+    result = run.run(options, destination ? destination->writer() : *toOutput);
   }
   // A reader that wants no more is no failure; finishOutput() says what else there is to say of the output.
   if (result.error && outputIsGone()) return Done;
   Error error;
-  if (!result.error && destination->file && !destination->file->finish(&error)) result.error = error;
+  if (!result.error && destination && !destination->finish(&error)) result.error = error;
   if (result.error) return failed(result.error->localizedDescription);
   return finished(context, words, result);
 }
 
 }  // namespace
 
-void addExportCommand(CLI::App& program, Action& action) {
+void addExportCommand(CLI::App& program, Action& action, PageDrawing& drawing) {
   const auto words = std::make_shared<ExportWords>();
   CLI::App* exporter = program.add_subcommand("export", "Write entries into a file or folder, in another format");
   exporter->add_option("FORMAT", words->format, "One of those below")->required()->check(isFormat(exportFormats()));
@@ -138,9 +141,13 @@ void addExportCommand(CLI::App& program, Action& action) {
     const ExportFormat* format = exportFormatNamed(QString::fromStdString(words->format));
     if (format && format->isFolder() && words->isToStandardOutput())
       throw CLI::ValidationError("-o", "a folder is needed for " + words->format);
+    if (format && format->isDrawn() && words->isToStandardOutput() && ::isatty(STDOUT_FILENO) == 1)
+      throw CLI::ValidationError("-o", "a file is needed for " + words->format + ", which no terminal shows");
   });
-  exporter->callback(
-      [&action, words] { action = [words](Context& context) { return exportEntries(context, *words); }; });
+  exporter->callback([&action, &drawing, words] {
+    drawing.setWanted(exportFormatNamed(QString::fromStdString(words->format))->isDrawn());
+    action = [&drawing, words](Context& context) { return exportEntries(context, *words, drawing); };
+  });
 }
 
 }  // namespace quillo::ctl

@@ -21,6 +21,7 @@
 #include "quilloctl/Command.h"
 #include "quilloctl/CommandTree.h"
 #include "quilloctl/NearestWords.h"
+#include "quilloctl/PageDrawing.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -140,12 +141,12 @@ void addCommonOptions(CLI::App& command, CommonOptions& options) {
   for (CLI::App* part : command.get_subcommands({})) addCommonOptions(*part, options);
 }
 
-void addCommands(CLI::App& program, ctl::Action& action, CommonOptions& options) {
+void addCommands(CLI::App& program, ctl::Action& action, CommonOptions& options, ctl::PageDrawing& drawing) {
   ctl::addSetupCommand(program, action);
   ctl::addSettingsCommand(program, action);
   ctl::addJournalCommand(program, action);
   ctl::addEntryCommand(program, action);
-  ctl::addExportCommand(program, action);
+  ctl::addExportCommand(program, action, drawing);
   ctl::addImportCommand(program, action);
   ctl::addBackupCommand(program, action);
   ctl::addReminderCommand(program, action);
@@ -196,7 +197,8 @@ int run(int argc, char** argv) {
   program.footer("Exit status: 0 done, 1 failed (one line says why), 2 wrong usage.");
   ctl::Action action;
   CommonOptions options;
-  addCommands(program, action, options);
+  ctl::PageDrawing drawing;
+  addCommands(program, action, options, drawing);
   addCommonOptions(program, options);
   if (!areTexts(argc, argv)) return ctl::Failed;
   try {
@@ -205,7 +207,7 @@ int run(int argc, char** argv) {
     return endOfParsing(program, error);
   }
 
-  QCoreApplication application(argc, argv);
+  const auto application = drawing.makeApplication(argc, argv);
   Bundle::setMainBundle({u":/quillo"_s, {{InfoKey::identifier, QString(Identifier::mainApplication)}}});
   QStringList homeArguments;
   if (!options.home.empty()) {

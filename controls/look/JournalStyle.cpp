@@ -19,6 +19,7 @@ QString journalStyleSheet() {
          "QPushButton::menu-indicator { image: none; width: 0 }"
          "QPushButton#primary { background: %accent; border-color: %accent; color: %onAccent; font-weight: 600 }"
          "QPushButton#primary:hover { background: %accentDark }"
+         "QPushButton#primary:disabled { background: %shade; border-color: %shade; color: %dim }"
          "QPushButton#primary:focus { border-color: %text }"
          // The field around it is drawn by us.
          "QLineEdit#searchWords { background: transparent; border: none; color: %text }"

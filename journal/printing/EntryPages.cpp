@@ -1,11 +1,13 @@
 #include "journal/printing/EntryPages.h"
 
 #include "controls/Fonts.h"
+#include "journal/printing/PlainLetters.h"
 #include "journal/reading/EntryDecorations.h"
 #include "journal/reading/EntryFormat.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QPagedPaintDevice>
+#include <QPdfWriter>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextLayout>
@@ -14,6 +16,8 @@
 #include <algorithm>
 
 namespace quillo {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -32,7 +36,7 @@ EntryLook lookOfPaper(int fontSize) {
   colors.dim = QColor(0x66635c);
   colors.accent = QColor(0x1f5fa8);
   colors.line = QColor(0xc4c0b6);
-  return {.colors = colors, .fontSize = std::clamp(fontSize, 6, 48)};
+  return {.colors = colors, .fontSize = std::clamp(fontSize, 6, 48), .linksTags = false};
 }
 
 QRectF rectOf(const EntryDocument& document, const QTextBlock& block) {
@@ -108,6 +112,15 @@ qsizetype unitsThatFit(const QList<PageUnit>& units, qsizetype first, double top
   return isPageEmpty ? std::max<qsizetype>(count, 1) : 0;
 }
 
+void setUpPdf(QPdfWriter& writer, const QPageLayout& layout, const QString& title) {
+  // Fine enough for the letters of a small text.
+  constexpr int resolution = 1200;
+  writer.setResolution(resolution);
+  writer.setPageLayout(layout);
+  writer.setCreator(u"Quillo"_s);
+  writer.setTitle(title);
+}
+
 EntryPages::EntryPages(QPagedPaintDevice& device, int fontSize, const PageRange& range)
     : m_device(device), m_painter(&device), m_look(lookOfPaper(fontSize)), m_range(range) {
   const QSizeF page = device.pageLayout().paintRect(QPageLayout::Point).size();
@@ -127,6 +140,7 @@ bool EntryPages::startPage() {
 
 bool EntryPages::add(const PrintedEntry& entry, const std::function<bool()>& turnPage) {
   EntryDocument document({entry.title, entry.details, entry.text}, m_look);
+  drawLettersPlainly(document);
   document.setTextWidth(m_width);
   const QList<PageUnit> units = pageUnits(document);
   if (m_y > 0) m_y += spaceBetweenEntries * m_look.fontSize / 11;

@@ -6,6 +6,7 @@
 #include <QPainter>
 
 class QPagedPaintDevice;
+class QPdfWriter;
 
 namespace quillo {
 
@@ -23,6 +24,9 @@ struct PageUnit {
 // better on the next. A unit that is taller than a whole page goes where it is and is cut.
 [[nodiscard]] qsizetype unitsThatFit(const QList<PageUnit>& units, qsizetype first, double top, double room,
                                      bool isPageEmpty);
+
+// Before the first page.
+void setUpPdf(QPdfWriter& writer, const QPageLayout& layout, const QString& title);
 
 // Puts entries on the pages of a device, one under the other.
 class EntryPages {

@@ -15,9 +15,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Fine enough for the letters of a small text.
-constexpr int pdfResolution = 1200;
-
 EntryPrinter::Outcome fill(QPagedPaintDevice& device, int fontSize, const PageRange& range,
                            const EntryPrinter::NextEntry& next, const EntryPrinter::Progress& progress) {
   using Outcome = EntryPrinter::Outcome;
@@ -72,9 +69,7 @@ EntryPrinter::Outcome EntryPrinter::writePdf(const QString& path, const QPageLay
   Outcome outcome = Outcome::Failed;
   {
     QPdfWriter writer(&file);
-    writer.setResolution(pdfResolution);
-    writer.setPageLayout(layout);
-    writer.setCreator(u"Quillo"_s);
+    setUpPdf(writer, layout, QFileInfo(path).completeBaseName());
     outcome = fill(writer, m_fontSize, m_range, m_next, m_progress);
   }
   // Whatever is not committed is removed.

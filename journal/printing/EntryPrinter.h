@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/Error.h"
+#include "journal/printing/PrintedEntry.h"
 
 #include <QPageLayout>
 #include <QString>
@@ -12,12 +13,6 @@
 class QPrinter;
 
 namespace quillo {
-
-struct PrintedEntry {
-  QString title;    // the day
-  QString details;  // time, place and weather
-  QString text;     // as the person wrote it
-};
 
 // Of all pages those that are printed, from 1.
 struct PageRange {

@@ -16,6 +16,8 @@ struct EntryContent {
 struct EntryLook {
   JournalColors colors;
   int fontSize{16};
+  // Tags are drawn the same without: on paper there is nothing to go to.
+  bool linksTags{true};
 };
 
 // An entry for reading: its text with the Markdown in it drawn and its hashtags as links to `tag:NAME`. A single line

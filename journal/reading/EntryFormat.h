@@ -17,6 +17,7 @@ enum BlockProperty {
 
 enum CharacterProperty {
   CodeSpan = QTextFormat::UserProperty + 32,  // bool: code among words
+  SetApart,                                   // int: another for each of two neighbours that are not to be one sign
 };
 
 }  // namespace quillo::EntryFormat

@@ -239,12 +239,14 @@ void EntryStyler::linkTags(const QTextBlock& block) {
     }
     if (!isFree) continue;
     --m_tagsLeft;
-    QUrl link;
-    link.setScheme(u"tag"_s);
-    link.setPath(text.mid(tag.start + 1, tag.length - 1));
     QTextCharFormat format;
-    format.setAnchor(true);
-    format.setAnchorHref(link.toString(QUrl::FullyEncoded));
+    if (m_look.linksTags) {
+      QUrl link;
+      link.setScheme(u"tag"_s);
+      link.setPath(text.mid(tag.start + 1, tag.length - 1));
+      format.setAnchor(true);
+      format.setAnchorHref(link.toString(QUrl::FullyEncoded));
+    }
     format.setForeground(m_linkColor);
     if (m_linkColor == m_look.colors.text) format.setFontUnderline(true);
     m_cursor.setPosition(start);

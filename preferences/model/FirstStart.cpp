@@ -122,11 +122,4 @@ bool FirstStart::startAgent(const FirstStartServices& services, QString* reason)
   return services.agent.end(reason) && services.agent.start(reason) && services.agent.waitForAnswer(reason);
 }
 
-QString pathForPeople(const QUrl& location) {
-  QString path = location.isLocalFile() ? location.toLocalFile() : location.toDisplayString();
-  if (const QString home = UserDirectories::current().home; path.startsWith(home + u'/'))
-    path.replace(0, home.size(), u"~"_s);
-  return path;
-}
-
 }  // namespace quillo

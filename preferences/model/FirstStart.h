@@ -3,6 +3,7 @@
 #include "PTHotKey/PTKeyCombo.h"
 #include "app/switches/LoginItem.h"
 #include "foundation/Error.h"
+#include "foundation/UserDirectories.h"
 #include "preferences/model/ReminderChoice.h"
 
 #include <QString>
@@ -61,8 +62,5 @@ struct FirstStart {
  private:
   void writeSettings(const FirstStartServices& services) const;
 };
-
-// The path of a folder as people know it: "~/Documents/Journal.quillojournal".
-[[nodiscard]] QString pathForPeople(const QUrl& location);
 
 }  // namespace quillo

@@ -6,10 +6,11 @@ import os
 import pathlib
 import plistlib
 import re
+import shutil
 import subprocess
 import sys
 
-from quilloctl import QuilloctlTestCase
+from quilloctl import QUILLOCTL, QuilloctlTestCase
 
 FORMAT_PAGE = pathlib.Path(__file__).parents[2] / "docs/journal-format.md"
 
@@ -34,7 +35,7 @@ class ExportTest(QuilloctlTestCase):
         markdown = self.ctl("export", "markdown")
         self.assertIn("## Tuesday, 31 December 2024, 22:30\n\n*\\#a*\n\nOld year #a\n\n## Wednesday, 1 January 2025, 00:30\n\n*Bergen · -3.5 °C, snow*\n\nNew year\n<b>", markdown)
         self.assertIn("Bergen · -3.5 °C, snow\n\nNew year\n<b>", self.ctl("export", "text"))
-        for words in (["export", "pdf"], ["export"], ["export", "markdown-folder"], ["export", "json", "-o", ""]):
+        for words in (["export", "docx"], ["export"], ["export", "markdown-folder"], ["export", "json", "-o", ""]):
             self.assertEqual(self.run_ctl(*words).returncode, 2, words)
         self.assert_fails("export", "json", "on:someday", says="someday")
 
@@ -48,6 +49,23 @@ class ExportTest(QuilloctlTestCase):
         for part in ('<h2 id="m2024-12">December 2024</h2>', "<h1>A</h1>\n<p>line <strong>bold</strong><br>\nline</p>", "&lt;script&gt;", "#&lt;&quot;&amp;&gt;", "&lt;i&gt;Place", "[" * 40000):
             self.assertIn(part, page)
         self.assertNotRegex(page, r"<script|<link|src=\"[^\"]|url\(")
+
+    def test_pages(self):
+        for number in range(30):
+            self.write(number, f"Entry {number} at 18:30\n\n" + "Words -> and more of them. " * 60)
+        path = self.home / "out.pdf"
+        self.ctl("export", "pdf", "on:2025-01-01", "-o", str(path))
+        written = path.read_bytes()
+        self.assertTrue(written.startswith(b"%PDF-") and written.rstrip().endswith(b"%%EOF"), written[:40])
+        self.assertIn(b"/Title (\xfe\xff" + "J".encode("utf-16-be") + b")", written)
+        whole = subprocess.run([QUILLOCTL, "--home", self.home, "export", "pdf"], capture_output=True, env=self.environment())
+        self.assertGreater(whole.stdout.count(b"/Type /Page\n"), written.count(b"/Type /Page\n"))
+        self.assertEqual(whole.stderr, b"")
+        # Where the part that draws is not installed.
+        alone = shutil.copy(QUILLOCTL, self.home / "quilloctl")
+        result = subprocess.run([alone, "--home", self.home, "export", "pdf"], capture_output=True, env=self.environment(), text=True)
+        self.assertEqual((result.returncode, result.stdout, result.stderr.count("\n")), (1, "", 1), result.stderr)
+        self.assertIn("quillo-pdf.so", result.stderr)
 
     def test_a_file_an_entry(self):
         self.write(1, "  # What a day/night: \"really\"?\nmore", tags=["a b", "yes", "ü"], weather={"temperature": 1.5, "date": datetime.datetime(2024, 1, 1)})

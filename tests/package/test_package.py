@@ -33,7 +33,7 @@ class PackageTest(unittest.TestCase):
         run("dpkg-deb", "-x", cls.package, cls.root)
 
     def test_everything_is_in_its_place(self):
-        modules = (f"usr/lib/quillo-agent/modules/quillo-{name}.so" for name in ("crash-stack", "grammar", "services", "sound", "spelling"))
+        modules = (f"usr/lib/quillo-agent/modules/quillo-{name}.so" for name in ("crash-stack", "grammar", "pdf", "services", "sound", "spelling"))
         for path in ("usr/bin/quillo", "usr/bin/quillo-agent", "usr/bin/quilloctl", *modules, "usr/share/applications/quillo-agent.desktop",
                      "usr/share/applications/com.quilloapp.quillo.desktop", "etc/xdg/autostart/com.quilloapp.quillo-agent.desktop",
                      "usr/share/icons/hicolor/48x48/apps/quillo-agent.png", "usr/share/man/man1/quillo.1.gz",

@@ -6,6 +6,7 @@
 #include "foundation/UserDefaults.h"
 #include "journal/JournalWindow.h"
 #include "journal/model/IndexedJournalReader.h"
+#include "journal/printing/PdfEntryWriter.h"
 #include "journal/views/NoticeBar.h"
 #include "journal/views/SearchField.h"
 #include "journal/views/StatusRow.h"
@@ -13,6 +14,7 @@
 #include "platform/Registration.h"
 #include "tests/support/EntryFixture.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/FakePanels.h"
 
 #include <QTest>
 #include <QTimer>
@@ -66,7 +68,21 @@ class JournalWindowTest : public EntryTest {
         .chooseJournal = [](QWidget&) {},
         .showFolder = [](const QString&) {},
         .openURL = [](const QUrl&) {},
-        .showAbout = [] {}});
+        .showAbout = [] {},
+        .exchange = {.openPanel = panel,
+                     .pdf = []() -> DocumentMaker {
+                       return [](ByteSink sink) {
+                         return std::make_unique<PdfEntryWriter>(
+                             std::move(sink), PdfEntryWriter::Options{.locale = QLocale(),
+                                                                      .weatherText = [](auto&) { return QString(); }});
+                       };
+                     },
+                     .makesTagsOfHashtags = [] { return true; },
+                     .showFile =
+                         [this](const QString& path) {
+                           shownFiles << path;
+                           return true;
+                         }}});
     window->show();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     return *window;
@@ -85,6 +101,8 @@ class JournalWindowTest : public EntryTest {
   std::shared_ptr<QLJournalPackageFile> package;
   NotificationCenter center;
   SpellChecker speller{{}};
+  FakeOpenPanel panel;
+  QStringList shownFiles;
   int fontSize{16};
   QStringList tagsInUse;
   JournalLibrary library{{.location = [this] { return config.configuredJournalFileURL(); },

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "exchange/ExportFormat.h"
+#include "qlcore/QLWeather.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+class QWidget;
+
+namespace quillo {
+
+class JournalLibrary;
+class JournalOverview;
+class JournalSearch;
+class JournalWindowView;
+class OpenPanel;
+class Timeline;
+struct ImportOutcome;
+
+// What export and import need of the program.
+struct JournalExchangeServices {
+  OpenPanel& openPanel;
+  // What draws a PDF with the settings of now.
+  std::function<DocumentMaker()> pdf;
+  std::function<bool()> makesTagsOfHashtags;
+  // Shows a folder, or the one that a file is in, in the desktop's file manager. False where none is installed.
+  std::function<bool(const QString& path)> showFile;
+};
+
+// Export, import and printing from the journal's window: their dialogs, and what the window says of what came of them.
+class JournalExchange : public QObject {
+  Q_OBJECT
+
+ public:
+  // What of the window it looks at; all must outlive it.
+  struct Parts {
+    JournalLibrary& library;
+    const JournalSearch& search;
+    const JournalOverview& overview;
+    const Timeline& timeline;
+    JournalWindowView& view;
+    // Where damaged entries are named.
+    std::function<void()> showDamaged;
+  };
+
+  JournalExchange(QWidget& window, const JournalExchangeServices& services, const Parts& parts);
+
+  // `format` is the name of the one to begin with. What is not saved yet is saved before.
+  void beginExport(const QString& format = QStringLiteral("markdown"));
+  void beginImport();
+  // What the window shows, with the desktop's dialog before.
+  void print(const std::function<QString(const QLWeather&)>& weatherText);
+
+ private:
+  void imported(const ImportOutcome& outcome);
+
+  QWidget& m_window;
+  JournalExchangeServices m_services;
+  Parts m_parts;
+};
+
+}  // namespace quillo
