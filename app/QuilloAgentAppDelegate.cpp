@@ -61,7 +61,8 @@ QuilloAgentAppDelegate::QuilloAgentAppDelegate(AgentServices services, AgentPlat
                           .entryWindowController = [this] { return m_entryWindowController; },
                           .userNotifications = m_platform.userNotifications,
                           .sounds = m_platform.sounds,
-                          .workspace = &m_platform.workspace}) {
+                          .workspace = &m_platform.workspace,
+                          .windowsTakeKeyboard = m_platform.windowDesktop.windowsTakeKeyboard}) {
   buildContextualMenu();
 }
 
@@ -298,8 +299,7 @@ void QuilloAgentAppDelegate::reloadEntryWindow() {
                                .makeLocationManager = m_platform.makeLocationManager,
                                .firstSearchDelay = firstSearchDelay,
                                .weather = &m_platform.weather,
-                               .compositorIsRunning = m_platform.compositorIsRunning,
-                               .keepOutOfTaskBar = m_platform.keepOutOfTaskBar},
+                               .desktop = m_platform.windowDesktop},
       &m_reminderAlarm);
   m_entryWindowController->setContextualMenu(m_contextualMenu.get());
   // What the old journal would not take is not lost with the old window.

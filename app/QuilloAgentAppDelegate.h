@@ -62,8 +62,7 @@ struct AgentPlatform {
   RunningApplications& runningApplications;
   Workspace& workspace;
   std::function<std::unique_ptr<StatusItem>()> makeStatusItem;
-  std::function<bool()> compositorIsRunning;
-  std::function<void(WId)> keepOutOfTaskBar;
+  EntryWindowDesktop windowDesktop;
   OutsideClicks& outsideClicks;
   std::function<std::unique_ptr<LocationService>()> makeLocationManager;
   WeatherService& weather;

@@ -25,6 +25,8 @@ struct ReminderDeliveryServices {
   UserNotifications* userNotifications{nullptr};
   Sounds* sounds{nullptr};
   Workspace* workspace{nullptr};
+  // See EntryWindowDesktop: a notification then stands for the window, which a click on it opens.
+  bool windowsTakeKeyboard{false};
 };
 
 // Gives a reminder as the shared settings want it: by the entry window in the reminder mode, by a notification with a
@@ -45,13 +47,18 @@ class ReminderDelivery final : public UserNotificationCenterDelegate {
   void didActivateNotification(const UserNotification& notification) override;
   // Also while our own window is the active one.
   bool shouldPresentNotification(const UserNotification& notification) override;
+  // Where it stood for the window, that comes after all.
+  void didFailToShowNotification(const UserNotification& notification) override;
 
  private:
   [[nodiscard]] bool isOn(QLatin1StringView key) const;
-  void sendToNotificationCenter(bool withSound);
+  void openWindow();
+  // The notification's identifier; 0 where there are none.
+  quint64 sendToNotificationCenter(bool withSound);
 
   PersistentPropertyListSource m_sharedProperties;
   ReminderDeliveryServices m_services;
+  quint64 m_standIn{0};  // the notification that stands for the window
 };
 
 }  // namespace quillo

@@ -185,8 +185,7 @@ int main(int argc, char** argv) {
                                .notices = NotificationCenter::localCenter(),
                                .journalFile = &QLJournalPackageFile::defaultPackage,
                                .emptyJournalEntry = &QLJournalEntryFile::emptyJournalEntry,
-                               .compositorIsRunning = compositorIsRunning,
-                               .keepOutOfTaskBar = keepOutOfTaskBar},
+                               .desktop = {.isComposited = compositorIsRunning, .keepOutOfTaskBar = keepOutOfTaskBar}},
       nullptr);
   const auto show = [&]() -> QWidget& {
     controller->showWindowInMode(EntryWindowModeStandard);

@@ -32,6 +32,9 @@ static const QColor metadataColor(0x6b, 0x6a, 0x64);
 // What stays free around the text inside its area, in points.
 static constexpr double textMargin = 3.0;
 
+// A window manager's border may shift the window by as much, in points from the left and the top together.
+static constexpr int borderAllowance = 8;
+
 static void setLabelLook(QLabel& label, const QFont& font, const QColor& color) {
   label.setFont(font);
   QPalette palette = label.palette();
@@ -60,6 +63,7 @@ AgentEntryWindow::AgentEntryWindow(EntryWindowDesktop desktop)
   setAccessibleName(u"Quillo entry"_s);
 
   awakeFromNib();
+  if (m_desktop.placement == WindowPlacement::Compositor) m_ui->backgroundView->setShowsArrow(false);
   layOut();
 }
 
@@ -202,8 +206,9 @@ QRectF AgentEntryWindow::frame() const {
 void AgentEntryWindow::setFrameOrigin(QPointF origin) {
   m_origin = origin;
   const QRectF onScreen = flipped(frame(), mainScreenHeight());
-  move(QPoint(static_cast<int>(std::lround(onScreen.x())), static_cast<int>(std::lround(onScreen.y()))) -
-       frameOffset());
+  m_askedPosition =
+      QPoint(static_cast<int>(std::lround(onScreen.x())), static_cast<int>(std::lround(onScreen.y()))) - frameOffset();
+  move(m_askedPosition);
 }
 
 void AgentEntryWindow::setPlace(QPointF origin, Qt::Edge edge, double arrowX) {
@@ -213,6 +218,19 @@ void AgentEntryWindow::setPlace(QPointF origin, Qt::Edge edge, double arrowX) {
   // The shape follows the arrow, and the window may be cut to it.
   if (before != m_ui->backgroundView->outline()) layOut();
   setFrameOrigin(origin);
+}
+
+void AgentEntryWindow::setShowsArrow(bool shows) {
+  if (m_ui->backgroundView->showsArrow() == shows) return;
+  m_ui->backgroundView->setShowsArrow(shows);
+  layOut();
+}
+
+void AgentEntryWindow::moveEvent(QMoveEvent* event) {
+  QWidget::moveEvent(event);
+  // As the window manager tells it, after the window is shown; what it did once, it is expected to do again.
+  if (m_desktop.placement != WindowPlacement::WindowManager || !event->spontaneous()) return;
+  setShowsArrow((event->pos() - m_askedPosition).manhattanLength() <= borderAllowance);
 }
 
 void AgentEntryWindow::setJournalPanel(const JournalPanel& panel, const QString& aboutText) {
@@ -266,6 +284,10 @@ void AgentEntryWindow::orderFront(bool activate) {
   if (QWindow* handle = windowHandle()) handle->setProperty(QtInternals::showWithoutActivating, !activate);
   // Window managers forget it each time the window goes.
   if (m_desktop.keepOutOfTaskBar) m_desktop.keepOutOfTaskBar(winId());
+  if (!activate && m_desktop.leaveKeyboard) {
+    winId();
+    m_desktop.leaveKeyboard(*windowHandle());
+  }
   show();
   raise();
   // The editor is hidden while the journal cannot be reached. No button gets the keyboard then: the panel appears under

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controls/CachedDrawing.h"
+#include "entry/EntryWindowDesktop.h"
 
 #include <QPainterPath>
 #include <QWidget>
@@ -15,14 +16,6 @@ class AgentEntryWindow;
 namespace quillo {
 
 struct JournalPanel;
-
-// What the entry window asks of the desktop; each may be empty.
-struct EntryWindowDesktop {
-  // Whether translucent windows are drawn, which is taken for granted else; asked each time the window is shown.
-  std::function<bool()> isComposited;
-  // Called before the window shows, to keep it out of lists of open windows: it belongs to the icon.
-  std::function<void(WId)> keepOutOfTaskBar;
-};
 
 // The borderless window that hangs under the status item: its look, its frame, taking the keyboard, and the line of
 // place and weather below the text with its switch. What it does is the controller's.
@@ -93,8 +86,10 @@ class AgentEntryWindow : public QWidget {
   void paintEvent(QPaintEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void moveEvent(QMoveEvent* event) override;
 
  private:
+  void setShowsArrow(bool shows);
   void layOut();
   void drawShadow(QPainter& painter) const;
   void awakeFromNib();
@@ -106,7 +101,8 @@ class AgentEntryWindow : public QWidget {
   QWidget* m_content;
   EntryWindowDesktop m_desktop;
   int m_shadowMargin{0};
-  QPointF m_origin;  // of the frame, bottom left
+  QPointF m_origin;        // of the frame, bottom left
+  QPoint m_askedPosition;  // of the widget, top left
   QRectF m_textContentFrame;
   int m_textAreaHeight{0};  // of the area around the text, when it was last laid out
   QString m_entryMetadataText;

@@ -97,8 +97,7 @@ AgentEntryWindowController::~AgentEntryWindowController() {
 
 AgentEntryWindow& AgentEntryWindowController::window() {
   if (!m_window) {
-    m_window = std::make_unique<AgentEntryWindow>(EntryWindowDesktop{.isComposited = m_services.compositorIsRunning,
-                                                                     .keepOutOfTaskBar = m_services.keepOutOfTaskBar});
+    m_window = std::make_unique<AgentEntryWindow>(m_services.desktop);
     awakeFromNib();
   }
   return *m_window;
@@ -271,9 +270,12 @@ void AgentEntryWindowController::removeWindowDismissalMonitors() {
 }
 
 void AgentEntryWindowController::clickedElsewhere() {
+  if (!window().frame().contains(mouseLocation())) dismiss();
+}
+
+void AgentEntryWindowController::dismiss() {
   // A reminder stays until the user acts on it, and an alert until it is answered.
   if (m_currentMode == EntryWindowModeReminder || window().hasAttachedSheet()) return;
-  if (window().frame().contains(mouseLocation())) return;
   m_sinceDismissal.start();
   m_dismissedAt = QCursor::pos();
   close();
@@ -286,11 +288,12 @@ bool AgentEntryWindowController::wasJustDismissedHere() const {
 
 void AgentEntryWindowController::activationChanged() {
   // Stands in for the monitor where there is none. Looked at a turn later: the keyboard may be on its way to an alert
-  // or a menu of this program.
+  // or a menu of this program. Where the pointer is says nothing here: a Wayland compositor tells only those it is
+  // over.
   if (m_globalEventMonitor || !m_isShown || window().isActiveWindow()) return;
   QTimer::singleShot(0, this, [this] {
     const bool left = !QApplication::activeWindow() && !QApplication::activePopupWidget();
-    if (m_isShown && left) clickedElsewhere();
+    if (m_isShown && left) dismiss();
   });
 }
 

@@ -98,6 +98,8 @@ class AgentEntryWindowController : public QObject {
   void addWindowDismissalMonitors();
   void removeWindowDismissalMonitors();
   void clickedElsewhere();
+  // The user turned to something else.
+  void dismiss();
   void activationChanged();
   void fadeSnoozeRow();
   void endFade();

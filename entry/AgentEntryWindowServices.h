@@ -1,9 +1,8 @@
 #pragma once
 
+#include "entry/EntryWindowDesktop.h"
 #include "entry/session/JournalTags.h"
 #include "entry/text/EntryTextServices.h"
-
-#include <qwindowdefs.h>
 
 #include <chrono>
 #include <functional>
@@ -49,9 +48,7 @@ struct AgentEntryWindowServices {
   // first frame comes before.
   std::chrono::milliseconds firstSearchDelay{0};
   WeatherService* weather{nullptr};
-  // See EntryWindowDesktop.
-  std::function<bool()> compositorIsRunning{};
-  std::function<void(WId)> keepOutOfTaskBar{};
+  EntryWindowDesktop desktop{};
 };
 
 }  // namespace quillo

@@ -20,6 +20,10 @@ void EntryBackgroundView::setArrowEdge(Qt::Edge edge) {
   if (std::exchange(m_arrowEdge, edge) != edge) changeOutline();
 }
 
+void EntryBackgroundView::setShowsArrow(bool shows) {
+  if (std::exchange(m_showsArrow, shows) != shows) changeOutline();
+}
+
 void EntryBackgroundView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   changeOutline();
@@ -50,7 +54,7 @@ const QPainterPath& EntryBackgroundView::outline() const {
   arrow.quadTo(m_arrowX, 0, m_arrowX + 1.5, 1.4);
   arrow.lineTo(m_arrowX + arrowHalfWidth, arrowHeight + 1);
   arrow.closeSubpath();
-  const QPainterPath shape = body.united(arrow);
+  const QPainterPath shape = m_showsArrow ? body.united(arrow) : body;
   // The same upside down; the light still comes from above.
   m_outline = m_arrowEdge == Qt::TopEdge ? shape : QTransform(1, 0, 0, -1, 0, height()).map(shape);
   return m_outline;

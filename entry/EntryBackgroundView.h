@@ -26,6 +26,9 @@ class EntryBackgroundView : public QWidget {
   // Qt::TopEdge or Qt::BottomEdge: where the status item is.
   void setArrowEdge(Qt::Edge edge);
   [[nodiscard]] Qt::Edge arrowEdge() const { return m_arrowEdge; }
+  // Without it the body alone is drawn, at the same place.
+  void setShowsArrow(bool shows);
+  [[nodiscard]] bool showsArrow() const { return m_showsArrow; }
   // 0 to 1.
   void setAlpha(double alpha);
 
@@ -47,6 +50,7 @@ class EntryBackgroundView : public QWidget {
 
   double m_arrowX;
   Qt::Edge m_arrowEdge{Qt::TopEdge};
+  bool m_showsArrow{true};
   double m_alpha{1};
   mutable QPainterPath m_outline;  // empty until it is asked for
 };

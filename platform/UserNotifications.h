@@ -25,6 +25,9 @@ class UserNotificationCenterDelegate {
   // Asked at each delivery: no keeps the notification off the screen, and nothing else.
   virtual bool shouldPresentNotification(const UserNotification& notification) = 0;
 
+  // The desktop did not take it: there is no service, or it answered with an error.
+  virtual void didFailToShowNotification(const UserNotification& notification) = 0;
+
  protected:
   ~UserNotificationCenterDelegate() = default;
 };

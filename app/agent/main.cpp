@@ -36,6 +36,7 @@
 #include "platform/linux/XkbKeyboardLayouts.h"
 #include "platform/linux/desktop/DesktopHotKeys.h"
 #include "platform/linux/desktop/Display.h"
+#include "platform/linux/desktop/KeyboardHints.h"
 #include "platform/linux/desktop/RawButtonPresses.h"
 #include "platform/linux/desktop/TrayStatusItem.h"
 #include "platform/linux/sound/SoundEffects.h"
@@ -137,6 +138,17 @@ TagSource tagSource(const QStringList& homeArguments) {
   };
 }
 
+EntryWindowDesktop windowDesktop() {
+  EntryWindowDesktop desktop{.isComposited = compositorIsRunning, .keepOutOfTaskBar = keepOutOfTaskBar};
+  if (isWaylandSession()) {
+    desktop.leaveKeyboard = leaveKeyboard;
+    const bool isX = showsThroughX();
+    desktop.placement = isX ? WindowPlacement::WindowManager : WindowPlacement::Compositor;
+    desktop.windowsTakeKeyboard = !isX;
+  }
+  return desktop;
+}
+
 // From the set-up of the log to the end of the event loop.
 int runAgent(QApplication& application, const QStringList& homeArguments, DisplayChoice display) {
   QuilloConfig& config = QuilloConfig::sharedConfig();
@@ -176,8 +188,7 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
                                     {.runningApplications = runningApplications,
                                      .workspace = workspace,
                                      .makeStatusItem = [] { return std::make_unique<TrayStatusItem>(); },
-                                     .compositorIsRunning = compositorIsRunning,
-                                     .keepOutOfTaskBar = keepOutOfTaskBar,
+                                     .windowDesktop = windowDesktop(),
                                      .outsideClicks = outsideClicks,
                                      .makeLocationManager = [&ownDefaults] { return onlineLocation(ownDefaults); },
                                      .weather = *weather,

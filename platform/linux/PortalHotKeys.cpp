@@ -204,10 +204,8 @@ void PortalHotKeys::finish(Claim& claim, HotKeyState state, const QString& reaso
   if (claim.request) claim.request.release()->deleteLater();
   claim.state = state;
   const HotKeyRef ref = claim.ref;
-  if (state != HotKeyState::Active) {
-    closeSession(claim.session);
-    claim.session.clear();
-  }
+  // A session that was refused stays open: some portals apply a shortcut that they saved before without listing it, and
+  // some answer with a refusal although it works. A press that comes counts.
   // A copy, as the observer may set another; it may also end the claim.
   if (const StateObserver observer = m_observer) observer(ref, state, reason);
 }
@@ -239,7 +237,7 @@ void PortalHotKeys::sessionClosed(const QDBusMessage& message) {
   Claim* claim = findSession(message.path());
   if (!claim) return;
   claim->session.clear();
-  finish(*claim, HotKeyState::Refused, u"the desktop has taken it back"_s);
+  if (claim->state != HotKeyState::Refused) finish(*claim, HotKeyState::Refused, u"the desktop has taken it back"_s);
 }
 
 void PortalHotKeys::activated(const QDBusObjectPath& session, const QString& shortcut, qulonglong,
@@ -256,9 +254,12 @@ void PortalHotKeys::deactivated(const QDBusObjectPath& session, const QString& s
 }
 
 void PortalHotKeys::send(const QDBusObjectPath& session, const QString& shortcut, quint32 kind) {
-  const Claim* claim = findSession(session.path());
+  Claim* claim = findSession(session.path());
   if (!claim || claim->shortcut != shortcut) return;
-  if (const Handler handler = m_handler) handler({.kind = kind, .directObject = claim->id});
+  const HotKeyID id = claim->id;
+  // While it is asked about, its answer is to come.
+  if (claim->state == HotKeyState::Refused) finish(*claim, HotKeyState::Active, {});
+  if (const Handler handler = m_handler) handler({.kind = kind, .directObject = id});
 }
 
 }  // namespace quillo

@@ -14,8 +14,8 @@
 namespace quillo {
 
 // Claims combinations through the desktop portal, where a program may not watch the keyboard itself: on Wayland. The
-// portal asks the user, so a claim is pending at first; it works once it is active. A portal that is started anew is
-// asked again. Needs a QCoreApplication.
+// portal asks the user, so a claim is pending at first. One that was refused becomes active with its first press, where
+// the portal sends one all the same. A portal that is started anew is asked again. Needs a QCoreApplication.
 class PortalHotKeys final : public QObject, public HotKeys {
   Q_OBJECT
 

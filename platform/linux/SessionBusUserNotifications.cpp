@@ -62,7 +62,9 @@ quint64 SessionBusUserNotifications::deliverNotification(const UserNotification&
                          SLOT(notificationClosed(uint, uint, QDBusMessage)));
     });
   if (!m_bus->connect()) {
-    QLLogInfo(u"A notification could not be shown: there is no session bus"_s);
+    QMetaObject::invokeMethod(
+        this, [this, lost = delivered.notification] { failed(lost, u"there is no session bus"_s); },
+        Qt::QueuedConnection);
     return m_lastIdentifier;
   }
   m_delivered.push_back(std::move(delivered));
@@ -109,13 +111,19 @@ void SessionBusUserNotifications::wasNotified(quint64 identifier, const QDBusMes
   const Place place = find(identifier);
   if (place == m_delivered.end()) return;
   if (answer.type() != QDBusMessage::ReplyMessage || answer.arguments().value(0).toUInt() == 0) {
-    QLLogInfo(u"A notification could not be shown: %1"_s.arg(answer.errorMessage()));
+    const Delivered lost = *place;
     m_delivered.erase(place);
+    if (!lost.withdrawn) failed(lost.notification, answer.errorMessage());
     return;
   }
   place->server = answer.service();
   place->number = answer.arguments().at(0).toUInt();
   if (place->withdrawn) withdraw(place);
+}
+
+void SessionBusUserNotifications::failed(const UserNotification& notification, const QString& reason) {
+  QLLogInfo(u"A notification could not be shown: %1"_s.arg(reason));
+  if (m_delegate) m_delegate->didFailToShowNotification(notification);
 }
 
 void SessionBusUserNotifications::withdraw(Place place) {

@@ -46,6 +46,7 @@ class SessionBusUserNotifications final : public QObject, public UserNotificatio
   void wasNotified(quint64 identifier, const QDBusMessage& answer);
   // The server's answer comes to `then`, an error too, on a later turn of the event loop.
   void call(const QDBusMessage& message, std::function<void(const QDBusMessage&)> then);
+  void failed(const UserNotification& notification, const QString& reason);
   void withdraw(Place place);
   [[nodiscard]] Place find(quint64 identifier);
   [[nodiscard]] Place find(const QString& server, uint number);

@@ -58,8 +58,8 @@ class PortalTest(AgentTestCase):
                 portal.ask(f"answer {answer}", "ok")
                 ref = self.claim(probe)
                 probe.expect(f"state {ref} refused {reason}")
-                portal.expect("closed .*")
                 probe.ask(f"unclaim {ref}", "unclaimed 0")
+                portal.expect("closed .*")
         # Granted, and taken back.
         portal.ask("answer accept", "ok")
         ref = self.claim(probe)
@@ -69,6 +69,15 @@ class PortalTest(AgentTestCase):
         portal.ask("press", "ok")
         self.assertEqual(probe.ask("unclaim 99", "unclaimed .*")[0], "unclaimed -9879")
         self.assertEqual(probe.unread, [])
+
+    def test_a_press_counts_though_the_portal_listed_no_shortcut(self):
+        portal, probe = self.portal(), self.probe()
+        portal.ask("answer nothing", "ok")
+        ref = self.claim(probe)
+        probe.expect(f"state {ref} refused it was declined")
+        portal.ask("press", "ok")
+        probe.expect(f"state {ref} active")
+        probe.expect("pressed 7 token-1")
 
     def test_without_a_portal_it_is_unsupported_until_one_comes_and_asked_again_after_a_restart(self):
         probe = self.probe()

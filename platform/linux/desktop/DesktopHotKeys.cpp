@@ -2,6 +2,7 @@
 
 #include "platform/linux/PortalHotKeys.h"
 #include "platform/linux/XkbKeyboardLayouts.h"
+#include "platform/linux/desktop/Display.h"
 #include "platform/linux/desktop/X11HotKeys.h"
 
 #include <QGuiApplication>
@@ -9,7 +10,8 @@
 namespace quillo {
 
 std::unique_ptr<HotKeys> hotKeysOfDesktop(const QString& description, XkbKeyboardLayouts& layouts) {
-  if (X11HotKeys::isAvailable()) return std::make_unique<X11HotKeys>();
+  // A key grabbed from Xwayland is heard over the windows of X programs only, and the grab is granted all the same.
+  if (!isWaylandSession() && X11HotKeys::isAvailable()) return std::make_unique<X11HotKeys>();
   return std::make_unique<PortalHotKeys>(description, QGuiApplication::desktopFileName(),
                                          [&layouts](quint16 keyCode) { return layouts.keysymName(keyCode); });
 }

@@ -54,6 +54,10 @@ bool isWaylandSession() {
   return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
+bool showsThroughX() {
+  return X11::connection() != nullptr;
+}
+
 DisplayChoice chooseDisplay() {
   if (qEnvironmentVariableIsSet(platformVariable)) return DisplayChoice::ByUser;
   if (!isWaylandSession()) return DisplayChoice::X11;

@@ -19,6 +19,9 @@ class DisplayRequirement {
 // Whether the windows of this session are a Wayland compositor's, be it through Xwayland.
 [[nodiscard]] bool isWaylandSession();
 
+// Whether windows are shown through an X server, be it Xwayland. Needs the application object.
+[[nodiscard]] bool showsThroughX();
+
 // What the windows of this process are shown by.
 enum class DisplayChoice {
   ByUser,    // QT_QPA_PLATFORM was set before

@@ -1,6 +1,7 @@
 #include "platform/linux/desktop/RawButtonPresses.h"
 
 #include "foundation/Log.h"
+#include "platform/linux/desktop/Display.h"
 #include "platform/linux/desktop/X11.h"
 
 #include <QSocketNotifier>
@@ -136,6 +137,8 @@ RawButtonPresses::RawButtonPresses() = default;
 RawButtonPresses::~RawButtonPresses() = default;
 
 std::unique_ptr<Registration> RawButtonPresses::addGlobalMonitor(std::function<void()> handler) {
+  // Xwayland tells of presses on the windows of X programs only: of a monitor that misses most, nobody could know.
+  if (isWaylandSession()) return nullptr;
   if (!m_connection || m_connection->isBroken()) m_connection = Connection::open();
   if (!m_connection) {
     QLLogDebug(u"Clicks in other programs cannot be seen here"_s);

@@ -8,7 +8,7 @@ namespace quillo {
 
 // Clicks outside by way of the X input extension: raw button presses, which the server tells whoever asks, whatever
 // window they go to. It uses a connection of its own, made on first use; while nobody listens the server sends nothing.
-// Without an X server, or without version 2 of the extension, there is no monitor.
+// Without an X server, without version 2 of the extension, or in a Wayland session there is no monitor.
 class RawButtonPresses final : public OutsideClicks {
  public:
   RawButtonPresses();

@@ -153,8 +153,9 @@ void TrayStatusItem::activated(QSystemTrayIcon::ActivationReason reason) {
       if (const auto callback = m_onPrimaryClick) callback();
       break;
     case QSystemTrayIcon::MiddleClick:
-      // Qt shows the menu on the secondary click only.
-      if (m_menu) m_menu->popup(anchor().bottomLeft().toPoint());
+      // Qt shows the menu on the secondary click only. A Wayland compositor would place it as a window like any other,
+      // or under the panel.
+      if (m_menu && !isWaylandSession()) m_menu->popup(anchor().bottomLeft().toPoint());
       break;
     default:
       break;

@@ -21,7 +21,9 @@ static constexpr const char* usualAtoms[] = {traySelection,
                                              "_NET_WM_CM_S0",
                                              "_NET_WM_STATE",
                                              "_NET_WM_STATE_SKIP_TASKBAR",
-                                             "_NET_WM_STATE_SKIP_PAGER"};
+                                             "_NET_WM_STATE_SKIP_PAGER",
+                                             "WM_PROTOCOLS",
+                                             "WM_TAKE_FOCUS"};
 
 xcb_connection_t* connection() {
   const auto* x11 = qApp ? qApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;

@@ -133,23 +133,23 @@ class AppDelegateTest : public testing::Test {
                                     .spellChecker = spellChecker},
                            .remindersManager = [this]() -> RemindersManager& { return reminders(); },
                            .usageTracker = &QLMixpanelTracker::sharedInstance};
-    AgentPlatform platform{.runningApplications = desktop,
-                           .workspace = desktop,
-                           .makeStatusItem =
-                               [this] {
-                                 ++desktop.statusItems;
-                                 return std::make_unique<SilentStatusItem>(desktop.toolTips);
-                               },
-                           .compositorIsRunning = [] { return true; },
-                           .keepOutOfTaskBar = {},
-                           .outsideClicks = desktop,
-                           .makeLocationManager = {},
-                           .weather = desktop,
-                           .clock = clock,
-                           .timers = timers,
-                           .terminate = [this] { desktop.ended = true; },
-                           .userNotifications = reminderOutlets,
-                           .sounds = reminderOutlets};
+    AgentPlatform platform{
+        .runningApplications = desktop,
+        .workspace = desktop,
+        .makeStatusItem =
+            [this] {
+              ++desktop.statusItems;
+              return std::make_unique<SilentStatusItem>(desktop.toolTips);
+            },
+        .windowDesktop = {.isComposited = [] { return true; }, .windowsTakeKeyboard = windowsTakeKeyboard},
+        .outsideClicks = desktop,
+        .makeLocationManager = {},
+        .weather = desktop,
+        .clock = clock,
+        .timers = timers,
+        .terminate = [this] { desktop.ended = true; },
+        .userNotifications = reminderOutlets,
+        .sounds = reminderOutlets};
     delegate = std::make_unique<QuilloAgentAppDelegate>(std::move(services), std::move(platform));
   }
   // What a new process reads anew. There may be no delegate.
@@ -189,6 +189,7 @@ class AppDelegateTest : public testing::Test {
   FakeDesktop desktop;
   FakeHotKeys hotKeys;
   FakeReminderOutlets outlets;
+  bool windowsTakeKeyboard{false};
   UserDefaults ownDefaults{home.path(), u"own"_s};
   SpellChecker spellChecker{SpellChecker::standardSources(UserDirectories::current())};
   NotificationCenter workspaceCenter;

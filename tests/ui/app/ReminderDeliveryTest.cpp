@@ -117,6 +117,34 @@ TEST_F(ReminderDeliveryTest, AClickLeadsToANewEntryOrHandsTheOpenOneOver) {
   QLJournalPackageFile::setDefaultPackageURLProvider({});
 }
 
+TEST_F(ReminderDeliveryTest, ANotificationStandsForAWindowThatWouldTakeTheKeyboard) {
+  windowsTakeKeyboard = true;
+  makeDelegate(&outlets);
+  delegate->showMainApplicationWindow();
+  wants(true, true, false);
+  EXPECT_EQ(fire(), (QStringList{u"play "_s + sound, u"notify"_s}));
+  EXPECT_FALSE(windowIsOpen());
+  outlets.centerDelegate->didActivateNotification(outlets.standing[0]);
+  EXPECT_TRUE(windowIsOpen());
+  EXPECT_EQ(delegate->statusController()->currentMode(), EntryWindowModeReminder);
+  EXPECT_EQ(desktop.opened, QStringList{});
+  delegate->statusController()->hideEntryWindow();
+
+  // Nothing shows notifications: the window is better than no reminder.
+  fire();
+  EXPECT_FALSE(windowIsOpen());
+  outlets.centerDelegate->didFailToShowNotification(outlets.standing[0]);
+  EXPECT_TRUE(windowIsOpen());
+  delegate->statusController()->hideEntryWindow();
+
+  // One that was asked for as such leads where it always does.
+  wants(false, false, true);
+  fire();
+  outlets.centerDelegate->didActivateNotification(outlets.standing[0]);
+  EXPECT_FALSE(windowIsOpen());
+  EXPECT_EQ(desktop.opened, QStringList{u"quillo://post"_s});
+}
+
 TEST_F(ReminderDeliveryTest, WithoutCentreAndSoundTheWindowStillOpens) {
   makeDelegate(nullptr);
   delegate->showMainApplicationWindow();

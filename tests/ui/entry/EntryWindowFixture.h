@@ -46,7 +46,7 @@ class EntryWindowTest : public EntryTest {
             .outsideClicks = &outsideClicks,
             .makeLocationManager = makeLocationManager(),
             .weather = &weather,
-            .compositorIsRunning = [this] { return isComposited; }};
+            .desktop = {.isComposited = [this] { return isComposited; }, .placement = placement}};
   }
   void newController() { controller = std::make_shared<AgentEntryWindowController>(services(), alarm); }
   template <typename Widget>
@@ -74,6 +74,7 @@ class EntryWindowTest : public EntryTest {
   NotificationCenter notices;
   SpellChecker spellChecker{SpellChecker::standardSources(UserDirectories::current())};
   bool isComposited{true};
+  WindowPlacement placement{WindowPlacement::Program};
   std::shared_ptr<AgentEntryWindowController> controller;
 };
 

@@ -29,7 +29,9 @@ struct FakeSounds : Sounds {
 struct Listener final : UserNotificationCenterDelegate {
   void didActivateNotification(const UserNotification& notification) override { activated << notification.identifier; }
   bool shouldPresentNotification(const UserNotification&) override { return presents; }
+  void didFailToShowNotification(const UserNotification& notification) override { failed << notification.identifier; }
   QList<quint64> activated;
+  QList<quint64> failed;
   bool presents{true};
 };
 
@@ -172,9 +174,11 @@ TEST_F(UserNotificationsTest, TheSoundIsHeardServerOrNotAndTheDelegateMayKeepOne
   EXPECT_EQ(server->shown[0].hints.value(u"suppress-sound"_s), true);
   deliver();
   EXPECT_EQ(sounds.played.size(), 1);
+  EXPECT_TRUE(listener.failed.isEmpty());
   server.reset();
-  deliver(u"text"_s, u"bell"_s);
+  const quint64 lost = deliver(u"text"_s, u"bell"_s);
   EXPECT_EQ(sounds.played.size(), 2);
+  EXPECT_TRUE(runUntil([&] { return listener.failed.contains(lost); }));
 }
 
 TEST(SoundEffects, ASoundThatIsNotThereIsSilentAndNotReported) {
