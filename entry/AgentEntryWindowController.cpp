@@ -48,6 +48,8 @@ static constexpr double closeButtonFraction = 0.6;
 static constexpr int fadeMilliseconds = 200;
 // Within which press and release are one click; points from the left and the top together.
 static constexpr int oneClickMilliseconds = 1000;
+// The same where the pointer's place is not known: nobody gets from elsewhere to the icon as fast.
+static constexpr int oneBlindClickMilliseconds = 300;
 static constexpr int oneClickDistance = 6;
 static constexpr auto refocusDelay = 50ms;
 
@@ -270,20 +272,22 @@ void AgentEntryWindowController::removeWindowDismissalMonitors() {
 }
 
 void AgentEntryWindowController::clickedElsewhere() {
-  if (!window().frame().contains(mouseLocation())) dismiss();
+  if (!window().frame().contains(mouseLocation())) dismiss(QCursor::pos());
 }
 
-void AgentEntryWindowController::dismiss() {
+void AgentEntryWindowController::dismiss(std::optional<QPoint> pointer) {
   // A reminder stays until the user acts on it, and an alert until it is answered.
   if (m_currentMode == EntryWindowModeReminder || window().hasAttachedSheet()) return;
   m_sinceDismissal.start();
-  m_dismissedAt = QCursor::pos();
+  m_dismissedAt = pointer;
   close();
 }
 
 bool AgentEntryWindowController::wasJustDismissedHere() const {
-  return m_sinceDismissal.isValid() && m_sinceDismissal.elapsed() < oneClickMilliseconds &&
-         (QCursor::pos() - m_dismissedAt).manhattanLength() <= oneClickDistance;
+  if (!m_sinceDismissal.isValid()) return false;
+  if (!m_dismissedAt) return m_sinceDismissal.elapsed() < oneBlindClickMilliseconds;
+  return m_sinceDismissal.elapsed() < oneClickMilliseconds &&
+         (QCursor::pos() - *m_dismissedAt).manhattanLength() <= oneClickDistance;
 }
 
 void AgentEntryWindowController::activationChanged() {
@@ -293,7 +297,7 @@ void AgentEntryWindowController::activationChanged() {
   if (m_globalEventMonitor || !m_isShown || window().isActiveWindow()) return;
   QTimer::singleShot(0, this, [this] {
     const bool left = !QApplication::activeWindow() && !QApplication::activePopupWidget();
-    if (m_isShown && left) dismiss();
+    if (m_isShown && left) dismiss(std::nullopt);
   });
 }
 

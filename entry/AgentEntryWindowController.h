@@ -98,8 +98,8 @@ class AgentEntryWindowController : public QObject {
   void addWindowDismissalMonitors();
   void removeWindowDismissalMonitors();
   void clickedElsewhere();
-  // The user turned to something else.
-  void dismiss();
+  // The user turned to something else; with the place of the press, where it is known.
+  void dismiss(std::optional<QPoint> pointer);
   void activationChanged();
   void fadeSnoozeRow();
   void endFade();
@@ -132,7 +132,7 @@ class AgentEntryWindowController : public QObject {
   EntryWindowMode m_currentMode{EntryWindowModeStandard};
   std::unique_ptr<Registration> m_globalEventMonitor;
   QElapsedTimer m_sinceDismissal;
-  QPoint m_dismissedAt;
+  std::optional<QPoint> m_dismissedAt;
   QPointer<QAbstractAnimation> m_snoozeFade;
   bool m_isShown{false};
   bool m_isClosing{false};
