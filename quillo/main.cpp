@@ -168,7 +168,8 @@ class PreferencesPlatform {
 };
 
 std::unique_ptr<FirstStartWindow> makeFirstStart(QuilloConfig& config, PreferencesPlatform& platform,
-                                                 OpenPanel& openPanel, std::function<void()> finished) {
+                                                 OpenPanel& openPanel,
+                                                 std::function<void(const FirstStart& choice)> finished) {
   NotificationCenter& center = DistributedNotificationCenter::sharedCenter();
   const FirstStartServices services{.config = config,
                                     .post = [&center](const QString& name) { center.postNotification(name); },
@@ -255,7 +256,7 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
                    .logFolder = config.groupLogsDirectoryURL().toLocalFile()});
              },
          .makeFirstStart =
-             [&](std::function<void()> finished) {
+             [&](std::function<void(const FirstStart& choice)> finished) {
                if (!forPreferences) forPreferences.emplace(runningApplications, arguments.homeArguments);
                return makeFirstStart(config, *forPreferences, openPanel, std::move(finished));
              },

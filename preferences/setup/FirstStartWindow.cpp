@@ -123,6 +123,7 @@ void FirstStartWindow::showWindow() {
 FirstStart FirstStartWindow::result() const {
   FirstStart result = m_choice;
   if (m_isSkipped[Journal]) result.journal = FirstStart::Journal::None;
+  if (result.journal != FirstStart::Journal::New) result.bringsEntriesIn = false;
   if (m_isSkipped[Reminders]) result.reminders.isOn = false;
   if (m_isSkipped[Key]) {
     result.shortcut = PTKeyCombo::clearKeyCombo();
@@ -188,7 +189,7 @@ void FirstStartWindow::finish() {
   QString reason;
   const bool runs = m_services.startAgent(choice, &reason);
   setBusy(false);
-  if (m_services.finished) m_services.finished();
+  if (m_services.finished) m_services.finished(choice);
   if (runs) {
     close();
     return;
