@@ -269,6 +269,10 @@ void QuilloAgentAppDelegate::tryReminder() {
   m_reminderDelivery.reminderAlarmFired();
 }
 
+void QuilloAgentAppDelegate::settingsDidChange() {
+  if (m_entryWindowController) m_entryWindowController->settingsDidChange();
+}
+
 void QuilloAgentAppDelegate::orderFrontAboutWindow() {
   if (!m_aboutWindowController)
     m_aboutWindowController = std::make_unique<AboutWindowController>(m_platform.workspace, m_services.bundle);

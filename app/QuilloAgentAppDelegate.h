@@ -116,6 +116,8 @@ class QuilloAgentAppDelegate final : public QObject, public BITCrashReportManage
   void reminderAlarmFired();
   // The same out of its time, to see what it is like.
   void tryReminder();
+  // See AgentEntryWindowController.
+  void settingsDidChange();
   // Reminders were switched on or off, here or by the other application. Other contexts than the delegate's own are
   // ignored.
   void observeValueForKeyPath(const QString& keyPath, KeyValueObservable& object, const void* context) override;

@@ -7,6 +7,7 @@ pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-xinput xcb-xkb xkbcommon 
 pkg_check_modules(HUNSPELL REQUIRED IMPORTED_TARGET hunspell)
 pkg_check_modules(PNG REQUIRED IMPORTED_TARGET libpng)
 pkg_check_modules(MD4C REQUIRED IMPORTED_TARGET md4c-html)
+pkg_check_modules(LIBARCHIVE REQUIRED IMPORTED_TARGET libarchive)
 pkg_check_modules(YAML_CPP REQUIRED IMPORTED_TARGET yaml-cpp)
 pkg_check_modules(LIBDW REQUIRED IMPORTED_TARGET libdw)
 if(QUILLO_TESTS)

@@ -84,6 +84,8 @@ inline constexpr QLatin1StringView editorGrammarCheckEnabled{"EditorGrammarCheck
 inline constexpr QLatin1StringView editorCorrectSpellingEnabled{"EditorCorrectSpellingEnabled"};
 inline constexpr QLatin1StringView markdownEnabled{"MarkdownEnabled"};
 inline constexpr QLatin1StringView fontSize{"FontSize"};
+// Of the main application's windows: "light" or "dark", and as the desktop has it without.
+inline constexpr QLatin1StringView look{"Look"};
 // Services.
 inline constexpr QLatin1StringView sendUsageData{"SendUsageData"};
 inline constexpr QLatin1StringView serverURL{"QLServerURL"};
@@ -92,6 +94,10 @@ inline constexpr QLatin1StringView nativeSyncSessionIdentifier{"QLNativeSyncSess
 inline constexpr QLatin1StringView verboseLogging{"QLVerboseLogging"};
 inline constexpr QLatin1StringView autoBackupLocation{"AutoBackupLocation"};
 inline constexpr QLatin1StringView autoBackupLocationBookmark{"AutoBackupLocationBookmark"};
+inline constexpr QLatin1StringView autoBackupEnabled{"AutoBackupEnabled"};
+inline constexpr QLatin1StringView autoBackupFrequency{"AutoBackupFrequency"};
+inline constexpr QLatin1StringView autoBackupInterval{"AutoBackupInterval"};
+inline constexpr QLatin1StringView autoBackupMaxCount{"AutoBackupMaxCount"};
 inline constexpr QLatin1StringView webKitDeveloperExtras{"WebKitDeveloperExtras"};
 inline constexpr QLatin1StringView allowWebInspector{"QLAllowWebInspector"};
 inline constexpr QLatin1StringView dropboxAppFolderBookmarkData{"DropboxAppFolderBookmarkData"};

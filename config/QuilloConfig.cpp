@@ -22,6 +22,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr QLatin1StringView preferencesFolder{"Data/Preferences"};
+
 // Makes the directory and those above it. An existing directory is success; anything else in its place is "file
 // exists".
 bool createDirectory(const QString& path, Error* error) {
@@ -50,6 +52,10 @@ QuilloConfig::QuilloConfig(UserDirectories directories, UserDefaults& ownDefault
     m_ownDefaults.removeObjectForKey(Key::webKitDeveloperExtras);
 }
 
+QString QuilloConfig::groupContainerPath() const {
+  return m_directories.home + u"/Library/Group Containers/"_s + Identifier::applicationGroup;
+}
+
 static bool hasContents(const QString& path) {
   const QFileInfo file(path);
   return file.exists() && file.size() > 0;
@@ -67,6 +73,10 @@ static bool makeEmptyList(const QString& path, Error* error) {
   }
   const auto empty = PropertyListSerialization::dataWithPropertyList(PropertyListDictionary(), PropertyListFormat::XML);
   return writeFileInPlace(path, *empty, error);
+}
+
+bool QuilloConfig::hasGroupProperties() const {
+  return m_groupPropertyList || hasContents(groupContainerPath() + u'/' + preferencesFolder + u"/quillo.plist"_s);
 }
 
 PersistentPropertyList* QuilloConfig::groupProperties(Error* error) {
@@ -107,7 +117,7 @@ QUrl QuilloConfig::defaultBackupDirectoryURL() const {
   return QUrl::fromLocalFile(below(supportDirectoryURL(), QLatin1StringView("Backup")));
 }
 QUrl QuilloConfig::groupContainerURL() const {
-  return ensured(m_directories.home + u"/Library/Group Containers/"_s + Identifier::applicationGroup);
+  return ensured(groupContainerPath());
 }
 QUrl QuilloConfig::groupLogsDirectoryURL() const {
   return ensured(below(groupContainerURL(), QLatin1StringView("Data/Logs")));
@@ -116,7 +126,7 @@ QUrl QuilloConfig::groupDataDirectoryURL() const {
   return ensured(below(groupContainerURL(), QLatin1StringView("Data/Documents")));
 }
 QUrl QuilloConfig::groupPrefsDirectoryURL() const {
-  return ensured(below(groupContainerURL(), QLatin1StringView("Data/Preferences")));
+  return ensured(below(groupContainerURL(), preferencesFolder));
 }
 QUrl QuilloConfig::dataDirectoryURL() const {
   return ensured(m_directories.documents);
@@ -151,6 +161,30 @@ QUrl QuilloConfig::backupRootURL() {
   if (const auto data = m_ownDefaults.dataForKey(Key::autoBackupLocationBookmark))
     if (const auto resolved = Bookmark::resolve(*data, Bookmark::resolutionWithSecurityScope)) return resolved->url;
   return defaultBackupDirectoryURL();
+}
+
+bool QuilloConfig::setBackupRootURL(const std::optional<QUrl>& url, Error* error) {
+  std::optional<PropertyListValue> bookmark;
+  if (url) {
+    if (!QFileInfo(url->toLocalFile()).isDir())
+      return fail(error, cocoaError(ErrorCode::fileNoSuchFile, url->toLocalFile() + u": there is no such folder"_s));
+    const auto data = Bookmark::bookmarkData(url, Bookmark::creationWithSecurityScope, error);
+    if (!data) return false;
+    bookmark = PropertyListValue(*data);
+  } else {
+    // It would come back otherwise.
+    m_ownDefaults.removeObjectForKey(Key::autoBackupLocation);
+  }
+  m_ownDefaults.setObjectForKey(bookmark, Key::autoBackupLocationBookmark);
+  return !m_ownDefaults.lastError() || fail(error, *m_ownDefaults.lastError());
+}
+
+std::optional<Error> QuilloConfig::whyBackupRootIsMissing() {
+  populateBackupBookmarkDataIfNecessary();
+  const auto data = m_ownDefaults.dataForKey(Key::autoBackupLocationBookmark);
+  Error error;
+  if (!data || Bookmark::resolve(*data, Bookmark::resolutionWithSecurityScope, &error)) return std::nullopt;
+  return error;
 }
 
 Bundle QuilloConfig::coreResourcesBundle() const {

@@ -42,6 +42,9 @@ class QuilloConfig {
   // names the file.
   [[nodiscard]] PersistentPropertyList* groupProperties(Error* error = nullptr);
 
+  // Whether there is such a list, by its file alone; makes and writes nothing.
+  [[nodiscard]] bool hasGroupProperties() const;
+
   void ensureDirectoryAtPath(const QString& path) const;
 
   [[nodiscard]] QUrl supportDirectoryURL() const;  // ensured
@@ -55,6 +58,12 @@ class QuilloConfig {
   [[nodiscard]] QUrl nativeSyncWorkingDirectoryURL() const;
   // The folder that the own-defaults bookmark leads to, else the default one. Migrates an older setting first.
   [[nodiscard]] QUrl backupRootURL();
+  // Makes it the folder of backups, which must be there; nothing goes back to the default one. False, with an error,
+  // where that cannot be saved, or there is no such folder.
+  bool setBackupRootURL(const std::optional<QUrl>& url, Error* error = nullptr);
+  // Whether a folder was chosen that is not there, so that backupRootURL() is another: why, with its path. A disk that
+  // is not connected is the usual case.
+  [[nodiscard]] std::optional<Error> whyBackupRootIsMissing();
   void populateBackupBookmarkDataIfNecessary();
 
   // The core library's resources: a bundle of its own inside the main bundle, or the one that the library is part of.
@@ -90,6 +99,7 @@ class QuilloConfig {
   bool promptMainAppToUpdateBookmarks();
 
  private:
+  [[nodiscard]] QString groupContainerPath() const;
   QUrl ensured(const QString& path) const;
   [[nodiscard]] std::optional<PropertyListValue> sharedValue(QLatin1StringView key);
   void setSharedValue(const std::optional<PropertyListValue>& value, QLatin1StringView key);

@@ -228,6 +228,13 @@ void AgentEntryWindowController::showEditor(bool reminder) {
   if (locate) fetchLocationOnceShown();
 }
 
+void AgentEntryWindowController::settingsDidChange() {
+  // What was found for the last entry is not to go into the next one. An entry in hand keeps its place.
+  if (m_isShown || m_session.activeEntry() || m_place.isAutomatic()) return;
+  window().ui().locationToggleButton->setChecked(false);
+  m_place.forget();
+}
+
 void AgentEntryWindowController::fetchLocationOnceShown() {
   if (m_place.hasLocationManager() || m_services.firstSearchDelay.count() == 0)
     return fetchLocationAndWeatherIfNeeded();

@@ -70,6 +70,9 @@ class AgentEntryWindowController : public QObject {
   void takeOverUnsavedText(AgentEntryWindowController& other) { m_session.takeOverUnsavedText(other.m_session); }
   void openJournalButtonClicked();
 
+  // Another program has changed settings, which the shared list and the own defaults have by now.
+  void settingsDidChange();
+
   // Of the entry in the window: see EntryPlace.
   void fetchLocationAndWeatherIfNeeded() { m_place.fetchLocationAndWeatherIfNeeded(); }
   void updateWeatherFromLocation() { m_place.updateWeatherFromLocation(); }

@@ -6,6 +6,7 @@
 #include "entry/AgentEntryWindowController.h"
 #include "entry/EntryWindowPlacement.h"
 #include "entry/WindowConvertPoint.h"
+#include "foundation/Log.h"
 #include "foundation/NotificationCenter.h"
 #include "platform/StatusItem.h"
 
@@ -155,6 +156,8 @@ void QLXAStatusBarController::positionEntryWindow() {
 
 void QLXAStatusBarController::showEntryWindowInMode(EntryWindowMode mode) {
   if (m_isShowingEntryWindow || !m_entryWindowController) return;
+  QLLogDebug(mode == EntryWindowModeReminder ? u"The entry window opens for a reminder"_s
+                                             : u"The entry window opens"_s);
   setIsHighlighted(true);
   setIsShowingEntryWindow(true);
   setCurrentMode(mode);
@@ -169,6 +172,7 @@ void QLXAStatusBarController::showEntryWindowInMode(EntryWindowMode mode) {
 
 void QLXAStatusBarController::hideEntryWindow() {
   if (!m_isShowingEntryWindow) return;
+  QLLogDebug(u"The entry window closes"_s);
   setIsHighlighted(false);
   setIsShowingEntryWindow(false);
   setCurrentMode(EntryWindowModeStandard);

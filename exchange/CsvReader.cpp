@@ -2,14 +2,12 @@
 
 #include <QByteArrayView>
 
-#include <algorithm>
-
 namespace quillo {
 
 CsvReader::CsvReader(const QByteArray& bytes) : m_bytes(bytes) {
-  if (m_bytes.startsWith("\xEF\xBB\xBF")) m_position = 3;
   m_bytes.replace("\r\n", "\n");
-  const QByteArrayView first = QByteArrayView(m_bytes).first(std::max<qsizetype>(m_bytes.indexOf('\n'), 0));
+  const qsizetype end = m_bytes.indexOf('\n');
+  const QByteArrayView first = QByteArrayView(m_bytes).first(end < 0 ? m_bytes.size() : end);
   for (const char separator : {';', '\t'})
     if (first.count(separator) > first.count(m_separator)) m_separator = separator;
 }

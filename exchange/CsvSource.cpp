@@ -1,9 +1,8 @@
 #include "exchange/CsvSource.h"
 
 #include "exchange/CsvReader.h"
+#include "exchange/SourceFiles.h"
 #include "exchange/TextEntry.h"
-#include "foundation/FileContents.h"
-#include "foundation/Utf8.h"
 #include "qlcore/QLJournalEntryFile.h"
 
 #include <QFileInfo>
@@ -98,19 +97,28 @@ ImportItem itemOf(Rows& rows, const CsvReader& reader, const QString& path, bool
 }  // namespace
 
 void CsvSource::forEach(const ImportTaker& take) {
-  Error error;
-  const auto bytes = contentsOfFile(m_path, &error);
-  const auto problem = [&](int line, const QString& reason) { take(ImportProblem{{m_path, line}, reason}); };
-  if (!bytes) return problem(0, error.localizedDescription);
-  if (const qsizetype at = firstInvalidUtf8Byte(*bytes); at >= 0)
-    return problem(1 + static_cast<int>(std::count(bytes->begin(), bytes->begin() + at, '\n')),
-                   u"it is no UTF-8 text"_s);
-  CsvReader reader(*bytes);
+  ImportProblem unreadable;
+  const auto bytes = utf8OfFile(m_path, &unreadable);
+  if (!bytes) {
+    take(unreadable);
+    return;
+  }
+  read(*bytes, m_path, m_makesTags, take);
+}
+
+bool CsvSource::isTable(const QByteArray& beginning) {
+  CsvReader reader(beginning.left(beginning.indexOf('\n')));
+  return reader.next() && Rows(reader.fields(), {}).missing().isEmpty();
+}
+
+void CsvSource::read(const QByteArray& utf8, const QString& path, bool makesTags, const ImportTaker& take) {
+  const auto problem = [&](int line, const QString& reason) { take(ImportProblem{{path, line}, reason}); };
+  CsvReader reader(utf8);
   const bool hasColumns = reader.next();
-  Rows rows(hasColumns ? reader.fields() : QStringList(), QFileInfo(m_path).canonicalFilePath());
+  Rows rows(hasColumns ? reader.fields() : QStringList(), QFileInfo(path).canonicalFilePath());
   if (!reader.hasFault() && !rows.missing().isEmpty()) return problem(1, rows.missing());
   while (reader.next())
-    if (!take(itemOf(rows, reader, m_path, m_makesTags))) return;
+    if (!take(itemOf(rows, reader, path, makesTags))) return;
   if (reader.hasFault()) problem(reader.line(), u"the quotation mark of a field that begins here has no end"_s);
 }
 

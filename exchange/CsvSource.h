@@ -2,9 +2,8 @@
 
 #include "exchange/ImportSource.h"
 
-#include <QHash>
+#include <QByteArray>
 #include <QString>
-#include <QStringList>
 
 namespace quillo {
 
@@ -15,6 +14,11 @@ class CsvSource final : public ImportSource {
  public:
   CsvSource(const QString& path, bool makesTagsOfHashtags) : m_path(path), m_makesTags(makesTagsOfHashtags) {}
   void forEach(const ImportTaker& take) override;
+
+  // The same of what the file at `path` holds, without a mark of the byte order.
+  static void read(const QByteArray& utf8, const QString& path, bool makesTagsOfHashtags, const ImportTaker& take);
+  // Whether the text begins with a line that names the columns which are needed.
+  [[nodiscard]] static bool isTable(const QByteArray& beginning);
 
  private:
   QString m_path;

@@ -1,11 +1,8 @@
 #include "exchange/FrontMatter.h"
 
+#include "exchange/YamlReading.h"
 #include "qlcore/QLJournalEntryFile.h"
 
-#include <yaml-cpp/yaml.h>
-
-#include <algorithm>
-#include <exception>
 #include <initializer_list>
 #include <limits>
 #include <utility>
@@ -19,17 +16,6 @@ namespace {
 // In UTF-16 units; bounds what a reader of YAML is given.
 constexpr qsizetype longestFrontMatter = qsizetype{64} * 1024;
 
-// A value that is of no use, with its place.
-struct Unusable {
-  YAML::Mark mark;
-  QString reason;
-};
-
-// A mark of the byte order at its beginning is a part of it, which the conversion takes out.
-QString textOf(const YAML::Node& node) {
-  return node.IsScalar() ? QString::fromStdString('.' + node.Scalar()).mid(1) : QString();
-}
-
 // The first of these keys that has a value. Of a constant node, for the others add what they do not find.
 YAML::Node valueOf(const YAML::Node& map, std::initializer_list<const char*> keys) {
   for (const char* key : keys)
@@ -39,7 +25,7 @@ YAML::Node valueOf(const YAML::Node& map, std::initializer_list<const char*> key
 
 std::optional<double> numberOf(const YAML::Node& node) {
   bool isNumber = false;
-  const double number = textOf(node).toDouble(&isNumber);
+  const double number = yamlTextOf(node).toDouble(&isNumber);
   return isNumber ? std::optional(number) : std::nullopt;
 }
 
@@ -56,9 +42,9 @@ QStringList tagsIn(const YAML::Node& node, bool isOurs) {
     if (!tag.isEmpty()) tags << tag;
   };
   if (node.IsSequence())
-    for (const YAML::Node& tag : node) add(textOf(tag));
+    for (const YAML::Node& tag : node) add(yamlTextOf(tag));
   else
-    for (const QString& tag : textOf(node).split(u',')) add(tag.trimmed());
+    for (const QString& tag : yamlTextOf(node).split(u',')) add(tag.trimmed());
   return tags;
 }
 
@@ -70,8 +56,8 @@ std::optional<QLLocation> locationIn(const YAML::Node& node) {
   if (north.IsNull() || east.IsNull()) return std::nullopt;
   constexpr double none = std::numeric_limits<double>::quiet_NaN();
   const QLLocation location{numberOf(north).value_or(none), numberOf(east).value_or(none),
-                            textOf(valueOf(node, {"name", "placeName"}))};
-  if (!location.isValid()) throw Unusable{north.Mark(), u"the location is not on this earth"_s};
+                            yamlTextOf(valueOf(node, {"name", "placeName"}))};
+  if (!location.isValid()) throw UnusableYaml{north.Mark(), u"the location is not on this earth"_s};
   return location;
 }
 
@@ -79,47 +65,39 @@ std::optional<QLWeather> weatherIn(const YAML::Node& node) {
   const YAML::Node degrees = node.IsMap() ? valueOf(node, {"temperature"}) : node;
   if (!node.IsMap() || degrees.IsNull()) return std::nullopt;
   const QLWeather weather{numberOf(degrees).value_or(std::numeric_limits<double>::quiet_NaN()),
-                          textOf(valueOf(node, {"symbol"})), textOf(valueOf(node, {"text"})),
-                          Date::fromISO8601(textOf(valueOf(node, {"date"}))), textOf(valueOf(node, {"provider"}))};
-  if (!weather.isValid()) throw Unusable{degrees.Mark(), u"the temperature is none that air can have"_s};
+                          yamlTextOf(valueOf(node, {"symbol"})), yamlTextOf(valueOf(node, {"text"})),
+                          Date::fromISO8601(yamlTextOf(valueOf(node, {"date"}))),
+                          yamlTextOf(valueOf(node, {"provider"}))};
+  if (!weather.isValid()) throw UnusableYaml{degrees.Mark(), u"the temperature is none that air can have"_s};
   return weather;
 }
 
 FrontMatter frontMatterOf(const YAML::Node& map) {
   FrontMatter matter;
   if (map.IsNull()) return matter;
-  if (!map.IsMap()) throw Unusable{map.Mark(), u"the front matter is no list of keys and values"_s};
-  matter.uuid = QLJournalEntryFile::canonicalUUID(textOf(valueOf(map, {"id", "uuid"})));
+  if (!map.IsMap()) throw UnusableYaml{map.Mark(), u"the front matter is no list of keys and values"_s};
+  matter.uuid = QLJournalEntryFile::canonicalUUID(yamlTextOf(valueOf(map, {"id", "uuid"})));
   if (const YAML::Node date = valueOf(map, {"date", "created"}); !date.IsNull()) {
-    matter.moment = WrittenMoment::fromText(textOf(date));
+    matter.moment = WrittenMoment::fromText(yamlTextOf(date));
     if (!matter.moment)
-      throw Unusable{date.Mark(),
-                     u"\"%1\" is no date; one is written as 2014-03-10T21:00:00+01:00"_s.arg(textOf(date).left(60))};
+      throw UnusableYaml{date.Mark(), u"\"%1\" is no date; one is written as 2014-03-10T21:00:00+01:00"_s.arg(
+                                          yamlTextOf(date).left(60))};
   }
-  matter.timeZone = textOf(valueOf(map, {"timezone", "timeZone"}));
+  matter.timeZone = yamlTextOf(valueOf(map, {"timezone", "timeZone"}));
   matter.tags = tagsIn(valueOf(map, {"tags"}), matter.uuid.has_value());
   matter.location = locationIn(valueOf(map, {"location"}));
   matter.weather = weatherIn(valueOf(map, {"weather"}));
-  matter.title = textOf(valueOf(map, {"title"})).simplified();
+  matter.title = yamlTextOf(valueOf(map, {"title"})).simplified();
   return matter;
 }
 
-// The reader's exceptions end here.
 std::optional<FrontMatter> parsed(const QString& yaml, NoteFault* fault) {
+  FrontMatter matter;
+  auto reason = readYaml(yaml.toUtf8(), [&](const YAML::Node& map) { matter = frontMatterOf(map); });
+  if (!reason) return matter;
   // Of the file: the opening line is its first.
-  constexpr int linesBefore = 2;
-  try {
-    const YAML::Node map = YAML::Load(yaml.toStdString());
-    return frontMatterOf(map);
-  } catch (const Unusable& unusable) {
-    *fault = {unusable.mark.line + linesBefore, unusable.reason};
-  } catch (const YAML::Exception& error) {
-    // Some come without a place.
-    *fault = {std::max(error.mark.line, -1) + linesBefore,
-              u"the front matter cannot be read, "_s + QString::fromStdString(error.msg)};
-  } catch (const std::exception& error) {
-    *fault = {1, u"the front matter cannot be read, "_s + QString::fromLocal8Bit(error.what())};
-  }
+  *fault = {reason->line + 1,
+            reason->isSyntax ? u"the front matter cannot be read, "_s + reason->reason : reason->reason};
   return std::nullopt;
 }
 

@@ -1,7 +1,9 @@
 #include "exchange/ImportFormat.h"
 
 #include "exchange/CsvSource.h"
+#include "exchange/JrnlSource.h"
 #include "exchange/JsonSource.h"
+#include "exchange/RedNotebookSource.h"
 #include "exchange/TextFilesSource.h"
 
 #include <algorithm>
@@ -30,11 +32,26 @@ std::unique_ptr<ImportSource> csv(const QString& path, bool makesTags) {
   return std::make_unique<CsvSource>(path, makesTags);
 }
 
+std::unique_ptr<ImportSource> jrnl(const QString& path, bool makesTags) {
+  return std::make_unique<JrnlSource>(path, makesTags);
+}
+
+std::unique_ptr<ImportSource> redNotebook(const QString& path, bool) {
+  return std::make_unique<RedNotebookSource>(path);
+}
+
 constexpr std::array formats{
-    ImportFormat{"json", "a file that export json wrote", json},
-    ImportFormat{"markdown", "a Markdown file, or a folder of them (.md, .markdown, .mkd)", markdown},
-    ImportFormat{"csv", "a table with columns text and date, in any order (see below)", csv},
-    ImportFormat{"text", "a text file, or a folder of them (.txt, .text)", text},
+    ImportFormat{"json", "Quillo's JSON", "a file that export json wrote", true, false, "*.json", json},
+    ImportFormat{"markdown", "Markdown", "a Markdown file, or a folder of them (.md, .markdown, .mkd)", true, true,
+                 "*.md *.markdown *.mkd", markdown},
+    ImportFormat{"text", "Plain text", "a text file, or a folder of them (.txt, .text)", true, true, "*.txt *.text",
+                 text},
+    ImportFormat{"csv", "Table (CSV)", "a table with columns text and date, in any order (see below)", true, false,
+                 "*.csv *.tsv", csv},
+    ImportFormat{"jrnl", "jrnl", "a text file or folder of jrnl, or what its format json writes", true, true,
+                 "*.txt *.json", jrnl},
+    ImportFormat{"rednotebook", "RedNotebook", "a folder of RedNotebook with month files (2014-03.txt), or one of them",
+                 true, true, "[0-9][0-9][0-9][0-9]-[0-9][0-9].txt", redNotebook},
 };
 
 }  // namespace

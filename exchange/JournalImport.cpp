@@ -7,18 +7,20 @@
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/StorableValues.h"
 
-#include <QFile>
-
-#include <unistd.h>
+#include <QHash>
+#include <QUuid>
 
 #include <algorithm>
-#include <cerrno>
 
 namespace quillo {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// Noted together and then written.
+constexpr qsizetype mostPending = 128;
+constexpr qsizetype mostPendingBytes = qsizetype{8} * 1024 * 1024;
 
 // A file of the folder of entries as it stands there.
 struct EntryOnDisk {
@@ -125,6 +127,29 @@ void walk(ImportSource& source, const JournalImport::Listener& listener, Journal
   });
 }
 
+// What a program left that was killed in the middle of an import.
+bool takeBackKilled(const QLJournalPackageFile& package, const JournalFolder& folder, const ImportRecordFolder& records,
+                    const JournalImport::Listener& listener, Error* error) {
+  const auto last = ImportUndo::lastImport(package);
+  const QString path = ImportRecordFolder::newest(package);
+  if (path.isEmpty() || (last && last->isFinished)) return true;
+  Error reason;
+  if (!ImportUndo::takeBackUnfinished(package, records, path, &reason)) {
+    reason.localizedDescription.prepend(u"an earlier import, which was cut off, cannot be taken back: "_s);
+    return fail(error, reason);
+  }
+  folder.removeLeftovers();
+  if (last && listener.tookBack) listener.tookBack(*last);
+  return true;
+}
+
+// Whether the entry is still as it was when it was looked at.
+bool isAsPlanned(const JournalFolder& folder, const ImportStep& step) {
+  Error reason;
+  const auto there = folder.readFile(step.fileName, &reason);
+  return there ? there == step.old : !step.old && EntryFields::isMissing(reason);
+}
+
 }  // namespace
 
 JournalImport::Fate JournalImport::fateOf(const ImportedEntry& entry,
@@ -160,58 +185,76 @@ JournalImport::Counts JournalImport::look(ImportSource& source, const Listener& 
   return counts;
 }
 
-bool JournalImport::writeEntry(const JournalFolder& folder, const ImportedEntry& entry, Counts& counts, Error* error) {
-  // None of ours writes between the look and the write.
-  const FolderLock lock(folder.path(), FolderLock::Mode::Exclusive);
+bool JournalImport::plan(const JournalFolder& folder, const ImportedEntry& entry, Counts& counts, Error* error) {
   EntryOnDisk there;
   if (!find(folder, entry.uuid, there, error)) return false;
   const Fate fate = fateOf(entry, there.fields);
-  const bool isToBeWritten = fate == Fate::New || fate == Fate::Replaced;
-  const auto bytes = isToBeWritten ? EntryFields::serialized(
-                                         fieldsToWrite(entry, there.fields.value_or(PropertyListDictionary())), nullptr)
-                                   : std::nullopt;
-  if (bytes || !isToBeWritten) count(counts, fate);
+  if (fate == Fate::Same || fate == Fate::Differs) {
+    count(counts, fate);
+    return true;
+  }
+  const auto bytes =
+      EntryFields::serialized(fieldsToWrite(entry, there.fields.value_or(PropertyListDictionary())), nullptr);
   // Told of before, by look().
   if (!bytes) return true;
+  Pending pending{{there.fileName, ImportStep::hashOf(*bytes), std::nullopt}, *bytes, fate};
   if (fate == Fate::Replaced) {
-    const auto old = folder.readFile(there.fileName, error);
-    if (!old) return false;
-    m_replaced << Replaced{there.fileName, qCompress(*old)};
+    pending.step.old = folder.readFile(there.fileName, error);
+    if (!pending.step.old) return false;
+    m_pendingBytes += pending.step.old->size();
   }
-  // Noted first: what fails in the folder's syncing may be there all the same.
-  if (fate == Fate::New) m_added << QUuid::fromString(entry.uuid);
-  return folder.replaceFile(there.fileName, *bytes, error);
+  m_pendingBytes += bytes->size();
+  m_pending << std::move(pending);
+  return true;
 }
 
-bool JournalImport::takeBack(const JournalFolder& folder) {
-  const FolderLock lock(folder.path(), FolderLock::Mode::Exclusive);
-  bool isAll = true;
-  for (const QUuid& uuid : m_added) {
-    const QString name = QLJournalEntryFile::fileName(uuid.toString(QUuid::WithoutBraces).toUpper());
-    const QByteArray path = QFile::encodeName(folder.path() + u'/' + name);
-    isAll = (::unlink(path.constData()) == 0 || errno == ENOENT) && isAll;
+// Notes first what is written then: to wait for the disk with each note alone would take half as long again.
+bool JournalImport::writePending(const JournalFolder& folder, const ImportRecordFolder& records, Counts& counts,
+                                 Error* error) {
+  if (m_pending.isEmpty()) return true;
+  if (!m_record) m_record = ImportRecord::begin(records.pathForNext(), m_origin, error);
+  QList<ImportStep> steps;
+  for (const Pending& pending : m_pending) steps << pending.step;
+  if (!m_record || !m_record->append(steps, error)) return false;
+  for (const Pending& pending : m_pending) {
+    // None of ours writes between the look and the write. What was written by somebody meanwhile is left to them.
+    const FolderLock lock(folder.path(), FolderLock::Mode::Exclusive);
+    const bool isFree = isAsPlanned(folder, pending.step);
+    if (isFree && !folder.replaceFile(pending.step.fileName, pending.bytes, error)) return false;
+    count(counts, isFree ? pending.fate : Fate::Differs);
   }
-  for (const Replaced& replaced : m_replaced)
-    isAll = folder.replaceFile(replaced.fileName, qUncompress(replaced.bytes), nullptr) && isAll;
-  m_added.clear();
-  m_replaced.clear();
-  return isAll;
+  m_pending.clear();
+  m_pendingBytes = 0;
+  return true;
 }
 
 std::optional<JournalImport::Counts> JournalImport::write(ImportSource& source, const Listener& listener,
                                                           Error* error) {
   const auto folder = JournalFolder::openOrMake(m_package.entriesFolder(), error);
-  if (!folder) return std::nullopt;
+  const auto records = folder ? ImportRecordFolder::claim(m_package, error) : std::nullopt;
+  if (!records || !takeBackKilled(m_package, *folder, *records, listener, error)) return std::nullopt;
+  m_record.reset();
+  m_pending.clear();
+  m_pendingBytes = 0;
+
   Counts counts;
   bool isWritten = true;
   bool wasStopped = false;
   Listener stopping = listener;
   stopping.isStopped = [&] { return wasStopped = isStopped(listener); };
-  walk(source, stopping, counts,
-       [&](const ImportedEntry& entry) { return isWritten = writeEntry(*folder, entry, counts, error); });
-  if (isWritten && !wasStopped) return counts;
-  if (isWritten) fail(error, cocoaError(ErrorCode::fileWriteUnknown, u"it was stopped"_s));
-  if (!takeBack(*folder) && error)
+  walk(source, stopping, counts, [&](const ImportedEntry& entry) {
+    isWritten = plan(*folder, entry, counts, error);
+    const bool isFull = m_pending.size() >= mostPending || m_pendingBytes >= mostPendingBytes;
+    if (isWritten && isFull) isWritten = writePending(*folder, *records, counts, error);
+    return isWritten;
+  });
+  if (isWritten && !wasStopped && writePending(*folder, *records, counts, error) &&
+      (!m_record || m_record->end(error))) {
+    records->removeOld();
+    return counts;
+  }
+  if (wasStopped) fail(error, cocoaError(ErrorCode::fileWriteUnknown, u"it was stopped"_s));
+  if (m_record && !ImportUndo::takeBackUnfinished(m_package, *records, m_record->path(), nullptr) && error)
     error->localizedDescription += u"; some of what was imported before could not be taken back"_s;
   return std::nullopt;
 }

@@ -12,7 +12,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype largestEntry = qsizetype{64} * 1024 * 1024;
-constexpr qsizetype largestHead = qsizetype{64} * 1024;
+// Others count the tags of all entries there.
+constexpr qsizetype largestHead = qsizetype{1024} * 1024;
 
 bool isSpace(int c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';

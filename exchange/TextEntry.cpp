@@ -4,6 +4,7 @@
 #include "qlcore/Hashtags.h"
 #include "qlcore/StorableValues.h"
 
+#include <QSet>
 #include <QUuid>
 
 namespace quillo {
@@ -13,9 +14,18 @@ QString uuidOfPlace(const QString& place) {
   return QUuid::createUuidV5(places, place).toString(QUuid::WithoutBraces).toUpper();
 }
 
+void TextEntry::addTags(const QStringList& more) {
+  QSet<QString> known;
+  for (const QString& tag : tags) known.insert(tag.toCaseFolded());
+  for (const QString& tag : more) {
+    const qsizetype before = known.size();
+    known.insert(tag.toCaseFolded());
+    if (known.size() > before && !tag.isEmpty()) tags << tag;
+  }
+}
+
 void TextEntry::addHashtags() {
-  for (const QString& tag : hashtags(text))
-    if (!tags.contains(tag, Qt::CaseInsensitive)) tags << tag;
+  addTags(hashtags(text));
 }
 
 PropertyListDictionary TextEntry::fields() const {

@@ -21,7 +21,8 @@ struct TextEntry {
   std::optional<QLLocation> location;
   std::optional<QLWeather> weather;
 
-  // Those of its hashtags that it has not, in any case of letters.
+  // Those that it has not, in any case of letters.
+  void addTags(const QStringList& more);
   void addHashtags();
   // What its file is to hold of it.
   [[nodiscard]] PropertyListDictionary fields() const;

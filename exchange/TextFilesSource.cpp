@@ -1,14 +1,12 @@
 #include "exchange/TextFilesSource.h"
 
 #include "exchange/FrontMatter.h"
+#include "exchange/SourceFiles.h"
 #include "exchange/TextEntry.h"
-#include "foundation/FileContents.h"
 #include "foundation/TimeZone.h"
-#include "foundation/Utf8.h"
 #include "qlcore/StorableValues.h"
 
 #include <QDateTime>
-#include <QDir>
 
 #include <algorithm>
 
@@ -18,7 +16,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int deepestFolder = 64;
 constexpr qsizetype largestNote = qsizetype{64} * 1024 * 1024;
 
 std::optional<ZonedDate> dateOf(const FrontMatter& matter, const QFileInfo& info) {
@@ -66,39 +63,22 @@ ImportItem TextFilesSource::entryOf(const QFileInfo& info, const QString& file) 
 }
 
 ImportItem TextFilesSource::itemOf(const QFileInfo& info) const {
-  const QString path = info.filePath();
-  Error error;
-  const auto bytes = contentsOfFile(path, &error);
-  if (!bytes) return ImportProblem{{path, 0}, error.localizedDescription};
-  if (bytes->size() > largestNote) return ImportProblem{{path, 0}, u"it is longer than 64 MiB"_s};
-  if (const qsizetype at = firstInvalidUtf8Byte(*bytes); at >= 0) {
-    const int line = 1 + static_cast<int>(std::count(bytes->begin(), bytes->begin() + at, '\n'));
-    return ImportProblem{{path, line}, u"it is no UTF-8 text"_s};
-  }
+  ImportProblem problem;
+  const auto bytes = utf8OfFile(info.filePath(), &problem);
+  if (!bytes) return problem;
+  if (bytes->size() > largestNote) return ImportProblem{{info.filePath(), 0}, u"it is longer than 64 MiB"_s};
   return entryOf(info, QString::fromUtf8(*bytes));
-}
-
-bool TextFilesSource::takeItem(const QFileInfo& info, int depth, const ImportTaker& take) const {
-  const ImportPlace place{info.filePath(), 0};
-  if (info.isSymLink()) return take(ImportPassedBy{place, u"it is a link, which is not followed"_s});
-  if (!info.isDir()) return !isWanted(info.fileName()) || take(itemOf(info));
-  if (depth >= deepestFolder) return take(ImportProblem{place, u"there are too many folders within each other"_s});
-  return takeFolder(info.filePath(), depth + 1, take);
-}
-
-// Ends at the deepest folder; links, which alone could lead back up, are not followed.
-bool TextFilesSource::takeFolder(const QString& path, int depth, const ImportTaker& take) const {
-  if (!QFileInfo(path).isReadable()) return take(ImportProblem{{path, 0}, u"the folder cannot be read"_s});
-  const auto items = QDir(path).entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-  return std::all_of(items.begin(), items.end(), [&](const QFileInfo& item) { return takeItem(item, depth, take); });
 }
 
 void TextFilesSource::forEach(const ImportTaker& take) {
   const QFileInfo info(m_path);
-  if (info.isDir())
-    takeFolder(m_path, 0, take);
-  else
+  if (!info.isDir()) {
     take(itemOf(info));
+    return;
+  }
+  const SourceFolder folder([this](const QFileInfo& file) { return isWanted(file.fileName()); });
+  folder.forEachFile(
+      m_path, [&](const QFileInfo& file) { return take(itemOf(file)); }, take);
 }
 
 }  // namespace quillo

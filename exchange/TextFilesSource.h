@@ -22,8 +22,6 @@ class TextFilesSource final : public ImportSource {
   void forEach(const ImportTaker& take) override;
 
  private:
-  bool takeFolder(const QString& path, int depth, const ImportTaker& take) const;
-  bool takeItem(const QFileInfo& info, int depth, const ImportTaker& take) const;
   [[nodiscard]] bool isWanted(const QString& name) const;
   [[nodiscard]] ImportItem itemOf(const QFileInfo& info) const;
   [[nodiscard]] ImportItem entryOf(const QFileInfo& info, const QString& file) const;

@@ -21,7 +21,11 @@ DistributedNotificationCenter::~DistributedNotificationCenter() {
 void DistributedNotificationCenter::setTransport(DistributedNotifications* transport) {
   if (m_transport) m_transport->setReceiver({});
   m_transport = transport;
-  if (m_transport) m_transport->setReceiver([this](const QString& name) { deliver({name, nullptr}); });
+  if (!m_transport) return;
+  m_transport->setReceiver([this](const QString& name) {
+    QLLogDebug(u"Heard %1"_s.arg(name));
+    deliver({name, nullptr});
+  });
 }
 
 void DistributedNotificationCenter::postNotification(const QString& name, const void*) {

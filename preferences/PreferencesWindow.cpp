@@ -4,6 +4,7 @@
 #include "preferences/PageList.h"
 #include "preferences/controls/FormStyle.h"
 #include "preferences/pages/AdvancedPage.h"
+#include "preferences/pages/BackupPage.h"
 #include "preferences/pages/GeneralPage.h"
 #include "preferences/pages/JournalPage.h"
 #include "preferences/pages/PlacePage.h"
@@ -30,8 +31,8 @@ constexpr int listWidth = 176;
 constexpr int listMargin = 10;
 constexpr int listTop = 16;
 
-constexpr QLatin1StringView titles[PreferencesWindow::pages] = {"General"_L1,           "Journal"_L1, "Reminders"_L1,
-                                                                "Place and Weather"_L1, "Writing"_L1, "Advanced"_L1};
+constexpr QLatin1StringView titles[PreferencesWindow::pages] = {
+    "General"_L1, "Journal"_L1, "Backup"_L1, "Reminders"_L1, "Place and Weather"_L1, "Writing"_L1, "Advanced"_L1};
 
 }  // namespace
 
@@ -84,6 +85,8 @@ PreferencePage* PreferencesWindow::makePage(Page page) {
       return new GeneralPage(m_store, m_services, this);
     case Journal:
       return new JournalPage(m_store, m_services, this);
+    case Backup:
+      return new BackupPage(m_store, m_services, this);
     case Reminders:
       return new RemindersPage(m_store, m_services, this);
     case PlaceAndWeather:

@@ -21,7 +21,7 @@ class PreferencesWindow : public QWidget {
   ~PreferencesWindow() override;
 
   // In the order in which they are listed.
-  enum Page { General, Journal, Reminders, PlaceAndWeather, Writing, Advanced, pages };
+  enum Page { General, Journal, Backup, Reminders, PlaceAndWeather, Writing, Advanced, pages };
 
   // In front, with the settings as they are now.
   void showWindow();

@@ -23,9 +23,13 @@ Error damage(const JournalFolder& folder, const QString& name, const QString& wh
 
 std::optional<PropertyListDictionary> read(const JournalFolder& folder, const QString& name, Error* error) {
   const auto bytes = folder.readFile(name, error);
-  if (!bytes) return std::nullopt;
+  return bytes ? parse(folder, name, *bytes, error) : std::nullopt;
+}
+
+std::optional<PropertyListDictionary> parse(const JournalFolder& folder, const QString& name, const QByteArray& bytes,
+                                            Error* error) {
   Error reason;
-  const auto list = PropertyListSerialization::propertyListWithData(*bytes, nullptr, &reason);
+  const auto list = PropertyListSerialization::propertyListWithData(bytes, nullptr, &reason);
   if (list && list->isDictionary()) return list->dictionary();
   fail(error, damage(folder, name, list ? u"it is not a dictionary"_s : reason.localizedDescription));
   return std::nullopt;

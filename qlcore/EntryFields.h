@@ -28,6 +28,9 @@ inline constexpr QLatin1StringView weather{"weather"};
 // file is damaged, else of the Cocoa domain.
 [[nodiscard]] std::optional<PropertyListDictionary> read(const JournalFolder& folder, const QString& name,
                                                          Error* error);
+// The same of its bytes, which have been read.
+[[nodiscard]] std::optional<PropertyListDictionary> parse(const JournalFolder& folder, const QString& name,
+                                                          const QByteArray& bytes, Error* error);
 // As an entry's file has them.
 [[nodiscard]] std::optional<QByteArray> serialized(const PropertyListDictionary& fields, Error* error);
 

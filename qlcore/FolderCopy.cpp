@@ -6,11 +6,8 @@
 
 #include <QCryptographicHash>
 #include <QFile>
-#include <QLocale>
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,7 +17,6 @@
 #include <filesystem>
 #include <memory>
 #include <set>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -48,11 +44,6 @@ bool writeFailed(Error* error, int number, const std::string& path) {
   return fail(error, JournalError::forWriting(fileWriteError(number, shown(path))));
 }
 
-// As JournalFolder names what it is writing.
-bool isBeingWritten(std::string_view name) {
-  return name.starts_with('.') && name.ends_with(".tmp") && name.find(".plist.") != std::string_view::npos;
-}
-
 std::string nameOf(const std::string& path) {
   return path.substr(path.find_last_of('/') + 1);
 }
@@ -73,17 +64,6 @@ ssize_t readSome(int descriptor, char* buffer) {
 
 }  // namespace
 
-bool FolderCopy::Stamp::operator==(const Stamp& other) const {
-  return mode == other.mode && inode == other.inode && size == other.size && modified.tv_sec == other.modified.tv_sec &&
-         modified.tv_nsec == other.modified.tv_nsec;
-}
-
-FolderCopy::Stamp FolderCopy::stampOf(const struct stat& status) {
-  // A folder changes with every file in it.
-  if (S_ISDIR(status.st_mode)) return {.mode = status.st_mode};
-  return {status.st_mode, status.st_ino, status.st_size, status.st_mtim};
-}
-
 FolderCopy::FolderCopy(const QString& source, const QString& target)
     : m_source(QFile::encodeName(source).toStdString()), m_target(QFile::encodeName(target).toStdString()) {}
 
@@ -97,45 +77,14 @@ bool FolderCopy::advance(qint64 bytes, Error* error) {
   return !m_isStopped || fail(error, JournalError::make(JournalError::WriteFailed, u"the copying was stopped"_s));
 }
 
-// Links are not followed, so the walk ends with the tree.
-bool FolderCopy::scan(Scan& found, Error* error) const {
-  namespace fs = std::filesystem;
-  std::error_code problem;
-  fs::recursive_directory_iterator walk(m_source, fs::directory_options::none, problem);
-  for (const fs::recursive_directory_iterator end; !problem && walk != end; walk.increment(problem)) {
-    const std::string& path = walk->path().native();
-    if (isBeingWritten(nameOf(path))) continue;
-    struct stat status {};
-    if (::lstat(path.c_str(), &status) != 0) {
-      if (errno == ENOENT) continue;  // gone since
-      return readFailed(error, errno, path);
-    }
-    found.emplace(path.substr(m_source.size() + 1), stampOf(status));
-  }
-  return !problem || readFailed(error, problem.value(), m_source);
-}
-
-bool FolderCopy::hasRoomFor(qint64 bytes, Error* error) const {
-  const std::string above = std::filesystem::path(m_target).parent_path();
-  struct statvfs volume {};
-  if (::statvfs(above.c_str(), &volume) != 0 || volume.f_blocks == 0) return true;  // it does not say
-  const qint64 room = static_cast<qint64>(volume.f_bavail) * static_cast<qint64>(volume.f_frsize);
-  if (room >= bytes) return true;
-  const QLocale locale = QLocale::c();
-  return fail(error,
-              JournalError::make(JournalError::OutOfSpace,
-                                 u"%1: there is not enough room, it takes %2 and there is %3"_s.arg(
-                                     shown(above), locale.formattedDataSize(bytes), locale.formattedDataSize(room))));
-}
-
 bool FolderCopy::make(const Progress& progress, Error* error) {
   m_progress = progress;
-  Scan found;
-  if (!scan(found, error)) return false;
+  FolderFiles found;
+  if (!scanFolder(m_source, found, error)) return false;
   qint64 bytes = 0;
   for (const auto& [path, stamp] : found) bytes += stamp.size + costOfFile;
   m_all = 2 * bytes;  // written, then read
-  if (!hasRoomFor(bytes, error)) return false;
+  if (!hasRoomFor(std::filesystem::path(m_target).parent_path(), bytes, error)) return false;
   if (::mkdir(m_target.c_str(), 0700) != 0) return writeFailed(error, errno, m_target);
   for (const auto& [path, stamp] : found)
     if (!copyItem(path, stamp, error)) return false;
@@ -147,7 +96,7 @@ bool FolderCopy::make(const Progress& progress, Error* error) {
   return true;
 }
 
-bool FolderCopy::copyItem(const std::string& path, const Stamp& stamp, Error* error) {
+bool FolderCopy::copyItem(const std::string& path, const FileStamp& stamp, Error* error) {
   Item item{.source = stamp, .copy = {}, .digest = {}};
   bool isCopied = false;
   if (S_ISDIR(stamp.mode)) {
@@ -176,7 +125,7 @@ bool FolderCopy::copyLink(const std::string& path, Item& item, Error* error) {
   ::unlink(target.c_str());
   if (::symlink(leadsTo.c_str(), target.c_str()) != 0) return writeFailed(error, errno, target);
   struct stat status {};
-  if (::lstat(target.c_str(), &status) == 0) item.copy = stampOf(status);
+  if (::lstat(target.c_str(), &status) == 0) item.copy = FileStamp::of(status);
   return true;
 }
 
@@ -192,7 +141,7 @@ bool FolderCopy::copyFile(const std::string& path, Item& item, Error* error) {
   if (!from.isOpen() || ::fstat(from.number(), &status) != 0) return readFailed(error, errno, source);
   if (!S_ISREG(status.st_mode)) return readFailed(error, EINVAL, source);
   // From before the reading: what is written meanwhile is a change to be copied next.
-  item.source = stampOf(status);
+  item.source = FileStamp::of(status);
 
   const std::string temporary = temporaryFor(target);
   FileDescriptor to(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
@@ -212,7 +161,7 @@ bool FolderCopy::copyFile(const std::string& path, Item& item, Error* error) {
     ::unlink(temporary.c_str());
     return writeFailed(error, number, target);
   }
-  item.copy = stampOf(written);
+  item.copy = FileStamp::of(written);
   return true;
 }
 
@@ -267,7 +216,7 @@ bool FolderCopy::check(const std::string& path, const Item& item, Error* error) 
 bool FolderCopy::isAsCopied(const std::string& path, const Item* item) const {
   struct stat status {};
   if (::lstat((m_target + '/' + path).c_str(), &status) != 0) return !item;
-  return item && stampOf(status) == item->copy;
+  return item && FileStamp::of(status) == item->copy;
 }
 
 bool FolderCopy::removeItem(const std::string& path, const Item& item, Error* error) {
@@ -281,7 +230,7 @@ bool FolderCopy::removeItem(const std::string& path, const Item& item, Error* er
 }
 
 // What is in a folder before the folder itself.
-bool FolderCopy::removeWhatIsGone(const Scan& found, Error* error) {
+bool FolderCopy::removeWhatIsGone(const FolderFiles& found, Error* error) {
   std::vector<std::string> gone;
   for (auto it = m_items.rbegin(); it != m_items.rend(); ++it)
     if (const auto there = found.find(it->first);
@@ -298,8 +247,8 @@ bool FolderCopy::removeWhatIsGone(const Scan& found, Error* error) {
 
 bool FolderCopy::bringUpToDate(Error* error) {
   m_changes = 0;
-  Scan found;
-  if (!scan(found, error) || !removeWhatIsGone(found, error)) return false;
+  FolderFiles found;
+  if (!scanFolder(m_source, found, error) || !removeWhatIsGone(found, error)) return false;
   std::vector<std::string> copied;
   for (const auto& [path, stamp] : found) {
     const auto known = m_items.find(path);

@@ -1,12 +1,11 @@
 #pragma once
 
 #include "foundation/Error.h"
+#include "qlcore/FolderFiles.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QString>
-
-#include <sys/stat.h>
 
 #include <functional>
 #include <map>
@@ -45,32 +44,19 @@ class FolderCopy {
   void setTarget(const QString& target);
 
  private:
-  // What a file that was replaced or written to differs in.
-  struct Stamp {
-    mode_t mode{0};
-    ino_t inode{0};
-    off_t size{0};
-    timespec modified{};
-    bool operator==(const Stamp& other) const;
-  };
   struct Item {
-    Stamp source;
-    Stamp copy;
+    FileStamp source;
+    FileStamp copy;
     QByteArray digest;
   };
-  // By the path within the folder; a folder comes before what is in it.
-  using Scan = std::map<std::string, Stamp>;
 
-  static Stamp stampOf(const struct stat& status);
-  bool scan(Scan& found, Error* error) const;
-  bool hasRoomFor(qint64 bytes, Error* error) const;
-  bool copyItem(const std::string& path, const Stamp& stamp, Error* error);
+  bool copyItem(const std::string& path, const FileStamp& stamp, Error* error);
   bool copyFile(const std::string& path, Item& item, Error* error);
   bool copyLink(const std::string& path, Item& item, Error* error);
   bool writeContents(int from, int to, const std::string& path, Item& item, Error* error);
   bool syncAll(Error* error);
   bool check(const std::string& path, const Item& item, Error* error);
-  bool removeWhatIsGone(const Scan& found, Error* error);
+  bool removeWhatIsGone(const FolderFiles& found, Error* error);
   bool removeItem(const std::string& path, const Item& item, Error* error);
   [[nodiscard]] bool isAsCopied(const std::string& path, const Item* item) const;
   bool advance(qint64 bytes, Error* error);

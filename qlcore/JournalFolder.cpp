@@ -2,6 +2,7 @@
 
 #include "foundation/FileContents.h"
 #include "foundation/FolderOperations.h"
+#include "qlcore/ConflictNames.h"
 
 #include <QFile>
 #include <QMutex>
@@ -110,6 +111,12 @@ qint64 JournalFolder::timeWritten(const QString& name) const {
   return qint64{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
 }
 
+qint64 JournalFolder::timeChanged(const QString& name) const {
+  struct stat status {};
+  if (::fstatat(m_folder.number(), QFile::encodeName(name).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) return 0;
+  return qint64{status.st_ctim.tv_sec} * 1'000'000'000 + status.st_ctim.tv_nsec;
+}
+
 bool JournalFolder::replaceFile(const QString& name, const QByteArray& bytes, Error* error) const {
   const QString path = pathOf(name);
   const QByteArray target = QFile::encodeName(name);
@@ -130,6 +137,11 @@ bool JournalFolder::replaceFile(const QString& name, const QByteArray& bytes, Er
   }
   if (const int number = syncFolder(m_folder.number())) return fail(error, fileWriteError(number, path));
   return true;
+}
+
+bool JournalFolder::removeFile(const QString& name, Error* error) const {
+  const int failure = ::unlinkat(m_folder.number(), QFile::encodeName(name).constData(), 0) == 0 ? 0 : errno;
+  return failure == 0 || fail(error, fileWriteError(failure, pathOf(name)));
 }
 
 namespace {
@@ -154,17 +166,39 @@ int forEachName(int folder, Visit visit) {
 
 }  // namespace
 
-std::optional<QStringList> JournalFolder::propertyListNames(Error* error, const QString& beginning) const {
+std::optional<QStringList> JournalFolder::namesThat(const std::function<bool(QByteArrayView)>& isWanted,
+                                                    Error* error) const {
   QStringList names;
-  const QByteArray start = QFile::encodeName(beginning);
   const int number = forEachName(m_folder.number(), [&](QByteArrayView name) {
-    const bool isWanted =
-        name.size() >= start.size() && name.first(start.size()).compare(start, Qt::CaseInsensitive) == 0;
-    if (isWanted && !name.startsWith('.') && name.endsWith(".plist")) names << QFile::decodeName(name.toByteArray());
+    if (isWanted(name)) names << QFile::decodeName(name.toByteArray());
   });
   if (number == 0) return names;
   fail(error, fileReadError(number, m_path));
   return std::nullopt;
+}
+
+std::optional<QStringList> JournalFolder::propertyListNames(Error* error, const QString& beginning) const {
+  const QByteArray start = QFile::encodeName(beginning);
+  const auto isWanted = [&start](QByteArrayView name) {
+    const bool hasStart =
+        name.size() >= start.size() && name.first(start.size()).compare(start, Qt::CaseInsensitive) == 0;
+    return hasStart && !name.startsWith('.') && name.endsWith(".plist");
+  };
+  return namesThat(isWanted, error);
+}
+
+std::optional<QStringList> JournalFolder::conflictCopies(Error* error) const {
+  return namesThat(ConflictNames::isConflictCopy, error);
+}
+
+std::optional<QStringList> JournalFolder::temporaryFiles(Error* error) const {
+  // Nearly all are entries, whose names need no closer look.
+  constexpr qsizetype entryLength = 42;
+  const auto isWanted = [](QByteArrayView name) {
+    return (name.size() != entryLength || !name.endsWith(".plist")) &&
+           ConflictNames::isTemporary(QFile::decodeName(name.toByteArray()));
+  };
+  return namesThat(isWanted, error);
 }
 
 void JournalFolder::removeLeftovers() const {

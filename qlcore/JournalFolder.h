@@ -4,9 +4,11 @@
 #include "foundation/FileDescriptor.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -28,15 +30,25 @@ class JournalFolder {
 
   // When the file `name` was last written, in nanoseconds since 1970; 0 where there is none.
   [[nodiscard]] qint64 timeWritten(const QString& name) const;
+  // The same of when it was last written, made, renamed or otherwise changed, which nobody can set back.
+  [[nodiscard]] qint64 timeChanged(const QString& name) const;
 
   // Replaces the file `name` so that a crash, a kill or a full disk leaves the old contents or the new, never half:
   // written to a temporary file beside it, synced, renamed, the folder synced. Mode 0600. False, with an error, when it
   // fails; nothing of it then stays behind.
   bool replaceFile(const QString& name, const QByteArray& bytes, Error* error) const;
 
+  // Removes the file `name` for good. False, with an error, when it fails.
+  bool removeFile(const QString& name, Error* error) const;
+
   // The names that end in ".plist" and begin with `beginning`, in any case of letters, in no order; hidden ones, and
   // with them all temporary files, are passed by.
   [[nodiscard]] std::optional<QStringList> propertyListNames(Error* error, const QString& beginning = {}) const;
+
+  // The names of conflict copies of entries, in no order.
+  [[nodiscard]] std::optional<QStringList> conflictCopies(Error* error) const;
+  // The names of temporary files, see ConflictNames::isTemporary(), in no order.
+  [[nodiscard]] std::optional<QStringList> temporaryFiles(Error* error) const;
 
   // Removes temporary files of entries whose writer is gone or that are older than a day.
   void removeLeftovers() const;
@@ -44,6 +56,8 @@ class JournalFolder {
   void removeLeftoversOnce() const;
 
  private:
+  [[nodiscard]] std::optional<QStringList> namesThat(const std::function<bool(QByteArrayView)>& isWanted,
+                                                     Error* error) const;
   JournalFolder(FileDescriptor folder, QString path) : m_folder(std::move(folder)), m_path(std::move(path)) {}
   [[nodiscard]] QString pathOf(const QString& name) const { return m_path + u'/' + name; }
 

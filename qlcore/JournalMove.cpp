@@ -2,10 +2,11 @@
 
 #include "foundation/FolderLock.h"
 #include "foundation/FolderOperations.h"
-#include "foundation/Log.h"
 #include "foundation/Trash.h"
 #include "qlcore/FolderCopy.h"
+#include "qlcore/FolderFiles.h"
 #include "qlcore/JournalError.h"
+#include "qlcore/JournalMoveMark.h"
 #include "qlcore/JournalPackageLayout.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
@@ -15,11 +16,7 @@
 #include <QFileInfo>
 #include <QThread>
 
-#include <signal.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 
 namespace quillo {
 
@@ -33,34 +30,10 @@ constexpr qsizetype fewChanges = 20;
 // person.
 constexpr int mostRounds = 5;
 
-constexpr QLatin1StringView temporarySuffix{".moving"};
+constexpr QLatin1StringView moving{"moving"};
 
 QString entriesOf(const QString& journal) {
   return journal + u'/' + JournalPackageLayout::entriesFolder;
-}
-
-// Hidden, and with the process in its name, which tells a leftover from a move under way.
-QString temporaryName(const QString& name) {
-  return u".%1.%2"_s.arg(name).arg(::getpid()) + temporarySuffix;
-}
-
-void removeFolder(const QString& path) {
-  if (QFileInfo(path).exists() && !QDir(path).removeRecursively())
-    QLLogWarn(u"%1 could not be removed; it is the beginning of a copy of the journal"_s.arg(path));
-}
-
-void removeLeftovers(const QString& folder, const QString& name) {
-  const QString beginning = u".%1."_s.arg(name);
-  const auto entries = QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks);
-  for (const QString& entry : entries) {
-    if (!entry.startsWith(beginning) || !entry.endsWith(temporarySuffix)) continue;
-    bool isNumber = false;
-    const int writer =
-        entry.sliced(beginning.size(), entry.size() - beginning.size() - temporarySuffix.size()).toInt(&isNumber);
-    // One of this process is of a move that failed to remove it.
-    const bool isGone = writer == ::getpid() || (writer > 0 && ::kill(writer, 0) != 0 && errno == ESRCH);
-    if (isNumber && isGone) removeFolder(folder + u'/' + entry);
-  }
 }
 
 }  // namespace
@@ -74,7 +47,8 @@ class JournalMove::Work {
         m_folder(QFileInfo(move.folder).canonicalFilePath()),
         m_name(QFileInfo(QDir::cleanPath(move.journal)).fileName()),
         m_target(m_folder + u'/' + m_name),
-        m_temporary(m_folder + u'/' + temporaryName(m_name)),
+        m_temporary(m_folder + u'/' + pendingFolderName(m_name, moving)),
+        m_mark(m_source, m_target),
         m_copy(m_source, m_temporary) {}
 
   Result run() {
@@ -97,13 +71,16 @@ class JournalMove::Work {
       return problem(JournalError::AlreadyExists, m_target + u": the journal is there already"_s);
     if ((m_folder + u'/').startsWith(m_source + u'/'))
       return problem(JournalError::NotWritable, m_folder + u": a journal cannot be moved into itself"_s);
+    // What a kill between name and configuration has left. Renamed first: half removed, it is no journal to be found.
+    if (m_mark.findsLeftover()) renameToFree(QFile::encodeName(m_target), QFile::encodeName(m_temporary));
     if (const QFileInfo there(m_target); there.exists() || there.isSymLink())
       return problem(JournalError::AlreadyExists, m_target + u": there is something already"_s);
     return true;
   }
 
   bool makeCopy() {
-    removeLeftovers(m_folder, m_name);
+    removePendingFolders(m_folder, m_name, moving);
+    m_mark.removeLeftovers();
     const auto tell = [this](qint64 done, qint64 all) {
       return !m_move.progress || m_move.progress(all > 0 ? std::min(1.0, double(done) / double(all)) : 1);
     };
@@ -123,12 +100,15 @@ class JournalMove::Work {
       m_isStopped = true;
       return false;
     }
+    if (!m_mark.make(&m_error)) return false;
     int number = renameToFree(QFile::encodeName(m_temporary), QFile::encodeName(m_target));
     m_isInPlace = number == 0;
     if (number == 0) number = syncFolder(m_folder);
     if (number != 0) return fail(&m_error, JournalError::forWriting(fileWriteError(number, m_target)));
     m_copy.setTarget(m_target);
-    return !m_move.configure || m_move.configure(QUrl::fromLocalFile(m_target), &m_error);
+    if (m_move.configure && !m_move.configure(QUrl::fromLocalFile(m_target), &m_error)) return false;
+    m_mark.remove();
+    return true;
   }
 
   // Whoever was about to save into the old journal has done so by the end of the wait.
@@ -168,6 +148,7 @@ class JournalMove::Work {
     // A kill while it is removed leaves what the next move removes, and no half of a journal under the real name.
     if (m_isInPlace) renameToFree(QFile::encodeName(m_target), QFile::encodeName(m_temporary));
     removeFolder(m_temporary);
+    m_mark.remove();
     return {m_isStopped || m_copy.isStopped() ? Outcome::Stopped : Outcome::Failed, m_error, {}};
   }
 
@@ -177,6 +158,7 @@ class JournalMove::Work {
   QString m_name;
   QString m_target;
   QString m_temporary;
+  JournalMoveMark m_mark;
   FolderCopy m_copy;
   Error m_error;
   bool m_isInPlace{false};

@@ -2,6 +2,7 @@
 
 #include "foundation/FolderOperations.h"
 #include "foundation/PropertyListSerialization.h"
+#include "qlcore/IgnoreFiles.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalFolder.h"
 #include "qlcore/QLJournalPackageFile.h"
@@ -25,23 +26,28 @@ namespace {
 bool fill(const QString& folder, Error* error) {
   const QString entries = folder + u'/' + entriesFolder;
   if (::mkdir(QFile::encodeName(entries).constData(), 0700) != 0) return fail(error, fileWriteError(errno, entries));
-  const PropertyListDictionary content{{formatVersionKey, qint64{QLJournalPackageFile::currentFormatVersion}},
-                                       {identifierKey, QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper()},
-                                       {creationDateKey, storableNow()}};
-  const auto bytes = PropertyListSerialization::dataWithPropertyList(content, PropertyListFormat::XML, error);
-  if (!bytes) return false;
   const auto opened = JournalFolder::open(folder, error);
-  return opened && opened->replaceFile(propertiesFile, *bytes, error);
+  return opened && makeProperties(*opened, error) && IgnoreFiles::write(*opened, error);
 }
 
 // Only what fill() makes, so that nothing else can ever be removed here.
 void remove(const QString& folder) {
+  for (const IgnoreFiles::File& file : IgnoreFiles::all())
+    ::unlink(QFile::encodeName(folder + u'/' + file.name).constData());
   ::unlink(QFile::encodeName(folder + u'/' + propertiesFile).constData());
   ::rmdir(QFile::encodeName(folder + u'/' + entriesFolder).constData());
   ::rmdir(QFile::encodeName(folder).constData());
 }
 
 }  // namespace
+
+bool makeProperties(const JournalFolder& folder, Error* error) {
+  const PropertyListDictionary content{{formatVersionKey, qint64{QLJournalPackageFile::currentFormatVersion}},
+                                       {identifierKey, QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper()},
+                                       {creationDateKey, storableNow()}};
+  const auto bytes = PropertyListSerialization::dataWithPropertyList(content, PropertyListFormat::XML, error);
+  return bytes && folder.replaceFile(propertiesFile, *bytes, error);
+}
 
 bool makePackage(const QString& path, Error* error) {
   const auto taken = [&] {

@@ -1,10 +1,12 @@
 #include "qlcore/QLJournalIndex.h"
 
 #include "foundation/Log.h"
+#include "qlcore/ConflictNames.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalFolder.h"
 #include "qlcore/QLJournalPackageFile.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
@@ -69,6 +71,8 @@ void QLJournalIndex::readEntries(const std::stop_token& stop) {
   std::vector<WrittenEntry> written;
   for (const QString& name : *names) {
     if (stop.stop_requested()) break;
+    // Other versions of an entry, or on their way to become one.
+    if (ConflictNames::isConflictCopy(QFile::encodeName(name)) || ConflictNames::isTemporary(name)) continue;
     const QString file = path + u'/' + name;
     const auto uuid = QLJournalEntryFile::canonicalUUID(name.chopped(6));
     if (const QString why = whyNoEntry(name, uuid, allNames); !why.isEmpty()) {
@@ -95,6 +99,15 @@ QList<QUrl> QLJournalIndex::urlsOfEntry(const QString& canonicalUUID) const {
   QList<QUrl> urls;
   for (const QString& name : QLJournalEntryFile::fileNames(canonicalUUID))
     urls << QUrl::fromLocalFile(m_package->entriesFolder() + u'/' + name);
+  return urls;
+}
+
+QList<QUrl> QLJournalIndex::copiesOfEntry(const QString& canonicalUUID) const {
+  QList<QUrl> urls;
+  const auto folder = JournalFolder::open(m_package->entriesFolder(), nullptr);
+  const auto names = folder ? folder->propertyListNames(nullptr, canonicalUUID) : std::nullopt;
+  for (const QString& name : names.value_or(QStringList()))
+    if (ConflictNames::parse(name)) urls << QUrl::fromLocalFile(folder->path() + u'/' + name);
   return urls;
 }
 
@@ -126,10 +139,19 @@ bool QLJournalIndex::deleteEntry(const QLEntry& entry, Error* error, const Delet
     return fail(error, JournalError::make(JournalError::NotReadable,
                                           folder + u": a symbolic link, which is not followed inside a journal"_s));
   Error reason;
-  const bool removed = deleteFileBlock && deleteFileBlock(entry.url, &reason);
-  const bool wasGone = (reason.domain == ErrorDomain::osStatus && reason.code == ErrorCode::fileNotFound) ||
-                       (reason.domain == ErrorDomain::cocoa && reason.code == ErrorCode::fileNoSuchFile);
-  if (removed || wasGone) {
+  const auto remove = [&](const QUrl& url) {
+    reason = {};
+    return deleteFileBlock && deleteFileBlock(url, &reason);
+  };
+  const auto wasGone = [&reason] {
+    return (reason.domain == ErrorDomain::osStatus && reason.code == ErrorCode::fileNotFound) ||
+           (reason.domain == ErrorDomain::cocoa && reason.code == ErrorCode::fileNoSuchFile);
+  };
+  // First its other versions, of which one would be the entry else.
+  for (const QUrl& copy : copiesOfEntry(*canonical))
+    if (!remove(copy) && !wasGone()) return fail(error, reason);
+  const bool removed = remove(entry.url);
+  if (removed || wasGone()) {
     m_entries.removeIf([&](const auto& known) { return known->uuid() == *canonical; });
     m_damaged.removeIf([&](const auto& known) { return known.url == entry.url; });
   }

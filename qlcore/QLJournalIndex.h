@@ -37,7 +37,8 @@ class QLJournalIndex {
 
   // Reads every entry. Damaged ones are logged and listed apart, and so is the folder of entries where it cannot be
   // read, of which readError() tells too; a folder that is missing holds no entries. A null package has none either.
-  // Asked to stop, the index holds what was read until then.
+  // Conflict copies of entries, see JournalConflicts, are neither. Asked to stop, the index holds what was read until
+  // then.
   explicit QLJournalIndex(std::shared_ptr<QLJournalPackageFile> package, const std::stop_token& stop = {});
   // An index that reads nothing and lists nothing: enough to delete an entry whose place is known.
   static QLJournalIndex unread(std::shared_ptr<QLJournalPackageFile> package);
@@ -54,9 +55,9 @@ class QLJournalIndex {
   // The entry with this identifier, readable or damaged.
   [[nodiscard]] std::optional<QLEntry> entryWithUUID(const QString& uuid) const;
 
-  // Call the block for each file of the entry and drop the entry from the index once they are gone, also where the
-  // block's error is that there was no file. Answer what the block answered. An entry that was never saved has no
-  // file; an entry of another journal is refused.
+  // Call the block for each file of the entry, its conflict copies first, and drop the entry from the index once they
+  // are gone, also where the block's error is that there was no file. Answer what the block answered. An entry that was
+  // never saved has no file; an entry of another journal is refused.
   bool deleteEntry(const QLEntry& entry, Error* error, const DeleteFileBlock& deleteFileBlock);
   bool deleteEntryFile(const std::shared_ptr<QLJournalEntryFile>& entryFile, Error* error,
                        const DeleteFileBlock& deleteFileBlock);
@@ -67,6 +68,7 @@ class QLJournalIndex {
   void addDamaged(const QString& path, const QString& reason);
   // The places where the file of an entry can be.
   [[nodiscard]] QList<QUrl> urlsOfEntry(const QString& canonicalUUID) const;
+  [[nodiscard]] QList<QUrl> copiesOfEntry(const QString& canonicalUUID) const;
 
   std::shared_ptr<QLJournalPackageFile> m_package;
   QList<std::shared_ptr<QLJournalEntryFile>> m_entries;

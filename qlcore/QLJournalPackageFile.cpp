@@ -77,6 +77,13 @@ bool QLJournalPackageFile::readProperties(const QString& path, Error* error) {
   return true;
 }
 
+bool QLJournalPackageFile::isReadable(const JournalFolder& folder, const QString& name) {
+  const auto bytes = folder.readFile(name, nullptr);
+  const auto content = bytes ? PropertyListSerialization::propertyListWithData(*bytes) : std::nullopt;
+  const PropertyListValue version = content ? content->dictionary().value(formatVersionKey) : PropertyListValue();
+  return version.isInteger() && version.integerValue() >= 1 && version.integerValue() <= currentFormatVersion;
+}
+
 std::shared_ptr<QLJournalPackageFile> QLJournalPackageFile::openPackage(const QUrl& url, bool create, Error* error) {
   const QString path = QDir::cleanPath(url.toLocalFile());
   if (!url.isLocalFile() || !QDir::isAbsolutePath(path)) {

@@ -12,6 +12,8 @@
 
 namespace quillo {
 
+class JournalFolder;
+
 // A journal on disk: the folder NAME.quillojournal with Journal.plist (format version, identifier, creation date) and
 // the folder Entries, one property list an entry. Each object belongs to one thread; the default package is the main
 // thread's.
@@ -23,6 +25,9 @@ class QLJournalPackageFile {
   // appears with a whole package behind it or not at all. Null, with an error of JournalError::domain, when there is no
   // package that this version can read. A package that can only be read opens; saving to it fails.
   [[nodiscard]] static std::shared_ptr<QLJournalPackageFile> openPackage(const QUrl& url, bool create, Error* error);
+
+  // Whether the file `name` in a journal's folder can be read as its Journal.plist.
+  [[nodiscard]] static bool isReadable(const JournalFolder& folder, const QString& name);
 
   // The package at the configured location, never made here; null, logged, when it cannot be opened.
   [[nodiscard]] static std::shared_ptr<QLJournalPackageFile> defaultPackage();

@@ -236,6 +236,41 @@ std::optional<QString> mergedByWords(QStringView base, QStringView theirs, QStri
   return isClear ? std::optional(text) : std::nullopt;
 }
 
+// Both, as paragraphs of their own.
+void appendBoth(QStringView first, QStringView second, QString& result) {
+  result += first;
+  if (!first.isEmpty() && !second.isEmpty() && !first.endsWith(u'\n')) result += u'\n';
+  result += second;
+}
+
+// The paragraphs that both have, in this order.
+QString commonParagraphs(const Tokens& first, const Tokens& second) {
+  QString common;
+  size_t at = 0;
+  for (const Change& change : Difference(first, second).changes()) {
+    common += textOf(first, at, change.baseBegin);
+    at = change.baseEnd;
+  }
+  common += textOf(first, at, first.size());
+  return common;
+}
+
+// Whether all that `less` says is in `more`, in the same order. Spaces say nothing.
+bool hasAllOf(QStringView more, QStringView less) {
+  const Tokens wanted = words(less);
+  size_t found = 0;
+  const auto passSpaces = [&] {
+    while (found < wanted.size() && wanted[found].trimmed().isEmpty()) ++found;
+  };
+  passSpaces();
+  for (const QStringView word : words(more)) {
+    if (found == wanted.size()) break;
+    if (word == wanted[found]) ++found;
+    passSpaces();
+  }
+  return found == wanted.size();
+}
+
 }  // namespace
 
 MergedText mergeTexts(const QString& base, const QString& theirs, const QString& ours) {
@@ -246,13 +281,29 @@ MergedText mergeTexts(const QString& base, const QString& theirs, const QString&
       return true;
     }
     merged.hasClash = true;
-    result += first;
-    if (!first.isEmpty() && !second.isEmpty() && !first.endsWith(u'\n')) result += u'\n';
-    result += second;
+    appendBoth(first, second, result);
     return true;
   };
   merge(paragraphs(base), paragraphs(theirs), paragraphs(ours), merged.text, decide);
   return merged;
+}
+
+MergedText unitedTexts(const QString& first, const QString& second) {
+  const QString common = commonParagraphs(paragraphs(first), paragraphs(second));
+  MergedText united;
+  const auto decide = [&united](QStringView, QStringView one, QStringView other, QString& result) {
+    if (hasAllOf(one, other)) {
+      result += one;
+    } else if (hasAllOf(other, one)) {
+      result += other;
+    } else {
+      united.hasClash = true;
+      appendBoth(one, other, result);
+    }
+    return true;
+  };
+  merge(paragraphs(common), paragraphs(first), paragraphs(second), united.text, decide);
+  return united;
 }
 
 }  // namespace quillo

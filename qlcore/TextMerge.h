@@ -20,4 +20,9 @@ struct MergedText {
 // different all through.
 [[nodiscard]] MergedText mergeTexts(const QString& base, const QString& theirs, const QString& ours);
 
+// Two versions of a text of which it is not known what they were made from: all words of both, in the order of each.
+// Paragraphs that are the same are there once, and of two where one has all words of the other and more, the longer
+// one; others follow one another, `first` before `second`, and are a clash. Takes as long as mergeTexts().
+[[nodiscard]] MergedText unitedTexts(const QString& first, const QString& second);
+
 }  // namespace quillo

@@ -4,6 +4,7 @@
 #include "app/logging/LoggingSetup.h"
 #include "config/Keys.h"
 #include "config/QuilloConfig.h"
+#include "controls/look/ChosenLook.h"
 #include "entry/session/Alerts.h"
 #include "entry/session/EntryDraft.h"
 #include "entry/session/OpenPanel.h"
@@ -39,10 +40,7 @@ QuilloApplication::QuilloApplication(QuilloServices services)
     : m_services(std::move(services)),
       m_library({.location = [this] { return m_services.config.configuredJournalFileURL(); },
                  .makeReader = m_services.makeReader}) {
-  m_library.reopen();
-  m_window = std::make_unique<JournalWindow>(windowServices());
-  connect(m_window->commands().quit, &QAction::triggered, this, [this] { m_services.terminate(); });
-  connect(m_window->commands().preferences, &QAction::triggered, this, &QuilloApplication::showPreferences);
+  applyChosenLook();
   NotificationCenter& distributed = m_services.distributedCenter;
   m_observations.push_back(distributed.observe(Notice::journalPackagePathDidChange, [this](const Notification&) {
     settingsDidChange();
@@ -53,6 +51,15 @@ QuilloApplication::QuilloApplication(QuilloServices services)
 }
 
 QuilloApplication::~QuilloApplication() = default;
+
+JournalWindow& QuilloApplication::window() {
+  if (m_window) return *m_window;
+  m_library.reopen();
+  m_window = std::make_unique<JournalWindow>(windowServices());
+  connect(m_window->commands().quit, &QAction::triggered, this, [this] { m_services.terminate(); });
+  connect(m_window->commands().preferences, &QAction::triggered, this, &QuilloApplication::showPreferences);
+  return *m_window;
+}
 
 JournalWindowServices QuilloApplication::windowServices() {
   QuilloConfig& config = m_services.config;
@@ -125,7 +132,15 @@ void QuilloApplication::settingsDidChange() {
   m_services.text.spellChecker.learnedWordsDidChange();
   if (m_services.defaults.synchronize())
     m_services.text.localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
-  m_window->applyFontSize();
+  applyChosenLook();
+  if (m_window) m_window->applyFontSize();
+}
+
+void QuilloApplication::applyChosenLook() {
+  const PersistentPropertyList* list =
+      m_services.config.hasGroupProperties() ? m_services.config.groupProperties() : nullptr;
+  const auto chosen = list ? list->valueForKey(Key::look) : std::nullopt;
+  applyLook(lookFromSetting(chosen && chosen->isString() ? chosen->string() : QString()));
 }
 
 int QuilloApplication::fontSize() const {
@@ -140,7 +155,7 @@ void QuilloApplication::setFontSize(int points) {
 void QuilloApplication::showPreferences() {
   if (!m_preferences) {
     m_preferences = m_services.makePreferences();
-    m_preferences->move(m_window->geometry().center() - m_preferences->rect().center());
+    m_preferences->move(window().geometry().center() - m_preferences->rect().center());
   }
   m_preferences->showWindow();
 }
@@ -173,10 +188,11 @@ void QuilloApplication::chooseJournal(QWidget& window) {
 }
 
 void QuilloApplication::showWindow() {
-  if (m_window->isMinimized()) m_window->showNormal();
-  m_window->show();
-  m_window->raise();
-  m_window->activateWindow();
+  JournalWindow& shown = window();
+  if (shown.isMinimized()) shown.showNormal();
+  shown.show();
+  shown.raise();
+  shown.activateWindow();
 }
 
 void QuilloApplication::open(const QStringList& urls) {
@@ -199,8 +215,11 @@ void QuilloApplication::open(const QStringList& urls) {
 // Not where the settings cannot be read: the window tells of that.
 bool QuilloApplication::needsFirstStart(const QList<QuilloRequest>& requests) {
   if (requests.contains(QuilloRequest{QuilloRequest::Kind::SetUp, {}})) return true;
+  if (m_window && m_window->isVisible()) return false;
+  // Whoever closes the first start again leaves no trace.
+  if (!m_services.config.hasGroupProperties()) return true;
   PersistentPropertyList* list = m_services.config.groupProperties();
-  if (!list || m_window->isVisible()) return false;
+  if (!list) return false;
   list->synchronize();
   return !m_services.config.configuredJournalFileURL();
 }
@@ -239,8 +258,8 @@ void QuilloApplication::firstStartDidFinish(const FirstStart& choice) {
 
 void QuilloApplication::carryOut(const QuilloRequest& request) {
   using Kind = QuilloRequest::Kind;
-  if (request.kind == Kind::Edit) m_window->editEntry(request.entryIdentifier);
-  if (request.kind == Kind::Post) m_window->beginEntry();
+  if (request.kind == Kind::Edit) window().editEntry(request.entryIdentifier);
+  if (request.kind == Kind::Post) window().beginEntry();
   if (request.kind == Kind::Preferences) showPreferences();
   if (request.kind == Kind::UpdateBookmarks) {
     m_services.config.updateSharedBookmarkDataForConfiguredJournalFile();
@@ -250,7 +269,7 @@ void QuilloApplication::carryOut(const QuilloRequest& request) {
 }
 
 void QuilloApplication::willTerminate() {
-  m_window->saveText();
+  if (m_window) m_window->saveText();
 }
 
 }  // namespace quillo

@@ -68,9 +68,9 @@ class QuilloApplication final : public QObject {
   // Before the program or the session ends: saves, and asks nobody.
   void willTerminate();
 
-  [[nodiscard]] JournalWindow& window() { return *m_window; }
-
  private:
+  // Made when it is first needed: for the first start it is not, and it would write settings.
+  [[nodiscard]] JournalWindow& window();
   [[nodiscard]] JournalWindowServices windowServices();
   [[nodiscard]] JournalExchangeServices exchangeServices();
   void carryOut(const QuilloRequest& request);
@@ -82,6 +82,7 @@ class QuilloApplication final : public QObject {
   void showFirstStart();
   void firstStartDidFinish(const FirstStart& choice);
   void settingsDidChange();
+  void applyChosenLook();
   [[nodiscard]] std::unique_ptr<Registration> askForTags(std::function<void(const QStringList& tags)> answer);
   [[nodiscard]] int fontSize() const;
   void setFontSize(int points);

@@ -11,6 +11,7 @@
 #include "entry/panels/OpenPanelSheet.h"
 #include "entry/session/EntryDraft.h"
 #include "entry/spelling/SpellChecker.h"
+#include "exchange/backup/BackupSchedule.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileModeMask.h"
@@ -24,6 +25,7 @@
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/SystemClock.h"
+#include "platform/linux/SystemdTimers.h"
 #include "platform/linux/TerminationSignals.h"
 #include "platform/linux/VirtualKeyCodes.h"
 #include "platform/linux/XdgLoginItems.h"
@@ -32,6 +34,7 @@
 #include "platform/linux/desktop/Display.h"
 #include "platform/linux/desktop/X11HotKeys.h"
 #include "preferences/PreferencesWindow.h"
+#include "preferences/model/OwnSettingsSync.h"
 #include "preferences/setup/FirstStartWindow.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/services/OnlineServices.h"
@@ -106,7 +109,8 @@ class PreferencesPlatform {
         m_loginItems(
             XdgLoginItems::autostartFolder(UserDirectories::current()), applications, m_helper,
             [this](const QString& program, const QStringList& words) { return m_agent.launch(program, words); }),
-        m_agentDefaults(UserDirectories::current().configuration + u"/quillo"_s, Identifier::agent) {
+        m_timers(UserDirectories::current().configuration, /*isOfSession=*/homeArguments.isEmpty()),
+        m_backupSchedule(m_timers, QCoreApplication::applicationDirPath() + u"/quilloctl"_s, homeArguments) {
     AgentManager::setSharedLoginItemServices(loginItems());
     PTKeyCodeTranslator::setKeyboardLayouts(&m_layouts);
     // A desktop's portal would ask the user in this program's name, and the agent's claim is another.
@@ -123,7 +127,8 @@ class PreferencesPlatform {
     return {.loginItems = &m_loginItems, .runningApplications = &m_applications};
   }
   [[nodiscard]] HelperProcesses& agent() { return m_agent; }
-  [[nodiscard]] UserDefaults& agentDefaults() { return m_agentDefaults; }
+
+  [[nodiscard]] BackupSchedule& backupSchedule() { return m_backupSchedule; }
 
   [[nodiscard]] ShortcutRecorderServices shortcut() {
     // Key codes of X, and so of Qt, are the kernel's with this added.
@@ -162,7 +167,8 @@ class PreferencesPlatform {
   LoginHelper m_helper;
   SessionBusHelper m_agent;
   XdgLoginItems m_loginItems;
-  UserDefaults m_agentDefaults;
+  SystemdTimers m_timers;
+  BackupSchedule m_backupSchedule;
   XkbKeyboardLayouts m_layouts;
   std::unique_ptr<HotKeys> m_hotKeys;
 };
@@ -195,11 +201,19 @@ void openEntryWindow(SessionBusApplications& applications) {
     QLLogWarn(u"The entry window does not open - %1"_s.arg(reason));
 }
 
+void logIntoFiles(QuilloConfig& config) {
+  setUpLogging(QUrl::fromLocalFile(config.groupLogsDirectoryURL().toLocalFile() + u"/Quillo"_s),
+               config.verboseLogging());
+}
+
 // From the set-up of the log to the end of the event loop.
 int runQuillo(QApplication& application, SingleInstance& instance, const Arguments& arguments) {
   QuilloConfig& config = QuilloConfig::sharedConfig();
-  setUpLogging(QUrl::fromLocalFile(config.groupLogsDirectoryURL().toLocalFile() + u"/Quillo"_s),
-               config.verboseLogging());
+  // Before the first start has been gone through, nothing is to lie on the disk.
+  if (config.hasGroupProperties())
+    logIntoFiles(config);
+  else
+    setUpLogging(QUrl(), /*verbose=*/false);
   const TerminationSignals signals([] { QApplication::exit(); });
   SessionBusNotifications notifications;
   DistributedNotificationCenter::sharedCenter().setTransport(&notifications);
@@ -210,6 +224,9 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
   QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
   const UserDirectories& directories = UserDirectories::current();
   UserDefaults& defaults = UserDefaults::standardUserDefaults();
+  UserDefaults agentDefaults(directories.configuration + u"/quillo"_s, Identifier::agent);
+  const OwnSettingsSync ownSettings(defaults, agentDefaults, NotificationCenter::localCenter(),
+                                    DistributedNotificationCenter::sharedCenter());
   const SystemClock clock;
   const auto weather = onlineWeather(clock, defaults, directories.caches);
   AlertSheet alerts;
@@ -242,7 +259,7 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
                    .settings = {.config = config,
                                 .distributedCenter = DistributedNotificationCenter::sharedCenter(),
                                 .localCenter = NotificationCenter::localCenter(),
-                                .ownSettings = {&defaults, &forPreferences->agentDefaults()}},
+                                .ownSettings = {&defaults, &agentDefaults}},
                    .agentManager = &AgentManager::sharedManager,
                    .remindersManager = &RemindersManager::sharedManager,
                    .loginItems = [&forPreferences] { return forPreferences->loginItems(); },
@@ -253,12 +270,16 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
                    .openPanel = openPanel,
                    .spellChecker = spellChecker,
                    .tryReminder = [&forPreferences](QString* reason) { return forPreferences->tryReminder(reason); },
-                   .logFolder = config.groupLogsDirectoryURL().toLocalFile()});
+                   .logFolder = config.groupLogsDirectoryURL().toLocalFile(),
+                   .backupSchedule = &forPreferences->backupSchedule()});
              },
          .makeFirstStart =
              [&](std::function<void(const FirstStart& choice)> finished) {
                if (!forPreferences) forPreferences.emplace(runningApplications, arguments.homeArguments);
-               return makeFirstStart(config, *forPreferences, openPanel, std::move(finished));
+               return makeFirstStart(config, *forPreferences, openPanel, [&config, finished = std::move(finished)] {
+                 if (logDirectory().isEmpty()) logIntoFiles(config);
+                 finished();
+               });
              },
          .openEntryWindow = [&] { openEntryWindow(runningApplications); },
          .terminate = [] { QApplication::exit(); }});

@@ -15,6 +15,7 @@
 
 namespace quillo {
 class AgentManager;
+class BackupSchedule;
 class HelperProcesses;
 class QLJournalPackageFile;
 class RemindersManager;
@@ -52,6 +53,8 @@ struct Context {
   std::function<Session()> session;
   // Of the process; makes it at the first call, which sets reminders on where nobody has said otherwise.
   std::function<RemindersManager&()> remindersManager;
+  // What makes the session call for backups; made at the first call.
+  std::function<BackupSchedule&()> backupSchedule;
   // What a copy of this program has to be given to use the same home.
   QStringList homeArguments;
 };
@@ -82,6 +85,10 @@ void addJournalCommand(CLI::App& program, Action& action);
 void addEntryCommand(CLI::App& program, Action& action);
 void addExportCommand(CLI::App& program, Action& action, PageDrawing& drawing);
 void addImportCommand(CLI::App& program, Action& action);
+// Makes the session call for backups as the settings say now. False, with the reason said, where that cannot be; what
+// is only to be known of it is printed, unless as JSON.
+bool applyBackupSchedule(Context& context);
+void addBackupCommand(CLI::App& program, Action& action);
 void addReminderCommand(CLI::App& program, Action& action);
 void addShortcutCommand(CLI::App& program, Action& action);
 void addAgentCommand(CLI::App& program, Action& action);

@@ -6,6 +6,7 @@
 #include "exchange/ExportFormat.h"
 #include "exchange/ImportFormat.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "quilloctl/BackupFiles.h"
 #include "quilloctl/Command.h"
 #include "quilloctl/CommandTree.h"
 #include "quilloctl/JournalIndex.h"
@@ -82,13 +83,20 @@ class Completion {
     return !all.empty() && all.back()->get_items_expected_max() > 1 ? all.back() : nullptr;
   }
 
+  [[nodiscard]] bool isOfBackups() const {
+    for (const CLI::App* app = m_place.command; app; app = app->get_parent())
+      if (app->get_name() == "backup") return true;
+    return false;
+  }
+
   void printValues(const QString& name) {
     const QString dates = u"today yesterday last-week this-month last-month this-year last-year"_s;
-    static const QMap<QString, QString> fixed{
+    const QMap<QString, QString> fixed{
         {u"--type"_s, u"bool int real string date data json"_s},
+        {u"--resolve"_s, u"this that both merge"_s},
         {u"--remind"_s, u"never"_s},
         {u"--by"_s, u"window notification sound window,notification window,notification,sound"_s},
-        {u"--every"_s, u"minute hour day week month year"_s},
+        {u"--every"_s, isOfBackups() ? u"hour day week month"_s : u"minute hour day week month year"_s},
         {u"--on"_s, dates},
         {u"--since"_s, dates},
         {u"--before"_s, dates},
@@ -97,13 +105,15 @@ class Completion {
     if (fixed.contains(name)) return offer(fixed[name].split(u' '));
     if (name == u"KEY") return offerSettings();
     if (name == u"VALUE") return offerSettingValues();
-    if (name == u"ID") return offerEntries();
+    if (name == u"ID") return m_place.command->get_name() == "conflicts" ? offerConflicts() : offerEntries();
     if (name == u"QUERY") return offerQuery();
     if (name == u"--tag") return offerTags({});
     if (name == u"NOTIFICATION-NAME") return offerNotices();
     if (name == u"FORMAT") return offerFormats();
-    const QStringList folders{u"PATH"_s, u"FOLDER"_s, u"--home"_s, u"--journal"_s, u"--existing"_s};
+    const QStringList folders{u"PATH"_s,       u"FOLDER"_s, u"--home"_s, u"--journal"_s,
+                              u"--existing"_s, u"--to"_s,   u"--in"_s,   u"--folder"_s};
     if (folders.contains(name)) leaveToShell(u":directories"_s);
+    if (name == u"FILE") return offerBackups();
     if (name == u"SOURCE" || name == u"--output") leaveToShell(u":files"_s);
   }
 
@@ -112,13 +122,26 @@ class Completion {
     m_hasPrinted = true;
   }
 
+  // Those in the folder of backups; with a slash it is a path.
+  void offerBackups() {
+    if (m_place.word.contains(u'/')) return leaveToShell(u":files"_s);
+    const auto folder = backupFolder(m_context, {});
+    const auto backups = folder ? backupsInFolder(*folder, nullptr) : std::nullopt;
+    if (!backups) return;
+    for (const StoredBackup& one : *backups)
+      if (one.manifest) offer(one.fileName, entriesInWords(one.manifest->entries));
+  }
+
   void offerFormats() {
-    if (m_place.command->get_name() == "import")
+    if (m_place.command->get_name() == "import") {
       for (const ImportFormat& format : importFormats())
         offer(QString::fromLatin1(format.name), QString::fromLatin1(format.description));
-    else
+      // The source may be there in its place.
+      if (!m_hasPrinted) leaveToShell(u":files"_s);
+    } else {
       for (const ExportFormat& format : exportFormats())
         offer(QString::fromLatin1(format.name), QString::fromLatin1(format.description));
+    }
   }
 
   void offerSettings() {
@@ -151,8 +174,7 @@ class Completion {
     const auto index = openIndex();
     if (!index) return;
     const QList<JournalCount> counts = index->counts({}, JournalCountBy::Tag).mid(0, mostTags);
-    for (const JournalCount& tag : counts)
-      offer(before + tag.name, QString::number(tag.count) + (tag.count == 1 ? u" entry"_s : u" entries"_s));
+    for (const JournalCount& tag : counts) offer(before + tag.name, entriesInWords(tag.count));
   }
 
   void offerQuery() {
@@ -160,6 +182,15 @@ class Completion {
       if (m_place.word.startsWith(before)) return offerTags(before);
     const QStringList keys{u"tag:"_s, u"place:"_s, u"on:this-day"_s, u"on:"_s, u"since:"_s, u"before:"_s};
     if (!m_place.word.isEmpty()) offer(keys);
+  }
+
+  void offerConflicts() {
+    const auto index = openIndex();
+    if (!index) return;
+    for (const ConflictedEntry& conflict : index->conflicts()) {
+      const auto entry = index->entryWithUUID(conflict.uuid);
+      offer(conflict.uuid, entry ? entry->text.left(longestDescription) : QString());
+    }
   }
 
   void offerEntries() {

@@ -62,9 +62,7 @@ std::optional<ExportDestination> open(const ExportFormat& format, const ExportWo
 int finished(const Context& context, const ExportWords& words, const JournalExport::Result& result) {
   if (!words.isToStandardOutput() && context.json)
     printJson(QJsonObject{{u"path"_s, words.path()}, {u"entries"_s, result.entries}, {u"damaged"_s, result.damaged}});
-  if (!words.isToStandardOutput() && !context.json)
-    print(u"%1: %2 %3"_s.arg(words.path(), QString::number(result.entries),
-                             result.entries == 1 ? u"entry"_s : u"entries"_s));
+  if (!words.isToStandardOutput() && !context.json) print(words.path() + u": "_s + entriesInWords(result.entries));
   if (result.isDisturbed) failed(u"entries were added or deleted meanwhile, which the export may lack"_s);
   if (result.damaged == 0) return Done;
   failed(u"%1 damaged, not in the export"_s.arg(result.damaged));

@@ -2,7 +2,10 @@
 #include "qlcore/JournalMove.h"
 #include "qlcore/QLJournalIndex.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/conflicts/JournalConflicts.h"
+#include "qlcore/conflicts/JournalRepair.h"
 #include "quilloctl/Command.h"
+#include "quilloctl/JournalConflictsCommand.h"
 #include "quilloctl/JournalStatistics.h"
 
 #include <QDir>
@@ -134,24 +137,58 @@ int path(Context& context) {
   return Done;
 }
 
-int check(Context& context) {
+// What `journal check` has to tell, of a journal that could be opened.
+struct Condition {
+  qsizetype entries{0};
+  QStringList damaged;
+  qsizetype conflicts{0};
+  QStringList repaired;
+};
+
+// Prints it and answers the exit code.
+int tell(Context& context, const QLJournalPackageFile& package, const Condition& condition) {
+  const QString path = package.url().toLocalFile();
+  if (context.json) {
+    QJsonObject object{{u"path"_s, path},
+                       {u"identifier"_s, package.identifier()},
+                       {u"entries"_s, condition.entries},
+                       {u"damaged"_s, QJsonArray::fromStringList(condition.damaged)},
+                       {u"conflicts"_s, condition.conflicts}};
+    if (!condition.repaired.isEmpty()) object.insert(u"repaired"_s, QJsonArray::fromStringList(condition.repaired));
+    printJson(object);
+  }
+  if (!condition.damaged.isEmpty())
+    return failed(u"%1 damaged: %2"_s.arg(QString::number(condition.damaged.size()), condition.damaged.join(u"; "_s)));
+  if (context.json) return Done;
+  print(u"%1: %2 entries, all readable"_s.arg(path).arg(condition.entries));
+  if (condition.conflicts > 0)
+    print(u"%1 with several versions; see quilloctl journal conflicts"_s.arg(condition.conflicts));
+  return Done;
+}
+
+int check(Context& context, bool repairs) {
   const auto url = configured(context);
   if (!url) return Failed;
   Error error;
+  Condition condition;
+  if (repairs) {
+    JournalRepair repair(url->toLocalFile());
+    const bool isDone = repair.run(&error);
+    condition.repaired = repair.done();
+    if (!context.json)
+      for (const QString& line : condition.repaired) print(line);
+    if (!isDone) return failed(error.localizedDescription);
+  }
   const auto package = QLJournalPackageFile::openPackage(*url, /*create=*/false, &error);
   if (!package) return failed(error.localizedDescription);
   const QLJournalIndex index(package);
-  QStringList damaged;
-  for (const auto& entry : index.damagedEntries()) damaged << entry.url.toLocalFile() + u" - "_s + entry.reason;
-  if (context.json)
-    printJson(QJsonObject{{u"path"_s, url->toLocalFile()},
-                          {u"identifier"_s, package->identifier()},
-                          {u"entries"_s, index.entries().size()},
-                          {u"damaged"_s, QJsonArray::fromStringList(damaged)}});
-  if (!damaged.isEmpty())
-    return failed(u"%1 damaged: %2"_s.arg(QString::number(damaged.size()), damaged.join(u"; "_s)));
-  if (!context.json) print(u"%1: %2 entries, all readable"_s.arg(url->toLocalFile()).arg(index.entries().size()));
-  return Done;
+  condition.entries = index.entries().size();
+  for (const auto& entry : index.damagedEntries())
+    condition.damaged << entry.url.toLocalFile() + u" - "_s + entry.reason;
+  const auto conflicts = JournalConflicts(package->entriesFolder()).entries(&error);
+  if (!conflicts) return failed(error.localizedDescription);
+  condition.conflicts = conflicts->size();
+  return tell(context, *package, condition);
 }
 
 }  // namespace
@@ -182,9 +219,11 @@ void addJournalCommand(CLI::App& program, Action& action) {
     action = journalStatistics;
   });
   journal->add_subcommand("path", "Print the journal's path")->callback([&action] { action = path; });
-  journal->add_subcommand("check", "Read every entry and tell of those that are damaged")->callback([&action] {
-    action = check;
-  });
+  const auto repairs = std::make_shared<bool>(false);
+  CLI::App* checker = journal->add_subcommand("check", "Read every entry and tell of those that are damaged");
+  checker->add_flag("--repair", *repairs, "Mend what can be mended without losing a word, and print what was done");
+  checker->callback([&action, repairs] { action = [repairs](Context& context) { return check(context, *repairs); }; });
+  addJournalConflictsCommand(*journal, action);
 }
 
 }  // namespace quillo::ctl

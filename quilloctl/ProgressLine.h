@@ -15,10 +15,13 @@ class ProgressLine {
 
   // So many of so many entries; nothing is shown of none.
   void show(qint64 done, qint64 total);
+  // So much of the whole, from 0 to 1.
+  void showPart(double done);
 
  private:
   const char* m_what;
   bool m_isShown{false};
+  int m_percent{-1};
 };
 
 }  // namespace quillo::ctl

@@ -9,6 +9,8 @@
 #include <QJsonObject>
 #include <QMap>
 
+#include <algorithm>
+#include <array>
 #include <map>
 #include <memory>
 
@@ -50,6 +52,11 @@ SettingType typeFor(const Setting* setting, const std::string& wanted) {
   return type == SettingType::String && (own == SettingType::Path || own == SettingType::URL) ? own : type;
 }
 
+bool isOfBackups(const QString& key) {
+  constexpr std::array keys{Key::autoBackupEnabled, Key::autoBackupFrequency, Key::autoBackupInterval};
+  return std::ranges::find(keys, key) != keys.end();
+}
+
 // Saves and tells the other processes.
 int save(Context& context, PersistentPropertyList& list, const QString& key,
          const std::optional<PropertyListValue>& value) {
@@ -58,6 +65,7 @@ int save(Context& context, PersistentPropertyList& list, const QString& key,
   const Setting* setting = settingForKey(key);
   if (setting)
     for (const QString& notice : setting->noticesAfterChange()) context.post(notice);
+  if (isOfBackups(key) && !applyBackupSchedule(context)) return Failed;
   if (context.json)
     printJson(QJsonObject{{u"key"_s, key}, {u"value"_s, value ? jsonFromPropertyList(*value) : QJsonValue()}});
   else if (value && key == Key::sendUsageData)

@@ -79,6 +79,10 @@ QString withoutControls(const QString& text) {
   return clean;
 }
 
+QString entriesInWords(qint64 count) {
+  return QString::number(count) + (count == 1 ? u" entry"_s : u" entries"_s);
+}
+
 int failed(const QString& reason) {
   // One line, whatever a library's text, or the user's, holds.
   const QByteArray bytes = u"quilloctl: %1\n"_s.arg(withoutControls(reason.simplified())).toUtf8();

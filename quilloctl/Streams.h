@@ -21,6 +21,9 @@ void holdStandardStreams();
 // One line on the error stream; answers Failed.
 int failed(const QString& reason);
 
+// "1 entry", "12 entries".
+[[nodiscard]] QString entriesInWords(qint64 count);
+
 // A line on the standard output, in UTF-8. What goes to a terminal goes without the control characters it would obey.
 void print(const QString& line);
 void print(const StyledLine& line);

@@ -5,6 +5,7 @@
 #include "app/switches/LoginItem.h"
 #include "app/switches/RemindersManager.h"
 #include "config/Keys.h"
+#include "exchange/backup/BackupSchedule.h"
 #include "foundation/Bundle.h"
 #include "foundation/DistributedNotificationCenter.h"
 #include "foundation/FileModeMask.h"
@@ -13,6 +14,7 @@
 #include "platform/linux/SessionBusHelper.h"
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/SessionBusUserNotifications.h"
+#include "platform/linux/SystemdTimers.h"
 #include "platform/linux/XdgLoginItems.h"
 #include "platform/linux/XdgWorkspace.h"
 #include "platform/linux/XkbKeyboardLayouts.h"
@@ -59,6 +61,14 @@ class Services {
   bool post(const QString& name) {
     joinNotifications();
     return m_notifications->post(name);
+  }
+
+  BackupSchedule& backupSchedule() {
+    if (!m_backupSchedule) {
+      m_timers.emplace(UserDirectories::current().configuration, /*isOfSession=*/m_homeArguments.isEmpty());
+      m_backupSchedule.emplace(*m_timers, QCoreApplication::applicationFilePath(), m_homeArguments);
+    }
+    return *m_backupSchedule;
   }
 
   ctl::Session session() {
@@ -111,6 +121,8 @@ class Services {
   std::optional<SessionBusApplications> m_applications;
   std::optional<SessionBusHelper> m_agent;
   std::optional<XdgLoginItems> m_loginItems;
+  std::optional<SystemdTimers> m_timers;
+  std::optional<BackupSchedule> m_backupSchedule;
 };
 
 struct CommonOptions {
@@ -136,6 +148,7 @@ void addCommands(CLI::App& program, ctl::Action& action, CommonOptions& options,
   ctl::addEntryCommand(program, action);
   ctl::addExportCommand(program, action, drawing);
   ctl::addImportCommand(program, action);
+  ctl::addBackupCommand(program, action);
   ctl::addReminderCommand(program, action);
   ctl::addShortcutCommand(program, action);
   ctl::addAgentCommand(program, action);
@@ -215,6 +228,7 @@ int run(int argc, char** argv) {
                        .json = options.json,
                        .session = [&services] { return services.session(); },
                        .remindersManager = &RemindersManager::sharedManager,
+                       .backupSchedule = [&services]() -> BackupSchedule& { return services.backupSchedule(); },
                        .homeArguments = homeArguments};
   const int code = action(context);
   PTKeyCodeTranslator::setKeyboardLayouts(nullptr);

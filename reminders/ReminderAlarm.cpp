@@ -75,6 +75,7 @@ void ReminderAlarm::resetFromDate(std::optional<Date> date) {
 
 void ReminderAlarm::scheduleNextAlarm(Date date) {
   m_nextAlarmDate = date;
+  QLLogDebug(u"The next reminder is due at %1"_s.arg(date.toDateTime().toString(Qt::ISODate)));
   // A timer already there stays armed. Callers clear it first, all but a system event during a snooze: then both fire
   // at the end of the snooze, and the second finds the first one's date given already. Beyond a handful the oldest
   // goes, or a clock that is set every second would use up the process's descriptors.

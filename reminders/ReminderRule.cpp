@@ -61,10 +61,11 @@ std::optional<ReminderRule> ReminderRule::ofInterval(const ReminderInterval& int
   ReminderRule rule{.count = interval.intervalValue(), .unit = *unit, .starting = *base, .calendar = *calendar};
   const double period = interval.validReminderPeriod();
   if (!isClockStep(interval.calendarUnit()) || period == 0) return rule;
-  const double minutes = std::round(period / 60);
-  // Over midnight, or without an end. Written so that it also takes what is not a number.
-  if (!(minutes >= 1 && minutes < minutesOfDay - *from)) return std::nullopt;
-  rule.window = DailyWindow{*from, *from + static_cast<int>(minutes)};
+  if (!std::isfinite(period)) return std::nullopt;
+  // Only the end's time of day counts: whole days make no difference, whichever way they go.
+  auto minutes = static_cast<int>(std::fmod(std::round(period / 60), minutesOfDay));
+  if (minutes <= 0) minutes += minutesOfDay;
+  rule.window = DailyWindow{*from, *from + minutes};
   return rule;
 }
 

@@ -18,6 +18,9 @@ struct DailyWindow {
   int from{0};
   int until{0};
 
+  // Ends on the next day: then there is one reminder a day, when it begins. Nobody states such a window here, but it
+  // can have been stored.
+  [[nodiscard]] bool isOverMidnight() const { return until >= 24 * 60; }
   bool operator==(const DailyWindow&) const = default;
 };
 

@@ -199,6 +199,7 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
           spellChecker.learnedWordsDidChange();
           if (ownDefaults.synchronize())
             NotificationCenter::localCenter().postNotification(Notice::spellingAndGrammarSettingsDidChange);
+          delegate.settingsDidChange();
         });
     delegate.applicationWillFinishLaunching();
     delegate.applicationDidFinishLaunching();

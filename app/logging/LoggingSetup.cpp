@@ -99,8 +99,12 @@ void setUpLogging(const QUrl& directory, bool verbose, std::size_t queueLength) 
 }
 
 void setLogIsVerbose(bool isVerbose) {
-  if (const LoggingSession* const session = currentSession)
-    session->formatter->setLogLevel(isVerbose ? logLevelAll : QLLogFormatter::defaultLogLevel);
+  const LoggingSession* const session = currentSession;
+  const int level = isVerbose ? logLevelAll : QLLogFormatter::defaultLogLevel;
+  if (!session || session->formatter->logLevel() == level) return;
+  session->formatter->setLogLevel(level);
+  // Whoever has switched it on sees that it reached this program.
+  QLLogDebug(u"Everything is logged from now on"_s);
 }
 
 QString logDirectory() {

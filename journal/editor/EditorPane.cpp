@@ -20,6 +20,7 @@
 #include <QVBoxLayout>
 
 #include <chrono>
+#include <utility>
 
 namespace quillo {
 
@@ -188,6 +189,7 @@ void EditorPane::clear() {
 }
 
 void EditorPane::forgetChanges() {
+  m_isRefused = false;
   dismissOwnNotice();
   m_detailsView->forgetTyping();
   m_changes.clear();
@@ -204,10 +206,10 @@ bool EditorPane::save() {
   const bool isNew = !before || !before->fileURLForEntryProperties();
   Error error;
   if (!m_session.save(/*force=*/false, &error)) {
-    m_status.setState(u"Not saved"_s);
-    say(error.localizedDescription, {{u"Try again"_s, [this] { save(); }}});
+    sayUnsaved(error);
     return false;
   }
+  if (std::exchange(m_isRefused, false)) dismissOwnNotice();
   m_status.setState(text().isEmpty() ? QString() : u"Saved"_s);
   const QLJournalEntryFile* entry = m_session.activeEntry();
   if (!entry) return true;
@@ -218,6 +220,12 @@ bool EditorPane::save() {
   showDetails();
   if (entry->fileURLForEntryProperties()) tellSaved(/*isMoved=*/isNew);
   return true;
+}
+
+void EditorPane::sayUnsaved(const Error& error) {
+  m_isRefused = true;
+  m_status.setState(u"Not saved"_s);
+  say(error.localizedDescription, {{u"Try again"_s, [this] { save(); }}});
 }
 
 void EditorPane::tellSaved(bool isMoved) {
@@ -235,6 +243,8 @@ void EditorPane::replaceText(const QString& text) {
 }
 
 void EditorPane::refresh() {
+  // The journal's folder may have come back.
+  if (m_isRefused && m_session.isUnsaved() && !save()) return;
   if (!m_session.activeEntry()) return;
   Error error;
   if (!m_session.refresh(&error) && !m_session.isUnsaved()) {
@@ -326,10 +336,7 @@ bool EditorPane::setDetails(const EntryDetails& details) {
   const Date before = m_session.details().creationDate;
   Error error;
   const bool isSaved = m_session.setDetails(details, &error);
-  if (!isSaved) {
-    m_status.setState(u"Not saved"_s);
-    say(error.localizedDescription, {{u"Try again"_s, [this] { save(); }}});
-  }
+  if (!isSaved) sayUnsaved(error);
   showDetails();
   const QLJournalEntryFile* entry = m_session.activeEntry();
   if (!isSaved || !entry || !entry->fileURLForEntryProperties()) return isSaved;

@@ -95,6 +95,7 @@ class EditorPane : public QWidget, private EntryText {
   void connectView();
   void changeDetails(const EntryDetails& before, const EntryDetails& after);
   bool setDetails(const EntryDetails& details);
+  void sayUnsaved(const Error& error);
   void tellSaved(bool isMoved);
   void forgetChanges();
   void lookForWeather(const EntryDetails& before, const EntryDetails& after);
@@ -129,6 +130,8 @@ class EditorPane : public QWidget, private EntryText {
   QTimer m_saveTimer;
   QTimer m_placeTimer;
   bool m_isOpening{false};
+  // The journal would not take what is written; it is offered again when the journal changes.
+  bool m_isRefused{false};
   // What is found belongs to the entry.
   bool m_looksForPlace{false};
   bool m_awaitsPlace{false};

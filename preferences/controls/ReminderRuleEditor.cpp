@@ -212,9 +212,7 @@ void ReminderRuleEditor::readFields() {
   parts.hour = m_from->time().hour();
   parts.minute = m_from->time().minute();
   rule.starting = rule.calendar.dateFromComponents(parts).value_or(rule.starting);
-  rule.window.reset();
-  if (isClock(rule) && !m_allDay->isChecked())
-    rule.window = DailyWindow{minuteOf(m_from->time()), minuteOf(m_until->time())};
+  rule.window = windowOfFields();
   m_choice.opensWindow = m_window->isChecked();
   m_choice.notifies = m_notification->isChecked();
   m_choice.playsSound = m_sound->isChecked();
@@ -222,6 +220,15 @@ void ReminderRuleEditor::readFields() {
   if (m_choice == before) return;
   updateSummary();
   if (m_choice.problem().isEmpty()) Q_EMIT choiceChanged(m_choice);
+}
+
+std::optional<DailyWindow> ReminderRuleEditor::windowOfFields() const {
+  if (!isClock(m_choice.rule) || m_allDay->isChecked()) return std::nullopt;
+  // One over midnight, which another program has set, stays until one of its times is changed.
+  const auto& before = m_choice.rule.window;
+  if (before && m_from->time() == timeOfMinute(before->from) && m_until->time() == timeOfMinute(before->until))
+    return before;
+  return DailyWindow{minuteOf(m_from->time()), minuteOf(m_until->time())};
 }
 
 void ReminderRuleEditor::updateSummary() {
@@ -235,7 +242,11 @@ void ReminderRuleEditor::updateSummary() {
   m_until->setVisible(hasWindow);
   m_allDay->setVisible(isClock(rule));
   const bool isElsewhere = !(rule.calendar == Calendar::currentCalendar());
-  m_timeRow->setNote(isElsewhere ? u"Chosen in the time zone %1."_s.arg(rule.calendar.timeZone().name()) : QString());
+  QStringList notes;
+  if (isElsewhere) notes << u"Chosen in the time zone %1."_s.arg(rule.calendar.timeZone().name());
+  if (hasWindow && rule.window->isOverMidnight())
+    notes << u"Over midnight there is one reminder a day, at the first of the two times."_s;
+  m_timeRow->setNote(notes.join(u' '));
   m_timeRow->setError(m_choice.problem());
   const bool isUnnoticed = m_choice.isOn && !m_choice.opensWindow && !m_choice.notifies;
   m_wayRow->setNote(isUnnoticed ? u"Without the window or a notification a reminder passes unnoticed; a sound only "

@@ -44,6 +44,7 @@ class ReminderRuleEditor : public QWidget {
  private:
   void build();
   void readFields();
+  [[nodiscard]] std::optional<DailyWindow> windowOfFields() const;
   void showChoice();
   void showUnits();
   void updateSummary();

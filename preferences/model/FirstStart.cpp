@@ -27,14 +27,15 @@ static PTKeyCombo::Pointer proposedShortcut() {
 FirstStart FirstStart::suggested(QuilloConfig& config, const std::function<bool(const PTKeyCombo&)>& isFree) {
   FirstStart start;
   const SuggestedJournal found = suggestedJournal();
-  const auto configured = config.configuredJournalFileURL();
+  // Nothing is written before somebody has chosen.
+  const PersistentPropertyList* list = config.hasGroupProperties() ? config.groupProperties() : nullptr;
+  const auto configured = list ? config.configuredJournalFileURL() : std::nullopt;
   start.newJournal = freeJournalLocation();
   if (configured || found.exists) {
     start.journal = Journal::Existing;
     start.existingJournal = configured.value_or(found.location);
   }
   start.reminders = ReminderChoice::suggested(Date::now());
-  const PersistentPropertyList* list = config.groupProperties();
   if (list && hasReminderRule(*list)) start.reminders = ReminderChoice::ofSettings(*list, /*isOn=*/true);
   start.reminders.isOn = true;
   if (list) start.shortcut = storedShortcut(list->dictionaryForKey(Key::menuEntryGlobalShortcut));

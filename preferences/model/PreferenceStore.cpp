@@ -25,14 +25,19 @@ PreferenceStore::PreferenceStore(PreferenceStoreServices services) : m_services(
     if (!setting.notice.isEmpty()) notices.insert(setting.notice);
   for (const QString& notice : std::as_const(notices))
     m_observations.push_back(m_services.distributedCenter.observe(notice, [this](const Notification&) { reread(); }));
+  // By this window, by a text's menu, or by the agent, which tells nobody of it.
+  m_observations.push_back(m_services.localCenter.observe(Notice::spellingAndGrammarSettingsDidChange,
+                                                          [this](const Notification&) { Q_EMIT changed(); }));
 }
 
 void PreferenceStore::reread() {
   if (PersistentPropertyList* shared = list()) shared->synchronize();
   bool ownChanged = false;
   for (UserDefaults* domain : std::as_const(m_services.ownSettings)) ownChanged = domain->synchronize() || ownChanged;
-  if (ownChanged) m_services.localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
-  Q_EMIT changed();
+  if (ownChanged)
+    m_services.localCenter.postNotification(Notice::spellingAndGrammarSettingsDidChange);
+  else
+    Q_EMIT changed();
 }
 
 std::optional<PropertyListValue> PreferenceStore::storedValue(const QString& key) const {
@@ -88,6 +93,7 @@ bool PreferenceStore::set(const std::vector<SettingChange>& changes, QString* re
         if (!notices.contains(notice)) notices << notice;
   }
   for (const QString& notice : std::as_const(notices)) tell(notice);
+  if (!isSaved) Q_EMIT changed();
   return isSaved;
 }
 
@@ -98,10 +104,14 @@ void PreferenceStore::tell(const QString& notice) {
 bool PreferenceStore::saveSilently(const SettingChange& change, QString* reason) {
   const Setting* setting = settingForKey(change.key);
   if (setting && setting->store == SettingStore::OwnDefaults) return saveOwn(change, reason);
-  if (PersistentPropertyList* shared = list()) shared->setValueForKey(change.value, change.key);
+  const auto before = storedValue(change.key);
+  PersistentPropertyList* shared = list();
+  if (shared) shared->setValueForKey(change.value, change.key);
   const QString problem = whyUnsaved();
   if (problem.isEmpty()) return true;
   *reason = problem;
+  // The list would go on with it, and save it some day without a word to anybody.
+  if (shared) shared->setValueForKey(before, change.key);
   return false;
 }
 
@@ -115,9 +125,12 @@ QString PreferenceStore::whyUnsaved() const {
 bool PreferenceStore::saveOwn(const SettingChange& change, QString* reason) {
   bool isSaved = true;
   for (UserDefaults* domain : std::as_const(m_services.ownSettings)) {
+    const auto found = domain->persistentDomain().find(change.key);
+    const auto before = found == domain->persistentDomain().cend() ? std::nullopt : std::optional(*found);
     domain->setObjectForKey(change.value, change.key);
     if (!domain->lastError()) continue;
     *reason = notSaved(domain->lastError());
+    domain->setObjectForKey(before, change.key);
     isSaved = false;
   }
   // The text views of this program take over what was set for it just now.

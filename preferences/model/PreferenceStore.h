@@ -56,7 +56,8 @@ class PreferenceStore : public QObject {
   // Whether a person can change it here; what the environment says cannot be.
   [[nodiscard]] static bool isEditable(const Setting& setting);
 
-  // Saves and tells everybody. False, with the reason in one sentence, where it could not be saved.
+  // Saves and tells everybody. False, with the reason in one sentence, where it could not be saved; then the setting is
+  // as it was.
   bool set(const QString& key, const std::optional<PropertyListValue>& value, QString* reason);
   // Several that belong together: each notice goes out once, after the last of them.
   bool set(const std::vector<SettingChange>& changes, QString* reason);

@@ -30,7 +30,8 @@ QString noteOf(const Setting& setting, bool isSet) {
       parts << u"from the environment"_s;
       break;
     case SettingStore::MainApplication:
-      if (setting.notice != Notice::fontSizeDidChange) parts << u"no program on this computer uses it"_s;
+      if (setting.notice != Notice::fontSizeDidChange && setting.notice != Notice::settingsDidChange)
+        parts << u"no program on this computer uses it"_s;
       break;
   }
   return parts.join(u"; "_s);

@@ -14,11 +14,19 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace quillo {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+struct LookWord {
+  QLatin1StringView title;
+  QLatin1StringView setting;
+};
+constexpr LookWord looks[] = {{"As the desktop"_L1, ""_L1}, {"Light"_L1, "light"_L1}, {"Dark"_L1, "dark"_L1}};
 
 constexpr int fontSizes[] = {11, 12, 13, 14, 15, 16, 17, 18, 20, 22, 24, 28, 32};
 
@@ -32,6 +40,7 @@ GeneralPage::GeneralPage(PreferenceStore& store, PreferencesServices& services, 
   addAgent();
   addShortcut();
   addFontSize();
+  addLook();
   column().addStretch();
 }
 
@@ -59,11 +68,15 @@ void GeneralPage::addAgent() {
 void GeneralPage::setAgentEnabled(bool isEnabled) {
   m_agentRow->setError({});
   m_atLoginRow->setError({});
+  QString reason;
+  // The manager would change the login item for a setting that was not saved, too.
+  if (!store().saveSilently({Key::agentEnabled, PropertyListValue(isEnabled)}, &reason)) {
+    m_agentRow->setError(reason);
+    return showValues();
+  }
   m_services.agentManager().setShouldShowInMenuBar(isEnabled);
   LoginItem item(Identifier::agent, m_services.loginItems());
-  if (const QString reason = store().whyUnsaved(); !reason.isEmpty())
-    m_agentRow->setError(reason);
-  else if (isEnabled && !item.existsAsLoginItem())
+  if (isEnabled && !item.existsAsLoginItem())
     m_atLoginRow->setError(u"It could not be made to start at login: "_s + item.errorString());
   // The manager leaves alone what is no login item, and so an agent that was started in another way.
   else if (!isEnabled && !item.disableAsLoginItem())
@@ -128,6 +141,22 @@ void GeneralPage::addFontSize() {
     if (sizes->findData(size) < 0) sizes->addItem(u"%1 points"_s.arg(size), size);
     sizes->setCurrentIndex(sizes->findData(size));
   });
+}
+
+void GeneralPage::addLook() {
+  auto* choice = new ChoiceBox(this);
+  choice->setObjectName(Key::look);
+  for (const LookWord& look : looks) choice->addItem(look.title, QString(look.setting));
+  FormRow* row = form().addRow(u"Look"_s, {choice});
+  row->setNote(u"Of the journal's windows; the quill's stays as it is."_s);
+  connect(choice, &QComboBox::activated, this, [this, choice, row](int index) {
+    const QString chosen = choice->itemData(index).toString();
+    QString reason;
+    store().set(Key::look, chosen.isEmpty() ? std::nullopt : std::optional(PropertyListValue(chosen)), &reason);
+    row->setError(reason);
+  });
+  // What is no look is as the desktop.
+  addShower([this, choice] { choice->setCurrentIndex(std::max(0, choice->findData(store().text(Key::look)))); });
 }
 
 }  // namespace quillo

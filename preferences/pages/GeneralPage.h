@@ -18,6 +18,7 @@ class GeneralPage : public PreferencePage {
   void addAgent();
   void addShortcut();
   void addFontSize();
+  void addLook();
   void setAgentEnabled(bool isEnabled);
   void setStartsAtLogin(bool starts);
 

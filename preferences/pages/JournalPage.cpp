@@ -35,6 +35,19 @@ QString folderToBeginIn() {
   return QFileInfo(user.documents).isDir() ? user.documents : user.home;
 }
 
+// Takes the name of a journal that is there as an answer, and does not go into its folder.
+class CreatePanel : public QFileDialog {
+ public:
+  using QFileDialog::QFileDialog;
+
+  void accept() override {
+    const QStringList files = selectedFiles();
+    if (files.size() != 1 || !files[0].endsWith(suffix)) return QFileDialog::accept();
+    QDialog::accept();
+    Q_EMIT fileSelected(files[0]);
+  }
+};
+
 }  // namespace
 
 JournalPage::JournalPage(PreferenceStore& store, PreferencesServices& services, QWidget* parent)
@@ -109,7 +122,7 @@ void JournalPage::choose() {
 }
 
 void JournalPage::createNew() {
-  auto* dialog = new QFileDialog(window(), u"Create Quillo Journal"_s);
+  auto* dialog = new CreatePanel(window(), u"Create Quillo Journal"_s);
   dialog->setObjectName(u"createPanel"_s);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setAcceptMode(QFileDialog::AcceptSave);

@@ -105,6 +105,7 @@ FormRow* PreferencePage::addText(const QString& label, const QString& key,
     QString reason = text.isEmpty() ? QString() : problem(text);
     if (reason.isEmpty())
       store().set(key, text.isEmpty() ? std::nullopt : std::optional(PropertyListValue(text)), &reason);
+    field->setModified(!reason.isEmpty());
     row->setError(reason);
   });
   addShower([this, field, key] {

@@ -11,6 +11,7 @@
 namespace quillo {
 
 class AgentManager;
+class BackupSchedule;
 class HelperProcesses;
 class OpenPanel;
 class RemindersManager;
@@ -36,6 +37,8 @@ struct PreferencesServices {
   std::function<bool(QString* reason)> tryReminder;
   // Of all programs' log files.
   QString logFolder;
+  // Null where the session is not to be told when backups are made.
+  BackupSchedule* backupSchedule{nullptr};
 };
 
 }  // namespace quillo

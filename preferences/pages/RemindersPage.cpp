@@ -65,9 +65,9 @@ void RemindersPage::save(const ReminderChoice& choice) {
     isSaved = store().saveSilently({Key::remindersEnabled, PropertyListValue(choice.isOn)}, &reason);
     if (isSaved) manager.setRemindersAreEnabled(choice.isOn);
   }
-  m_editor->setError(reason);
   m_isSaving = false;
-  if (isSaved) showValues();
+  showValues();
+  m_editor->setError(reason);
 }
 
 void RemindersPage::tryNow() {

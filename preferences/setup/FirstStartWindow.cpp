@@ -28,7 +28,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // In points.
-constexpr QSize windowSize{520, 500};
+constexpr QSize windowSize{520, 540};
 constexpr int side = 40;
 constexpr int footerHeight = 56;
 constexpr int labelWidth = 72;
@@ -136,6 +136,9 @@ void FirstStartWindow::showStep(int step) {
   m_step = step;
   m_header->setTexts(stepTexts[step].title, stepTexts[step].about);
   m_stack->setCurrentIndex(step);
+  // Only the step that is shown takes room, so that what is said about it finds some.
+  for (int i = 0; i < m_stack->count(); ++i)
+    m_stack->widget(i)->setSizePolicy(QSizePolicy::Preferred, i == step ? QSizePolicy::Preferred : QSizePolicy::Ignored);
   m_dots->setStep(step);
   m_back->setVisible(step > Journal);
   m_continue->setText(step < Key ? u"Continue"_s : u"Start Quillo"_s);

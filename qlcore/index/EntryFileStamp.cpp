@@ -1,5 +1,7 @@
 #include "qlcore/index/EntryFileStamp.h"
 
+#include "qlcore/ConflictNames.h"
+
 #include <QtEndian>
 
 #include <fcntl.h>
@@ -106,6 +108,18 @@ std::optional<EntryFileKey> EntryFileKey::fromName(const char* name, size_t leng
 
 std::optional<EntryFileKey> EntryFileKey::fromName(const QByteArray& name) {
   return fromName(name.constData(), static_cast<size_t>(name.size()));
+}
+
+std::optional<EntryFileKey> EntryFileKey::ofCopy(const QByteArray& name) {
+  if (!ConflictNames::isConflictCopy(name)) return std::nullopt;
+  auto key = fromName(name.first(qsizetype{uuidLength}).toUpper() + QByteArray(suffix.data(), suffix.size()));
+  return key;
+}
+
+QByteArray EntryFileKey::uuidBytes() const {
+  QByteArray bytes(static_cast<qsizetype>(uuid.size()), Qt::Uninitialized);
+  std::copy(uuid.begin(), uuid.end(), bytes.begin());
+  return bytes;
 }
 
 EntryFileKey::Name EntryFileKey::name() const {

@@ -52,6 +52,9 @@ struct EntryFileKey {
   // Nothing where `name` is no name of an entry's file.
   [[nodiscard]] static std::optional<EntryFileKey> fromName(const char* name, size_t length);
   [[nodiscard]] static std::optional<EntryFileKey> fromName(const QByteArray& name);
+  // Of the entry that the conflict copy `name` is of; nothing where it is none.
+  [[nodiscard]] static std::optional<EntryFileKey> ofCopy(const QByteArray& name);
+  [[nodiscard]] QByteArray uuidBytes() const;
   [[nodiscard]] QString uuidText() const;
   [[nodiscard]] Name name() const;
   [[nodiscard]] QByteArray fileName() const;

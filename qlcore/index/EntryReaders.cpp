@@ -17,14 +17,15 @@ constexpr qsizetype mostBytes = qsizetype{8} * 1024 * 1024;
 qsizetype bytesOf(const FileReading& reading) {
   constexpr qsizetype fixed = 1024;
   if (!reading.entry) return fixed;
-  return fixed + reading.entry->text.size() + reading.entry->words.text.size() + reading.entry->words.marks.size();
+  return fixed + reading.entry->text.size() + reading.entry->others.size() + reading.entry->words.text.size() +
+         reading.entry->words.marks.size();
 }
 
 }  // namespace
 
 EntryReaders::EntryReaders(const JournalFolder& folder, int descriptor, const CommonPrefixes& prefixes,
-                           std::vector<QByteArray> names, unsigned threads)
-    : m_folder(folder), m_descriptor(descriptor), m_prefixes(prefixes), m_names(std::move(names)) {
+                           const CopyNames& copies, std::vector<QByteArray> names, unsigned threads)
+    : m_folder(folder), m_descriptor(descriptor), m_prefixes(prefixes), m_copies(copies), m_names(std::move(names)) {
   // For a handful of files a thread costs more than it saves.
   const auto useful = static_cast<unsigned>(std::min<size_t>(threads, m_names.size() / portion));
   try {
@@ -48,7 +49,7 @@ EntryReaders::~EntryReaders() {
 }
 
 void EntryReaders::run() {
-  EntryReader reader(m_folder, m_descriptor, m_prefixes);
+  EntryReader reader(m_folder, m_descriptor, m_prefixes, m_copies);
   std::vector<FileReading> readings;
   qsizetype bytes = 0;
   for (size_t from = m_next.fetch_add(portion); from < m_names.size() && !m_isStopped;
@@ -79,7 +80,7 @@ void EntryReaders::hand(std::vector<FileReading>& readings, qsizetype bytes) {
 std::vector<FileReading> EntryReaders::take() {
   if (m_threads.empty()) {
     std::vector<FileReading> readings;
-    EntryReader reader(m_folder, m_descriptor, m_prefixes);
+    EntryReader reader(m_folder, m_descriptor, m_prefixes, m_copies);
     const size_t from = m_next.fetch_add(portion);
     for (size_t i = from; i < std::min(from + portion, m_names.size()); ++i)
       readings.push_back(reader.read(m_names[i]));

@@ -17,8 +17,8 @@ namespace quillo {
 // taken yet is bounded, so that a journal of any size takes little memory.
 class EntryReaders {
  public:
-  // `folder` and `descriptor`, which are the same folder, and `prefixes` must outlive the object.
-  EntryReaders(const JournalFolder& folder, int descriptor, const CommonPrefixes& prefixes,
+  // `folder` and `descriptor`, which are the same folder, `prefixes` and `copies` must outlive the object.
+  EntryReaders(const JournalFolder& folder, int descriptor, const CommonPrefixes& prefixes, const CopyNames& copies,
                std::vector<QByteArray> names, unsigned threads);
   // Stops reading.
   ~EntryReaders();
@@ -35,6 +35,7 @@ class EntryReaders {
   const JournalFolder& m_folder;
   int m_descriptor;
   const CommonPrefixes& m_prefixes;
+  const CopyNames& m_copies;
   std::vector<QByteArray> m_names;
   std::atomic<size_t> m_next{0};
   std::atomic<bool> m_isStopped{false};

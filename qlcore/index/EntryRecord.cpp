@@ -1,7 +1,9 @@
 #include "qlcore/index/EntryRecord.h"
 
+#include "qlcore/EntryFields.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/QLJournalEntryFile.h"
+#include "qlcore/StorableValues.h"
 #include "qlcore/index/SearchMarks.h"
 #include "qlcore/index/SearchWords.h"
 
@@ -10,7 +12,9 @@
 #include <QFile>
 #include <QVarLengthArray>
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace quillo {
@@ -84,13 +88,34 @@ QStringList partedTags(const QString& joined) {
   return joined.isEmpty() ? QStringList() : joined.split(tagSeparator);
 }
 
-EntryWords EntryWords::of(const QString& text, const QStringList& tags, const QString& place, QDate day,
+QByteArray packedTexts(const QStringList& texts) {
+  if (texts.isEmpty()) return {};
+  QByteArray packed;
+  QDataStream stream(&packed, QIODevice::WriteOnly);
+  stream.setVersion(QDataStream::Qt_6_4);
+  stream << texts;
+  return packed;
+}
+
+QStringList unpackedTexts(const QByteArray& packed) {
+  QStringList texts;
+  QDataStream stream(packed);
+  stream.setVersion(QDataStream::Qt_6_4);
+  if (!packed.isEmpty()) stream >> texts;
+  return texts;
+}
+
+EntryWords EntryWords::of(const QStringList& texts, const QStringList& tags, const QString& place, QDate day,
                           const CommonPrefixes& prefixes) {
   WordGatherer gatherer(prefixes);
   EntryWords words;
   QString joined;
-  joined.reserve(text.size() + text.size() / 8);
-  gatherer.add(text, joined);
+  joined.reserve(texts.first().size() + texts.first().size() / 8);
+  for (const QString& text : texts) {
+    // Keeps a phrase from reaching from one into the next.
+    if (!joined.isEmpty()) joined += u' ' + SearchMarks::everyEntry();
+    gatherer.add(text, joined);
+  }
   words.text = packed(joined);
 
   QString marks = SearchMarks::everyEntry();
@@ -119,12 +144,17 @@ QByteArray EntryRecord::computedDigest() const {
   stream << creation.timeIntervalSinceReferenceDate() << modification.timeIntervalSinceReferenceDate()
          << day.toJulianDay();
   QCryptographicHash hash(QCryptographicHash::Sha1);
-  for (const QByteArray& part : {tags.toUtf8(), place.toUtf8(), details, text}) {
+  for (const QByteArray& part : {tags.toUtf8(), place.toUtf8(), details, text, others}) {
     stream << part.size();
     hash.addData(part);
   }
   hash.addData(fixed);
   return hash.result().first(8);
+}
+
+EntryWords EntryRecord::computedWords(const CommonPrefixes& prefixes) const {
+  return EntryWords::of(QStringList(QString::fromUtf8(text)) + unpackedTexts(others), partedTags(tags), place, day,
+                        prefixes);
 }
 
 IndexedEntry EntryRecord::toEntry() const {
@@ -138,6 +168,7 @@ IndexedEntry EntryRecord::toEntry() const {
   // The conversion takes it for none of the text.
   if (text.startsWith("\xEF\xBB\xBF")) entry.text.prepend(QChar::ByteOrderMark);
   entry.tags = partedTags(tags);
+  entry.otherVersions = unpackedTexts(others).size();
   QDataStream stream(details);
   stream.setVersion(QDataStream::Qt_6_4);
   bool hasLocation = false;
@@ -173,8 +204,9 @@ QDate EntryReader::localDay(Date date, const QString& zone) {
   return QDate(1970, 1, 1).addDays(days);
 }
 
-EntryRecord EntryReader::record(const QLJournalEntryFile& entry, const StampedFile& file) {
+EntryRecord EntryReader::record(const QLJournalEntryFile& entry, const StampedFile& file, const QStringList& others) {
   EntryRecord record;
+  record.others = packedTexts(others);
   record.file = file;
   record.creation = entry.creationDate();
   record.modification = entry.modificationDate();
@@ -193,17 +225,35 @@ EntryRecord EntryReader::record(const QLJournalEntryFile& entry, const StampedFi
     stream << weather->temperature << weather->symbolCode << weather->text << weather->provider
            << weather->date.has_value() << weather->date.value_or(Date()).timeIntervalSinceReferenceDate();
   record.digest = record.computedDigest();
-  // Of what a reader of the row gets: the words of an entry that goes are made anew of it.
-  record.words =
-      EntryWords::of(QString::fromUtf8(record.text), partedTags(record.tags), record.place, record.day, m_prefixes);
+  record.words = record.computedWords(m_prefixes);
   return record;
+}
+
+std::vector<CopyReading> EntryReader::readCopies(const EntryFileKey& key) const {
+  std::vector<CopyReading> copies;
+  if (m_copies.isEmpty()) return copies;
+  // However they were found, an entry with the same copies is the same.
+  QList<QByteArray> names = m_copies.value(key.uuidBytes());
+  std::sort(names.begin(), names.end());
+  for (const QByteArray& name : std::as_const(names)) {
+    const qint64 now = EntryFileStamp::now();
+    const auto stamp = EntryFileStamp::of(m_descriptor, name);
+    if (!stamp) continue;
+    const auto fields = EntryFields::read(m_folder, QFile::decodeName(name), nullptr);
+    const QString text = fields ? storableText(fields->value(EntryFields::text).string()) : QString();
+    copies.push_back({name, stamp->trustedAt(now), text});
+  }
+  return copies;
 }
 
 FileReading EntryReader::read(const QByteArray& name) {
   FileReading reading;
   reading.name = name;
-  const QString text = QFile::decodeName(name);
-  const QString path = m_folder.path() + u'/' + text;
+  const QString path = m_folder.path() + u'/' + QFile::decodeName(name);
+  const auto key = EntryFileKey::fromName(name);
+  const QByteArray other = key ? EntryFileKey{key->uuid, false}.fileName() : QByteArray();
+  const bool hasOther = key && key->isLowerCase && EntryFileStamp::of(m_descriptor, other);
+  if (key && !hasOther) reading.copies = readCopies(*key);
   // Before the file is read: what is written from now on gives it another stamp, unless the clock of the file system
   // stands still meanwhile.
   const qint64 now = EntryFileStamp::now();
@@ -213,27 +263,29 @@ FileReading EntryReader::read(const QByteArray& name) {
     return reading;
   }
   reading.stamp = stamp->trustedAt(now);
-  const auto key = EntryFileKey::fromName(name);
   if (!key) {
     reading.damage = path + u": the name is not an entry's identifier"_s;
-    return reading;
-  }
-  const QByteArray other = EntryFileKey{key->uuid, false}.fileName();
-  if (key->isLowerCase && EntryFileStamp::of(m_descriptor, other)) {
+  } else if (hasOther) {
     reading.damage = path + u": the entry has another file, "_s + QString::fromLatin1(other);
     reading.stamp = {};
-    return reading;
+  } else {
+    readEntry(reading, *key);
   }
+  return reading;
+}
+
+void EntryReader::readEntry(FileReading& reading, const EntryFileKey& key) {
   Error error;
-  if (const auto entry = QLJournalEntryFile::entryInFolder(m_folder, key->uuidText(), &error)) {
-    reading.entry = record(*entry, {*key, reading.stamp});
-    return reading;
+  if (const auto entry = QLJournalEntryFile::entryInFolder(m_folder, key.uuidText(), &error)) {
+    QStringList others;
+    for (const CopyReading& copy : *reading.copies) others << copy.text;
+    reading.entry = record(*entry, {key, reading.stamp}, others);
+    return;
   }
   reading.isGone = error.code == JournalError::EntryNotFound;
   reading.damage = error.localizedDescription;
   // A failing disk or a lack of descriptors may be over the next time.
   if (error.code != JournalError::EntryDamaged) reading.stamp = reading.stamp.distrusted();
-  return reading;
 }
 
 }  // namespace quillo

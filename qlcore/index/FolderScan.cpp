@@ -1,6 +1,9 @@
 #include "qlcore/index/FolderScan.h"
 
+#include "qlcore/ConflictNames.h"
 #include "qlcore/index/KnownFiles.h"
+
+#include <QFile>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -77,8 +80,9 @@ int FolderScan::readNames() {
 void FolderScan::addName(const char* name, size_t length, quint64 inode) {
   if (const auto key = EntryFileKey::fromName(name, length))
     m_entries.push_back({*key, {-1, 0, 0, inode}});
-  else
-    m_others.insert(QByteArray(name, static_cast<qsizetype>(length)), {});
+  else if (const QByteArray other(name, static_cast<qsizetype>(length));
+           !ConflictNames::isTemporary(QFile::decodeName(other)))
+    m_others.insert(other, {});
 }
 
 void FolderScan::takeNames(const KnownFiles& names) {
@@ -86,6 +90,7 @@ void FolderScan::takeNames(const KnownFiles& names) {
   for (qsizetype i = 0; i < names.count(); ++i) m_entries.push_back(names.entry(i));
   for (auto file = names.damaged().cbegin(); file != names.damaged().cend(); ++file)
     addName(file.key().constData(), static_cast<size_t>(file.key().size()), file->inode);
+  for (auto file = names.copies().cbegin(); file != names.copies().cend(); ++file) m_others.insert(file.key(), {});
 }
 
 void FolderScan::sortEntries() {

@@ -37,7 +37,7 @@ class FolderScan {
 
   // Sorted by key. A file in lower case beside one in upper case has a stamp that no file has.
   [[nodiscard]] const std::vector<StampedFile>& entries() const { return m_entries; }
-  // Property lists with other names.
+  // Property lists with other names, those of conflict copies among them; temporary files are passed by.
   [[nodiscard]] const QHash<QByteArray, EntryFileStamp>& others() const { return m_others; }
 
  private:

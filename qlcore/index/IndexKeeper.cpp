@@ -18,7 +18,7 @@ namespace {
 
 constexpr int applicationIdentifier = 0x514C4A49;
 // To be raised with every change of the tables or of the words that are stored in them.
-constexpr int tableVersion = 1;
+constexpr int tableVersion = 2;
 
 // The words depend on the table of characters too, which an update of the system may replace.
 int version() {
@@ -30,8 +30,10 @@ const QString& tables(int number) {
       u"CREATE TABLE entry(id INTEGER PRIMARY KEY, file BLOB NOT NULL UNIQUE, creation REAL NOT NULL, "
       "modification REAL NOT NULL, day INTEGER NOT NULL, tags TEXT NOT NULL, place TEXT NOT NULL, "
       "digest BLOB NOT NULL)"_s,
-      u"CREATE TABLE content(id INTEGER PRIMARY KEY, text BLOB NOT NULL, details BLOB NOT NULL)"_s,
+      u"CREATE TABLE content(id INTEGER PRIMARY KEY, text BLOB NOT NULL, details BLOB NOT NULL, "
+      "others BLOB NOT NULL)"_s,
       u"CREATE TABLE damage(name BLOB PRIMARY KEY, stamp BLOB NOT NULL, reason TEXT NOT NULL) WITHOUT ROWID"_s,
+      u"CREATE TABLE copy(name BLOB PRIMARY KEY, uuid BLOB NOT NULL, stamp BLOB NOT NULL) WITHOUT ROWID"_s,
       u"CREATE TABLE setting(name TEXT PRIMARY KEY, value) WITHOUT ROWID"_s,
       // Its words are looked up and never read back, so it keeps no text. All bytes from 0x80 on are parts of words.
       u"CREATE VIRTUAL TABLE words USING fts5(text, tags, place, marks, content='', tokenize='ascii')"_s,

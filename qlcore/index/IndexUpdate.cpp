@@ -1,5 +1,6 @@
 #include "qlcore/index/IndexUpdate.h"
 
+#include "qlcore/ConflictNames.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalFolder.h"
 #include "qlcore/index/EntryReaders.h"
@@ -10,6 +11,7 @@
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 
 #include <fcntl.h>
 
@@ -95,19 +97,39 @@ Update IndexUpdate::some(const QStringList& fileNames) {
   const auto folder = JournalFolder::open(m_entriesFolder, &reason);
   const FileDescriptor descriptor = openFolder(m_entriesFolder);
   if (!folder || !descriptor.isOpen()) return all({}, {});
+  update.isComplete =
+      readAndWrite(*folder, descriptor.number(), named(fileNames, descriptor.number()), update, {}, {}) == 0;
+  return update;
+}
+
+// What is to be read where these files may have changed.
+IndexUpdate::Difference IndexUpdate::named(const QStringList& fileNames, int folder) {
   Difference difference;
+  QSet<QByteArray> names;
   for (const QString& fileName : fileNames) {
     const QByteArray name = QFile::encodeName(fileName);
     if (name.startsWith('.') || name.contains('/') || !name.endsWith(".plist")) continue;
-    difference.toRead.push_back(name);
+    if (ConflictNames::isTemporary(fileName)) continue;
+    const auto copied = EntryFileKey::ofCopy(name);
+    const auto key = copied ? copied : EntryFileKey::fromName(name);
+    names.insert(copied ? copied->fileName() : name);
+    if (!key) continue;
+    QList<QByteArray>& copies = difference.copies[key->uuidBytes()];
+    if (copied && !copies.contains(name)) copies << name;
     // Of two files of one entry, whether the one counts depends on the other.
-    if (auto key = EntryFileKey::fromName(name)) {
-      key->isLowerCase = !key->isLowerCase;
-      if (EntryFileStamp::of(descriptor.number(), key->fileName())) difference.toRead.push_back(key->fileName());
-    }
+    for (const bool isLowerCase : {false, true})
+      if (const QByteArray other = EntryFileKey{key->uuid, isLowerCase}.fileName(); EntryFileStamp::of(folder, other))
+        names.insert(other);
   }
-  update.isComplete = readAndWrite(*folder, descriptor.number(), std::move(difference), update, {}, {}) == 0;
-  return update;
+  // A copy that is told of has others beside it that are known.
+  IndexDatabase::Rows rows = m_keeper.database().rows(u"SELECT name, uuid FROM copy"_s);
+  while (rows.next()) {
+    const auto copies = difference.copies.find(rows.value(1).toByteArray());
+    const QByteArray name = rows.value(0).toByteArray();
+    if (copies != difference.copies.end() && !copies->contains(name)) *copies << name;
+  }
+  difference.toRead.assign(names.cbegin(), names.cend());
+  return difference;
 }
 
 void IndexUpdate::removeEverything(Update& update) {
@@ -119,6 +141,7 @@ void IndexUpdate::removeEverything(Update& update) {
     IndexDatabase::Rows damage = m_keeper.database().rows(u"SELECT name FROM damage"_s);
     while (damage.next()) names.push_back(damage.value(0).toByteArray());
   }
+  m_keeper.database().run(u"DELETE FROM copy"_s);
   // No folder: none of them is there.
   IndexWriter writer(m_keeper.database(), -1, m_keeper.prefixes());
   writer.remove(names);
@@ -153,9 +176,40 @@ IndexUpdate::Difference IndexUpdate::compare(const KnownFiles& known, const Fold
   }
   for (; hasRow; hasRow = advance()) difference.toRemove.push_back(row.key.fileName());
   for (auto other = scan.others().cbegin(); other != scan.others().cend(); ++other)
-    readUnlessDamaged(other.key(), other.value());
+    if (!ConflictNames::isConflictCopy(other.key())) readUnlessDamaged(other.key(), other.value());
   for (auto left = damaged.cbegin(); left != damaged.cend(); ++left) difference.toRemove.push_back(left.key());
+  compareCopies(known, scan, difference);
   return difference;
+}
+
+// An entry is read again when one of its copies has come, gone or changed.
+void IndexUpdate::compareCopies(const KnownFiles& known, const FolderScan& scan, Difference& difference) {
+  QSet<QByteArray> changed;  // identifiers
+  for (auto other = scan.others().cbegin(); other != scan.others().cend(); ++other) {
+    const auto key = EntryFileKey::ofCopy(other.key());
+    if (!key) continue;
+    difference.copies[key->uuidBytes()] << other.key();
+    const auto before = known.copies().constFind(other.key());
+    if (before == known.copies().constEnd() || *before != other.value()) changed.insert(key->fileName());
+  }
+  for (auto copy = known.copies().cbegin(); copy != known.copies().cend(); ++copy)
+    if (const auto key = EntryFileKey::ofCopy(copy.key()); key && !scan.others().contains(copy.key()))
+      changed.insert(key->fileName());
+  if (changed.isEmpty()) return;
+  // The one in lower case, where that is the entry's only file.
+  const auto hasFile = [&scan](const EntryFileKey& wanted) {
+    const auto found =
+        std::lower_bound(scan.entries().begin(), scan.entries().end(), wanted,
+                         [](const StampedFile& file, const EntryFileKey& key) { return file.key < key; });
+    return found != scan.entries().end() && found->key == wanted;
+  };
+  const QSet<QByteArray> toRead(difference.toRead.begin(), difference.toRead.end());
+  for (const QByteArray& name : std::as_const(changed)) {
+    EntryFileKey key = EntryFileKey::fromName(name).value_or(EntryFileKey());
+    const EntryFileKey lower{key.uuid, true};
+    if (!hasFile(key) && hasFile(lower)) key = lower;
+    if (!toRead.contains(key.fileName())) difference.toRead.push_back(key.fileName());
+  }
 }
 
 qsizetype IndexUpdate::readAndWrite(const JournalFolder& folder, int descriptor, Difference difference, Update& update,
@@ -167,7 +221,7 @@ qsizetype IndexUpdate::readAndWrite(const JournalFolder& folder, int descriptor,
   IndexWriter writer(m_keeper.database(), descriptor, prefixes);
   writer.remove(difference.toRemove);
   Progress done{0, static_cast<qsizetype>(difference.toRead.size())};
-  EntryReaders readers(folder, descriptor, prefixes, std::move(difference.toRead), m_threads);
+  EntryReaders readers(folder, descriptor, prefixes, difference.copies, std::move(difference.toRead), m_threads);
   std::vector<FileReading> batch;
   size_t batchSize = firstPortion;
   const auto write = [&] {
@@ -206,7 +260,8 @@ void IndexUpdate::settlePrefixes(const JournalFolder& folder, int descriptor, co
   constexpr size_t sampleSize = 300;
   if (names.size() < many || m_keeper.database().first(u"SELECT 1 FROM entry LIMIT 1"_s).isValid()) return;
   const CommonPrefixes none;
-  EntryReader reader(folder, descriptor, none);
+  const CopyNames noCopies;
+  EntryReader reader(folder, descriptor, none, noCopies);
   QStringList texts;
   for (size_t i = 0; i < sampleSize; ++i) {
     const FileReading reading = reader.read(names[i * names.size() / sampleSize]);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qlcore/index/EntryRecord.h"
 #include "qlcore/index/IndexKeeper.h"
 #include "qlcore/index/JournalSearchIndex.h"
 
@@ -29,9 +30,12 @@ class IndexUpdate {
   struct Difference {
     std::vector<QByteArray> toRead;
     std::vector<QByteArray> toRemove;
+    CopyNames copies;  // of all entries that are read
   };
   // Of what is known and the folder. What is known is all that the folder holds once the difference is written.
   [[nodiscard]] static Difference compare(const KnownFiles& known, const FolderScan& scan);
+  static void compareCopies(const KnownFiles& known, const FolderScan& scan, Difference& difference);
+  [[nodiscard]] Difference named(const QStringList& fileNames, int folder);
   void removeEverything(JournalSearchIndex::Update& update);
   // Answers how many were left out.
   qsizetype readAndWrite(const JournalFolder& folder, int descriptor, Difference difference,

@@ -2,6 +2,8 @@
 
 #include "qlcore/index/KnownFiles.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 namespace quillo {
@@ -29,16 +31,22 @@ void IndexWriter::write(std::vector<FileReading> readings) {
     if (!a.entry || !b.entry) return a.entry.has_value() < b.entry.has_value();
     return EntryOrderKey::of(*a.entry).isBefore(EntryOrderKey::of(*b.entry));
   });
-  KnownFiles::forgetAll(m_database);
-  m_hasDamage = m_database.first(u"SELECT 1 FROM damage LIMIT 1"_s).isValid();
+  begin();
   EntryOrder order(m_database);
   for (const FileReading& reading : readings) put(order, reading);
   m_database.commit();
 }
 
+void IndexWriter::begin() {
+  KnownFiles::forgetAll(m_database);
+  // Nearly no journal has any.
+  m_hasDamage = m_database.first(u"SELECT 1 FROM damage LIMIT 1"_s).isValid();
+  m_hasCopies = m_database.first(u"SELECT 1 FROM copy LIMIT 1"_s).isValid();
+}
+
 void IndexWriter::remove(const std::vector<QByteArray>& names) {
   if (names.empty() || !m_database.begin(/*forWriting=*/true)) return;
-  KnownFiles::forgetAll(m_database);
+  begin();
   for (const QByteArray& name : names) {
     if (EntryFileStamp::of(m_folder, name))
       ++m_overtaken;  // it is there again
@@ -59,7 +67,9 @@ bool IndexWriter::isOvertaken(const FileReading& reading) const {
 void IndexWriter::put(EntryOrder& order, const FileReading& reading) {
   if (isOvertaken(reading)) {
     ++m_overtaken;
-  } else if (reading.isGone) {
+    return;
+  }
+  if (reading.isGone) {
     if (removeName(reading.name)) ++m_removed;
   } else if (reading.entry) {
     if (m_hasDamage) m_database.run(u"DELETE FROM damage WHERE name = ?"_s, {reading.name});
@@ -67,6 +77,27 @@ void IndexWriter::put(EntryOrder& order, const FileReading& reading) {
   } else {
     putDamage(reading);
   }
+  const auto key = EntryFileKey::fromName(reading.name);
+  if (key && reading.copies) putCopies(*key, *reading.copies);
+}
+
+// Those that are known of the entry are these.
+void IndexWriter::putCopies(const EntryFileKey& key, const std::vector<CopyReading>& copies) {
+  if (!m_hasCopies && copies.empty()) return;
+  const QByteArray uuid = key.uuidBytes();
+  QSet<QByteArray> before;
+  {
+    IndexDatabase::Rows rows = m_database.rows(u"SELECT name FROM copy WHERE uuid = ?"_s, {uuid});
+    while (rows.next()) before.insert(rows.value(0).toByteArray());
+  }
+  if (!before.isEmpty()) m_database.run(u"DELETE FROM copy WHERE uuid = ?"_s, {uuid});
+  QSet<QByteArray> now;
+  for (const CopyReading& copy : copies) {
+    now.insert(copy.name);
+    m_database.run(u"INSERT INTO copy VALUES(?, ?, ?)"_s, {copy.name, uuid, StampedFile{{}, copy.stamp}.encoded()});
+  }
+  m_hasCopies = true;
+  if (now != before) ++m_changed;
 }
 
 std::optional<IndexWriter::Known> IndexWriter::known(const EntryFileKey& key) {
@@ -126,15 +157,16 @@ void IndexWriter::insertRow(qint64 id, const EntryRecord& record) {
        record.modification.timeIntervalSinceReferenceDate(), record.day.toJulianDay(),
        // Null would be something else than nothing.
        record.tags.isNull() ? u""_s : record.tags, record.place.isNull() ? u""_s : record.place, record.digest});
-  m_database.run(u"INSERT INTO content VALUES(?, ?, ?)"_s,
-                 {id, record.text.isNull() ? QByteArray("") : record.text, record.details});
+  m_database.run(u"INSERT INTO content VALUES(?, ?, ?, ?)"_s,
+                 {id, record.text.isNull() ? QByteArray("") : record.text, record.details,
+                  record.others.isNull() ? QByteArray("") : record.others});
   m_database.run(u"INSERT INTO words(rowid, text, tags, place, marks) VALUES(?, ?, ?, ?, ?)"_s,
                  wordValues(id, record.words));
 }
 
 std::optional<EntryRecord> IndexWriter::record(IndexDatabase& database, qint64 id) {
   IndexDatabase::Rows rows = database.rows(
-      u"SELECT e.file, e.creation, e.modification, e.day, e.tags, e.place, e.digest, c.text, c.details "
+      u"SELECT e.file, e.creation, e.modification, e.day, e.tags, e.place, e.digest, c.text, c.details, c.others "
       "FROM entry e JOIN content c ON c.id = e.id WHERE e.id = ?"_s,
       {id});
   if (rows.next()) {
@@ -149,6 +181,7 @@ std::optional<EntryRecord> IndexWriter::record(IndexDatabase& database, qint64 i
     record.digest = rows.value(6).toByteArray();
     record.text = rows.value(7).toByteArray();
     record.details = rows.value(8).toByteArray();
+    record.others = rows.value(9).toByteArray();
     if (file && record.computedDigest() == record.digest) return record;
   }
   database.fail(IndexFailure::Damaged, u"a row is not as it was written"_s);
@@ -160,8 +193,7 @@ std::optional<EntryRecord> IndexWriter::takeRow(qint64 id) {
   auto taken = record(m_database, id);
   if (!taken) return std::nullopt;
   // The full-text table does not know what it holds of a row.
-  taken->words =
-      EntryWords::of(QString::fromUtf8(taken->text), partedTags(taken->tags), taken->place, taken->day, m_prefixes);
+  taken->words = taken->computedWords(m_prefixes);
   m_database.run(u"INSERT INTO words(words, rowid, text, tags, place, marks) VALUES('delete', ?, ?, ?, ?, ?)"_s,
                  wordValues(id, taken->words));
   m_database.run(u"DELETE FROM entry WHERE id = ?"_s, {id});

@@ -45,11 +45,14 @@ class IndexWriter {
   void insertRow(qint64 id, const EntryRecord& record);
   std::optional<EntryRecord> takeRow(qint64 id);
   bool removeName(const QByteArray& name);
+  void putCopies(const EntryFileKey& key, const std::vector<CopyReading>& copies);
+  void begin();
 
   IndexDatabase& m_database;
   int m_folder;
   const CommonPrefixes& m_prefixes;
   bool m_hasDamage{true};
+  bool m_hasCopies{true};
   qsizetype m_changed{0};
   qsizetype m_removed{0};
   qsizetype m_overtaken{0};

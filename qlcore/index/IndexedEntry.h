@@ -26,6 +26,8 @@ struct IndexedEntry {
   QStringList tags;
   std::optional<QLLocation> location;
   std::optional<QLWeather> weather;
+  // Conflict copies of it, see JournalConflicts. It is found by their words too.
+  qsizetype otherVersions{0};
 
   // The part of the text to show in a list: around the first match, or the beginning. Matches are those inside it, as
   // parts of the whole text, in ascending order, none overlapping.

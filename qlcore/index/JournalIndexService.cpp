@@ -16,6 +16,7 @@ namespace {
 constexpr int askKind = -1;
 constexpr int entryKind = -2;
 constexpr int damagedKind = -3;
+constexpr int conflictsKind = -4;
 
 // Whoever opens a journal asks something first and shows the answer. It is not to wait for the folder's being watched
 // and all files' being compared, which takes a while with very many.
@@ -156,6 +157,16 @@ void JournalIndexService::damaged(QObject* asker, const DamagedCallback& callbac
   asked.work = [](JournalSearchIndex& index) -> std::any { return index.damagedEntries(); };
   asked.deliver = [callback](const std::any& answer) { callback(std::any_cast<const QList<IndexedDamage>&>(answer)); };
   request(asker, damagedKind, std::move(asked));
+}
+
+void JournalIndexService::conflicts(QObject* asker, const ConflictsCallback& callback) {
+  Request asked;
+  asked.isOnce = true;
+  asked.work = [](JournalSearchIndex& index) -> std::any { return index.conflicts(); };
+  asked.deliver = [callback](const std::any& answer) {
+    callback(std::any_cast<const QList<ConflictedEntry>&>(answer));
+  };
+  request(asker, conflictsKind, std::move(asked));
 }
 
 void JournalIndexService::forget(const QObject* asker) {

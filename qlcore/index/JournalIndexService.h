@@ -33,6 +33,7 @@ class JournalIndexService : public QObject {
   using CountsCallback = std::function<void(const QList<JournalCount>&)>;
   using EntryCallback = std::function<void(const std::optional<IndexedEntry>&)>;
   using DamagedCallback = std::function<void(const QList<IndexedDamage>&)>;
+  using ConflictsCallback = std::function<void(const QList<ConflictedEntry>&)>;
 
   explicit JournalIndexService(const JournalSearchIndex::Options& options = {}, QObject* parent = nullptr);
   // Ends the thread, at the next entry where it is reading.
@@ -51,6 +52,9 @@ class JournalIndexService : public QObject {
   void entry(QObject* asker, const QString& uuid, const EntryCallback& callback);
   // The files that cannot be read, as they are known now, once.
   void damaged(QObject* asker, const DamagedCallback& callback);
+  // Entries of which there are conflict copies, as they are known now, once. What nobody has to decide is done without
+  // asking, a moment after it was found.
+  void conflicts(QObject* asker, const ConflictsCallback& callback);
   void forget(const QObject* asker);
 
   // A save or deletion of one's own: seen in answers without waiting for the file system to tell.

@@ -1,7 +1,9 @@
 #include "qlcore/index/JournalIndexWorker.h"
 
 #include "foundation/Log.h"
+#include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/conflicts/JournalConflicts.h"
 
 #include <malloc.h>
 #include <sys/resource.h>
@@ -16,8 +18,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// How long nothing is asked or changed before the index is tidied up.
+// How long nothing is asked or changed before the index is tidied up, and before what a synchroniser left is looked at.
 constexpr std::chrono::seconds quietTime{5};
+static_assert(quietTime >= JournalConflicts::settlingTime);
 
 }  // namespace
 
@@ -71,11 +74,13 @@ void JournalIndexWorker::run(const std::stop_token& stop) {
       std::unique_lock lock(m_mutex);
       const auto isNeeded = [this] { return !m_work.empty() || m_isToCompare || !m_toCompare.empty(); };
       // Tidying up waits for some quiet, everything else for something to do.
-      const bool isTidyingDue = m_index && m_isUntidy && !m_wakes.wait_for(lock, stop, quietTime, isNeeded);
-      if (!isTidyingDue) m_wakes.wait(lock, stop, isNeeded);
+      const bool isForQuiet = m_index && (m_isUntidy || m_mayHaveConflicts);
+      const bool isQuiet = isForQuiet && !m_wakes.wait_for(lock, stop, quietTime, isNeeded);
+      if (!isQuiet) m_wakes.wait(lock, stop, isNeeded);
       if (stop.stop_requested()) break;
-      if (isTidyingDue) {
+      if (isQuiet) {
         lock.unlock();
+        settleConflicts(stop);
         // A few milliseconds each; whoever asks meanwhile comes next.
         while (!stop.stop_requested() && (m_isUntidy = m_index->tidyUp())) doWork();
         continue;
@@ -91,6 +96,7 @@ void JournalIndexWorker::open() {
   Error error;
   const auto package = QLJournalPackageFile::openPackage(m_journal, /*create=*/false, &error);
   m_error = package ? std::nullopt : std::optional(error);
+  if (package) m_entriesFolder = package->entriesFolder();
   if (package) m_index = std::make_unique<JournalSearchIndex>(*package, m_options);
 }
 
@@ -141,7 +147,23 @@ void JournalIndexWorker::bringUpToDate(const std::stop_token& stop) {
   }
   m_error = update.error;
   m_isUntidy = m_isUntidy || update.hasNews();
+  m_mayHaveConflicts = m_mayHaveConflicts || update.hasNews();
   m_listener.stateChanged(update.isComplete, m_error, update.hasNews());
+}
+
+// What needs nobody's decision. What changes is told by the files themselves, or noticed with the next comparison.
+void JournalIndexWorker::settleConflicts(const std::stop_token& stop) {
+  if (!std::exchange(m_mayHaveConflicts, false)) return;
+  const JournalConflicts conflicts(m_entriesFolder);
+  QStringList changed;
+  for (const ConflictedEntry& entry : m_index->conflicts()) {
+    if (stop.stop_requested()) return;
+    Error error;
+    const auto settled = conflicts.settle(entry, &error);
+    if (!settled) QLLogInfo(u"Versions of an entry stay as they are - "_s + error.localizedDescription);
+    if (settled && settled->isSomething()) changed << entry.copies << QLJournalEntryFile::fileName(entry.uuid);
+  }
+  if (!changed.isEmpty()) compare(changed);
 }
 
 }  // namespace quillo

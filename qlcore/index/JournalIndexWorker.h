@@ -48,6 +48,7 @@ class JournalIndexWorker {
   void open();
   void doWork();
   void bringUpToDate(const std::stop_token& stop);
+  void settleConflicts(const std::stop_token& stop);
 
   QUrl m_journal;
   JournalSearchIndex::Options m_options;
@@ -55,6 +56,8 @@ class JournalIndexWorker {
   std::unique_ptr<JournalSearchIndex> m_index;  // of the thread
   std::optional<Error> m_error;                 // of the thread: why there is no index, or its folder is not read
   bool m_isUntidy{true};                        // of the thread
+  bool m_mayHaveConflicts{true};                // of the thread: some that nobody has to decide
+  QString m_entriesFolder;                      // of the thread
 
   std::mutex m_mutex;
   std::condition_variable_any m_wakes;

@@ -267,6 +267,23 @@ QList<IndexedDamage> JournalSearchIndex::damagedEntries() {
   return damaged;
 }
 
+QList<ConflictedEntry> JournalSearchIndex::conflicts() {
+  QList<ConflictedEntry> conflicts;
+  m_open->answer([&](IndexDatabase& database) {
+    conflicts.clear();
+    IndexDatabase::Rows rows = database.rows(u"SELECT name FROM copy ORDER BY uuid, name"_s);
+    while (rows.next()) {
+      const QByteArray name = rows.value(0).toByteArray();
+      const auto key = EntryFileKey::ofCopy(name);
+      if (!key) continue;
+      const QString uuid = key->uuidText();
+      if (conflicts.isEmpty() || conflicts.constLast().uuid != uuid) conflicts << ConflictedEntry{uuid, {}};
+      conflicts.last().copies << QFile::decodeName(name);
+    }
+  });
+  return conflicts;
+}
+
 bool JournalSearchIndex::tidyUp() {
   return m_open->tidyUp();
 }

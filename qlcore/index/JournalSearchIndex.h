@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/Error.h"
+#include "qlcore/conflicts/EntryVersions.h"
 #include "qlcore/index/IndexedEntry.h"
 #include "qlcore/index/JournalQuestion.h"
 
@@ -80,6 +81,8 @@ class JournalSearchIndex {
   // Of the newest entry; nothing in an empty journal.
   [[nodiscard]] std::optional<QString> newestUUID();
   [[nodiscard]] QList<IndexedDamage> damagedEntries();
+  // Entries of which there are conflict copies, by identifier; those whose own file is missing or damaged too.
+  [[nodiscard]] QList<ConflictedEntry> conflicts();
 
   // Does a piece of what is left to do when nothing is asked: words of deleted entries leave the file, which becomes
   // quicker to search. False when nothing is left.

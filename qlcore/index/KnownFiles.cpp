@@ -47,6 +47,7 @@ KnownFiles::~KnownFiles() {
 void KnownFiles::read() {
   readEntries();
   readDamaged();
+  readCopies();
   if (std::exchange(m_isReading, false)) m_database.commit();
 }
 
@@ -82,6 +83,13 @@ void KnownFiles::readDamaged() {
   while (rows.next())
     if (const auto file = StampedFile::decoded(rows.value(1).toByteArray()))
       m_damaged.insert(rows.value(0).toByteArray(), file->stamp);
+}
+
+void KnownFiles::readCopies() {
+  IndexDatabase::Rows rows = m_database.rows(u"SELECT name, stamp FROM copy"_s);
+  while (rows.next())
+    if (const auto file = StampedFile::decoded(rows.value(1).toByteArray()))
+      m_copies.insert(rows.value(0).toByteArray(), file->stamp);
 }
 
 void KnownFiles::noteAllOf(const EntryFileStamp& folder) {

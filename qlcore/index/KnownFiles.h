@@ -29,6 +29,9 @@ class KnownFiles {
   // By name, those of damaged entries too.
   [[nodiscard]] const QHash<QByteArray, EntryFileStamp>& damaged() const { return m_damaged; }
 
+  // Conflict copies, by name.
+  [[nodiscard]] const QHash<QByteArray, EntryFileStamp>& copies() const { return m_copies; }
+
   // Notes that the folder with this stamp has just the names that the tables hold now, unless another program has
   // written to them in the meantime.
   void noteAllOf(const EntryFileStamp& folder);
@@ -38,6 +41,7 @@ class KnownFiles {
  private:
   void readEntries();
   void readDamaged();
+  void readCopies();
 
   IndexDatabase& m_database;
   bool m_isReading{false};
@@ -46,6 +50,7 @@ class KnownFiles {
   std::vector<QByteArray> m_portions;  // of entries, all but the last of the same size
   qsizetype m_count{0};
   QHash<QByteArray, EntryFileStamp> m_damaged;
+  QHash<QByteArray, EntryFileStamp> m_copies;
 };
 
 }  // namespace quillo

@@ -221,10 +221,15 @@ def screenshot(path):
         time.sleep(0.1)
 
 
+def pixels(x, y, width, height):
+    """(red, green, blue) of each, 0 to 255, line by line."""
+    command = ["import", "-silent", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "-depth", "8", "rgb:-"]
+    raw = subprocess.run(command, capture_output=True, check=True, timeout=30).stdout
+    return list(zip(raw[::3], raw[1::3], raw[2::3]))
+
+
 def pixel(x, y):
-    """(red, green, blue), 0 to 255 each."""
-    command = ["import", "-silent", "-window", "root", "-crop", f"1x1+{x}+{y}", "-depth", "8", "rgb:-"]
-    return tuple(subprocess.run(command, capture_output=True, check=True, timeout=30).stdout)
+    return pixels(x, y, 1, 1)[0]
 
 
 # Mouse and keyboard.

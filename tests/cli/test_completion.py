@@ -45,10 +45,10 @@ class CompletionTest(QuilloctlTestCase):
             (["entry", "list", "--tag", ""], ["work", "ümlaut"]), (["entry", "search", "x", "tag:w"], ["tag:work"]), (["entry", "search", "#ü"], ["#ümlaut"]),
             (["entry", "list", "--on", "ye"], ["yesterday"]), (["settings", "get", "remindersplay"], ["RemindersPlaySound"]),
             (["settings", "remove", "Odd"], ["Odd key"]), (["settings", "set", "RemindersEnabled", "t"], ["true"]),
-            (["journal", "set", ""], [":directories"]), (["--home", ""], [":directories"]), (["settings", "set", "K", "1", "--type", "b"], ["bool"]),
+            (["journal", "set", ""], [":directories"]), (["journal", "conflicts", "--resolve", "m"], ["merge"]), (["--home", ""], [":directories"]), (["settings", "set", "K", "1", "--type", "b"], ["bool"]),
             (["setup", "--journal", ""], [":directories"]), (["setup", "--re"], ["--remind"]), (["journal", "move", ""], [":directories"]), (["open-url", "quillo://p"], ["quillo://preferences", "quillo://post"]), (["reminder", "next", "--b"], ["--batch"]), (["nonsense", "x"], []),
             (["export", "ma"], ["markdown", "markdown-folder"]), (["export", "json", "tag:w"], ["tag:work"]), (["export", "json", "-o", ""], [":files"]),
-            (["import", ""], ["json", "markdown", "csv", "text"]), (["import", "json", ""], [":files"]),
+            (["import", ""], ["json", "markdown", "text", "csv", "jrnl", "rednotebook"]), (["import", "json", ""], [":files"]), (["import", "/etc/"], [":files"]), (["import", "--u"], ["--undo"]),
         ]
         for words, expected in cases:
             with self.subTest(words):

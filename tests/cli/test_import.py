@@ -45,5 +45,27 @@ class ImportTest(QuilloctlTestCase):
         self.ctl("import", "json", str(listed))
         self.assertEqual(self.ctl("--json", "entry", "list"), listed.read_text())
         self.assert_fails("import", "json", str(self.home / "nowhere"), says="nowhere")
-        for words in ([], ["json"], ["pdf", str(listed)], ["json", ""]):
+        for words in ([], ["json"], ["pdf", str(listed)], ["json", ""], ["--undo", str(listed)], ["--undo", "--replace"]):
             self.assertEqual(self.run_ctl("import", *words).returncode, 2, words)
+
+    def test_the_last_import_is_taken_back(self):
+        self.assert_fails("import", "--undo", says="no import")
+        notes = self.home / "2024-05-01 diary.txt"
+        notes.write_text("[2024-05-01 09:00] One\n[2024-05-02 09:00] Two @x\n")
+        # Without a word of its format.
+        self.assertEqual(self.ctl("import", str(notes)), "2 entries from 2024-05-01 to 2024-05-02: 2 added")
+        changed = self.ctl_json("entry", "list")[0]["uuid"]
+        trial = self.run_ctl("import", "--undo", "--dry-run")
+        self.assertEqual((trial.returncode, trial.stdout.split(": ")[1], self.count()), (0, "2 entries to be moved to the Trash\n", 2))
+        file = self.journal / "Entries" / f"{changed}.plist"
+        file.write_text(file.read_text().replace("Two", "Three"))
+        told = self.run_ctl("--json", "import", "--undo")
+        self.assertEqual(told.stderr, f"quilloctl: {changed} stays, it was changed after the import\n")
+        counts = json.loads(told.stdout)
+        self.assertEqual({key: counts[key] for key in ("source", "format", "removed", "changed", "putBack", "gone")}, {"source": str(notes), "format": "jrnl", "removed": 1, "changed": 1, "putBack": 0, "gone": 0})
+        self.assertEqual([entry["text"] for entry in self.ctl_json("entry", "list")], ["Three @x"])
+        self.assertEqual(len(list((self.home / ".local/share/Trash/files").iterdir())), 1)
+        self.assert_fails("import", "--undo", says="no import")
+        unclear = self.home / "unclear"
+        unclear.write_text("Words")
+        self.assert_fails("import", str(unclear), says="name it")

@@ -1,45 +1,17 @@
 """The window of preferences by keys alone, and the running agent, which hears of each change."""
 
-import plistlib
 import time
 from pathlib import Path
 
-from desktop import press, program, run, type_text, wait_active, wait_until, window, windows_named
-from quillo import LIST, AgentTestCase, keep_picture
+from desktop import press, program, type_text, wait_until, window
+from preferences_window import OWN, PreferencesTestCase
+from quillo import keep_picture
 from weather_service import WeatherService
 
-OWN = ".config/quillo/com.quilloapp.quillo-agent.plist"
 FIXES = (Path(__file__).parent.parent / "data/nmea/improving.nmea").resolve()
-PAGES = ["General", "Journal", "Reminders", "Place and Weather", "Writing", "Advanced"]
 
 
-class PreferencesTest(AgentTestCase):
-    def open_preferences(self):
-        self.start(program("quillo"), "--home", str(self.home), "quillo://preferences")
-        self.window = window("^Preferences$")
-        self.come_to_front()
-
-    def come_to_front(self):
-        run("xdotool", "windowactivate", "--sync", self.window)
-        wait_active(self.window)
-
-    def go(self, page, tabs):
-        """To a field of a page, from the list of pages, which Escape and a new request put the keyboard into."""
-        self.come_to_front()
-        press("Escape")
-        wait_until(lambda: not windows_named("^Preferences$"), "the window closed")
-        run(program("quillo"), "--home", str(self.home), "quillo://preferences")
-        self.window = window("^Preferences$")
-        self.come_to_front()
-        press("Home", *["Down"] * PAGES.index(page), *["Tab"] * tabs)
-
-    def stored(self, key, path=LIST):
-        file = self.home / path
-        return plistlib.loads(file.read_bytes()).get(key) if file.exists() else None
-
-    def wait_stored(self, key, value, path=LIST):
-        wait_until(lambda: self.stored(key, path) == value, f"{key} is {value}, but {self.stored(key, path)}")
-
+class PreferencesTest(PreferencesTestCase):
     def test_the_running_agent_hears_of_each_change(self):
         agent = self.start_shown_agent()
         self.open_preferences()

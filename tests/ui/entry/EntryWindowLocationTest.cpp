@@ -131,6 +131,29 @@ TEST_F(EntryWindowLocationTest, TheSwitchActsOnThisEntryOnly) {
   EXPECT_EQ(QApplication::focusWidget(), button);
 }
 
+TEST_F(EntryWindowLocationTest, OnceItIsSwitchedOffForAllTheNextEntryHasNoPlace) {
+  const auto setForAll = [this](bool isOn) {
+    config.groupProperties()->setBoolForKey(isOn, Key::addLocationAutomatically);
+    controller->settingsDidChange();
+  };
+  show();
+  location->find(berlin(), 20, true);
+  setForAll(false);
+  EXPECT_EQ(line(), u"Berlin, Germany"_s) << "the window's own switch is for the entry in it";
+  type("one");
+  click("saveButton");
+  setForAll(false);
+  show();
+  EXPECT_EQ(line(), QString());
+  type("two");
+  click("saveButton");
+  setForAll(true);
+  show();
+  location->find(berlin(), 20, true);
+  weather.succeed(mildWeather());
+  EXPECT_EQ(line(), u"Berlin, Germany  \u2022  18 °C Partly cloudy"_s);
+}
+
 TEST_F(EntryWindowLocationTest, TheBandTakesItsRoomAndHidingMirrorsTheLowerEdge) {
   AgentEntryWindow& window = controller->window();
   const auto text = [&window] { return window.textContentFrame(); };

@@ -180,8 +180,9 @@ TEST_F(JournalWindowTest, TextOutlivesAJournalThatGoesAway) {
   ASSERT_TRUE(QDir().rename(path + u".away"_s, path));
   library.reopen();
   EXPECT_EQ(editor().text(), u"before and after"_s);
-  EXPECT_TRUE(editor().save());
+  // By itself, and what was said of it goes.
   EXPECT_EQ(textOnDisk(identifier), u"before and after"_s);
+  EXPECT_FALSE(notices().isVisible());
 }
 
 TEST_F(JournalWindowTest, DeletesNothingThatItCannotSaveAndNothingByTheKeyOfAWord) {

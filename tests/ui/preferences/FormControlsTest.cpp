@@ -132,6 +132,22 @@ TEST_F(ReminderRuleEditorTest, WhatAnotherProgramSetIsShownAndNotSentBack) {
   EXPECT_EQ(changes[0], choice) << "in the zone in which it was chosen";
 }
 
+TEST_F(ReminderRuleEditorTest, AWindowOverMidnightOutlivesAChangeOfTheRest) {
+  ReminderChoice choice = ReminderChoice::suggested(Date::now());
+  choice.isOn = true;
+  choice.rule.unit = CalendarUnit::Hour;
+  choice.rule.window = DailyWindow{22 * 60, 26 * 60};
+  editor->setChoice(choice);
+  EXPECT_EQ(field<QTimeEdit>(u"reminderUntil")->time(), QTime(2, 0));
+  type(field<QWidget>(u"reminderCount"), u"3"_s);
+  ASSERT_EQ(changes.size(), 1);
+  EXPECT_EQ(changes[0].rule.window, choice.rule.window);
+  // Its times are those of a window inside the day from then on.
+  type(field<QWidget>(u"reminderFrom"), u"01"_s);
+  ASSERT_EQ(changes.size(), 2);
+  EXPECT_EQ(changes[1].rule.window, (DailyWindow{60, 120}));
+}
+
 TEST_F(ReminderRuleEditorTest, Pictures) {
   for (const bool isDark : {false, true}) {
     QApplication::setPalette(desktopPalette(isDark));

@@ -47,6 +47,7 @@ TEST_F(PreferencesTest, EachFieldWritesItsKeyAndPostsItsNotice) {
   } rows[] = {
       // clang-format off
       {General, Key::fontSize, ChooseLast, Key::fontSize, 32, {Notice::fontSizeDidChange}},
+      {General, Key::look, ChooseLast, Key::look, u"dark"_s, general},
       {General, Key::menuEntryGlobalShortcut, Press, Key::menuEntryGlobalShortcut, ctrlShiftJ, {Notice::menuBarEntryShortcutDidChange}},
       {General, Key::agentEnabled, Click, Key::agentEnabled, true, {Notice::agentManagerValuesDidChange}},
       {Reminders, u"remindersOn"_s, Click, Key::remindersEnabled, true,
@@ -166,10 +167,31 @@ TEST_F(PreferencesTest, WhatCannotBeSavedSaysWhyBesideItself) {
   // All else of the rule is as it is stored.
   QTest::mouseClick(field(u"remindersOn"_s), Qt::LeftButton);
   EXPECT_TRUE(errorBeside(field(u"reminderWindow"_s)).startsWith(u"Not saved: "_s));
+  EXPECT_TRUE(field<QAbstractButton>(u"remindersOn"_s)->isChecked());
   open(Page::Advanced);
   QTest::mouseClick(field(Key::verboseLogging), Qt::LeftButton);
   EXPECT_TRUE(errorBeside(field(Key::verboseLogging)).startsWith(u"Not saved: "_s));
+  // What is shown is what is in force.
+  EXPECT_FALSE(field<QAbstractButton>(Key::verboseLogging)->isChecked());
+  open(Page::General);
+  auto* shortcut = field<QAbstractButton>(Key::menuEntryGlobalShortcut);
+  const QString before = shortcut->text();
+  QTest::mouseClick(shortcut, Qt::LeftButton);
+  QTest::keyClick(shortcut, Qt::Key_J, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_TRUE(errorBeside(shortcut).startsWith(u"Not saved: "_s));
+  EXPECT_EQ(shortcut->text(), before);
+  const QStringList loginEventsBefore = loginEvents;
+  auto* agentSwitch = field<QAbstractButton>(Key::agentEnabled);
+  ASSERT_TRUE(agentSwitch->isChecked()) << "the reminders need it";
+  QTest::mouseClick(agentSwitch, Qt::LeftButton);
+  EXPECT_TRUE(errorBeside(agentSwitch).startsWith(u"Not saved: "_s));
+  EXPECT_TRUE(agentSwitch->isChecked());
+  EXPECT_EQ(loginEvents, loginEventsBefore);
   EXPECT_EQ(distributed.posted, QStringList());
+  // Nor does it come back once the list can be written.
+  ASSERT_TRUE(QDir().rmdir(path));
+  EXPECT_TRUE(list().synchronize());
+  EXPECT_EQ(list().valueForKey(Key::menuEntryGlobalShortcut), std::nullopt);
 }
 
 TEST_F(PreferencesTest, TheAgentAndItsStartAtLogin) {
@@ -233,6 +255,37 @@ TEST_F(PreferencesTest, AnotherJournalIsChosenAndFolderShown) {
   openPanel.choose(second.toLocalFile());
   EXPECT_EQ(config.configuredJournalFileURL(), second);
   EXPECT_EQ(distributed.posted, QStringList{Notice::journalPackagePathDidChange});
+  EXPECT_EQ(field<QLabel>(Key::journalPackageURL)->text(), u"Second"_s);
+}
+
+TEST_F(PreferencesTest, ANewJournalIsMadeAndNoOtherReplaced) {
+  const QUrl before = journalURL;
+  open(Page::Journal);
+  const auto create = [this](const QString& name) {
+    QTest::mouseClick(field(u"createJournal"_s), Qt::LeftButton);
+    auto* panel = window->findChild<QFileDialog*>(u"createPanel"_s);
+    ASSERT_NE(panel, nullptr);
+    panel->setDirectory(home.path());
+    panel->findChild<QLineEdit*>()->setText(name);
+    QTest::keyClick(panel, Qt::Key_Return);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  };
+  for (const QString& name : {u"J.quillojournal"_s, u"J"_s}) {
+    create(name);
+    EXPECT_NE(errorBeside(field(u"createJournal"_s)), QString()) << name.toStdString();
+    EXPECT_EQ(distributed.posted, QStringList());
+    EXPECT_EQ(config.configuredJournalFileURL(), before);
+  }
+  // With its ending or without.
+  for (const QString& name : {u"Third.quillojournal"_s, u"Second"_s}) {
+    distributed.posted.clear();
+    create(name);
+    EXPECT_EQ(errorBeside(field(u"createJournal"_s)), QString());
+    EXPECT_EQ(distributed.posted, QStringList{Notice::journalPackagePathDidChange});
+  }
+  const QUrl second = QUrl::fromLocalFile(home.path(u"Second.quillojournal"_s));
+  EXPECT_EQ(config.configuredJournalFileURL(), second);
+  EXPECT_TRUE(QLJournalPackageFile::openPackage(second, /*create=*/false, nullptr));
   EXPECT_EQ(field<QLabel>(Key::journalPackageURL)->text(), u"Second"_s);
 }
 

@@ -214,10 +214,13 @@ TEST_F(FirstStartWindowTest, EntriesOfAnotherProgramComeIntoANewJournal) {
 }
 
 TEST_F(FirstStartWindowTest, WhatFailsIsSaidAndNothingChosenIsLost) {
+  const QSize sizeBefore = window->size();
   for (int step = 0; step < 2; ++step) press("primary");
   applies = false;
   press("primary");
   EXPECT_EQ(shown("problem"), u"The disk is full."_s);
+  expectAllIsShown(u"first-start-3-problem"_s);
+  EXPECT_EQ(window->size(), sizeBefore) << "what is said finds its room";
   EXPECT_TRUE(window->isVisible() && named("primary")->isEnabled());
   EXPECT_EQ(timesFinished, 0);
   applies = true;
@@ -252,9 +255,11 @@ TEST_F(FirstStartWindowTest, IsReadOutAndLooksWell) {
   // Where the most is to be said.
   makeWindow();
   press("primary");
+  const QSize sizeBefore = window->size();
   named<QComboBox>("reminderUnit")->setCurrentIndex(1);
   for (const char* way : {"reminderWindow", "reminderNotification"}) named<QCheckBox>(way)->setChecked(false);
   expectAllIsShown(u"first-start-2-most"_s);
+  EXPECT_EQ(window->size(), sizeBefore);
 }
 
 // What the choices become in the settings, and as files.

@@ -14,6 +14,17 @@ QByteArray entry(const QByteArray& more = R"("text":"x")") {
   return R"({"uuid":"00000000-0000-4000-8000-000000000001",)" + more + "}";
 }
 
+// A few kilobytes that stand for very many words.
+QByteArray aliasBomb() {
+  QByteArray words;
+  QByteArray categories;
+  for (int i = 0; i < 1000; ++i) {
+    words += 'w' + QByteArray::number(i) + ": , ";
+    categories += 'c' + QByteArray::number(i) + ": *words, ";
+  }
+  return "1: {text: a, Words: &words {" + words + "}}\n2: {" + categories + "text: b}\n";
+}
+
 TEST_F(Import, WhatCannotBeReadIsToldWithItsPlace) {
   struct Case {
     const char* format;
@@ -80,10 +91,36 @@ TEST_F(Import, WhatCannotBeReadIsToldWithItsPlace) {
       {"csv", "\"text", 1, "no end", 0},
       {"csv", "text,date\n\xff,2024-01-01", 2, "UTF-8", 0},
       {"csv", "text,date\n,2024-01-01", 2, "no text", 0},
+      {"jrnl", "[2024-02-29 07:05] Title\nbody\n", 0, "", 1},
+      {"jrnl", "", 0, "", 0},
+      {"jrnl", "\n\nwords\n[2024-02-29 07:05] Title", 3, "no entry begins", 1},
+      {"jrnl", "[2024-02-30 07:05] Title\nbody\n[2024-02-29 07:05] a", 1, "no date", 1},
+      {"jrnl", "[2024-02-29 13:05 PM] Title", 1, "no date", 0},
+      {"jrnl", "[2024-02-29 07:05]\n \n", 1, "no text", 0},
+      {"jrnl", "[2024-02-29 07:05] a\xff", 1, "UTF-8", 0},
+      {"jrnl", "{\"entries\":[\n{\"title\":1}]}", 2, "title, body", 0},
+      {"jrnl", R"({"entries":[{"title":"a","body":"","date":"soon","time":""}]})", 1, "no date", 0},
+      {"jrnl", "{\"entries\":[\n{\"title\":\"a\"", 2, "ends within", 0},
+      {"jrnl", R"({"tags":{},"entries":[]})", 0, "", 0},
+      {"rednotebook", "29: {text: a}\n", 0, "", 1},
+      {"rednotebook", "", 0, "", 0},
+      {"rednotebook", "1: {text: a}\n30: {text: b}\n2: {text: c}", 2, "no day of 2024-02", 2},
+      {"rednotebook", "x: {text: a}", 1, "\"x\" is no day", 0},
+      {"rednotebook", "1: {text: ' '}", 1, "no text", 0},
+      {"rednotebook", "1: words", 1, "no text and no categories", 0},
+      {"rednotebook", "- 1\n- 2", 1, "no list of days", 0},
+      {"rednotebook", "1: {text: a}\n2: {text: 'b\n", 3, "cannot be read", 0},
+      {"rednotebook", "1: {text: \xff}", 1, "UTF-8", 0},
+      {"rednotebook", "1: {text: a}\n1: {text: b}", 2, "second time", 1},
+      {"rednotebook", "1: " + QByteArray(100'000, '{'), 1, "cannot be read", 0},
+      {"rednotebook", "1: &a {text: a, Words: *a}", 1, "", 1},
+      {"rednotebook", aliasBomb(), 2, "too many words", 1},
+      {"rednotebook", QByteArray(3'000'000, ' '), 0, "longer than 2 MiB", 0},
   };
   int number = 0;
   for (const Case& one : cases) {
-    const QString path = stored(u"in %1"_s.arg(++number), one.bytes);
+    const bool hasMonths = QLatin1StringView(one.format) == u"rednotebook";
+    const QString path = stored(u"in %1"_s.arg(++number) + (hasMonths ? u"/2024-02.txt"_s : QString()), one.bytes);
     SCOPED_TRACE(one.bytes.left(80).toStdString());
     const auto looked = ExchangeFixture::looked(journal, one.format, path);
     EXPECT_EQ(looked.counts.entries(), one.entries);

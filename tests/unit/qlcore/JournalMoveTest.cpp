@@ -276,13 +276,53 @@ TEST_F(JournalMoveTest, AKillLeavesTheOldOneAndTheNextMoveClearsUp) {
     ASSERT_EQ(textsIn(move.journal), texts);
     const QStringList left = everythingIn(move.folder);
     leftovers += left.isEmpty() ? 0 : 1;
-    // Killed between name and configuration, there is a whole second one.
-    if (left.contains(u"Mine.quillojournal"_s)) {
-      ASSERT_EQ(textsIn(target()), texts);
-      ASSERT_TRUE(QDir(target()).removeRecursively());
-    }
+    // Killed between name and configuration, there is a whole second one, which is in nobody's way.
+    ASSERT_EQ(textsIn(target()), left.contains(u"Mine.quillojournal"_s) ? texts : QStringList());
   }
   EXPECT_GT(leftovers, 5);
+  EXPECT_EQ(move.run().outcome, JournalMove::Outcome::Moved);
+  EXPECT_EQ(everythingIn(move.folder), QStringList{u"Mine.quillojournal"_s});
+  EXPECT_EQ(textsIn(configured), texts);
+}
+
+TEST_F(JournalMoveTest, ACopyThatAKillHasLeftGoesOnlyWhereNobodyHasWrittenIntoIt) {
+  const auto killBeforeConfiguration = [this] {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe(ends.data()), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      move.configure = [&ends](const QUrl&, Error*) {
+        if (::write(ends[1], "x", 1) != 1) ::_exit(1);
+        ::pause();
+        return false;
+      };
+      static_cast<void>(move.run());
+      ::_exit(0);
+    }
+    char byte = 0;
+    EXPECT_EQ(::read(ends[0], &byte, 1), 1);
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    for (const int end : ends) ::close(end);
+  };
+  killBeforeConfiguration();
+  ASSERT_TRUE(QFileInfo(target()).isDir());
+  // Somebody has taken it for their journal.
+  const QString own = target() + u"/Entries/"_s + QFileInfo(entryPath(uuids[0])).fileName();
+  // Not within the same tick of the file system's clock as the copy.
+  QThread::msleep(20);
+  write(own, "theirs");
+  EXPECT_EQ(move.run().outcome, JournalMove::Outcome::Failed);
+  EXPECT_EQ(*contentsOfFile(own), "theirs");
+  EXPECT_EQ(configured, move.journal);
+
+  ASSERT_TRUE(QDir(target()).removeRecursively());
+  killBeforeConfiguration();
+  // Going on with the old one meanwhile is nothing against it.
+  saved(u"entry since"_s);
+  const QStringList texts = textsIn(move.journal);
   EXPECT_EQ(move.run().outcome, JournalMove::Outcome::Moved);
   EXPECT_EQ(everythingIn(move.folder), QStringList{u"Mine.quillojournal"_s});
   EXPECT_EQ(textsIn(configured), texts);

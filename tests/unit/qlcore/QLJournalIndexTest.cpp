@@ -44,6 +44,9 @@ TEST_F(QLJournalIndexTest, ListsNewestFirstAndDamagedOnesApart) {
   write(folder + u"/.hidden.plist"_s, QByteArray("x"));
   write(folder + u"/read me.txt"_s, QByteArray("x"));
   write(folder + u"/."_s + uuidOf(7) + u".plist.1.1.tmp"_s, QByteArray("x"));
+  write(folder + u'/' + uuidOf(8) + u"_BASE_4711.plist"_s, QByteArray("x"));
+  // Other versions of an entry.
+  write(folder + u'/' + uuidOf(1) + u".sync-conflict-20260309-140559-ABCDEF2.plist"_s, PropertyListDictionary());
 
   LogCapture log;
   const QLJournalIndex index(package);

@@ -18,7 +18,8 @@ class QLJournalPackageFileTest : public JournalFixture {
 TEST_F(QLJournalPackageFileTest, IsMadeWholeAndOpensAgain) {
   const QString path = home.path(u"Mine.quillojournal"_s);
   EXPECT_EQ(everythingIn(home.path()), QStringList{u"Mine.quillojournal"_s});
-  EXPECT_EQ(everythingIn(path), (QStringList{u"Entries"_s, u"Journal.plist"_s}));
+  EXPECT_EQ(everythingIn(path), (QStringList{u".gitattributes"_s, u".gitignore"_s, u".stignore"_s,
+                                             u".sync-exclude.lst"_s, u"Entries"_s, u"Journal.plist"_s}));
   EXPECT_TRUE(bytesOf(path + u"/Journal.plist"_s).startsWith("<?xml"));
   EXPECT_EQ(QLJournalEntryFile::canonicalUUID(package->identifier()), package->identifier());
 

@@ -92,4 +92,54 @@ TEST(TextMerge, IsBoundedForTextsWithoutAnythingInCommon) {
   EXPECT_EQ(merged.text, texts[1] + u'\n' + texts[2]);
 }
 
+TEST(TextMerge, UnitesVersionsOfUnknownOrigin) {
+  struct Case {
+    const char* about;
+    QString first, second, united;
+    bool hasClash;
+  };
+  const QList<Case> cases{
+      {"the same", u"a b\n"_s, u"a b\n"_s, u"a b\n"_s, false},
+      {"nothing and something", u""_s, u"a b"_s, u"a b"_s, false},
+      {"one went on", u"Sea.\n"_s, u"Sea.\nSand.\n"_s, u"Sea.\nSand.\n"_s, false},
+      {"one has more in a paragraph", u"At the sea.\nEnd\n"_s, u"At the wide sea.\nEnd\n"_s,
+       u"At the wide sea.\nEnd\n"_s, false},
+      {"paragraphs in other places", u"One.\nA.\nB.\n"_s, u"A.\nB.\nTwo.\n"_s, u"One.\nA.\nB.\nTwo.\n"_s, false},
+      {"other words", u"A red house\nEnd\n"_s, u"A blue house\nEnd\n"_s, u"A red house\nA blue house\nEnd\n"_s, true},
+      {"nothing in common", u"One"_s, u"Two"_s, u"One\nTwo"_s, true},
+  };
+  for (const auto& [about, first, second, united, hasClash] : cases)
+    EXPECT_EQ(unitedTexts(first, second), (MergedText{united, hasClash}))
+        << about << ": " << unitedTexts(first, second).text.toStdString();
+}
+
+// All words of each, in its order.
+TEST(TextMerge, UnitedTextsHaveAllWordsOfBoth) {
+  QRandomGenerator random(23);
+  const auto text = [&random] {
+    QString words;
+    for (int i = random.bounded(30); i > 0; --i)
+      words += u"w%1"_s.arg(random.bounded(8)) + (random.bounded(4) == 0 ? u'\n' : u' ');
+    return words;
+  };
+  const auto isIn = [](const QString& part, const QString& whole) {
+    const QStringList words = whole.split(u' ', Qt::SkipEmptyParts);
+    qsizetype at = 0;
+    for (const QString& word : part.split(u' ', Qt::SkipEmptyParts)) {
+      at = words.indexOf(word, at) + 1;
+      if (at == 0) return false;
+    }
+    return true;
+  };
+  for (int round = 0; round < 3000; ++round) {
+    const QString first = text();
+    const QString second = text();
+    const QString united = unitedTexts(first, second).text.replace(u'\n', u' ');
+    for (QString one : {first, second})
+      ASSERT_TRUE(isIn(one.replace(u'\n', u' '), united)) << first.toStdString() << "\n--\n"
+                                                          << second.toStdString() << "\n--\n"
+                                                          << united.toStdString();
+  }
+}
+
 }  // namespace quillo

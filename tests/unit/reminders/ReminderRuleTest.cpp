@@ -39,10 +39,13 @@ TEST(ReminderRule, WhatTheSettingsSayIsARuleAndBack) {
       {CalendarUnit::Day, 1, 0, true, {}, u"Every day at 09:30"_s},
       // The window means nothing to a step of days.
       {CalendarUnit::Week, 2, 27000, true, {}, u"Every 2 weeks at 09:30"_s},
-      // Over midnight, without an end, and none.
-      {CalendarUnit::Hour, 1, 16 * 3600.0, false, {}, {}},
+      // Over midnight; of the end only the time of day counts.
+      {CalendarUnit::Hour, 1, 16 * 3600.0, true, DailyWindow{570, 1530}, u"Every hour between 09:30 and 01:30"_s},
+      {CalendarUnit::Hour, 1, 26 * 3600.0, true, DailyWindow{570, 690}, u"Every hour between 09:30 and 11:30"_s},
+      {CalendarUnit::Hour, 1, -60, true, DailyWindow{570, 2009}, u"Every hour between 09:30 and 09:29"_s},
+      {CalendarUnit::Hour, 1, 10, true, DailyWindow{570, 2010}, u"Every hour between 09:30 and 09:30"_s},
+      // Without an end, and none.
       {CalendarUnit::Hour, 1, std::numeric_limits<double>::quiet_NaN(), false, {}, {}},
-      {CalendarUnit::Hour, 1, -60, false, {}, {}},
       {CalendarUnit::Day, 0, 0, false, {}, {}},
       {CalendarUnit::Second, 5, 0, false, {}, {}},
       {CalendarUnit::Quarter, 1, 0, false, {}, {}},
@@ -59,7 +62,11 @@ TEST(ReminderRule, WhatTheSettingsSayIsARuleAndBack) {
     ASSERT_TRUE(back);
     EXPECT_EQ(back->baseDate(), morning);
     EXPECT_EQ(back->intervalValue(), row.count);
-    EXPECT_EQ(back->validReminderPeriod(), row.window ? row.period : 0);
+    // The same reminders, whatever is written.
+    for (const char16_t* after : {u"2026-11-25T03:00:00Z", u"2026-11-25T10:15:00Z", u"2026-11-25T20:00:00Z"}) {
+      const auto date = Date::fromISO8601(QString::fromUtf16(after));
+      EXPECT_EQ(nextReminders(*back, *date, 3), nextReminders(interval, *date, 3));
+    }
   }
 }
 
