@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QToolButton>
 
 using namespace quillo;
 using namespace Qt::StringLiterals;
@@ -178,6 +179,14 @@ TEST_F(ExchangeTest, ShowsWhatWouldComeAndImportsIt) {
   waitUntilClosed(dialog);
   waitForNotice(u"2 entries imported"_s);
   waitForRows(3);
+  // Also after the program was ended and begun anew.
+  window.reset();
+  open();
+  window->commands().undoImport->trigger();
+  waitForNotice(u"2 entries imported on "_s);
+  QTest::mouseClick(notices().findChildren<QToolButton*>().constLast(), Qt::LeftButton);
+  waitForNotice(u"2 entries taken back"_s);
+  waitForRows(1);
 }
 
 TEST_F(ExchangeTest, ReplacesOnlyWhatDiffersAndOnlyWhereThatIsTicked) {
