@@ -276,10 +276,11 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
          .makeFirstStart =
              [&](std::function<void(const FirstStart& choice)> finished) {
                if (!forPreferences) forPreferences.emplace(runningApplications, arguments.homeArguments);
-               return makeFirstStart(config, *forPreferences, openPanel, [&config, finished = std::move(finished)] {
-                 if (logDirectory().isEmpty()) logIntoFiles(config);
-                 finished();
-               });
+               return makeFirstStart(config, *forPreferences, openPanel,
+                                     [&config, finished = std::move(finished)](const FirstStart& choice) {
+                                       if (logDirectory().isEmpty()) logIntoFiles(config);
+                                       finished(choice);
+                                     });
              },
          .openEntryWindow = [&] { openEntryWindow(runningApplications); },
          .terminate = [] { QApplication::exit(); }});
