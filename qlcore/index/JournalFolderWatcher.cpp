@@ -1,6 +1,7 @@
 #include "qlcore/index/JournalFolderWatcher.h"
 
 #include "foundation/Log.h"
+#include "qlcore/ConflictNames.h"
 #include "qlcore/JournalPackageLayout.h"
 
 #include <QFile>
@@ -118,7 +119,7 @@ void JournalFolderWatcher::takeEvent(int watch, quint32 mask, const QString& nam
   if (known == m_watches.constEnd()) return;
   if (mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED) || known->children.contains(name))
     return folderMayDiffer(/*isStructure=*/true);
-  if (!known->isEntries || name.startsWith(u'.') || !name.endsWith(u".plist")) return;
+  if (!known->isEntries || !ConflictNames::hasEnding(QFile::encodeName(name))) return;
   if (m_names.size() >= mostNames) return folderMayDiffer(/*isStructure=*/false);
   m_names.insert(name);
   if (!m_delay.isActive()) m_delay.start();
