@@ -138,6 +138,11 @@ bool isConflictCopy(QByteArrayView name) {
   return parse(QFile::decodeName(name.toByteArray())).has_value();
 }
 
+QString plainName(const QString& fileName) {
+  const auto parts = fileName.endsWith(badName) ? partsOf(fileName) : std::nullopt;
+  return parts ? fileName.first(uuidLength) + parts->middle + suffix : fileName;
+}
+
 bool hasEnding(QByteArrayView name) {
   return !name.startsWith('.') &&
          (name.endsWith(".plist") || name.endsWith(QByteArrayView(badName.data(), badName.size())));

@@ -33,6 +33,9 @@ namespace ConflictNames {
 // Whether it ends as the names of entries and of copies do, and is not hidden.
 [[nodiscard]] bool hasEnding(QByteArrayView name);
 
+// The name that the copy `fileName` would have in a folder that is not encrypted: one that every program can move.
+[[nodiscard]] QString plainName(const QString& fileName);
+
 // Whether it is a file that a synchroniser, a merge of versions or we ourselves have in the works, or keep an account
 // in: no entry, and no damage.
 [[nodiscard]] bool isTemporary(const QString& fileName);

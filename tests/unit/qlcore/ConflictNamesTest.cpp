@@ -79,6 +79,9 @@ TEST(ConflictNames, OfAnEncryptedFolderAreKnown) {
   EXPECT_EQ(parsed->uuid, uuid);
   EXPECT_TRUE(ConflictNames::isConflictCopy(QFile::encodeName(name)));
   EXPECT_FALSE(ConflictNames::parse(u"Z1a GOCRYPTFS_BAD_NAME"_s));
+  const QString plain = uuid + u".sync-conflict-20260309-140559-ABCDEF2.plist"_s;
+  EXPECT_EQ(ConflictNames::plainName(name), plain);
+  EXPECT_EQ(ConflictNames::plainName(plain), plain);
 }
 
 TEST(ConflictNames, AreNoneOfWhatIsNoVersionOfAnEntry) {
