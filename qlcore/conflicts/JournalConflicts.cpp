@@ -237,7 +237,7 @@ bool JournalConflicts::makeEntryOf(const JournalFolder& folder, const QString& u
   const bool isThere = folder.timeWritten(name) != 0;
   if (!bytes || (!isThere && !folder.replaceFile(name, *bytes, &reason)))
     return fail(error, JournalError::forWriting(reason));
-  if (added) *added << identifier;
+  if (added && !added->contains(identifier)) *added << identifier;
   if (isThere) return toTrash(version, error);
   // The entry that was made has all of it.
   return remove(folder, version, error);
