@@ -38,6 +38,10 @@ bool EntrySession::hasText() const {
   return !m_text.text().isEmpty() || m_services.draft.isLeftBehind();
 }
 
+bool EntrySession::hasBroughtEntryBack() const {
+  return m_activeEntry && m_activeEntry->wasBroughtBack();
+}
+
 void EntrySession::open(std::shared_ptr<QLJournalEntryFile> entry) {
   forgetActiveEntry();
   m_activeEntry = std::move(entry);
