@@ -142,7 +142,10 @@ void BackupPage::applySchedule() {
     QString reason;
     const auto outcome = schedule->apply(settings, &reason);
     const bool isWanting = outcome == BackupSchedule::Outcome::NotStarted || outcome == BackupSchedule::Outcome::Failed;
-    m_scheduleRow->setError(isWanting ? u"Not started by itself yet: "_s + reason : QString());
+    const QString problem = isWanting ? u"Not started by itself yet: "_s + reason : QString();
+    // After the switch has shown that it is saved.
+    QMetaObject::invokeMethod(
+        this, [this, problem] { m_scheduleRow->setError(problem); }, Qt::QueuedConnection);
   }
   const auto next = settings.isEnabled ? schedule->next() : std::nullopt;
   m_scheduleRow->setNote(next ? u"Next: %1. Quillo need not be open."_s.arg(momentInWords(*next))
@@ -168,10 +171,10 @@ void BackupPage::addKeep() {
 void BackupPage::addFolder() {
   m_folder->setObjectName(Key::autoBackupLocationBookmark);
   m_folder->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-  m_folder->setMinimumHeight(30);
+  m_folder->setMinimumSize(290, 30);
   m_folderRow = form().addRow(u"Folder"_s, {m_folder});
   QPushButton* choose = makeButton(u"Choose…"_s, u"chooseBackupFolder"_s);
-  m_folderRow->addFieldAtEnd(choose);
+  form().addRow({}, {choose});
   connect(choose, &QPushButton::clicked, this, &BackupPage::chooseFolder);
   addShower([this] { showFolder(); });
 }
@@ -232,11 +235,16 @@ void BackupPage::showLast() {
 }
 
 void BackupPage::showRunning(bool isRunning) {
+  const bool hadKeyboard = m_stop->hasFocus();
   m_progress->setValue(0);
   m_progress->setVisible(isRunning);
   m_stop->setEnabled(true);
   m_stop->setVisible(isRunning);
+  // In its place, since there is not room for all of them; the keyboard stays in the row.
+  m_make->setVisible(!isRunning);
   m_make->setEnabled(!isRunning);
+  if (isRunning) m_stop->setFocus();
+  if (hadKeyboard) m_make->setFocus();
   m_restore->setEnabled(!isRunning);
 }
 
@@ -268,7 +276,8 @@ void BackupPage::addRestoring() {
   m_archives->setObjectName(u"archives"_s);
   m_archives->setAccessibleName(u"Backup to restore"_s);
   m_archives->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-  m_restoreRow = form().addRow(u"Get back"_s, {m_archives, m_restore, m_use});
+  form().addRow(u"Get back"_s, {m_archives});
+  m_restoreRow = form().addRow({}, {m_restore, m_use});
   m_use->hide();
   connect(m_archives, &QComboBox::activated, this, [this](int index) {
     if (index == m_archives->count() - 1) chooseFile();
