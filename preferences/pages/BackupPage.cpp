@@ -155,7 +155,7 @@ void BackupPage::applySchedule() {
 void BackupPage::addKeep() {
   m_most->setObjectName(Key::autoBackupMaxCount);
   FormRow* row = form().addRow(u"Keep"_s, {m_most});
-  row->setNote(u"Older ones are thinned out: the last of each day, then of each week, then of each month."_s);
+  row->setNote(u"Older ones thin out by day, week and month."_s);
   connect(m_most, &QComboBox::activated, this,
           [this, row](int index) { save(Key::autoBackupMaxCount, m_most->itemData(index).toLongLong(), *row); });
   addShower([this] {
@@ -171,10 +171,10 @@ void BackupPage::addKeep() {
 void BackupPage::addFolder() {
   m_folder->setObjectName(Key::autoBackupLocationBookmark);
   m_folder->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-  m_folder->setMinimumSize(290, 30);
+  m_folder->setMinimumSize(200, 30);
   m_folderRow = form().addRow(u"Folder"_s, {m_folder});
   QPushButton* choose = makeButton(u"Choose…"_s, u"chooseBackupFolder"_s);
-  form().addRow({}, {choose});
+  m_folderRow->addFieldAtEnd(choose);
   connect(choose, &QPushButton::clicked, this, &BackupPage::chooseFolder);
   addShower([this] { showFolder(); });
 }
@@ -224,8 +224,7 @@ void BackupPage::addMaking() {
 void BackupPage::showLast() {
   const BackupRecord record = BackupRecord::of(UserDirectories::current());
   const bool hasFailed = !record.failure.isEmpty();
-  m_makeRow->setNote(record.lastMade ? u"The last whole one: %1, read again and compared."_s.arg(
-                                           momentInWords(record.lastMade->toDateTime()))
+  m_makeRow->setNote(record.lastMade ? u"The last whole one: %1."_s.arg(momentInWords(record.lastMade->toDateTime()))
                                      : u"There is none yet."_s);
   m_makeRow->setError(hasFailed && record.lastTry ? u"The last one failed, %1: %2"_s.arg(
                                                         momentInWords(record.lastTry->toDateTime()), record.failure)
@@ -285,7 +284,7 @@ void BackupPage::addRestoring() {
   connect(m_restore, &QPushButton::clicked, this, &BackupPage::choosePlace);
   connect(m_use, &QPushButton::clicked, this, &BackupPage::useRestored);
   showBackups({});
-  m_restoreRow->setNote(u"Becomes a new journal; the one that is used now stays as it is."_s);
+  m_restoreRow->setNote(u"It becomes a new journal; yours stays as it is."_s);
 }
 
 void BackupPage::listBackups() {
