@@ -10,7 +10,7 @@ from weather_service import WeatherService
 
 OWN = ".config/quillo/com.quilloapp.quillo-agent.plist"
 FIXES = (Path(__file__).parent.parent / "data/nmea/improving.nmea").resolve()
-PAGES = ["General", "Journal", "Reminders", "Place and Weather", "Writing", "Advanced"]
+PAGES = ["General", "Journal", "Backup", "Reminders", "Place and Weather", "Writing", "Advanced"]
 
 
 class PreferencesTest(AgentTestCase):
