@@ -50,6 +50,9 @@ TEST_F(PreferencesTest, EachFieldWritesItsKeyAndPostsItsNotice) {
       {General, Key::look, ChooseLast, Key::look, u"dark"_s, general},
       {General, Key::menuEntryGlobalShortcut, Press, Key::menuEntryGlobalShortcut, ctrlShiftJ, {Notice::menuBarEntryShortcutDidChange}},
       {General, Key::agentEnabled, Click, Key::agentEnabled, true, {Notice::agentManagerValuesDidChange}},
+      {Backup, Key::autoBackupEnabled, Click, Key::autoBackupEnabled, true, general},
+      {Backup, Key::autoBackupFrequency, ChooseLast, Key::autoBackupFrequency, 8, general},
+      {Backup, Key::autoBackupMaxCount, ChooseLast, Key::autoBackupMaxCount, 0, general},
       {Reminders, u"remindersOn"_s, Click, Key::remindersEnabled, true,
        reminder + QStringList{Notice::agentManagerValuesDidChange, Notice::remindersManagerValuesDidChange}},
       {Reminders, u"reminderCount"_s, Type, Key::remindersInterval, 3, reminder, u"3"_s},
@@ -363,8 +366,7 @@ TEST_F(PreferencesTest, TheKeyboardIsEnough) {
   open();
   auto* pages = window->findChild<QListWidget*>(u"pages"_s);
   ASSERT_TRUE(pages->hasFocus());
-  QTest::keyClick(pages, Qt::Key_Down);
-  QTest::keyClick(pages, Qt::Key_Down);
+  for (int i = 0; i < PreferencesWindow::Reminders; ++i) QTest::keyClick(pages, Qt::Key_Down);
   EXPECT_EQ(window->currentPage()->accessibleName(), u"Reminders"_s);
   QTest::keyClick(pages, Qt::Key_Tab);
   EXPECT_EQ(QApplication::focusWidget()->objectName(), u"remindersOn"_s);
