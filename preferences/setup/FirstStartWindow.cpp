@@ -137,7 +137,8 @@ void FirstStartWindow::showStep(int step) {
   m_stack->setCurrentIndex(step);
   // Only the step that is shown takes room, so that what is said about it finds some.
   for (int i = 0; i < m_stack->count(); ++i)
-    m_stack->widget(i)->setSizePolicy(QSizePolicy::Preferred, i == step ? QSizePolicy::Preferred : QSizePolicy::Ignored);
+    m_stack->widget(i)->setSizePolicy(QSizePolicy::Preferred,
+                                      i == step ? QSizePolicy::Preferred : QSizePolicy::Ignored);
   m_dots->setStep(step);
   m_back->setVisible(step > Journal);
   m_continue->setText(step < Key ? u"Continue"_s : u"Start Quillo"_s);
