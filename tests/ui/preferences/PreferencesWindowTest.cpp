@@ -406,15 +406,28 @@ TEST_F(PreferencesTest, Pictures) {
   list().setValueForKey(PropertyListDictionary{{u"keyCode"_s, 38}, {u"modifierFlags"_s, 0x300}},
                         Key::menuEntryGlobalShortcut);
   for (const QString& word : {u"quillo"_s, u"Grasmere"_s}) spellChecker.learnSpelling(word);
-  for (const bool isDark : {false, true}) {
-    QApplication::setPalette(desktopPalette(isDark));
+  QPalette contrast(Qt::black);
+  contrast.setColor(QPalette::Highlight, QColor(0xffff00));
+  contrast.setColor(QPalette::HighlightedText, Qt::black);
+  const struct {
+    QString name;
+    QPalette palette;
+    Qt::LayoutDirection direction;
+  } looks[] = {{u"light"_s, desktopPalette(false), Qt::LeftToRight},
+               {u"dark"_s, desktopPalette(true), Qt::LeftToRight},
+               {u"mirrored"_s, desktopPalette(false), Qt::RightToLeft},
+               {u"contrast"_s, contrast, Qt::LeftToRight}};
+  for (const auto& look : looks) {
+    QApplication::setPalette(look.palette);
+    QApplication::setLayoutDirection(look.direction);
+    window.reset();
     for (int page = 0; page < PreferencesWindow::pages; ++page) {
       open(static_cast<Page>(page));
       QCoreApplication::processEvents();
-      savePicture(*window, u"%1-%2"_s.arg(window->currentPage()->accessibleName().remove(u' '),
-                                          isDark ? u"dark"_s : u"light"_s));
+      savePicture(*window, u"%1-%2"_s.arg(window->currentPage()->accessibleName().remove(u' '), look.name));
     }
   }
+  QApplication::setLayoutDirection(Qt::LeftToRight);
   QApplication::setPalette(QPalette());
 }
 

@@ -262,15 +262,25 @@ TEST_F(EntrySessionTest, DetailsGoWithTheFirstSaveAndWithEachLaterOne) {
   EXPECT_EQ(entries().first()->location(), std::nullopt);
 }
 
-TEST_F(EntrySessionTest, TheDayOfAnEntryOutlivesACrashBeforeItsFirstSave) {
+TEST_F(EntrySessionTest, TheDetailsOfAnEntryOutliveACrashBeforeItsFirstSave) {
+  bePlaced();
   EntryDetails details = editor->session.details();
   details.creationDate = Date::since1970(1394485200);
+  details.timeZone = u"Asia/Tokyo"_s;
+  details.tags = {u"hand"_s};
+  ASSERT_TRUE(details.location && details.weather);
   EXPECT_TRUE(editor->session.setDetails(details, nullptr));
   editor->type(u"not saved yet"_s);
   EXPECT_TRUE(runUntil([this] { return QFile::exists(draftPath); }));
   startAnew();
   EXPECT_TRUE(editor->save());
-  EXPECT_EQ(entries().first()->creationDate(), details.creationDate);
+  EXPECT_EQ(editor->session.details(), details);
+  const auto saved = entries().first();
+  EXPECT_EQ(saved->creationDate(), details.creationDate);
+  EXPECT_EQ(saved->timeZone(), details.timeZone);
+  EXPECT_EQ(saved->tags(), details.tags);
+  EXPECT_EQ(saved->location(), details.location);
+  EXPECT_EQ(saved->weather(), details.weather);
 }
 
 using EntryPlaceTest = EntrySessionTest;
