@@ -15,6 +15,8 @@
 #include <QScreen>
 #include <QTimer>
 
+#include <cmath>
+
 namespace quillo {
 
 using namespace Qt::StringLiterals;
@@ -28,6 +30,12 @@ static QRectF screenAround(const QRectF& rect) {
   if (!main) return {};
   const QScreen* holding = QGuiApplication::screenAt(flipped(rect, mainScreenHeight()).center().toPoint());
   return flipped((holding ? holding : main)->geometry(), mainScreenHeight());
+}
+
+// Sizes in points are rounded where a point is one and a half pixels: the last one may be half off the screen.
+static QRectF wholePointsOf(const QRectF& screen) {
+  const double scale = qGuiApp->devicePixelRatio();
+  return scale == std::floor(scale) ? screen : screen.adjusted(0, 1, -1, 0);
 }
 
 QLXAStatusBarController::QLXAStatusBarController(NotificationCenter& localCenter)
@@ -150,7 +158,8 @@ void QLXAStatusBarController::positionEntryWindow() {
   const QRectF screen = screenAround(onScreen);
   const bool above = entryWindowBelongsAbove(onScreen, size, screen);
   QPointF origin = above ? entryWindowOriginAbove(onScreen, size) : entryWindowOrigin(onScreen, size);
-  if (m_entryWindowController->keepsWindowOnScreen()) origin = entryWindowOriginOnScreen(origin, size, screen);
+  if (m_entryWindowController->keepsWindowOnScreen())
+    origin = entryWindowOriginOnScreen(origin, size, wholePointsOf(screen));
   entryWindow.setPlace(origin, above ? Qt::BottomEdge : Qt::TopEdge, onScreen.center().x());
 }
 

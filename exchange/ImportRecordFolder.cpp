@@ -39,7 +39,7 @@ QString pathOfFolder(const QLJournalPackageFile& package) {
   const QString packagePath = QFileInfo(package.url().toLocalFile()).canonicalFilePath();
   QDir().mkpath(state);
   // One that came from another file system brings them along.
-  const QString own = packagePath + u"/.imports"_s;
+  QString own = packagePath + u"/.imports"_s;
   if (QFileInfo(own).isDir() || deviceOf(state) != deviceOf(packagePath)) return own;
   // An identifier comes from a file that others write, and may be missing.
   const auto identifier = QLJournalEntryFile::canonicalUUID(package.identifier());

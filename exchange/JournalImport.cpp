@@ -232,7 +232,7 @@ std::optional<JournalImport::Counts> JournalImport::write(ImportSource& source, 
                                                           Error* error) {
   const auto folder = JournalFolder::openOrMake(m_package.entriesFolder(), error);
   const auto records = folder ? ImportRecordFolder::claim(m_package, error) : std::nullopt;
-  if (!records || !takeBackKilled(m_package, *folder, *records, listener, error)) return std::nullopt;
+  if (!folder || !records || !takeBackKilled(m_package, *folder, *records, listener, error)) return std::nullopt;
   m_record.reset();
   m_pending.clear();
   m_pendingBytes = 0;

@@ -52,7 +52,7 @@ QString takeLine(const QByteArray& utf8, qsizetype& start) {
   const qsizetype found = utf8.indexOf('\n', start);
   const qsizetype end = found < 0 ? utf8.size() : found;
   const qsizetype length = end > start && utf8[end - 1] == '\r' ? end - start - 1 : end - start;
-  const QString line = QString::fromUtf8(QByteArrayView(utf8).sliced(start, length));
+  QString line = QString::fromUtf8(QByteArrayView(utf8).sliced(start, length));
   start = end + 1;
   return line;
 }
@@ -68,7 +68,7 @@ ImportItem JrnlEntries::itemOf(const JrnlEntry& entry, const QString& path) {
   const ImportPlace place{path, entry.line};
   const auto moment = momentOf(entry.moment);
   const auto date = moment ? zonedDate(*moment, {}) : std::nullopt;
-  if (!date)
+  if (!moment || !date)
     return ImportProblem{
         place, u"\"%1\" is no date; one is written as 2020-06-28 18:22"_s.arg(entry.moment.left(60).simplified())};
   QString title = entry.title.trimmed();

@@ -32,7 +32,7 @@ std::optional<JrnlEntry> entryOf(const QJsonObject& object, int line) {
                   {},
                   object[u"starred"_s].toBool()};
   // With the sign, which can be chosen.
-  for (const QJsonValue& value : object[u"tags"_s].toArray()) {
+  for (const auto& value : object[u"tags"_s].toArray()) {
     const QString tag = value.toString();
     const bool hasSign = tag.size() > 1 && !tag[0].isLetterOrNumber() && !tag[0].isSurrogate();
     entry.tags << (hasSign ? tag.mid(1) : tag);

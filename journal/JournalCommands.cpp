@@ -61,6 +61,7 @@ JournalCommands::JournalCommands(QWidget& window) {
   build.separator();
   exportEntries = build.item(u"&Export…"_s, keys(u"Ctrl+Shift+E"_s));
   importEntries = build.item(u"&Import…"_s, keys(u"Ctrl+Shift+I"_s));
+  undoImport = build.item(u"Take Back the &Last Import…"_s);
   build.separator();
   preferences = build.item(u"Pre&ferences…"_s, keys(u"Ctrl+,"_s));
   build.separator();

@@ -22,6 +22,7 @@ struct JournalCommands {
   QAction* exportPDF;
   QAction* exportEntries;
   QAction* importEntries;
+  QAction* undoImport;
   QAction* preferences;
   QAction* close;
   QAction* quit;

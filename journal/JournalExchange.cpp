@@ -28,9 +28,7 @@ void JournalExchange::beginExport(const QString& format) {
   const auto question = m_parts.search.question(QDate::currentDate(), &problem);
   const auto exported = [this](const QString& path, const JournalExport::Result& result) {
     const QString at = pathForPeople(QUrl::fromLocalFile(path));
-    QString text = result.entries == 1
-                       ? u"1 entry exported to %1"_s.arg(at)
-                       : u"%1 entries exported to %2"_s.arg(m_window.locale().toString(result.entries), at);
+    QString text = inWords(result.entries, u"exported to "_s + at);
     QList<NoticeBar::Action> actions{{u"Show in Folder"_s, [this, path] {
                                         if (!m_services.showFile(path))
                                           m_parts.view.status->notices().show(u"No installed program shows folders."_s);
@@ -79,8 +77,41 @@ void JournalExchange::print(const std::function<QString(const QLWeather&)>& weat
 void JournalExchange::imported(const ImportOutcome& outcome) {
   m_parts.library.lookAgain();
   const qint64 count = outcome.counts.added + outcome.counts.replaced;
-  m_parts.view.status->notices().show(count == 1 ? u"1 entry imported"_s
-                                                 : u"%1 entries imported"_s.arg(m_window.locale().toString(count)));
+  m_parts.view.status->notices().show(inWords(count, u"imported"_s), {{u"Undo"_s, [this] { undoImport(); }}});
+}
+
+void JournalExchange::offerUndoOfImport() {
+  if (m_parts.library.state() != JournalLibrary::State::Open) return;
+  NoticeBar& notices = m_parts.view.status->notices();
+  const auto last = ImportUndo::lastImport(*m_parts.library.package());
+  if (!last) return notices.show(u"There is no import to take back"_s);
+  const QString day = m_window.locale().toString(last->date.toDateTime().toLocalTime().date(), u"d MMMM yyyy"_s);
+  notices.show(u"%1 on %2 from %3"_s.arg(inWords(last->added + last->replaced, u"imported"_s), day,
+                                         pathForPeople(QUrl::fromLocalFile(last->source))),
+               {{u"Take Back"_s, [this] { undoImport(); }}});
+}
+
+void JournalExchange::undoImport() {
+  if (m_undo.isRunning() || m_parts.library.state() != JournalLibrary::State::Open) return;
+  // What is being written is a change of the entry's, which keeps it.
+  m_parts.view.editor->save();
+  NoticeBar& notices = m_parts.view.status->notices();
+  notices.show(u"Taking the import back…"_s);
+  const auto outcome = std::make_shared<ImportUndoOutcome>();
+  m_undo.start([outcome, journal = m_parts.library.package()->url()](
+                   BackgroundWork::Monitor& monitor) { *outcome = undoLastImport(journal, monitor); },
+               [this, outcome, &notices] {
+                 m_parts.library.lookAgain();
+                 if (outcome->error) return notices.show(outcome->error->localizedDescription);
+                 QString text = inWords(outcome->counts.removed + outcome->counts.putBack, u"taken back"_s);
+                 if (outcome->counts.changed > 0)
+                   text += u"; %1 changed since and kept"_s.arg(m_window.locale().toString(outcome->counts.changed));
+                 notices.show(text);
+               });
+}
+
+QString JournalExchange::inWords(qint64 count, const QString& what) const {
+  return count == 1 ? u"1 entry %1"_s.arg(what) : u"%1 entries %2"_s.arg(m_window.locale().toString(count), what);
 }
 
 }  // namespace quillo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exchange/ExportFormat.h"
+#include "journal/exchange/BackgroundWork.h"
 #include "qlcore/QLWeather.h"
 
 #include <QObject>
@@ -51,15 +52,21 @@ class JournalExchange : public QObject {
   // `format` is the name of the one to begin with. What is not saved yet is saved before.
   void beginExport(const QString& format = QStringLiteral("markdown"));
   void beginImport();
+  // Says what the last import was, with a button that takes it back.
+  void offerUndoOfImport();
   // What the window shows, with the desktop's dialog before.
   void print(const std::function<QString(const QLWeather&)>& weatherText);
 
  private:
   void imported(const ImportOutcome& outcome);
+  void undoImport();
+  // "3 entries imported".
+  [[nodiscard]] QString inWords(qint64 count, const QString& what) const;
 
   QWidget& m_window;
   JournalExchangeServices m_services;
   Parts m_parts;
+  BackgroundWork m_undo;
 };
 
 }  // namespace quillo

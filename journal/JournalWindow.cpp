@@ -87,6 +87,7 @@ void JournalWindow::connectCommands() {
   on(m_commands.exportPDF, [this] { m_exchange.beginExport(u"pdf"_s); });
   on(m_commands.exportEntries, [this] { m_exchange.beginExport(); });
   on(m_commands.importEntries, [this] { m_exchange.beginImport(); });
+  on(m_commands.undoImport, [this] { m_exchange.offerUndoOfImport(); });
   on(m_commands.undo, [this] { undo(); });
   on(m_commands.redo, [this] { m_view.editor->textView().redo(); });
   on(m_commands.find, [this, bringToFront] {

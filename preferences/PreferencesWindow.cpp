@@ -44,7 +44,8 @@ PreferencesWindow::PreferencesWindow(PreferencesServices services)
   setObjectName(u"preferences"_s);
   setWindowTitle(u"Preferences"_s);
   auto* row = new QHBoxLayout(this);
-  row->setContentsMargins(listMargin, 0, 0, 0);
+  const bool isMirrored = layoutDirection() == Qt::RightToLeft;
+  row->setContentsMargins(isMirrored ? 0 : listMargin, 0, isMirrored ? listMargin : 0, 0);
   row->setSpacing(listMargin);
   auto* side = new QVBoxLayout;
   side->setContentsMargins(0, listTop, 0, listTop);

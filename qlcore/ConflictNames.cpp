@@ -16,6 +16,9 @@ namespace {
 
 constexpr qsizetype uuidLength = 36;
 constexpr QLatin1StringView suffix{".plist"};
+// What gocryptfs(1), option -badname, puts behind the name of a copy that was made in the encrypted folder, where a
+// name has no ending that a synchroniser would keep at its end: UUID.plist.sync-conflict-... GOCRYPTFS_BAD_NAME.
+constexpr QLatin1StringView badName{" GOCRYPTFS_BAD_NAME"};
 
 struct Form {
   Synchroniser origin;
@@ -86,10 +89,13 @@ struct Parts {
   QString middle;
 };
 std::optional<Parts> partsOf(const QString& name) {
-  if (name.size() <= uuidLength + suffix.size() || !name.endsWith(suffix)) return std::nullopt;
+  if (name.size() <= uuidLength + suffix.size()) return std::nullopt;
   const auto uuid = QLJournalEntryFile::canonicalUUID(name.first(uuidLength));
-  if (!uuid) return std::nullopt;
-  return Parts{*uuid, name.sliced(uuidLength).chopped(suffix.size())};
+  const QString rest = name.sliced(uuidLength);
+  if (uuid && rest.startsWith(suffix) && rest.endsWith(badName))
+    return Parts{*uuid, rest.chopped(badName.size()).sliced(suffix.size())};
+  if (uuid && rest.endsWith(suffix)) return Parts{*uuid, rest.chopped(suffix.size())};
+  return std::nullopt;
 }
 
 // Sources: Syncthing's manual, "Understanding Synchronization", Temporary Files; the list sync-exclude.lst of the
@@ -128,9 +134,18 @@ std::optional<ConflictName> parse(const QString& fileName) {
 }
 
 bool isConflictCopy(QByteArrayView name) {
-  if (name.size() <= uuidLength + suffix.size() || !name.endsWith(".plist") || name[8] != '-' || name[13] != '-')
-    return false;
+  if (name.size() <= uuidLength + suffix.size() || !hasEnding(name) || name[8] != '-' || name[13] != '-') return false;
   return parse(QFile::decodeName(name.toByteArray())).has_value();
+}
+
+QString plainName(const QString& fileName) {
+  const auto parts = fileName.endsWith(badName) ? partsOf(fileName) : std::nullopt;
+  return parts ? fileName.first(uuidLength) + parts->middle + suffix : fileName;
+}
+
+bool hasEnding(QByteArrayView name) {
+  return !name.startsWith('.') &&
+         (name.endsWith(".plist") || name.endsWith(QByteArrayView(badName.data(), badName.size())));
 }
 
 bool isTemporary(const QString& fileName) {

@@ -28,8 +28,13 @@ namespace ConflictNames {
 // Nothing for an entry's own file, a temporary file, and whatever does not belong to an entry. A name of an entry with
 // something of unknown make in it is a copy, too: nobody's words are passed over because of how they are named.
 [[nodiscard]] std::optional<ConflictName> parse(const QString& fileName);
-// The same without looking closer, for folders of very many names; `name` as the file system has it.
+// The same for folders of very many names; `name` as the file system has it.
 [[nodiscard]] bool isConflictCopy(QByteArrayView name);
+// Whether it ends as the names of entries and of copies do, and is not hidden.
+[[nodiscard]] bool hasEnding(QByteArrayView name);
+
+// The name that the copy `fileName` would have in a folder that is not encrypted: one that every program can move.
+[[nodiscard]] QString plainName(const QString& fileName);
 
 // Whether it is a file that a synchroniser, a merge of versions or we ourselves have in the works, or keep an account
 // in: no entry, and no damage.

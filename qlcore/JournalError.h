@@ -22,6 +22,7 @@ enum Code : qint64 {
   EntryDamaged = 8,
   NotWritable = 9,  // no permission, or a read-only file system
   OutOfSpace = 10,  // the disk or the user's share of it is full
+  NotHereYet = 11,  // there are entries without the journal's own file, which may still be on its way from elsewhere
 };
 
 [[nodiscard]] inline Error make(Code code, const QString& text) {

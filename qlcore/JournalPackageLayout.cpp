@@ -5,6 +5,7 @@
 #include "qlcore/IgnoreFiles.h"
 #include "qlcore/JournalError.h"
 #include "qlcore/JournalFolder.h"
+#include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
 #include "qlcore/StorableValues.h"
 
@@ -15,6 +16,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace quillo::JournalPackageLayout {
@@ -40,6 +42,14 @@ void remove(const QString& folder) {
 }
 
 }  // namespace
+
+bool hasEntries(const QString& path) {
+  const auto folder = JournalFolder::open(path + u'/' + entriesFolder, nullptr);
+  const auto names = folder ? folder->propertyListNames(nullptr) : std::nullopt;
+  return names && std::any_of(names->begin(), names->end(), [](const QString& name) {
+           return QLJournalEntryFile::canonicalUUID(name.chopped(6)).has_value();
+         });
+}
 
 bool makeProperties(const JournalFolder& folder, Error* error) {
   const PropertyListDictionary content{{formatVersionKey, qint64{QLJournalPackageFile::currentFormatVersion}},

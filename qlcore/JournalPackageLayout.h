@@ -19,6 +19,9 @@ inline constexpr QLatin1StringView formatVersionKey{"formatVersion"};
 inline constexpr QLatin1StringView identifierKey{"identifier"};
 inline constexpr QLatin1StringView creationDateKey{"creationDate"};
 
+// Whether there are entries in the journal's folder `path`, readable or not.
+[[nodiscard]] bool hasEntries(const QString& path);
+
 // Writes a new Journal.plist, with an identifier of its own, into a journal's folder. Errors are of the Cocoa domain.
 bool makeProperties(const JournalFolder& folder, Error* error);
 

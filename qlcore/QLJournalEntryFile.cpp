@@ -279,6 +279,7 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
     QLLogInfo(u"Replaced a damaged entry - "_s + reason.localizedDescription);  // the text here is whole
   else if (!fields && !EntryFields::isMissing(reason))
     return fail(error, JournalError::forWriting(reason, introduction));
+  const bool isGone = m_fileURL && !fields && EntryFields::isMissing(reason);
   if (!fields) fields.emplace();
 
   const Content own = m_content;
@@ -297,6 +298,8 @@ bool QLJournalEntryFile::saveToJournal(const QLJournalPackageFile* package, Erro
   }
   m_fileURL = QUrl::fromLocalFile(folder->path() + u'/' + m_fileName);
   m_saved = m_content;
+  m_wasBroughtBack = isGone;
+  if (isGone) QLLogInfo(u"An entry that was deleted is there again, since it was edited - "_s + m_fileURL->path());
   // What a crash left of another save. Those who only read are not to wait for all names' being read.
   folder->removeLeftoversOnce();
   return true;

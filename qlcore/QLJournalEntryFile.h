@@ -91,6 +91,9 @@ class QLJournalEntryFile {
   bool saveToJournal(const QLJournalPackageFile* package, Error* error, QList<Error>* attachmentErrors = nullptr);
   // Of the last save; nothing where no other writer had changed the text.
   [[nodiscard]] const std::optional<Merge>& lastMerge() const { return m_lastMerge; }
+  // Whether the last save found an entry that had been saved before deleted, and made its file anew: what was written
+  // here counts for more than a deletion by somebody who had not seen it.
+  [[nodiscard]] bool wasBroughtBack() const { return m_wasBroughtBack; }
 
  private:
   QLJournalEntryFile() = default;
@@ -114,6 +117,7 @@ class QLJournalEntryFile {
   Content m_content;
   Content m_saved;  // as last read or written
   std::optional<Merge> m_lastMerge;
+  bool m_wasBroughtBack{false};
   Date m_modificationDate;
   std::optional<QUrl> m_fileURL;
 };

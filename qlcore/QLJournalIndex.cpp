@@ -105,9 +105,10 @@ QList<QUrl> QLJournalIndex::urlsOfEntry(const QString& canonicalUUID) const {
 QList<QUrl> QLJournalIndex::copiesOfEntry(const QString& canonicalUUID) const {
   QList<QUrl> urls;
   const auto folder = JournalFolder::open(m_package->entriesFolder(), nullptr);
-  const auto names = folder ? folder->propertyListNames(nullptr, canonicalUUID) : std::nullopt;
+  const auto names = folder ? folder->conflictCopies(nullptr) : std::nullopt;
   for (const QString& name : names.value_or(QStringList()))
-    if (ConflictNames::parse(name)) urls << QUrl::fromLocalFile(folder->path() + u'/' + name);
+    if (const auto copy = ConflictNames::parse(name); copy && copy->uuid == canonicalUUID)
+      urls << QUrl::fromLocalFile(folder->path() + u'/' + name);
   return urls;
 }
 

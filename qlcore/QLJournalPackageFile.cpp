@@ -53,6 +53,11 @@ bool QLJournalPackageFile::readProperties(const QString& path, Error* error) {
   // The package itself may be reached through a link; inside it none is followed.
   const auto folder = JournalFolder::open(QFileInfo(path).canonicalFilePath(), &reason);
   const auto bytes = folder ? folder->readFile(propertiesFile, &reason) : std::nullopt;
+  if (!bytes && reason.code == ErrorCode::fileReadNoSuchFile && hasEntries(path))
+    return fail(error, JournalError::make(
+                           JournalError::NotHereYet,
+                           u"%1: its %2 is not here yet; where it does not come, quilloctl journal check --repair "
+                           "makes a new one"_s.arg(path, QString(propertiesFile))));
   if (!bytes && reason.code == ErrorCode::fileReadNoSuchFile)
     return fail(error, JournalError::make(JournalError::NotAPackage,
                                           u"%1: not a journal, it has no %2"_s.arg(path, QString(propertiesFile))));

@@ -227,12 +227,18 @@ bool QuilloApplication::needsFirstStart(const QList<QuilloRequest>& requests) {
 void QuilloApplication::showFirstStart() {
   // One that was closed begins anew, with what is configured by now.
   if (!m_firstStart || !m_firstStart->isVisible())
-    m_firstStart = m_services.makeFirstStart([this] { firstStartDidFinish(); });
+    m_firstStart = m_services.makeFirstStart([this](const FirstStart& choice) { firstStartDidFinish(choice); });
   m_firstStart->showWindow();
 }
 
-void QuilloApplication::firstStartDidFinish() {
+void QuilloApplication::firstStartDidFinish(const FirstStart& choice) {
   m_library.reopen();
+  if (choice.bringsEntriesIn) {
+    m_showsWindowAfterwards = false;
+    showWindow();
+    m_window->beginImport();
+    return;
+  }
   if (!std::exchange(m_showsWindowAfterwards, false)) return m_services.openEntryWindow();
   // The entry window once this one has the keyboard, which it would take from it else; a desktop that gives it to
   // neither has had its time then.

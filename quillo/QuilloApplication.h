@@ -24,6 +24,7 @@ class EntryDraft;
 class NotificationCenter;
 class OpenPanel;
 class FirstStartWindow;
+struct FirstStart;
 class PreferencesWindow;
 class QuilloConfig;
 class Workspace;
@@ -45,7 +46,8 @@ struct QuilloServices {
   // Makes the window of preferences, when it is first asked for.
   std::function<std::unique_ptr<PreferencesWindow>()> makePreferences;
   // Makes the window of the first start; `finished` is for when all is done, and the window still there.
-  std::function<std::unique_ptr<FirstStartWindow>(std::function<void()> finished)> makeFirstStart;
+  std::function<std::unique_ptr<FirstStartWindow>(std::function<void(const FirstStart& choice)> finished)>
+      makeFirstStart;
   // Has the agent open its entry window, where one runs.
   std::function<void()> openEntryWindow;
   // Ends the program from its event loop.
@@ -78,7 +80,7 @@ class QuilloApplication final : public QObject {
   void showPreferences();
   [[nodiscard]] bool needsFirstStart(const QList<QuilloRequest>& requests);
   void showFirstStart();
-  void firstStartDidFinish();
+  void firstStartDidFinish(const FirstStart& choice);
   void settingsDidChange();
   void applyChosenLook();
   [[nodiscard]] std::unique_ptr<Registration> askForTags(std::function<void(const QStringList& tags)> answer);

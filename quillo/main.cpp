@@ -174,7 +174,8 @@ class PreferencesPlatform {
 };
 
 std::unique_ptr<FirstStartWindow> makeFirstStart(QuilloConfig& config, PreferencesPlatform& platform,
-                                                 OpenPanel& openPanel, std::function<void()> finished) {
+                                                 OpenPanel& openPanel,
+                                                 std::function<void(const FirstStart& choice)> finished) {
   NotificationCenter& center = DistributedNotificationCenter::sharedCenter();
   const FirstStartServices services{.config = config,
                                     .post = [&center](const QString& name) { center.postNotification(name); },
@@ -273,12 +274,13 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
                    .backupSchedule = &forPreferences->backupSchedule()});
              },
          .makeFirstStart =
-             [&](std::function<void()> finished) {
+             [&](std::function<void(const FirstStart& choice)> finished) {
                if (!forPreferences) forPreferences.emplace(runningApplications, arguments.homeArguments);
-               return makeFirstStart(config, *forPreferences, openPanel, [&config, finished = std::move(finished)] {
-                 if (logDirectory().isEmpty()) logIntoFiles(config);
-                 finished();
-               });
+               return makeFirstStart(config, *forPreferences, openPanel,
+                                     [&config, finished = std::move(finished)](const FirstStart& choice) {
+                                       if (logDirectory().isEmpty()) logIntoFiles(config);
+                                       finished(choice);
+                                     });
              },
          .openEntryWindow = [&] { openEntryWindow(runningApplications); },
          .terminate = [] { QApplication::exit(); }});

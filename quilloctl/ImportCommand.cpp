@@ -7,6 +7,7 @@
 #include "quilloctl/ImportUndoCommand.h"
 #include "quilloctl/Interruption.h"
 #include "quilloctl/ProgressLine.h"
+#include "quilloctl/Streams.h"
 
 #include <QDir>
 #include <QFile>

@@ -4,6 +4,7 @@
 #include "qlcore/QLJournalPackageFile.h"
 #include "quilloctl/Interruption.h"
 #include "quilloctl/ProgressLine.h"
+#include "quilloctl/Streams.h"
 
 #include <QDateTime>
 #include <QJsonObject>
@@ -57,10 +58,6 @@ std::optional<ImportUndo::Counts> takeBack(const QLJournalPackageFile& package, 
 }
 
 }  // namespace
-
-QString entriesInWords(qint64 count) {
-  return QString::number(count) + (count == 1 ? u" entry"_s : u" entries"_s);
-}
 
 int takeImportBack(Context& context, bool isTrial) {
   const auto package = openJournal(context);

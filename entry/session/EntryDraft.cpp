@@ -25,6 +25,10 @@ static const QString textKey = u"text"_s;
 static const QString entryKey = u"entry"_s;
 static const QString beginKey = u"editBeginDate"_s;
 static const QString creationKey = u"creationDate"_s;
+static const QString zoneKey = u"timeZone"_s;
+static const QString tagsKey = u"tags"_s;
+static const QString locationKey = u"location"_s;
+static const QString weatherKey = u"weather"_s;
 
 EntryDraft::EntryDraft(QString path, QString formerPath)
     : m_path(std::move(path)), m_formerPath(std::move(formerPath)) {
@@ -80,8 +84,17 @@ std::optional<EntryDraft::Content> EntryDraft::takeLeftBehind() {
     return std::nullopt;
   }
   const PropertyListDictionary& fields = list->dictionary();
-  return Content{fields.value(textKey).string(), fields.value(entryKey).string(), fields.value(beginKey).date(),
-                 fields.value(creationKey).date(), Date::fromDateTime(QFileInfo(m_path).lastModified())};
+  QStringList tags;
+  for (const PropertyListValue& tag : fields.value(tagsKey).array()) tags << tag.string();
+  return Content{.text = fields.value(textKey).string(),
+                 .entryIdentifier = fields.value(entryKey).string(),
+                 .editBeginDate = fields.value(beginKey).date(),
+                 .creationDate = fields.value(creationKey).date(),
+                 .timeZone = fields.value(zoneKey).string(),
+                 .tags = tags,
+                 .location = QLLocation::fromPropertyList(fields.value(locationKey)),
+                 .weather = QLWeather::fromPropertyList(fields.value(weatherKey)),
+                 .writtenDate = Date::fromDateTime(QFileInfo(m_path).lastModified())};
 }
 
 void EntryDraft::writeSoon(std::function<std::optional<Content>()> content) {
@@ -102,6 +115,12 @@ void EntryDraft::write(const Content& content) {
   if (!content.entryIdentifier.isEmpty()) fields.insert(entryKey, content.entryIdentifier);
   if (content.editBeginDate) fields.insert(beginKey, *content.editBeginDate);
   if (content.creationDate) fields.insert(creationKey, *content.creationDate);
+  if (!content.timeZone.isEmpty()) fields.insert(zoneKey, content.timeZone);
+  PropertyListArray tags;
+  for (const QString& tag : content.tags) tags.append(tag);
+  if (!tags.isEmpty()) fields.insert(tagsKey, tags);
+  if (content.location) fields.insert(locationKey, content.location->toPropertyList());
+  if (content.weather) fields.insert(weatherKey, content.weather->toPropertyList());
   Error error;
   // The binary form holds any character that can be typed or pasted.
   const auto bytes = PropertyListSerialization::dataWithPropertyList(fields, PropertyListFormat::Binary, &error);

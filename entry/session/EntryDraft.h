@@ -1,8 +1,11 @@
 #pragma once
 
 #include "foundation/Date.h"
+#include "qlcore/QLLocation.h"
+#include "qlcore/QLWeather.h"
 
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 #include <functional>
@@ -21,6 +24,11 @@ class EntryDraft {
     std::optional<Date> editBeginDate;
     // Of an entry that is not saved yet and is to be of another time than that of its first save.
     std::optional<Date> creationDate{};
+    // What else has been found or chosen for such an entry; a time zone only where it is not that of the system.
+    QString timeZone{};
+    QStringList tags{};
+    std::optional<QLLocation> location{};
+    std::optional<QLWeather> weather{};
     // When it was written; known of what was left behind only.
     std::optional<Date> writtenDate{};
 

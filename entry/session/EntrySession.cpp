@@ -38,6 +38,10 @@ bool EntrySession::hasText() const {
   return !m_text.text().isEmpty() || m_services.draft.isLeftBehind();
 }
 
+bool EntrySession::hasBroughtEntryBack() const {
+  return m_activeEntry && m_activeEntry->wasBroughtBack();
+}
+
 void EntrySession::open(std::shared_ptr<QLJournalEntryFile> entry) {
   forgetActiveEntry();
   m_activeEntry = std::move(entry);
@@ -238,10 +242,18 @@ void EntrySession::takeOverUnsavedText(EntrySession& other) {
 
 EntryDraft::Content EntrySession::draftContent() const {
   const bool isInJournal = m_activeEntry && m_activeEntry->fileURLForEntryProperties();
-  return {.text = m_text.text(),
-          .entryIdentifier = isInJournal ? m_activeEntry->uuid() : QString(),
-          .editBeginDate = m_editBeginDate,
-          .creationDate = m_isDated ? std::optional(m_activeEntry->creationDate()) : std::nullopt};
+  EntryDraft::Content content{.text = m_text.text(),
+                              .entryIdentifier = isInJournal ? m_activeEntry->uuid() : QString(),
+                              .editBeginDate = m_editBeginDate,
+                              .creationDate = m_isDated ? std::optional(m_activeEntry->creationDate()) : std::nullopt};
+  // An entry of the journal has them there.
+  if (isInJournal) return content;
+  content.location = m_place.place();
+  content.weather = m_place.weather();
+  if (!m_activeEntry) return content;
+  content.tags = m_activeEntry->tags();
+  if (m_activeEntry->timeZone() != TimeZone::systemTimeZone().name()) content.timeZone = m_activeEntry->timeZone();
+  return content;
 }
 
 void EntrySession::keepDraftSoon() {
@@ -266,9 +278,14 @@ void EntrySession::restoreDraft() {
   m_editBeginDate = left->editBeginDate;
   m_hasUnsavedText = true;
   if (!left->entryIdentifier.isEmpty()) return goOnWithEntry(*left);
-  if (!left->creationDate) return;
+  if (left->location) m_place.setLocation(std::make_shared<const QLLocation>(*left->location));
+  if (left->weather) m_place.setWeather(left->weather);
+  if (!left->creationDate && left->timeZone.isEmpty() && left->tags.isEmpty()) return;
   m_activeEntry = m_services.emptyJournalEntry();
-  m_isDated = m_activeEntry && m_activeEntry->setCreationDate(*left->creationDate);
+  if (!m_activeEntry) return;
+  m_isDated = left->creationDate && m_activeEntry->setCreationDate(*left->creationDate);
+  if (!left->timeZone.isEmpty()) m_activeEntry->setTimeZone(left->timeZone);
+  m_activeEntry->setTags(left->tags);
 }
 
 void EntrySession::goOnWithEntry(const EntryDraft::Content& draft) {

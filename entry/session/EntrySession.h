@@ -81,6 +81,9 @@ class EntrySession : public QObject {
   // emptied. With `force`, an empty text makes an entry too. What another program has changed in it meanwhile comes
   // into the text. On failure the text is in a draft, and the next save tries again.
   bool save(bool force, Error* error);
+  // Whether the last save of the entry brought it back after it had been deleted elsewhere, as on another machine: the
+  // edit wins, and the person should be told.
+  [[nodiscard]] bool hasBroughtEntryBack() const;
   // Ends the entry, which must have been saved, and empties the text. The usage event, where there is an entry, gets
   // `context` and how long it was edited.
   void finish(PropertyListDictionary context);

@@ -83,7 +83,9 @@ EntryDetailsView::EntryDetailsView(std::function<QStringList()> tags, QWidget* p
 void EntryDetailsView::buildFields() {
   m_when = new QDateTimeEdit(this);
   m_when->setTimeSpec(Qt::UTC);
-  m_when->setDateRange(QDate(1, 1, 1), QDate(9999, 12, 31));
+  m_when->setDateRange(QDate(100, 1, 1), QDate(9999, 12, 31));
+  // A mirrored field would show the parts of the format in the opposite order.
+  m_when->setLayoutDirection(Qt::LeftToRight);
   m_when->setDisplayFormat(readingFormat(locale()));
   m_when->setButtonSymbols(QAbstractSpinBox::NoButtons);
   m_when->setKeyboardTracking(false);

@@ -29,10 +29,6 @@ namespace {
 // In points.
 constexpr int mostProblemsSeen = 6;
 
-QString titleOf(const ImportFormat& format) {
-  return QString::fromLatin1(format.name);
-}
-
 QString entriesInWords(qint64 count, const QLocale& locale) {
   return count == 1 ? u"1 entry"_s : u"%1 entries"_s.arg(locale.toString(count));
 }
@@ -91,8 +87,7 @@ void ImportDialog::addSource() {
   chooseButton->setAutoDefault(false);
   m_format->setObjectName(u"format"_s);
   for (const ImportFormat& format : importFormats())
-    m_format->addItem(titleOf(format), QString::fromLatin1(format.name));
-  m_format->setCurrentIndex(1);
+    m_format->addItem(QString::fromLatin1(format.title), QString::fromLatin1(format.name));
   m_sourceRow = form().addRow(u"From"_s, {m_source, chooseButton});
   m_formatRow = form().addRow(u"Format"_s, {m_format});
   m_pause->setSingleShot(true);
@@ -100,11 +95,15 @@ void ImportDialog::addSource() {
   connect(m_pause, &QTimer::timeout, this, &ImportDialog::look);
   connect(chooseButton, &QPushButton::clicked, this, &ImportDialog::choose);
   connect(m_source, &QLineEdit::textEdited, this, [this] {
+    m_isFormatChosen = false;
     m_preview.reset();
     updateButton();
     m_pause->start();
   });
-  connect(m_format, &QComboBox::currentIndexChanged, this, &ImportDialog::look);
+  connect(m_format, &QComboBox::activated, this, [this] {
+    m_isFormatChosen = true;
+    look();
+  });
   // Whoever opens it has nothing else to do first.
   chooseButton->setFocus();
 }
@@ -132,6 +131,7 @@ void ImportDialog::choose() {
 
 void ImportDialog::setSource(const QString& path) {
   m_source->setText(pathForPeople(QUrl::fromLocalFile(path)));
+  m_isFormatChosen = false;
   look();
 }
 
@@ -143,13 +143,20 @@ ImportOrder ImportDialog::order() const {
           .isReplacing = m_replaces->isChecked()};
 }
 
+// What the person has chosen stays, until it is another source.
+void ImportDialog::guessFormat() {
+  const ImportFormat* guess = m_isFormatChosen ? nullptr : guessImportFormat(order().path);
+  if (guess) m_format->setCurrentIndex(m_format->findData(QString::fromLatin1(guess->name)));
+}
+
 void ImportDialog::look() {
   m_pause->stop();
   m_preview.reset();
   for (QWidget* part : std::initializer_list<QWidget*>{m_summary, m_problems, m_goesOn, m_replaces}) part->hide();
   m_replaces->setChecked(false);
   m_goesOn->setChecked(false);
-  ImportOrder looked = order();
+  guessFormat();
+  const ImportOrder looked = order();
   const bool isNamed = !m_source->text().trimmed().isEmpty();
   const bool isThere = isNamed && QFileInfo::exists(looked.path);
   m_sourceRow->setError(isNamed && !isThere ? u"There is no file or folder of that name."_s : QString());

@@ -46,6 +46,7 @@ class ImportDialog final : public ExchangeDialog {
   void addPreview();
   void choose();
   [[nodiscard]] ImportOrder order() const;
+  void guessFormat();
   void look();
   void showPreview(const ImportPreview& preview);
   void updateButton();
@@ -60,6 +61,7 @@ class ImportDialog final : public ExchangeDialog {
   QListWidget* m_problems;
   TickBox* m_goesOn;
   TickBox* m_replaces;
+  bool m_isFormatChosen{false};
   // Reads once the person has stopped typing.
   QTimer* m_pause;
   // Of what is in the fields; nothing until it is read.

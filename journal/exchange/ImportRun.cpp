@@ -52,13 +52,28 @@ ImportOutcome runImport(const ImportOrder& order, qint64 total, BackgroundWork::
   std::optional<JournalImport::Counts> counts;
   if (package) {
     const auto source = order.format->open(order.path, order.makesTagsOfHashtags);
-    JournalImport import(*package, order.isReplacing);
+    JournalImport import(*package, order.isReplacing, {order.path, QString::fromLatin1(order.format->name)});
     JournalImport::Listener listener;
     listener.isStopped = [&] { return monitor.isStopped(); };
     listener.progress = [&](qint64 done) { monitor.progressed(u"Importing"_s, done, std::max(done, total)); };
     counts = import.write(*source, listener, &error);
   }
   outcome.isStopped = monitor.isStopped();
+  if (counts)
+    outcome.counts = *counts;
+  else
+    outcome.error = error;
+  return outcome;
+}
+
+ImportUndoOutcome undoLastImport(const QUrl& journal, BackgroundWork::Monitor& monitor) {
+  ImportUndoOutcome outcome;
+  Error error;
+  const auto package = QLJournalPackageFile::openPackage(journal, /*create=*/false, &error);
+  const ImportUndo::Listener listener{
+      .progress = [&](qint64 done, qint64 total) { monitor.progressed(u"Taking the import back"_s, done, total); },
+      .isStopped = [&] { return monitor.isStopped(); }};
+  const auto counts = package ? ImportUndo(*package).run(listener, &error) : std::nullopt;
   if (counts)
     outcome.counts = *counts;
   else

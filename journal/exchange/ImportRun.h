@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exchange/ImportFormat.h"
+#include "exchange/ImportUndo.h"
 #include "exchange/JournalImport.h"
 #include "journal/exchange/BackgroundWork.h"
 
@@ -40,5 +41,13 @@ struct ImportOutcome {
 // Imports what can be read. Where it is stopped or fails, what was written is taken back. `total` is how many there
 // are.
 [[nodiscard]] ImportOutcome runImport(const ImportOrder& order, qint64 total, BackgroundWork::Monitor& monitor);
+
+struct ImportUndoOutcome {
+  ImportUndo::Counts counts;
+  // Why it, or the rest of it, was not taken back.
+  std::optional<Error> error;
+};
+
+[[nodiscard]] ImportUndoOutcome undoLastImport(const QUrl& journal, BackgroundWork::Monitor& monitor);
 
 }  // namespace quillo

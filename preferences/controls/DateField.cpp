@@ -8,6 +8,8 @@ namespace quillo {
 
 DateField::DateField(QWidget* parent) : QDateEdit(parent) {
   setFont(textFont(13));
+  // A mirrored field would show the parts of its format in the opposite order.
+  setLayoutDirection(Qt::LeftToRight);
   setCalendarPopup(true);
   setDisplayFormat(QStringLiteral("d MMMM yyyy"));
   // The language of the text around it.

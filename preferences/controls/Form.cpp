@@ -2,7 +2,9 @@
 
 #include <QAbstractButton>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QLabel>
+#include <QStyle>
 
 namespace quillo {
 
@@ -37,7 +39,8 @@ void Form::setLabelWidth(int width) {
 FormRow* Form::addRow(const QString& label, std::initializer_list<QWidget*> fields) {
   auto* row = new FormRow(fields, this);
   auto* text = makeFormLabel(label, u"label"_s, this);
-  text->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  text->setAlignment(QStyle::visualAlignment(QGuiApplication::layoutDirection(), Qt::AlignRight) | Qt::AlignAbsolute |
+                     Qt::AlignVCenter);
   text->setMinimumHeight(fieldHeight);
   text->setBuddy(row->firstField());
   nameField(row->firstField(), label);

@@ -4,8 +4,10 @@
 
 #include <QAccessible>
 #include <QCheckBox>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QStyle>
 #include <QVBoxLayout>
 
 namespace quillo {
@@ -18,6 +20,9 @@ QLabel* makeFormLabel(const QString& text, const QString& role, QWidget* parent)
   label->setWordWrap(true);
   label->setFont(textFont(role == u"label"_s || role.isEmpty() ? 13 : 12));
   label->setProperty("role", role);
+  // On the side of its field, whichever way its own words run.
+  label->setAlignment(Qt::AlignVCenter | QStyle::visualAlignment(QGuiApplication::layoutDirection(), Qt::AlignLeft) |
+                      Qt::AlignAbsolute);
   return label;
 }
 

@@ -63,6 +63,8 @@ int minuteOf(QTime time) {
 QTimeEdit* timeField(const QString& name, QWidget* parent) {
   auto* field = new QTimeEdit(parent);
   field->setFont(textFont(13));
+  // A mirrored field would show the minutes first.
+  field->setLayoutDirection(Qt::LeftToRight);
   field->setDisplayFormat(u"HH:mm"_s);
   field->setButtonSymbols(QAbstractSpinBox::NoButtons);
   new WheelGuard(*field);

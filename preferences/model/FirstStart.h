@@ -36,7 +36,9 @@ struct FirstStart {
   enum class Agent { Untouched, StartsNow, StartsAtLogin };
 
   Journal journal{Journal::New};
-  QUrl newJournal;       // nothing may be there yet
+  QUrl newJournal;  // nothing may be there yet
+  // Into the new one what another program kept is to come afterwards, which is for whoever shows the journal.
+  bool bringsEntriesIn{false};
   QUrl existingJournal;  // empty until one is chosen
   ReminderChoice reminders;
   PTKeyCombo::Pointer shortcut{PTKeyCombo::clearKeyCombo()};  // never null; the clear one is none

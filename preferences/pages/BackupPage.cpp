@@ -142,7 +142,10 @@ void BackupPage::applySchedule() {
     QString reason;
     const auto outcome = schedule->apply(settings, &reason);
     const bool isWanting = outcome == BackupSchedule::Outcome::NotStarted || outcome == BackupSchedule::Outcome::Failed;
-    m_scheduleRow->setError(isWanting ? u"Not started by itself yet: "_s + reason : QString());
+    const QString problem = isWanting ? u"Not started by itself yet: "_s + reason : QString();
+    // After the switch has shown that it is saved.
+    QMetaObject::invokeMethod(
+        this, [this, problem] { m_scheduleRow->setError(problem); }, Qt::QueuedConnection);
   }
   const auto next = settings.isEnabled ? schedule->next() : std::nullopt;
   m_scheduleRow->setNote(next ? u"Next: %1. Quillo need not be open."_s.arg(momentInWords(*next))
@@ -152,7 +155,7 @@ void BackupPage::applySchedule() {
 void BackupPage::addKeep() {
   m_most->setObjectName(Key::autoBackupMaxCount);
   FormRow* row = form().addRow(u"Keep"_s, {m_most});
-  row->setNote(u"Older ones are thinned out: the last of each day, then of each week, then of each month."_s);
+  row->setNote(u"Older ones thin out by day, week and month."_s);
   connect(m_most, &QComboBox::activated, this,
           [this, row](int index) { save(Key::autoBackupMaxCount, m_most->itemData(index).toLongLong(), *row); });
   addShower([this] {
@@ -168,7 +171,7 @@ void BackupPage::addKeep() {
 void BackupPage::addFolder() {
   m_folder->setObjectName(Key::autoBackupLocationBookmark);
   m_folder->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-  m_folder->setMinimumHeight(30);
+  m_folder->setMinimumSize(200, 30);
   m_folderRow = form().addRow(u"Folder"_s, {m_folder});
   QPushButton* choose = makeButton(u"Choose…"_s, u"chooseBackupFolder"_s);
   m_folderRow->addFieldAtEnd(choose);
@@ -221,8 +224,7 @@ void BackupPage::addMaking() {
 void BackupPage::showLast() {
   const BackupRecord record = BackupRecord::of(UserDirectories::current());
   const bool hasFailed = !record.failure.isEmpty();
-  m_makeRow->setNote(record.lastMade ? u"The last whole one: %1, read again and compared."_s.arg(
-                                           momentInWords(record.lastMade->toDateTime()))
+  m_makeRow->setNote(record.lastMade ? u"The last whole one: %1."_s.arg(momentInWords(record.lastMade->toDateTime()))
                                      : u"There is none yet."_s);
   m_makeRow->setError(hasFailed && record.lastTry ? u"The last one failed, %1: %2"_s.arg(
                                                         momentInWords(record.lastTry->toDateTime()), record.failure)
@@ -232,11 +234,16 @@ void BackupPage::showLast() {
 }
 
 void BackupPage::showRunning(bool isRunning) {
+  const bool hadKeyboard = m_stop->hasFocus();
   m_progress->setValue(0);
   m_progress->setVisible(isRunning);
   m_stop->setEnabled(true);
   m_stop->setVisible(isRunning);
+  // In its place, since there is not room for all of them; the keyboard stays in the row.
+  m_make->setVisible(!isRunning);
   m_make->setEnabled(!isRunning);
+  if (isRunning) m_stop->setFocus();
+  if (hadKeyboard) m_make->setFocus();
   m_restore->setEnabled(!isRunning);
 }
 
@@ -268,7 +275,8 @@ void BackupPage::addRestoring() {
   m_archives->setObjectName(u"archives"_s);
   m_archives->setAccessibleName(u"Backup to restore"_s);
   m_archives->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-  m_restoreRow = form().addRow(u"Get back"_s, {m_archives, m_restore, m_use});
+  form().addRow(u"Get back"_s, {m_archives});
+  m_restoreRow = form().addRow({}, {m_restore, m_use});
   m_use->hide();
   connect(m_archives, &QComboBox::activated, this, [this](int index) {
     if (index == m_archives->count() - 1) chooseFile();
@@ -276,7 +284,7 @@ void BackupPage::addRestoring() {
   connect(m_restore, &QPushButton::clicked, this, &BackupPage::choosePlace);
   connect(m_use, &QPushButton::clicked, this, &BackupPage::useRestored);
   showBackups({});
-  m_restoreRow->setNote(u"Becomes a new journal; the one that is used now stays as it is."_s);
+  m_restoreRow->setNote(u"It becomes a new journal; yours stays as it is."_s);
 }
 
 void BackupPage::listBackups() {

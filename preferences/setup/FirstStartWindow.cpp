@@ -123,6 +123,7 @@ void FirstStartWindow::showWindow() {
 FirstStart FirstStartWindow::result() const {
   FirstStart result = m_choice;
   if (m_isSkipped[Journal]) result.journal = FirstStart::Journal::None;
+  if (result.journal != FirstStart::Journal::New) result.bringsEntriesIn = false;
   if (m_isSkipped[Reminders]) result.reminders.isOn = false;
   if (m_isSkipped[Key]) {
     result.shortcut = PTKeyCombo::clearKeyCombo();
@@ -137,7 +138,8 @@ void FirstStartWindow::showStep(int step) {
   m_stack->setCurrentIndex(step);
   // Only the step that is shown takes room, so that what is said about it finds some.
   for (int i = 0; i < m_stack->count(); ++i)
-    m_stack->widget(i)->setSizePolicy(QSizePolicy::Preferred, i == step ? QSizePolicy::Preferred : QSizePolicy::Ignored);
+    m_stack->widget(i)->setSizePolicy(QSizePolicy::Preferred,
+                                      i == step ? QSizePolicy::Preferred : QSizePolicy::Ignored);
   m_dots->setStep(step);
   m_back->setVisible(step > Journal);
   m_continue->setText(step < Key ? u"Continue"_s : u"Start Quillo"_s);
@@ -191,7 +193,7 @@ void FirstStartWindow::finish() {
   QString reason;
   const bool runs = m_services.startAgent(choice, &reason);
   setBusy(false);
-  if (m_services.finished) m_services.finished();
+  if (m_services.finished) m_services.finished(choice);
   if (runs) {
     close();
     return;

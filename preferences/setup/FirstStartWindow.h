@@ -32,7 +32,7 @@ struct FirstStartWindowServices {
   std::function<bool(const FirstStart& choice, Error* error)> apply;
   std::function<bool(const FirstStart& choice, QString* reason)> startAgent;
   // Called once everything is done, while the window is still there.
-  std::function<void()> finished;
+  std::function<void(const FirstStart& choice)> finished;
 };
 
 // The first start: the journal, reminders, and the key from anywhere, a step each. A step can be skipped, and gone back

@@ -32,15 +32,19 @@ JournalStep::JournalStep(FirstStart& start, OpenPanel& openPanel, QWidget* paren
       m_openPanel(openPanel),
       m_new(new ChoiceCard(u"A new journal"_s, {}, this)),
       m_existing(new ChoiceCard(u"A journal that I have already"_s, {}, this)),
+      m_bringsIn(new ChoiceCard(u"Bring one in from another program"_s,
+                                u"A new journal, then you choose the program\u2019s files"_s, this)),
       m_problem(makeFormLabel({}, u"error"_s, this)) {
   m_new->setObjectName(u"newJournal"_s);
   m_existing->setObjectName(u"existingJournal"_s);
+  m_bringsIn->setObjectName(u"bringEntriesIn"_s);
   m_problem->setObjectName(u"journalProblem"_s);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(11);
   column->addWidget(m_new);
   column->addWidget(m_existing);
+  column->addWidget(m_bringsIn);
   column->addWidget(m_problem);
   column->addStretch();
   for (const auto& [card, title, name] :
@@ -51,20 +55,27 @@ JournalStep::JournalStep(FirstStart& start, OpenPanel& openPanel, QWidget* paren
   }
   connect(m_new->button(), &QPushButton::clicked, this, &JournalStep::chooseFolder);
   connect(m_existing->button(), &QPushButton::clicked, this, [this] { chooseJournal({}); });
-  connect(m_new, &QRadioButton::toggled, this, [this](bool isNew) {
-    m_start.journal = isNew ? FirstStart::Journal::New : FirstStart::Journal::Existing;
-    setProblem({});
-  });
+  for (const ChoiceCard* card : {m_new, m_existing, m_bringsIn})
+    connect(card, &QRadioButton::toggled, this, [this](bool isChosen) {
+      if (isChosen) cardChosen();
+    });
   show();
+}
+
+void JournalStep::cardChosen() {
+  m_start.journal = m_existing->isChecked() ? FirstStart::Journal::Existing : FirstStart::Journal::New;
+  m_start.bringsEntriesIn = m_bringsIn->isChecked();
+  setProblem({});
 }
 
 void JournalStep::show() {
   const bool isNew = m_start.journal == FirstStart::Journal::New;
+  ChoiceCard* const chosen = !isNew ? m_existing : m_start.bringsEntriesIn ? m_bringsIn : m_new;
   m_new->setExplanation(placeInWords(m_start.newJournal));
   m_existing->setExplanation(m_start.existingJournal.isEmpty() ? u"From a backup, or a synchronised folder"_s
                                                                : placeInWords(m_start.existingJournal));
-  (isNew ? m_new : m_existing)->setChecked(true);
-  setFocusProxy(isNew ? m_new : m_existing);
+  chosen->setChecked(true);
+  setFocusProxy(chosen);
   setProblem({});
 }
 

@@ -13,7 +13,8 @@ namespace quillo {
 class ChoiceCard;
 class OpenPanel;
 
-// Where the journal is to be: a new one in a folder, or one that is there.
+// Where the journal is to be: a new one in a folder, which may begin with another program's entries, or one that is
+// there.
 class JournalStep : public QWidget {
   Q_OBJECT
 
@@ -27,6 +28,7 @@ class JournalStep : public QWidget {
 
  private:
   void show();
+  void cardChosen();
   void chooseFolder();
   void chooseJournal(std::function<void()> chosen);
   void setProblem(const QString& text);
@@ -35,6 +37,7 @@ class JournalStep : public QWidget {
   OpenPanel& m_openPanel;
   ChoiceCard* m_new;
   ChoiceCard* m_existing;
+  ChoiceCard* m_bringsIn;
   QLabel* m_problem;
 };
 

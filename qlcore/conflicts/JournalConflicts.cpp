@@ -143,7 +143,21 @@ MergedText JournalConflicts::merged(const EntryVersions& entry) const {
 }
 
 bool JournalConflicts::toTrash(const EntryVersion& version, Error* error) const {
-  return Trash::moveItem(m_folder + u'/' + version.fileName, error).has_value();
+  return Trash::moveItem(m_folder + u'/' + movableName(version), error).has_value();
+}
+
+// gocryptfs lets a file whose name it did not make be renamed where it is, and nothing else.
+QString JournalConflicts::movableName(const EntryVersion& version) const {
+  const QString name = ConflictNames::plainName(version.fileName);
+  if (name == version.fileName) return name;
+  const int number =
+      renameToFree(QFile::encodeName(m_folder + u'/' + version.fileName), QFile::encodeName(m_folder + u'/' + name));
+  return number == 0 ? name : version.fileName;
+}
+
+bool JournalConflicts::remove(const JournalFolder& folder, const EntryVersion& version, Error* error) const {
+  Error reason;
+  return folder.removeFile(movableName(version), &reason) || fail(error, JournalError::forWriting(reason));
 }
 
 bool JournalConflicts::allToTrash(const EntryVersions& entry, Error* error) const {
@@ -184,7 +198,7 @@ bool JournalConflicts::takePlace(const JournalFolder& folder, const EntryVersion
   if (!bytes) return fail(error, JournalError::forWriting(reason));
   if (!replaceEntry(folder, entry, *bytes, OldVersion::ToTrash, error)) return false;
   // The entry has the very same now.
-  return folder.removeFile(version.fileName, &reason) || fail(error, JournalError::forWriting(reason));
+  return remove(folder, version, error);
 }
 
 bool JournalConflicts::renameIntoPlace(const EntryVersions& entry, const EntryVersion& version, Error* error) const {
@@ -223,10 +237,10 @@ bool JournalConflicts::makeEntryOf(const JournalFolder& folder, const QString& u
   const bool isThere = folder.timeWritten(name) != 0;
   if (!bytes || (!isThere && !folder.replaceFile(name, *bytes, &reason)))
     return fail(error, JournalError::forWriting(reason));
-  if (added) *added << identifier;
+  if (added && !added->contains(identifier)) *added << identifier;
   if (isThere) return toTrash(version, error);
   // The entry that was made has all of it.
-  return folder.removeFile(version.fileName, &reason) || fail(error, JournalError::forWriting(reason));
+  return remove(folder, version, error);
 }
 
 bool JournalConflicts::keepAll(const EntryVersions& entry, QStringList* added, Error* error) const {

@@ -83,6 +83,8 @@ class JournalConflicts {
   bool keepOldVersion(const JournalFolder& folder, const EntryVersion& version, const QString& uuid,
                       Error* error) const;
   bool toTrash(const EntryVersion& version, Error* error) const;
+  bool remove(const JournalFolder& folder, const EntryVersion& version, Error* error) const;
+  [[nodiscard]] QString movableName(const EntryVersion& version) const;
   bool takePlace(const JournalFolder& folder, const EntryVersions& entry, const EntryVersion& version,
                  Error* error) const;
   bool allToTrash(const EntryVersions& entry, Error* error) const;

@@ -14,22 +14,12 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
-
 namespace quillo {
 
 using namespace Qt::StringLiterals;
 using namespace JournalPackageLayout;
 
 namespace {
-
-bool hasEntries(const QString& folder) {
-  const auto opened = JournalFolder::open(folder, nullptr);
-  const auto names = opened ? opened->propertyListNames(nullptr) : std::nullopt;
-  return names && std::any_of(names->begin(), names->end(), [](const QString& name) {
-           return QLJournalEntryFile::canonicalUUID(name.chopped(6)).has_value();
-         });
-}
 
 // A conflict copy of Journal.plist that can be read; empty where there is none.
 QString copyOfProperties(const JournalFolder& folder) {
@@ -57,7 +47,8 @@ bool JournalRepair::mendProperties(Error* error) {
   if (QLJournalPackageFile::openPackage(QUrl::fromLocalFile(m_journal), /*create=*/false, &reason)) return true;
   const QString entries = m_journal + u'/' + entriesFolder;
   // One of a newer version is not ours to judge, and a folder without entries may be anybody's.
-  if (reason.code != JournalError::NotAPackage || !hasEntries(entries)) return fail(error, reason);
+  const bool isOurs = reason.code == JournalError::NotAPackage || reason.code == JournalError::NotHereYet;
+  if (!isOurs || !hasEntries(m_journal)) return fail(error, reason);
   const auto folder = JournalFolder::open(QFileInfo(m_journal).canonicalFilePath(), &reason);
   if (!folder) return fail(error, JournalError::make(JournalError::NotReadable, reason.localizedDescription));
   const FolderLock lock(entries, FolderLock::Mode::Exclusive);

@@ -14,7 +14,6 @@
 #include <cerrno>
 #include <memory>
 #include <numeric>
-#include <string_view>
 #include <system_error>
 
 namespace quillo {
@@ -72,8 +71,8 @@ int FolderScan::readNames() {
     errno = 0;
     const dirent* entry = ::readdir(directory.get());
     if (!entry) return errno;
-    const std::string_view name(entry->d_name);
-    if (!name.starts_with('.') && name.ends_with(".plist")) addName(name.data(), name.size(), entry->d_ino);
+    const QByteArrayView name(entry->d_name);
+    if (ConflictNames::hasEnding(name)) addName(name.data(), static_cast<size_t>(name.size()), entry->d_ino);
   }
 }
 

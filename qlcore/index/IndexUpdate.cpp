@@ -108,7 +108,7 @@ IndexUpdate::Difference IndexUpdate::named(const QStringList& fileNames, int fol
   QSet<QByteArray> names;
   for (const QString& fileName : fileNames) {
     const QByteArray name = QFile::encodeName(fileName);
-    if (name.startsWith('.') || name.contains('/') || !name.endsWith(".plist")) continue;
+    if (name.contains('/') || !ConflictNames::hasEnding(name)) continue;
     if (ConflictNames::isTemporary(fileName)) continue;
     const auto copied = EntryFileKey::ofCopy(name);
     const auto key = copied ? copied : EntryFileKey::fromName(name);

@@ -1,6 +1,7 @@
 #include "qlcore/index/JournalFolderWatcher.h"
 
 #include "foundation/Log.h"
+#include "qlcore/ConflictNames.h"
 #include "qlcore/JournalPackageLayout.h"
 
 #include <QFile>
@@ -29,7 +30,7 @@ constexpr qsizetype mostNames = 200;
 constexpr quint32 entriesMask = IN_CLOSE_WRITE | IN_MODIFY | IN_ATTRIB | IN_CREATE | IN_DELETE | IN_MOVED_FROM |
                                 IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW;
 constexpr quint32 aboveMask =
-    IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+    IN_CREATE | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 
 }  // namespace
 
@@ -86,6 +87,8 @@ void JournalFolderWatcher::arm() {
   const QString entries = m_packagePath + u'/' + JournalPackageLayout::entriesFolder;
   m_identity = entriesIdentity();
   watchFolder(entries, entriesMask, {});
+  // A synchroniser may bring it later than the entries.
+  watchFolder(m_packagePath, aboveMask, JournalPackageLayout::propertiesFile);
   // Two folders above, and further ones as long as those are missing.
   QString path = entries;
   for (int above = 0; above < 2 || !QFileInfo::exists(path); ++above) {
@@ -116,7 +119,7 @@ void JournalFolderWatcher::takeEvent(int watch, quint32 mask, const QString& nam
   if (known == m_watches.constEnd()) return;
   if (mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED) || known->children.contains(name))
     return folderMayDiffer(/*isStructure=*/true);
-  if (!known->isEntries || name.startsWith(u'.') || !name.endsWith(u".plist")) return;
+  if (!known->isEntries || !ConflictNames::hasEnding(QFile::encodeName(name))) return;
   if (m_names.size() >= mostNames) return folderMayDiffer(/*isStructure=*/false);
   m_names.insert(name);
   if (!m_delay.isActive()) m_delay.start();

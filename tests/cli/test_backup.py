@@ -201,3 +201,39 @@ class BackupTest(QuilloctlTestCase):
         (self.home / "away").rename(self.journal)
         self.ctl("backup", "make", "--scheduled")
         self.assertIsNone(self.ctl_json("backup", "list")["last"]["failure"])
+
+    def test_the_schedule_is_kept_below_the_home_that_is_given(self):
+        units = self.home / ".config/systemd/user"
+        self.assertRegex(self.ctl("backup", "schedule", "show"), r"^Off; at most 40 stay; in .*/Backup$")
+        elsewhere = self.home / "Stick"
+        elsewhere.mkdir()
+        result = self.run_ctl("backup", "schedule", "on", "--every", "6 hours", "--keep", "7", "--folder", str(elsewhere))
+        self.assertEqual((result.returncode, result.stdout), (0, f"Every 6 hours; at most 7 stay; in {elsewhere}\n"))
+        self.assertIn("do not start by themselves yet", result.stderr)
+        service = (units / "quillo-backup.service").read_text()
+        self.assertIn(f'ExecStart="{QUILLOCTL}" "--home" "{self.home}" "backup" "make" "--scheduled"\n', service)
+        self.assertTrue((units / "timers.target.wants/quillo-backup.timer").is_symlink())
+        shown = self.ctl_json("backup", "schedule", "show")
+        self.assertEqual((shown["enabled"], shown["every"], shown["keep"], shown["installed"], shown["next"]),
+                         (True, "6 hours", 7, True, None))
+        # What the unit calls.
+        self.ctl("backup", "make", "--scheduled")
+        self.assertEqual(len(list(elsewhere.iterdir())), 1)
+
+        # A disk that is not connected is a failure, and not a backup somewhere else.
+        shutil.rmtree(elsewhere)
+        self.assert_fails("backup", "make", says="Stick")
+        self.assertEqual(self.run_ctl("backup", "list").returncode, 1)
+        self.assertFalse(self.folder.exists())
+        self.run_ctl("backup", "schedule", "set", "--default-folder")
+        self.make()
+        self.assertEqual(len(self.names()), 1)
+
+        for words in (("on", "--every", "3 minutes"), ("on", "--every", "0 days"), ("set", "--folder", str(self.home / "no"))):
+            self.assert_fails("backup", "schedule", *words)
+        self.assertEqual(self.run_ctl("backup", "schedule", "set").returncode, 2)
+        # The setting alone does the same.
+        self.ctl("settings", "set", "AutoBackupEnabled", "no")
+        self.assertEqual([path for path in units.rglob("*") if not path.is_dir()], [])
+        self.run_ctl("settings", "set", "AutoBackupEnabled", "yes")
+        self.assertTrue((units / "quillo-backup.timer").exists())

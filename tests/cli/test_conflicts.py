@@ -104,7 +104,7 @@ class ConflictsTest(QuilloctlTestCase):
             (self.entries / name).write_bytes(plistlib.dumps({"text": name}))
         os.utime(self.entries / f".syncthing.{same}.plist.tmp", (1e9, 1e9))
         (self.journal / "Journal.plist").unlink()
-        self.assert_fails("journal", "check", says="not a journal")
+        self.assert_fails("journal", "check", says="Journal.plist is not here yet")
 
         # A copy is left alone for some seconds, since a synchroniser may be about to put the entry beside it.
         lines, deadline = [], time.monotonic() + 60

@@ -7,7 +7,7 @@ from quillo import LIST, AgentTestCase
 
 # The agent's own settings, below the home.
 OWN = ".config/quillo/com.quilloapp.quillo-agent.plist"
-PAGES = ["General", "Journal", "Reminders", "Place and Weather", "Writing", "Advanced"]
+PAGES = ["General", "Journal", "Backup", "Reminders", "Place and Weather", "Writing", "Advanced"]
 
 
 class PreferencesTestCase(AgentTestCase):

@@ -80,22 +80,6 @@ TEST_F(EntryDetailsTest, MovesAnEntryToAnotherDayWithTheKeyboardAndTakesItBack) 
   EXPECT_EQ(readingOnDisk(identifier), before);
 }
 
-TEST_F(EntryDetailsTest, AnyYearCanBeTyped) {
-  const QString identifier = write(u"of old"_s);
-  open();
-  waitForText(u"of old"_s);
-  const QDate before = readingOnDisk(identifier).date();
-  window->commands().details->trigger();
-  auto& when = field<QDateTimeEdit>(u"Date and time"_s);
-  for (const int year : {1066, 1, 99, 2026}) {
-    when.setFocus();
-    when.setSelectedSection(QDateTimeEdit::YearSection);
-    QTest::keyClicks(&when, u"%1"_s.arg(year, 4, 10, QChar(u'0')));
-    QTest::keyClick(&when, Qt::Key_Return);
-    EXPECT_EQ(readingOnDisk(identifier).date(), QDate(year, before.month(), before.day()));
-  }
-}
-
 TEST_F(EntryDetailsTest, AnotherZoneKeepsTheReadingOfTheClock) {
   const QString identifier = write(u"Landed"_s);
   open();

@@ -3,6 +3,7 @@
 #include "journal/exchange/ExportDialog.h"
 #include "journal/exchange/ImportDialog.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -10,6 +11,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QToolButton>
 
 using namespace quillo;
 using namespace Qt::StringLiterals;
@@ -31,9 +33,13 @@ void savePicture(QWidget& of, const QString& name) {
   const QString folder = qEnvironmentVariable("QUILLO_PICTURES");
   if (folder.isEmpty()) return;
   // What has just changed is laid out and drawn in turns of the event loop.
-  QCoreApplication::processEvents();
-  QCoreApplication::processEvents();
-  of.grab().save(folder + u'/' + name + u".png"_s);
+  const QPalette usual = QApplication::palette();
+  for (const bool isDark : {false, true}) {
+    if (isDark) QApplication::setPalette(QPalette(QColor(0x30, 0x33, 0x38)));
+    for (int turn = 0; turn < 2; ++turn) QCoreApplication::processEvents();
+    of.grab().save(folder + u'/' + name + (isDark ? u"-dark.png"_s : u".png"_s));
+  }
+  QApplication::setPalette(usual);
 }
 
 class ExchangeTest : public JournalWindowTest {
@@ -178,6 +184,14 @@ TEST_F(ExchangeTest, ShowsWhatWouldComeAndImportsIt) {
   waitUntilClosed(dialog);
   waitForNotice(u"2 entries imported"_s);
   waitForRows(3);
+  // Also after the program was ended and begun anew.
+  window.reset();
+  open();
+  window->commands().undoImport->trigger();
+  waitForNotice(u"2 entries imported on "_s);
+  QTest::mouseClick(notices().findChildren<QToolButton*>().constLast(), Qt::LeftButton);
+  waitForNotice(u"2 entries taken back"_s);
+  waitForRows(1);
 }
 
 TEST_F(ExchangeTest, ReplacesOnlyWhatDiffersAndOnlyWhereThatIsTicked) {

@@ -4,12 +4,14 @@
 #include "app/switches/AgentManager.h"
 #include "app/switches/RemindersManager.h"
 #include "entry/spelling/SpellChecker.h"
+#include "exchange/backup/BackupSchedule.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 #include "platform/HelperProcesses.h"
 #include "preferences/PreferencesWindow.h"
 #include "preferences/pages/PreferencePage.h"
 #include "tests/support/EntryFixture.h"
+#include "tests/support/FakeCommandSchedule.h"
 #include "tests/support/FakeHotKeys.h"
 #include "tests/support/FakeKeyboardLayouts.h"
 #include "tests/support/FakeLoginItems.h"
@@ -84,7 +86,8 @@ class PreferencesTest : public EntryTest {
                   *reason = u"the quill is not in the tray"_s;
                   return agentRuns;
                 },
-            .logFolder = home.path(u"Logs"_s)};
+            .logFolder = home.path(u"Logs"_s),
+            .backupSchedule = &backupSchedule};
   }
 
   PreferencesWindow& open(PreferencesWindow::Page page = PreferencesWindow::General) {
@@ -127,6 +130,8 @@ class PreferencesTest : public EntryTest {
   FakeWorkspace workspace;
   FakeOpenPanel openPanel;
   SpellChecker spellChecker{{{u"en_US"_s}, {}, home.path(u"LearnedWords.txt"_s)}};
+  FakeCommandSchedule commandSchedule;
+  BackupSchedule backupSchedule{commandSchedule, u"/usr/bin/quilloctl"_s, {}};
   int remindersTried{0};
   bool agentRuns{true};
   std::unique_ptr<PreferencesWindow> window;

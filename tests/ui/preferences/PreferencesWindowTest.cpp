@@ -50,6 +50,9 @@ TEST_F(PreferencesTest, EachFieldWritesItsKeyAndPostsItsNotice) {
       {General, Key::look, ChooseLast, Key::look, u"dark"_s, general},
       {General, Key::menuEntryGlobalShortcut, Press, Key::menuEntryGlobalShortcut, ctrlShiftJ, {Notice::menuBarEntryShortcutDidChange}},
       {General, Key::agentEnabled, Click, Key::agentEnabled, true, {Notice::agentManagerValuesDidChange}},
+      {Backup, Key::autoBackupEnabled, Click, Key::autoBackupEnabled, true, general},
+      {Backup, Key::autoBackupFrequency, ChooseLast, Key::autoBackupFrequency, 8, general},
+      {Backup, Key::autoBackupMaxCount, ChooseLast, Key::autoBackupMaxCount, 0, general},
       {Reminders, u"remindersOn"_s, Click, Key::remindersEnabled, true,
        reminder + QStringList{Notice::agentManagerValuesDidChange, Notice::remindersManagerValuesDidChange}},
       {Reminders, u"reminderCount"_s, Type, Key::remindersInterval, 3, reminder, u"3"_s},
@@ -363,8 +366,7 @@ TEST_F(PreferencesTest, TheKeyboardIsEnough) {
   open();
   auto* pages = window->findChild<QListWidget*>(u"pages"_s);
   ASSERT_TRUE(pages->hasFocus());
-  QTest::keyClick(pages, Qt::Key_Down);
-  QTest::keyClick(pages, Qt::Key_Down);
+  for (int i = 0; i < PreferencesWindow::Reminders; ++i) QTest::keyClick(pages, Qt::Key_Down);
   EXPECT_EQ(window->currentPage()->accessibleName(), u"Reminders"_s);
   QTest::keyClick(pages, Qt::Key_Tab);
   EXPECT_EQ(QApplication::focusWidget()->objectName(), u"remindersOn"_s);
@@ -404,15 +406,28 @@ TEST_F(PreferencesTest, Pictures) {
   list().setValueForKey(PropertyListDictionary{{u"keyCode"_s, 38}, {u"modifierFlags"_s, 0x300}},
                         Key::menuEntryGlobalShortcut);
   for (const QString& word : {u"quillo"_s, u"Grasmere"_s}) spellChecker.learnSpelling(word);
-  for (const bool isDark : {false, true}) {
-    QApplication::setPalette(desktopPalette(isDark));
+  QPalette contrast(Qt::black);
+  contrast.setColor(QPalette::Highlight, QColor(0xffff00));
+  contrast.setColor(QPalette::HighlightedText, Qt::black);
+  const struct {
+    QString name;
+    QPalette palette;
+    Qt::LayoutDirection direction;
+  } looks[] = {{u"light"_s, desktopPalette(false), Qt::LeftToRight},
+               {u"dark"_s, desktopPalette(true), Qt::LeftToRight},
+               {u"mirrored"_s, desktopPalette(false), Qt::RightToLeft},
+               {u"contrast"_s, contrast, Qt::LeftToRight}};
+  for (const auto& look : looks) {
+    QApplication::setPalette(look.palette);
+    QApplication::setLayoutDirection(look.direction);
+    window.reset();
     for (int page = 0; page < PreferencesWindow::pages; ++page) {
       open(static_cast<Page>(page));
       QCoreApplication::processEvents();
-      savePicture(*window, u"%1-%2"_s.arg(window->currentPage()->accessibleName().remove(u' '),
-                                          isDark ? u"dark"_s : u"light"_s));
+      savePicture(*window, u"%1-%2"_s.arg(window->currentPage()->accessibleName().remove(u' '), look.name));
     }
   }
+  QApplication::setLayoutDirection(Qt::LeftToRight);
   QApplication::setPalette(QPalette());
 }
 

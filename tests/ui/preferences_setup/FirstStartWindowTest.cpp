@@ -61,7 +61,11 @@ class FirstStartWindowTest : public testing::Test {
                                        *reason = u"it ended at once"_s;
                                        return starts;
                                      },
-                                 .finished = [this] { ++timesFinished; }});
+                                 .finished =
+                                     [this](const FirstStart& choice) {
+                                       ++timesFinished;
+                                       bringsEntriesIn = choice.bringsEntriesIn;
+                                     }});
     window->showWindow();
     EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
   }
@@ -101,6 +105,7 @@ class FirstStartWindowTest : public testing::Test {
   bool applies{true};
   bool starts{true};
   int timesFinished{0};
+  bool bringsEntriesIn{false};
   std::unique_ptr<FirstStartWindow> window;
 };
 
@@ -188,6 +193,24 @@ TEST_F(FirstStartWindowTest, AJournalIsChosenAndCheckedOnTheSpot) {
   press("primary");
   EXPECT_TRUE(shown("journalProblem").contains(u"something already"_s));
   EXPECT_TRUE(applied.empty());
+}
+
+TEST_F(FirstStartWindowTest, EntriesOfAnotherProgramComeIntoANewJournal) {
+  makeWindow();
+  named<ChoiceCard>("newJournal")->setFocus();
+  for (int i = 0; i < 2; ++i) QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+  EXPECT_TRUE(named<ChoiceCard>("bringEntriesIn")->isChecked());
+  expectAllIsShown(u"journal-brought-in"_s);
+  EXPECT_EQ(window->result().chosenJournal(), window->result().newJournal);
+  for (int step = 0; step < 3; ++step) press("primary");
+  EXPECT_TRUE(bringsEntriesIn);
+  // Not where the journal is another, or none, after all.
+  for (const char* other : {"existingJournal", "skip"}) {
+    makeWindow();
+    named<ChoiceCard>("bringEntriesIn")->click();
+    QTest::mouseClick(named<QAbstractButton>(other), Qt::LeftButton);
+    EXPECT_FALSE(window->result().bringsEntriesIn) << other;
+  }
 }
 
 TEST_F(FirstStartWindowTest, WhatFailsIsSaidAndNothingChosenIsLost) {

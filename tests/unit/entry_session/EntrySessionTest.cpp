@@ -121,6 +121,35 @@ TEST_F(EntrySessionTest, WhatAnotherProgramChangedComesIntoTheText) {
   EXPECT_EQ(texts(), QStringList{editor->text.content});
 }
 
+// On another machine, whose deletion came while it was being edited here.
+TEST_F(EntrySessionTest, AnEditWinsOverADeletionAndSaysSo) {
+  write(u"Kept"_s);
+  EXPECT_FALSE(editor->session.hasBroughtEntryBack());
+  const QString uuid = editor->session.activeEntry()->uuid();
+  ASSERT_TRUE(QFile::remove(editor->session.activeEntry()->fileURLForEntryProperties()->toLocalFile()));
+  editor->type(u" after all."_s);
+  EXPECT_TRUE(editor->save());
+  EXPECT_TRUE(editor->session.hasBroughtEntryBack());
+  EXPECT_EQ(texts(), QStringList{u"Kept after all."_s});
+  EXPECT_EQ(entries().first()->uuid(), uuid);
+  write(u" Again."_s);
+  EXPECT_FALSE(editor->session.hasBroughtEntryBack());
+}
+
+// A journal whose own file comes later than its entries keeps what is written meanwhile as a draft.
+TEST_F(EntrySessionTest, AJournalThatHasOnlyPartlyArrivedIsWaitedFor) {
+  write(u"Here first."_s);
+  const QString properties = journalURL.toLocalFile() + u"/Journal.plist"_s;
+  ASSERT_TRUE(QFile::rename(properties, home.path(u"later"_s)));
+  editor->type(u" And more."_s);
+  EXPECT_FALSE(editor->save());
+  EXPECT_TRUE(QFile::exists(draftPath));
+  ASSERT_TRUE(QFile::rename(home.path(u"later"_s), properties));
+  EXPECT_TRUE(editor->save());
+  EXPECT_EQ(texts(), QStringList{u"Here first. And more."_s});
+  EXPECT_FALSE(QFile::exists(draftPath));
+}
+
 TEST_F(EntrySessionTest, UnsavedTextIsInADraftUntilItIsSaved) {
   // Typing on does not put it off.
   EXPECT_TRUE(runUntil([this] {
@@ -233,15 +262,25 @@ TEST_F(EntrySessionTest, DetailsGoWithTheFirstSaveAndWithEachLaterOne) {
   EXPECT_EQ(entries().first()->location(), std::nullopt);
 }
 
-TEST_F(EntrySessionTest, TheDayOfAnEntryOutlivesACrashBeforeItsFirstSave) {
+TEST_F(EntrySessionTest, TheDetailsOfAnEntryOutliveACrashBeforeItsFirstSave) {
+  bePlaced();
   EntryDetails details = editor->session.details();
   details.creationDate = Date::since1970(1394485200);
+  details.timeZone = u"Asia/Tokyo"_s;
+  details.tags = {u"hand"_s};
+  ASSERT_TRUE(details.location && details.weather);
   EXPECT_TRUE(editor->session.setDetails(details, nullptr));
   editor->type(u"not saved yet"_s);
   EXPECT_TRUE(runUntil([this] { return QFile::exists(draftPath); }));
   startAnew();
   EXPECT_TRUE(editor->save());
-  EXPECT_EQ(entries().first()->creationDate(), details.creationDate);
+  EXPECT_EQ(editor->session.details(), details);
+  const auto saved = entries().first();
+  EXPECT_EQ(saved->creationDate(), details.creationDate);
+  EXPECT_EQ(saved->timeZone(), details.timeZone);
+  EXPECT_EQ(saved->tags(), details.tags);
+  EXPECT_EQ(saved->location(), details.location);
+  EXPECT_EQ(saved->weather(), details.weather);
 }
 
 using EntryPlaceTest = EntrySessionTest;

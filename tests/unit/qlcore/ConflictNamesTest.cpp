@@ -70,6 +70,20 @@ TEST(ConflictNames, AreThoseOfTheProgramsThatMakeThem) {
   }
 }
 
+// A folder that is encrypted below the synchroniser's view of it.
+TEST(ConflictNames, OfAnEncryptedFolderAreKnown) {
+  const QString name = uuid + u".plist.sync-conflict-20260309-140559-ABCDEF2 GOCRYPTFS_BAD_NAME"_s;
+  const auto parsed = ConflictNames::parse(name);
+  ASSERT_TRUE(parsed);
+  EXPECT_EQ(parsed->origin, Synchroniser::Syncthing);
+  EXPECT_EQ(parsed->uuid, uuid);
+  EXPECT_TRUE(ConflictNames::isConflictCopy(QFile::encodeName(name)));
+  EXPECT_FALSE(ConflictNames::parse(u"Z1a GOCRYPTFS_BAD_NAME"_s));
+  const QString plain = uuid + u".sync-conflict-20260309-140559-ABCDEF2.plist"_s;
+  EXPECT_EQ(ConflictNames::plainName(name), plain);
+  EXPECT_EQ(ConflictNames::plainName(plain), plain);
+}
+
 TEST(ConflictNames, AreNoneOfWhatIsNoVersionOfAnEntry) {
   const QStringList names{uuid + u".plist"_s,
                           uuid.toLower() + u".plist"_s,

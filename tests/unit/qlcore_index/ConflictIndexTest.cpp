@@ -1,4 +1,5 @@
 #include "IndexFixture.h"
+#include "qlcore/JournalError.h"
 #include "qlcore/index/JournalIndexService.h"
 #include "tests/support/EventLoop.h"
 
@@ -161,6 +162,22 @@ TEST_F(ConflictIndexTest, AnswersAsOneMadeAnewWhateverComesAndGoes) {
       ASSERT_EQ(answered, expected) << word.toStdString();
     }
   }
+}
+
+TEST_F(ConflictIndexTest, AJournalWhoseOwnFileComesLaterIsWaitedFor) {
+  write(1, u"at the sea"_s);
+  const QString properties = package->url().toLocalFile() + u"/Journal.plist"_s;
+  const QByteArray bytes = contentsOfFile(properties).value_or("");
+  ASSERT_TRUE(QFile::remove(properties));
+  JournalIndexService service({.isInMemory = true});
+  QObject asker;
+  qint64 total = 0;
+  service.ask(&asker, question({}), [&](const JournalAnswer& answer) { total = answer.total; });
+  service.setJournal(package->url());
+  ASSERT_TRUE(runUntil([&] { return service.error().has_value(); }));
+  EXPECT_EQ(service.error()->code, JournalError::NotHereYet);
+  writeBytes(properties, bytes);
+  EXPECT_TRUE(runUntil([&] { return total == 1 && !service.error(); }));
 }
 
 TEST_F(ConflictIndexTest, WhatNobodyHasToDecideIsDoneByTheService) {
