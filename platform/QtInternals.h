@@ -20,4 +20,10 @@ inline constexpr const char* showWithoutActivating = "_q_showWithoutActivating";
 inline constexpr QLatin1StringView undoItem{"edit-undo"};
 inline constexpr QLatin1StringView redoItem{"edit-redo"};
 
+// How Qt's messages begin that the connection to the X server or the Wayland compositor is gone, before it ends the
+// process. Without them what was typed in the last two seconds is lost then.
+inline constexpr QLatin1StringView displayLossMessages[] = {
+    QLatin1StringView{"The X11 connection broke"}, QLatin1StringView{"The Wayland connection broke"},
+    QLatin1StringView{"The Wayland connection experienced a fatal error"}};
+
 }  // namespace quillo::QtInternals

@@ -36,6 +36,7 @@
 #include "platform/linux/XkbKeyboardLayouts.h"
 #include "platform/linux/desktop/DesktopHotKeys.h"
 #include "platform/linux/desktop/Display.h"
+#include "platform/linux/desktop/DisplayLoss.h"
 #include "platform/linux/desktop/KeyboardHints.h"
 #include "platform/linux/desktop/RawButtonPresses.h"
 #include "platform/linux/desktop/TrayStatusItem.h"
@@ -201,6 +202,7 @@ int runAgent(QApplication& application, const QStringList& homeArguments, Displa
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      [&delegate] { delegate.applicationWillTerminate(); });
     const SessionEnd sessionEnd(application, [&delegate] { delegate.applicationWillTerminate(); });
+    const DisplayLoss displayLoss([&delegate] { delegate.applicationWillTerminate(); });
     runningApplications.setOnToggle([&delegate] { delegate.hitHotKey(nullptr); });
     runningApplications.setOnRemind([&delegate] { delegate.tryReminder(); });
     const auto ownSettings =
