@@ -6,6 +6,7 @@
 
 #include "SampleJournal.h"
 #include "config/QuilloConfig.h"
+#include "entry/panels/OpenPanelSheet.h"
 #include "entry/session/EntryDraft.h"
 #include "entry/spelling/SpellChecker.h"
 #include "foundation/NotificationCenter.h"
@@ -195,6 +196,7 @@ int main(int argc, char** argv) {
   NotificationCenter center;
   SpellChecker speller{{}};
   EntryDraft draft(home + u"/Draft.plist"_s);
+  OpenPanelSheet panel;
   JournalLibrary library({.location = [&journal] { return std::optional(journal); },
                           .makeReader = [](const QLJournalPackageFile& of) -> std::unique_ptr<JournalReader> {
                             return std::make_unique<IndexedJournalReader>(of);
@@ -220,7 +222,8 @@ int main(int argc, char** argv) {
                         .chooseJournal = [](QWidget&) {},
                         .showFolder = [](const QString&) {},
                         .openURL = [](const QUrl&) {},
-                        .showAbout = [] {}});
+                        .showAbout = [] {},
+                        .exchange = {.openPanel = panel, .pdf = {}, .makesTagsOfHashtags = {}, .showFile = {}}});
   window.resize(1200, 760);
   window.show();
   if (!QTest::qWaitForWindowExposed(&window)) return 1;
