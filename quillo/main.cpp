@@ -32,6 +32,7 @@
 #include "platform/linux/XdgWorkspace.h"
 #include "platform/linux/XkbKeyboardLayouts.h"
 #include "platform/linux/desktop/Display.h"
+#include "platform/linux/desktop/DisplayLoss.h"
 #include "platform/linux/desktop/X11HotKeys.h"
 #include "preferences/PreferencesWindow.h"
 #include "preferences/model/OwnSettingsSync.h"
@@ -287,6 +288,7 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
     QObject::connect(&application, &QApplication::aboutToQuit, &quillo, &QuilloApplication::willTerminate);
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &quillo, &QuilloApplication::willTerminate,
                      Qt::DirectConnection);
+    const DisplayLoss displayLoss([&quillo] { quillo.willTerminate(); });
     quillo.open(arguments.urls);
     instance.setOnOpen([&quillo](const QStringList& words, const QString& token) {
       if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
