@@ -4,6 +4,7 @@
 #include "controls/look/JournalColors.h"
 #include "controls/look/JournalStyle.h"
 #include "journal/reading/ReadingView.h"
+#include "journal/versions/VersionsBar.h"
 #include "journal/views/FoldingColumns.h"
 #include "journal/views/MonthView.h"
 #include "journal/views/NoticeBar.h"
@@ -17,6 +18,7 @@
 
 #include <QHBoxLayout>
 #include <QPainter>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace quillo {
@@ -130,6 +132,7 @@ QWidget* JournalWindowView::buildList(TimelineSource& timeline) {
 QWidget* JournalWindowView::buildPaper(const EditorServices& services) {
   auto* whole = new QWidget;
   status = new StatusRow;
+  versions = new VersionsBar;
   paper = new QStackedWidget;
   editor = new EditorPane(services, *status);
   reading = new ReadingView;
@@ -141,9 +144,22 @@ QWidget* JournalWindowView::buildPaper(const EditorServices& services) {
   auto* column = new QVBoxLayout(whole);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
+  column->addWidget(versions);
   column->addWidget(paper, 1);
   column->addWidget(status);
   return whole;
+}
+
+EntryContent JournalWindowView::editedContent() const {
+  return {editor->title(), editor->details(), editor->text()};
+}
+
+void JournalWindowView::refreshReading() {
+  const EntryContent content = editedContent();
+  if (paper->currentWidget() != reading || reading->content() == content) return;
+  const int place = reading->verticalScrollBar()->value();
+  reading->setEntry(content);
+  reading->verticalScrollBar()->setValue(place);
 }
 
 void JournalWindowView::alignBar() {
@@ -169,6 +185,7 @@ void JournalWindowView::applyColors() {
   applyJournalStyle(m_window, colors);
   editor->applyColors();
   status->applyColors();
+  versions->applyColors();
   status->notices().applyColors();
   search->applyColors();
   sidebar->applyColors();
