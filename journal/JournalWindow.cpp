@@ -282,6 +282,7 @@ void JournalWindow::showOverview() {
 }
 
 void JournalWindow::showSidebar() {
+  if (!m_overview.isKnown()) return;
   m_view.sidebar->setSections(sidebarSections(m_overview, m_damaged.size(), m_versions.count(), QDate::currentDate()));
 }
 

@@ -94,8 +94,16 @@ std::vector<Change> Difference::pathChanges() const {
   return changes;
 }
 
-void appendRange(QList<TextRange>& ranges, QStringView part, const QString& text) {
-  if (!part.isEmpty()) ranges.append({part.begin() - QStringView(text).begin(), part.size()});
+// Words that follow one another are one range.
+void appendRange(QList<TextRange>& ranges, QStringView part, QStringView text) {
+  if (part.isEmpty()) return;
+  const qsizetype start = part.begin() - text.begin();
+  const qsizetype before = ranges.isEmpty() ? start : ranges.last().end();
+  const QStringView between = text.sliced(before, start - before);
+  if (!ranges.isEmpty() && between.trimmed().isEmpty() && !between.contains(u'\n'))
+    ranges.last().length = start + part.size() - ranges.last().location;
+  else
+    ranges.append({start, part.size()});
 }
 
 }  // namespace

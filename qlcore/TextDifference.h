@@ -41,7 +41,8 @@ struct Ranges {
   bool operator==(const Ranges&) const = default;
 };
 
-// What each of the two has that the other has not, by words inside of paragraphs that differ; in ascending order.
+// What each of the two has that the other has not, by words inside of paragraphs that differ; in ascending order, and
+// with what is between where that is nothing but spaces.
 [[nodiscard]] Ranges differentWords(const QString& first, const QString& second);
 
 }  // namespace quillo::TextDifference

@@ -43,10 +43,6 @@ VersionPane::VersionPane(const QString& name, QWidget* parent)
   column->addWidget(m_text, 1);
 }
 
-void VersionPane::setOriginChooser(QWidget* chooser) {
-  static_cast<QVBoxLayout*>(layout())->insertWidget(1, chooser);
-}
-
 void VersionPane::setVersion(const EntryVersion& version, const EntryVersion& other, const QList<TextRange>& different,
                              bool isNewest) {
   const QString origin = VersionWords::origin(version);
@@ -54,7 +50,6 @@ void VersionPane::setVersion(const EntryVersion& version, const EntryVersion& ot
   QString saved = VersionWords::saved(version, locale());
   if (isNewest) saved += u" · the later one"_s;
   m_saved->setText(saved);
-  m_saved->setVisible(!saved.isEmpty());
   const QStringList details = VersionWords::differences(version, other, locale());
   m_details->setText(details.join(u'\n'));
   m_details->setVisible(!details.isEmpty());

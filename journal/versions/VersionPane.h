@@ -22,8 +22,6 @@ class VersionPane : public QWidget {
 
   void setVersion(const EntryVersion& version, const EntryVersion& other, const QList<TextRange>& different,
                   bool isNewest);
-  // Where something is to stand in place of the name of its origin, as a choice; the pane owns it.
-  void setOriginChooser(QWidget* chooser);
   [[nodiscard]] QPlainTextEdit& text() const { return *m_text; }
 
   // To be called when the application's palette has changed.

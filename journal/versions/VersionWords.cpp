@@ -1,5 +1,6 @@
 #include "journal/versions/VersionWords.h"
 
+#include "journal/model/ClockTime.h"
 #include "qlcore/ConflictNames.h"
 #include "qlcore/EntryFields.h"
 #include "qlcore/EntryTime.h"
@@ -14,8 +15,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 QString moment(const QDateTime& time, const QLocale& locale) {
-  return u"%1, %2"_s.arg(locale.toString(time.date(), u"d MMMM yyyy"_s),
-                         locale.toString(time.time(), QLocale::ShortFormat));
+  return u"%1, %2"_s.arg(locale.toString(time.date(), u"d MMMM yyyy"_s), clockTime(time.time(), locale));
 }
 
 QString tagsOf(const EntryVersion& version, const QLocale&) {

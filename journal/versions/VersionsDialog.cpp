@@ -88,7 +88,11 @@ void VersionsDialog::build() {
   auto* middle = new QVBoxLayout;
   middle->setContentsMargins(side, 20, side, 14);
   middle->setSpacing(10);
-  middle->addWidget(m_title);
+  auto* heading = new QHBoxLayout;
+  heading->setSpacing(16);
+  heading->addWidget(m_title, 1);
+  heading->addWidget(m_chooser, 1);
+  middle->addLayout(heading);
   middle->addWidget(buildPanes(), 3);
   middle->addWidget(buildMerged(), 2);
   middle->addWidget(m_problem);
@@ -110,7 +114,6 @@ QWidget* VersionsDialog::buildPanes() {
   m_that->text().setObjectName(u"thatText"_s);
   m_chooser->setObjectName(u"otherVersion"_s);
   m_chooser->setAccessibleName(u"The other version"_s);
-  m_that->setOriginChooser(m_chooser);
   connect(m_chooser, &QComboBox::currentIndexChanged, this, &VersionsDialog::showVersions);
   for (VersionPane* pane : {m_this, m_that}) setOwnDirection(pane->text());
   scrollTogether();

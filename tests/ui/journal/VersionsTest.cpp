@@ -76,19 +76,6 @@ class VersionsTest : public JournalWindowTest {
   }
 };
 
-void savePicture(QWidget& of, const QString& name) {
-  const QString folder = qEnvironmentVariable("QUILLO_PICTURES");
-  if (folder.isEmpty()) return;
-  // What has just changed is laid out and drawn in turns of the event loop.
-  const QPalette usual = QApplication::palette();
-  for (const bool isDark : {false, true}) {
-    if (isDark) QApplication::setPalette(QPalette(QColor(0x30, 0x33, 0x38)));
-    for (int turn = 0; turn < 2; ++turn) QCoreApplication::processEvents();
-    of.grab().save(folder + u'/' + name + (isDark ? u"-dark.png"_s : u".png"_s));
-  }
-  QApplication::setPalette(usual);
-}
-
 }  // namespace
 
 TEST_F(VersionsTest, AnEntryWithAnotherVersionIsMarkedAndFound) {
@@ -108,6 +95,8 @@ TEST_F(VersionsTest, AnEntryWithAnotherVersionIsMarkedAndFound) {
     return rows->child(1)->text(QAccessible::Description);
   };
   EXPECT_TRUE(runUntil([&] { return row().startsWith(u"2 versions"_s); })) << row().toStdString();
+
+  savePicture(*window, u"versions-mark"_s);
 
   auto& sidebar = *window->view().sidebar;
   sidebar.setCurrentItem(sidebar.findItems(u"Several versions"_s, Qt::MatchStartsWith).first());
@@ -189,6 +178,7 @@ TEST_F(VersionsTest, OfThreeVersionsTheOtherIsChosen) {
   EXPECT_EQ(marked(text(*dialog, u"thatText"_s)), QStringList{u"fourth"_s});
   savePicture(*dialog, u"versions-three"_s);
   QTest::mouseClick(&button(*dialog, u"keepThat"_s), Qt::LeftButton);
+  waitUntilClosed(dialog);
   waitForText(u"fourth\n\nThe same in all.\n\nlast of ours"_s);
   EXPECT_EQ(trashedTexts(), (QStringList{u"first\n\nThe same in all.\n\nlast of ours"_s,
                                          u"first\n\nThe same in all.\n\nlast of theirs"_s}));
@@ -227,6 +217,7 @@ TEST_F(VersionsTest, VersionsThatChangeMeanwhileAreLookedAtAgain) {
   EXPECT_EQ(trashedTexts(), QStringList());
   EXPECT_EQ(textOnDisk(identifier), u"ours"_s);
   QTest::mouseClick(&button(*dialog, u"primary"_s), Qt::LeftButton);
+  waitUntilClosed(dialog);
   waitForText(u"mine"_s);
   EXPECT_EQ(trashedTexts(), (QStringList{u"ours"_s, u"theirs, later"_s}));
 }
