@@ -4,6 +4,7 @@
 #include "journal/model/JournalLibrary.h"
 #include "journal/reading/ReadingView.h"
 #include "journal/versions/VersionsBar.h"
+#include "journal/views/FoldingColumns.h"
 #include "journal/views/NoticeBar.h"
 #include "journal/views/StatusRow.h"
 #include "qlcore/QLJournalEntryFile.h"
@@ -42,14 +43,15 @@ QString inWords(const VersionDecision& decision, qsizetype versions, const QStri
   if (decision.kind == Kind::KeepAll && added.size() == versions - 1)
     return versions == 2 ? u"Both are entries now"_s : u"All %1 are entries now"_s.arg(versions);
   if (decision.kind == Kind::KeepAll)
-    return u"%1 more entries made; what could not be read is in the Trash"_s.arg(added.size());
+    return u"%1 made; what could not be read is in the Trash"_s.arg(
+        added.size() == 1 ? u"1 more entry"_s : u"%1 more entries"_s.arg(added.size()));
   return versions == 2 ? u"Kept; the other version is in the Trash"_s : u"Kept; the other versions are in the Trash"_s;
 }
 
 }  // namespace
 
 JournalVersions::JournalVersions(QWidget& window, JournalLibrary& library, JournalWindowView& view,
-                                 std::function<void(const QString& identifier)> showEntry)
+                                 std::function<bool(const QString& identifier)> showEntry)
     : m_window(window), m_library(library), m_view(view), m_showEntry(std::move(showEntry)) {
   connect(&m_library, &JournalLibrary::didChange, this, &JournalVersions::list);
   connect(m_view.versions, &VersionsBar::comparisonWanted, this, &JournalVersions::compare);
@@ -76,20 +78,26 @@ QString JournalVersions::shownIdentifier() const {
   return entry && (page == m_view.editor || page == m_view.reading) ? entry->uuid() : QString();
 }
 
+QList<ConflictedEntry>::const_iterator JournalVersions::find(const QString& identifier) const {
+  return std::find_if(m_entries.cbegin(), m_entries.cend(),
+                      [&](const ConflictedEntry& entry) { return entry.uuid == identifier; });
+}
+
 void JournalVersions::followEntry() {
-  const QString shown = shownIdentifier();
-  const auto found =
-      std::find_if(m_entries.begin(), m_entries.end(), [&](const auto& entry) { return entry.uuid == shown; });
-  m_view.versions->setVersions(found == m_entries.end() ? 0 : found->copies.size() + 1);
+  const auto found = find(shownIdentifier());
+  m_view.versions->setVersions(found == m_entries.cend() ? 0 : found->copies.size() + 1);
 }
 
 void JournalVersions::showNext() {
   if (m_entries.isEmpty()) return;
-  const QString shown = shownIdentifier();
-  const auto found =
-      std::find_if(m_entries.begin(), m_entries.end(), [&](const auto& entry) { return entry.uuid == shown; });
-  const auto next = found == m_entries.end() || found + 1 == m_entries.end() ? m_entries.begin() : found + 1;
-  m_showEntry(next->uuid);
+  auto found = find(shownIdentifier());
+  if (found == m_entries.cend() || !m_last.isEmpty()) found = find(m_last);
+  const auto next = found == m_entries.cend() || found + 1 == m_entries.cend() ? m_entries.cbegin() : found + 1;
+  m_view.columns->bringToFront(FoldingColumns::Column::Paper);
+  m_last.clear();
+  if (m_showEntry(next->uuid)) return;
+  m_last = next->uuid;
+  read(next->uuid);
 }
 
 void JournalVersions::compare() {
@@ -122,7 +130,7 @@ void JournalVersions::show(const Reading& reading) {
     if (m_dialog) m_dialog->close();
     if (!reading.entry) return notices.show(reading.error.localizedDescription);
     refreshEntry({reading.entry->uuid});
-    return notices.show(u"There is only one version of this entry any more"_s);
+    return notices.show(u"There is only one version of this entry"_s);
   }
   if (!m_dialog) {
     m_dialog = new VersionsDialog(&m_window);

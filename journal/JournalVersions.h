@@ -22,15 +22,15 @@ class JournalVersions : public QObject {
   Q_OBJECT
 
  public:
-  // All must outlive it. `showEntry` shows one.
+  // All must outlive it. `showEntry` shows one; false where it cannot be read.
   JournalVersions(QWidget& window, JournalLibrary& library, JournalWindowView& view,
-                  std::function<void(const QString& identifier)> showEntry);
+                  std::function<bool(const QString& identifier)> showEntry);
 
   // How many entries there are with several versions.
   [[nodiscard]] qsizetype count() const { return m_entries.size(); }
   // To be called when another entry, or something else, is shown.
   void followEntry();
-  // Goes to the entry after the one that is shown, or to the first.
+  // Goes to the next of them. One whose own file is damaged cannot be shown: its versions are, at once.
   void showNext();
   // Of the entry that is shown.
   void compare();
@@ -43,6 +43,7 @@ class JournalVersions : public QObject {
   struct Outcome;
   void list();
   [[nodiscard]] QString shownIdentifier() const;
+  [[nodiscard]] QList<ConflictedEntry>::const_iterator find(const QString& identifier) const;
   void read(const QString& identifier);
   void show(const Reading& reading);
   void carryOut(const VersionDecision& decision);
@@ -52,10 +53,11 @@ class JournalVersions : public QObject {
   QWidget& m_window;
   JournalLibrary& m_library;
   JournalWindowView& m_view;
-  std::function<void(const QString&)> m_showEntry;
+  std::function<bool(const QString&)> m_showEntry;
   QList<ConflictedEntry> m_entries;
   bool m_isListing{false};
   bool m_isListOutdated{false};
+  QString m_last;  // that was gone to
   QPointer<VersionsDialog> m_dialog;
   BackgroundWork m_work;
 };

@@ -63,7 +63,7 @@ JournalWindow::JournalWindow(const JournalWindowServices& services)
                   .timeline = m_timeline,
                   .view = m_view,
                   .showDamaged = [this] { showDamaged(); }}),
-      m_versions(*this, m_library, m_view, [this](const QString& identifier) { showEntry(identifier); }) {
+      m_versions(*this, m_library, m_view, [this](const QString& identifier) { return showEntry(identifier); }) {
   setMinimumSize(320, 360);
   auto* menu = new QMenu(this);
   for (QMenu* part : m_commands.menus) menu->addMenu(part);
@@ -83,6 +83,7 @@ void JournalWindow::connectCommands() {
   on(m_commands.newEntry, [this] { beginEntry(); });
   on(m_commands.newEntryOnDay, [this] { beginEntry(m_view.month->currentDay()); });
   on(m_commands.details, [this] { editDetails(); });
+  on(m_commands.compareVersions, [this] { m_versions.compare(); });
   on(m_commands.close, [this] { close(); });
   on(m_commands.print, [this] { m_exchange.print(m_services.weatherText); });
   on(m_commands.exportPDF, [this] { m_exchange.beginExport(u"pdf"_s); });

@@ -199,6 +199,25 @@ TEST_F(VersionsTest, ADamagedVersionCannotBeKept) {
   EXPECT_EQ(files().size(), 2);
 }
 
+TEST_F(VersionsTest, WhereTheOwnFileIsDamagedTheCopyIsReachedFromTheSidebar) {
+  write(u"alone"_s);
+  const QString identifier = write(u"whole"_s, 1);
+  writeCopy(identifier, syncthing, u"whole"_s);
+  ASSERT_TRUE(writeFileInPlace(path(identifier + u".plist"_s), "half of an ent"));
+  open();
+  ASSERT_TRUE(runUntil([&] { return !sidebarText(u"Several versions"_s).isEmpty(); }));
+  auto& sidebar = *window->view().sidebar;
+  QListWidgetItem* item = sidebar.findItems(u"Several versions"_s, Qt::MatchStartsWith).first();
+  QTest::mouseClick(sidebar.viewport(), Qt::LeftButton, {}, sidebar.visualItemRect(item).center());
+  VersionsDialog* dialog = nullptr;
+  ASSERT_TRUE(runUntil([&] { return (dialog = window->findChild<VersionsDialog*>()) && dialog->isVisible(); }));
+  EXPECT_FALSE(button(*dialog, u"keepThis"_s).isEnabled());
+  QTest::mouseClick(&button(*dialog, u"keepThat"_s), Qt::LeftButton);
+  waitUntilClosed(dialog);
+  EXPECT_EQ(textOnDisk(identifier), u"whole"_s);
+  waitForRows(2);
+}
+
 // What was looked at is not what is there any more: nothing is done, and the words that were typed stay.
 TEST_F(VersionsTest, VersionsThatChangeMeanwhileAreLookedAtAgain) {
   const QString identifier = write(u"ours"_s);
