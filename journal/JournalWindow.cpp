@@ -1,7 +1,6 @@
 #include "journal/JournalWindow.h"
 
 #include "entry/text/EntryViewTextView.h"
-#include "foundation/UserDefaults.h"
 #include "journal/ShortcutsDialog.h"
 #include "journal/SidebarSections.h"
 #include "journal/WindowStates.h"
@@ -34,10 +33,6 @@ namespace quillo {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// Of the window's own settings.
-const QString geometryKey = u"JournalWindowGeometry"_s;
-const QString columnsKey = u"JournalWindowColumns"_s;
 
 constexpr int usualFontSize = 16;
 constexpr int smallestFontSize = 9;
@@ -187,16 +182,9 @@ void JournalWindow::connectViews() {
 }
 
 void JournalWindow::restoreWindow() {
-  resize(1200, 760);
-  if (const auto geometry = m_services.defaults.dataForKey(geometryKey)) restoreGeometry(*geometry);
-  if (const auto columns = m_services.defaults.dataForKey(columnsKey)) m_view.columns->restore(*columns);
+  m_view.restorePlaces(m_services.defaults);
   applyFontSize();
   m_view.list->setFocus();
-}
-
-void JournalWindow::keepWindow() {
-  m_services.defaults.setObjectForKey(PropertyListValue(saveGeometry()), geometryKey);
-  m_services.defaults.setObjectForKey(PropertyListValue(m_view.columns->state()), columnsKey);
 }
 
 void JournalWindow::searchDidChange() {
@@ -486,7 +474,7 @@ void JournalWindow::changeEvent(QEvent* event) {
 
 void JournalWindow::closeEvent(QCloseEvent* event) {
   saveText();
-  keepWindow();
+  m_view.keepPlaces(m_services.defaults);
   QWidget::closeEvent(event);
 }
 

@@ -80,7 +80,6 @@ class JournalWindow : public QWidget {
   void connectCommands();
   void connectViews();
   void restoreWindow();
-  void keepWindow();
 
   void search();
   void markSidebar();

@@ -3,6 +3,7 @@
 #include "controls/Fonts.h"
 #include "controls/look/JournalColors.h"
 #include "controls/look/JournalStyle.h"
+#include "foundation/UserDefaults.h"
 #include "journal/reading/ReadingView.h"
 #include "journal/versions/VersionsBar.h"
 #include "journal/views/FoldingColumns.h"
@@ -26,6 +27,9 @@ namespace quillo {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QString geometryKey = u"JournalWindowGeometry"_s;
+const QString columnsKey = u"JournalWindowColumns"_s;
 
 // In points.
 constexpr int barHeight = 53;
@@ -148,6 +152,17 @@ QWidget* JournalWindowView::buildPaper(const EditorServices& services) {
   column->addWidget(paper, 1);
   column->addWidget(status);
   return whole;
+}
+
+void JournalWindowView::restorePlaces(const UserDefaults& defaults) {
+  m_window.resize(1200, 760);
+  if (const auto geometry = defaults.dataForKey(geometryKey)) m_window.restoreGeometry(*geometry);
+  if (const auto kept = defaults.dataForKey(columnsKey)) columns->restore(*kept);
+}
+
+void JournalWindowView::keepPlaces(UserDefaults& defaults) const {
+  defaults.setObjectForKey(PropertyListValue(m_window.saveGeometry()), geometryKey);
+  defaults.setObjectForKey(PropertyListValue(columns->state()), columnsKey);
 }
 
 EntryContent JournalWindowView::editedContent() const {

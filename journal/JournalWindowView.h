@@ -18,6 +18,7 @@ class StatePage;
 class StatusRow;
 class TimelineSource;
 class TimelineView;
+class UserDefaults;
 class VersionsBar;
 class YearHeatMap;
 class YearPage;
@@ -62,6 +63,9 @@ class JournalWindowView : public QObject {
   // Draws the grounds and lines of bar and columns.
   void paintGrounds(QPainter& painter) const;
   void applyColors();
+  // Where the window stands and how wide its columns are, as the settings have it from the last time.
+  void restorePlaces(const UserDefaults& defaults);
+  void keepPlaces(UserDefaults& defaults) const;
   // The entry as the editor has it.
   [[nodiscard]] EntryContent editedContent() const;
   // Takes in what has changed in the entry that is being read, and stays at its place.
