@@ -74,6 +74,7 @@ JournalCommands::JournalCommands(QWidget& window) {
   build.separator();
   find = build.item(u"&Find"_s, keys(u"Ctrl+F"_s));
   details = build.item(u"Entry &Details: Date, Place, Tags"_s, keys(u"Ctrl+I"_s));
+  compareVersions = build.item(u"Compare &Versions…"_s, keys(u"Ctrl+Shift+D"_s));
   // Not with Ctrl alone: that takes a word out of a text.
   moveToTrash = build.item(u"Move to &Trash"_s, keys(u"Ctrl+Shift+Backspace"_s));
 

@@ -31,6 +31,7 @@ struct JournalCommands {
   QAction* redo;
   QAction* find;
   QAction* details;
+  QAction* compareVersions;
   QAction* moveToTrash;
 
   QAction* read;

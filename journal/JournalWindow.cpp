@@ -1,7 +1,6 @@
 #include "journal/JournalWindow.h"
 
 #include "entry/text/EntryViewTextView.h"
-#include "foundation/UserDefaults.h"
 #include "journal/ShortcutsDialog.h"
 #include "journal/SidebarSections.h"
 #include "journal/WindowStates.h"
@@ -35,10 +34,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Of the window's own settings.
-const QString geometryKey = u"JournalWindowGeometry"_s;
-const QString columnsKey = u"JournalWindowColumns"_s;
-
 constexpr int usualFontSize = 16;
 constexpr int smallestFontSize = 9;
 constexpr int largestFontSize = 40;
@@ -62,7 +57,8 @@ JournalWindow::JournalWindow(const JournalWindowServices& services)
                   .overview = m_overview,
                   .timeline = m_timeline,
                   .view = m_view,
-                  .showDamaged = [this] { showDamaged(); }}) {
+                  .showDamaged = [this] { showDamaged(); }}),
+      m_versions(*this, m_library, m_view, [this](const QString& identifier) { return showEntry(identifier); }) {
   setMinimumSize(320, 360);
   auto* menu = new QMenu(this);
   for (QMenu* part : m_commands.menus) menu->addMenu(part);
@@ -82,6 +78,7 @@ void JournalWindow::connectCommands() {
   on(m_commands.newEntry, [this] { beginEntry(); });
   on(m_commands.newEntryOnDay, [this] { beginEntry(m_view.month->currentDay()); });
   on(m_commands.details, [this] { editDetails(); });
+  on(m_commands.compareVersions, [this] { m_versions.compare(); });
   on(m_commands.close, [this] { close(); });
   on(m_commands.print, [this] { m_exchange.print(m_services.weatherText); });
   on(m_commands.exportPDF, [this] { m_exchange.beginExport(u"pdf"_s); });
@@ -164,8 +161,10 @@ void JournalWindow::connectViews() {
   connect(m_view.reading, &ReadingView::linkActivated, this, [this](const QUrl& link) { m_services.openURL(link); });
   connect(&m_timeline, &Timeline::didReset, this, &JournalWindow::showListState);
   connect(&m_overview, &JournalOverview::didChange, this, &JournalWindow::showOverview);
+  connect(&m_versions, &JournalVersions::countDidChange, this, &JournalWindow::showSidebar);
   connect(&m_library, &JournalLibrary::stateDidChange, this, &JournalWindow::libraryStateDidChange);
   connect(&m_library, &JournalLibrary::didChange, m_view.editor, &EditorPane::refresh);
+  connect(&m_library, &JournalLibrary::didChange, &m_view, &JournalWindowView::refreshReading);
   connect(&m_library, &JournalLibrary::progressed, this, [this](qsizetype done, qsizetype total) {
     m_view.progress->setVisible(done < total);
     m_view.progress->setText(u"Reading the journal: %1 of %2"_s.arg(locale().toString(done), locale().toString(total)));
@@ -178,21 +177,14 @@ void JournalWindow::connectViews() {
     if (m_view.list->currentIdentifier() == identifier) m_view.list->followCurrentEntry(day);
     m_view.month->setSelectedDay(day);
   });
-  connect(m_view.editor, &EditorPane::emptiedEntryLeft, this,
+  connect(m_view.editor, &EditorPane::deletionWanted, this,
           [this](const QString& identifier) { m_deletion.moveToTrash({identifier}); });
 }
 
 void JournalWindow::restoreWindow() {
-  resize(1200, 760);
-  if (const auto geometry = m_services.defaults.dataForKey(geometryKey)) restoreGeometry(*geometry);
-  if (const auto columns = m_services.defaults.dataForKey(columnsKey)) m_view.columns->restore(*columns);
+  m_view.restorePlaces(m_services.defaults);
   applyFontSize();
   m_view.list->setFocus();
-}
-
-void JournalWindow::keepWindow() {
-  m_services.defaults.setObjectForKey(PropertyListValue(saveGeometry()), geometryKey);
-  m_services.defaults.setObjectForKey(PropertyListValue(m_view.columns->state()), columnsKey);
 }
 
 void JournalWindow::searchDidChange() {
@@ -271,17 +263,23 @@ void JournalWindow::showOverview() {
           ? QString()
           : (streak.daysWritten == 1 ? u"%1 day written, %2 in a row"_s : u"%1 days written, %2 in a row"_s)
                 .arg(locale().toString(streak.daysWritten), locale().toString(streak.current)));
-  m_library.listDamaged(this, [this, today](const QList<IndexedDamage>& damaged) {
+  m_library.listDamaged(this, [this](const QList<IndexedDamage>& damaged) {
     m_damaged = damaged;
-    m_view.sidebar->setSections(sidebarSections(m_overview, damaged.size(), today));
+    showSidebar();
   });
   showListState();
+}
+
+void JournalWindow::showSidebar() {
+  if (!m_overview.isKnown()) return;
+  m_view.sidebar->setSections(sidebarSections(m_overview, m_damaged.size(), m_versions.count(), QDate::currentDate()));
 }
 
 void JournalWindow::sidebarChosen(const SidebarItem& item) {
   using Kind = SidebarItem::Kind;
   if (item.kind == Kind::YearInReview) return showYear(true);
   if (item.kind == Kind::Damaged) return showDamaged();
+  if (item.kind == Kind::Versions) return m_versions.showNext();
   m_search.clear();
   if (item.kind == Kind::OnThisDay) m_search.addFilter({SearchFilter::Kind::OnThisDay, {}, QDate::currentDate()});
   if (item.kind == Kind::Tag) m_search.addFilter(SearchFilter::tag(item.name));
@@ -377,12 +375,13 @@ void JournalWindow::showPaper() {
   QWidget* page = m_view.paperState;
   if (isOpen && m_commands.read->isChecked()) {
     page = m_view.reading;
-    m_view.reading->setEntry({m_view.editor->title(), m_view.editor->details(), m_view.editor->text()});
+    m_view.reading->setEntry(m_view.editedContent());
     m_view.reading->setSearchedWords(m_search.searchedWords(QDate::currentDate()));
   } else if (isOpen) {
     page = m_view.editor;
   }
   m_view.paper->setCurrentWidget(page);
+  m_versions.followEntry();
 }
 
 void JournalWindow::setReads(bool reads) {
@@ -439,15 +438,12 @@ void JournalWindow::libraryStateDidChange() {
   for (QWidget* part : {static_cast<QWidget*>(m_view.search), static_cast<QWidget*>(m_view.newButton),
                         static_cast<QWidget*>(m_view.readButton)})
     part->setEnabled(isOpen);
-  if (state == State::NotConfigured)
-    m_view.paperState->show(u"No journal yet"_s, u"A journal is a folder of plain files on your disk."_s,
-                            {{u"Set Up Quillo…"_s, [this] { m_services.setUp(); }},
-                             {u"Create One"_s, [this] { m_services.createJournal(); }},
-                             {u"Choose One…"_s, [this] { m_services.chooseJournal(*this); }}});
-  if (state == State::Away)
-    m_view.paperState->show(u"The journal cannot be reached"_s, m_library.problem(),
-                            {{u"Try Again"_s, [this] { m_library.reopen(); }},
-                             {u"Choose Another…"_s, [this] { m_services.chooseJournal(*this); }}});
+  if (!isOpen)
+    showMissingJournal(*m_view.paperState, state == State::Away ? std::optional(m_library.problem()) : std::nullopt,
+                       {.setUp = [this] { m_services.setUp(); },
+                        .create = [this] { m_services.createJournal(); },
+                        .choose = [this] { m_services.chooseJournal(*this); },
+                        .tryAgain = [this] { m_library.reopen(); }});
   const QString name = isOpen ? m_library.name() : QString();
   m_view.title->setText(name.isEmpty() ? u"Quillo"_s : name);
   setWindowTitle(name.isEmpty() ? u"Quillo"_s : name + u" \u2014 Quillo"_s);
@@ -478,7 +474,7 @@ void JournalWindow::changeEvent(QEvent* event) {
 
 void JournalWindow::closeEvent(QCloseEvent* event) {
   saveText();
-  keepWindow();
+  m_view.keepPlaces(m_services.defaults);
   QWidget::closeEvent(event);
 }
 

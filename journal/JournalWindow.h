@@ -4,6 +4,7 @@
 #include "journal/EntryDeletion.h"
 #include "journal/JournalCommands.h"
 #include "journal/JournalExchange.h"
+#include "journal/JournalVersions.h"
 #include "journal/JournalWindowView.h"
 #include "journal/editor/EditorPane.h"
 #include "journal/model/JournalLibrary.h"
@@ -79,7 +80,6 @@ class JournalWindow : public QWidget {
   void connectCommands();
   void connectViews();
   void restoreWindow();
-  void keepWindow();
 
   void search();
   void markSidebar();
@@ -87,6 +87,7 @@ class JournalWindow : public QWidget {
   void addFilter(const SearchFilter& filter);
   void showListState();
   void showOverview();
+  void showSidebar();
   void sidebarChosen(const SidebarItem& item);
   void entryChosen(const QString& identifier);
   void showDamaged();
@@ -113,6 +114,7 @@ class JournalWindow : public QWidget {
   CalendarLinks m_calendar;
   EntryDeletion m_deletion;
   JournalExchange m_exchange;
+  JournalVersions m_versions;
   QUrl m_journal;
   QList<IndexedDamage> m_damaged;
   // What the list shows first once it is known: the newest entry, or the one asked for.

@@ -3,7 +3,9 @@
 #include "controls/Fonts.h"
 #include "controls/look/JournalColors.h"
 #include "controls/look/JournalStyle.h"
+#include "foundation/UserDefaults.h"
 #include "journal/reading/ReadingView.h"
+#include "journal/versions/VersionsBar.h"
 #include "journal/views/FoldingColumns.h"
 #include "journal/views/MonthView.h"
 #include "journal/views/NoticeBar.h"
@@ -17,6 +19,7 @@
 
 #include <QHBoxLayout>
 #include <QPainter>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace quillo {
@@ -24,6 +27,9 @@ namespace quillo {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QString geometryKey = u"JournalWindowGeometry"_s;
+const QString columnsKey = u"JournalWindowColumns"_s;
 
 // In points.
 constexpr int barHeight = 53;
@@ -130,6 +136,7 @@ QWidget* JournalWindowView::buildList(TimelineSource& timeline) {
 QWidget* JournalWindowView::buildPaper(const EditorServices& services) {
   auto* whole = new QWidget;
   status = new StatusRow;
+  versions = new VersionsBar;
   paper = new QStackedWidget;
   editor = new EditorPane(services, *status);
   reading = new ReadingView;
@@ -141,9 +148,33 @@ QWidget* JournalWindowView::buildPaper(const EditorServices& services) {
   auto* column = new QVBoxLayout(whole);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
+  column->addWidget(versions);
   column->addWidget(paper, 1);
   column->addWidget(status);
   return whole;
+}
+
+void JournalWindowView::restorePlaces(const UserDefaults& defaults) {
+  m_window.resize(1200, 760);
+  if (const auto geometry = defaults.dataForKey(geometryKey)) m_window.restoreGeometry(*geometry);
+  if (const auto kept = defaults.dataForKey(columnsKey)) columns->restore(*kept);
+}
+
+void JournalWindowView::keepPlaces(UserDefaults& defaults) const {
+  defaults.setObjectForKey(PropertyListValue(m_window.saveGeometry()), geometryKey);
+  defaults.setObjectForKey(PropertyListValue(columns->state()), columnsKey);
+}
+
+EntryContent JournalWindowView::editedContent() const {
+  return {editor->title(), editor->details(), editor->text()};
+}
+
+void JournalWindowView::refreshReading() {
+  const EntryContent content = editedContent();
+  if (paper->currentWidget() != reading || reading->content() == content) return;
+  const int place = reading->verticalScrollBar()->value();
+  reading->setEntry(content);
+  reading->verticalScrollBar()->setValue(place);
 }
 
 void JournalWindowView::alignBar() {
@@ -169,6 +200,7 @@ void JournalWindowView::applyColors() {
   applyJournalStyle(m_window, colors);
   editor->applyColors();
   status->applyColors();
+  versions->applyColors();
   status->notices().applyColors();
   search->applyColors();
   sidebar->applyColors();

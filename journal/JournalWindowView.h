@@ -1,6 +1,7 @@
 #pragma once
 
 #include "journal/editor/EditorPane.h"
+#include "journal/reading/EntryDocument.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -17,6 +18,8 @@ class StatePage;
 class StatusRow;
 class TimelineSource;
 class TimelineView;
+class UserDefaults;
+class VersionsBar;
 class YearHeatMap;
 class YearPage;
 
@@ -47,6 +50,7 @@ class JournalWindowView : public QObject {
   StatePage* listState;
   QLabel* progress;
   // The paper.
+  VersionsBar* versions;
   QStackedWidget* paper;
   EditorPane* editor;
   ReadingView* reading;
@@ -59,6 +63,13 @@ class JournalWindowView : public QObject {
   // Draws the grounds and lines of bar and columns.
   void paintGrounds(QPainter& painter) const;
   void applyColors();
+  // Where the window stands and how wide its columns are, as the settings have it from the last time.
+  void restorePlaces(const UserDefaults& defaults);
+  void keepPlaces(UserDefaults& defaults) const;
+  // The entry as the editor has it.
+  [[nodiscard]] EntryContent editedContent() const;
+  // Takes in what has changed in the entry that is being read, and stays at its place.
+  void refreshReading();
   // To be called when columns have moved: the search field stands above the list.
   void alignBar();
 

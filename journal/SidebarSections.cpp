@@ -26,12 +26,14 @@ SidebarSection section(const QString& title, SidebarItem::Kind kind, const QList
 
 }  // namespace
 
-QList<SidebarSection> sidebarSections(const JournalOverview& overview, qsizetype damaged, QDate today) {
+QList<SidebarSection> sidebarSections(const JournalOverview& overview, qsizetype damaged, qsizetype conflicted,
+                                      QDate today) {
   using Kind = SidebarItem::Kind;
   SidebarSection journal{u"Journal"_s,
                          {{Kind::AllEntries, allEntries, static_cast<int>(overview.total())},
                           {Kind::OnThisDay, onThisDay, overview.onThisDay(today)},
                           {Kind::YearInReview, u"Year"_s}}};
+  if (conflicted > 0) journal.items.append({Kind::Versions, u"Several versions"_s, static_cast<int>(conflicted)});
   if (damaged > 0) journal.items.append({Kind::Damaged, u"Damaged"_s, static_cast<int>(damaged)});
   return {journal, section(u"Tags"_s, Kind::Tag, overview.tags()),
           section(u"Places"_s, Kind::Place, overview.places())};

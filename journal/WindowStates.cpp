@@ -12,6 +12,16 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
+void showMissingJournal(StatePage& page, const std::optional<QString>& problem, const MissingJournalActions& actions) {
+  if (problem)
+    page.show(u"The journal cannot be reached"_s, *problem,
+              {{u"Try Again"_s, actions.tryAgain}, {u"Choose Another…"_s, actions.choose}});
+  else
+    page.show(
+        u"No journal yet"_s, u"A journal is a folder of plain files on your disk."_s,
+        {{u"Set Up Quillo…"_s, actions.setUp}, {u"Create One"_s, actions.create}, {u"Choose One…"_s, actions.choose}});
+}
+
 void showEmptyList(StatePage& page, const JournalSearch& search, const EmptyListActions& actions) {
   if (search.isEmpty()) {
     page.show(u"Nothing written yet"_s, u"The first entry is a key away: Ctrl+N."_s,

@@ -2,6 +2,7 @@
 
 #include <QDate>
 #include <QList>
+#include <QString>
 
 #include <functional>
 #include <optional>
@@ -11,6 +12,16 @@ namespace quillo {
 class JournalSearch;
 class StatePage;
 struct IndexedDamage;
+
+struct MissingJournalActions {
+  std::function<void()> setUp;
+  std::function<void()> create;
+  std::function<void()> choose;
+  std::function<void()> tryAgain;
+};
+
+// Says on the page that no journal is configured, or why the one that is cannot be reached where there is a `problem`.
+void showMissingJournal(StatePage& page, const std::optional<QString>& problem, const MissingJournalActions& actions);
 
 struct EmptyListActions {
   // On a day, or now.

@@ -1,5 +1,7 @@
 #include "qlcore/TextMerge.h"
 
+#include "qlcore/TextDifference.h"
+
 #include <QStringView>
 
 #include <algorithm>
@@ -11,147 +13,18 @@ namespace quillo {
 
 namespace {
 
-using Tokens = std::vector<QStringView>;
-
-// Paragraphs, each with its line break.
-Tokens paragraphs(QStringView text) {
-  Tokens tokens;
-  for (qsizetype from = 0; from < text.size();) {
-    const qsizetype end = text.indexOf(u'\n', from);
-    const qsizetype next = end < 0 ? text.size() : end + 1;
-    tokens.push_back(text.sliced(from, next - from));
-    from = next;
-  }
-  return tokens;
-}
-
-// A surrogate pair counts as a word's.
-bool isWordPart(QChar c) {
-  return c.isLetterOrNumber() || c.isMark() || c.isSurrogate() || c == u'_';
-}
-
-// Words, stretches of spaces, and every other character by itself.
-Tokens words(QStringView text) {
-  const auto kind = [](QChar c) {
-    if (isWordPart(c)) return 1;
-    return c.isSpace() && c != u'\n' ? 2 : 0;
-  };
-  Tokens tokens;
-  for (qsizetype from = 0; from < text.size();) {
-    qsizetype end = from + 1;
-    const int first = kind(text[from]);
-    while (first != 0 && end < text.size() && kind(text[end]) == first) ++end;
-    tokens.push_back(text.sliced(from, end - from));
-    from = end;
-  }
-  return tokens;
-}
-
-QStringView textOf(const Tokens& tokens, size_t begin, size_t end) {
-  if (begin == end) return {};
-  // Tokens lie side by side in their text.
-  return {tokens[begin].begin(), tokens[end - 1].end()};
-}
-
-// A stretch of the base, and what stands in its place.
-struct Change {
-  size_t baseBegin, baseEnd;
-  size_t begin, end;
-};
-
-// More steps than that and the middle of the two counts as one change: the search keeps their square of numbers.
-constexpr int mostSteps = 1500;
-
-// The shortest way from `base` to `other` by removing and adding tokens: Myers, "An O(ND) Difference Algorithm and Its
-// Variations", 1986. Identical beginnings and ends are passed over first.
-class Difference {
- public:
-  Difference(const Tokens& base, const Tokens& other) : m_base(base), m_other(other) {}
-
-  std::vector<Change> changes() {
-    size_t begin = 0;
-    size_t baseEnd = m_base.size();
-    size_t end = m_other.size();
-    while (begin < baseEnd && begin < end && m_base[begin] == m_other[begin]) ++begin;
-    while (baseEnd > begin && end > begin && m_base[baseEnd - 1] == m_other[end - 1]) --baseEnd, --end;
-    if (begin == baseEnd && begin == end) return {};
-    m_begin = begin;
-    m_baseCount = static_cast<int>(baseEnd - begin);
-    m_count = static_cast<int>(end - begin);
-    if (m_baseCount == 0 || m_count == 0 || !findPath()) return {{begin, baseEnd, begin, end}};
-    return pathChanges();
-  }
-
- private:
-  [[nodiscard]] bool isSame(int x, int y) const {
-    return m_base[m_begin + static_cast<size_t>(x)] == m_other[m_begin + static_cast<size_t>(y)];
-  }
-  // The furthest `x` on diagonal `k` after `step` steps.
-  [[nodiscard]] int furthest(int step, int k) const {
-    return m_furthest[static_cast<size_t>(step)][static_cast<size_t>(k + step)];
-  }
-  [[nodiscard]] bool comesByAdding(int step, int k) const {
-    return k == -step || (k != step && furthest(step - 1, k - 1) < furthest(step - 1, k + 1));
-  }
-  bool findPath();
-  [[nodiscard]] std::vector<Change> pathChanges() const;
-
-  const Tokens& m_base;
-  const Tokens& m_other;
-  size_t m_begin{0};
-  int m_baseCount{0};
-  int m_count{0};
-  std::vector<std::vector<int>> m_furthest;
-};
-
-bool Difference::findPath() {
-  // At most both lengths together, where every token is replaced.
-  const int most = std::min(mostSteps, m_baseCount + m_count);
-  for (int step = 0; step <= most; ++step) {
-    m_furthest.emplace_back(static_cast<size_t>(2 * step + 1));
-    for (int k = -step; k <= step; k += 2) {
-      int x = 0;
-      if (step > 0) x = comesByAdding(step, k) ? furthest(step - 1, k + 1) : furthest(step - 1, k - 1) + 1;
-      int y = x - k;
-      while (x < m_baseCount && y < m_count && y >= 0 && isSame(x, y)) ++x, ++y;
-      m_furthest.back()[static_cast<size_t>(k + step)] = x;
-      if (x >= m_baseCount && y >= m_count) return true;
-    }
-  }
-  return false;
-}
-
-std::vector<Change> Difference::pathChanges() const {
-  std::vector<Change> changes;
-  int x = m_baseCount;
-  int y = m_count;
-  for (int step = static_cast<int>(m_furthest.size()) - 1; step > 0; --step) {
-    const int k = x - y;
-    const bool isAdded = comesByAdding(step, k);
-    const int before = furthest(step - 1, isAdded ? k + 1 : k - 1);
-    const int beforeY = before - (isAdded ? k + 1 : k - 1);
-    // The step itself; then come tokens that are the same, up to x and y.
-    const auto at = [this](int index) { return m_begin + static_cast<size_t>(index); };
-    const Change change{at(before), at(isAdded ? before : before + 1), at(beforeY),
-                        at(isAdded ? beforeY + 1 : beforeY)};
-    if (!changes.empty() && changes.back().baseBegin == change.baseEnd && changes.back().begin == change.end) {
-      changes.back().baseBegin = change.baseBegin;
-      changes.back().begin = change.begin;
-    } else {
-      changes.push_back(change);
-    }
-    x = before;
-    y = beforeY;
-  }
-  std::reverse(changes.begin(), changes.end());
-  return changes;
-}
+using TextDifference::Change;
+using TextDifference::isWordPart;
+using TextDifference::paragraphs;
+using TextDifference::textOf;
+using TextDifference::Tokens;
+using TextDifference::words;
 
 // What stands in one writer's text for a stretch of the base that begins and ends outside of that writer's changes or
 // at their ends. Asked for stretches from left to right.
 class Side {
  public:
-  Side(const Tokens& base, const Tokens& tokens) : m_tokens(tokens), m_changes(Difference(base, tokens).changes()) {}
+  Side(const Tokens& base, const Tokens& tokens) : m_tokens(tokens), m_changes(TextDifference::changes(base, tokens)) {}
 
   [[nodiscard]] const Change* next() const { return m_at < m_changes.size() ? &m_changes[m_at] : nullptr; }
   // The changes that begin up to `end`; they move it on. Touching ones belong together.
@@ -247,7 +120,7 @@ void appendBoth(QStringView first, QStringView second, QString& result) {
 QString commonParagraphs(const Tokens& first, const Tokens& second) {
   QString common;
   size_t at = 0;
-  for (const Change& change : Difference(first, second).changes()) {
+  for (const Change& change : TextDifference::changes(first, second)) {
     common += textOf(first, at, change.baseBegin);
     at = change.baseEnd;
   }

@@ -146,7 +146,7 @@ bool EditorPane::leave() {
   if (!save()) return false;
   const QLJournalEntryFile* entry = m_session.activeEntry();
   if (entry && entry->fileURLForEntryProperties() && text().isEmpty() && !entry->string().isEmpty())
-    Q_EMIT emptiedEntryLeft(entry->uuid());
+    Q_EMIT deletionWanted(entry->uuid());
   return true;
 }
 
@@ -217,6 +217,9 @@ bool EditorPane::save() {
     say(u"Another program changed the same words; both versions are in the text."_s,
         {{u"Keep mine"_s, [this, ours = merge->ours] { replaceText(ours); }},
          {u"Keep the other"_s, [this, theirs = merge->theirs] { replaceText(theirs); }}});
+  if (m_session.hasBroughtEntryBack())
+    say(u"This entry was deleted elsewhere; what you wrote has brought it back."_s,
+        {{u"Delete it"_s, [this, identifier = entry->uuid()] { Q_EMIT deletionWanted(identifier); }}});
   showDetails();
   if (entry->fileURLForEntryProperties()) tellSaved(/*isMoved=*/isNew);
   return true;

@@ -81,8 +81,9 @@ class EditorPane : public QWidget, private EntryText {
   void entrySaved(const QString& identifier);
   // Its place in the order of entries is another now, or it has one for the first time.
   void entryMoved(const QString& identifier, QDate day);
-  // An entry is left whose text was deleted, which its file still has.
-  void emptiedEntryLeft(const QString& identifier);
+  // An entry is left whose text was deleted, which its file still has; or one that was deleted elsewhere and edited
+  // here is to go.
+  void deletionWanted(const QString& identifier);
 
  protected:
   void resizeEvent(QResizeEvent* event) override;

@@ -50,6 +50,14 @@ void IndexedJournalReader::listDamaged(QObject* owner, Damaged listed) {
   });
 }
 
+void IndexedJournalReader::listConflicts(QObject* owner, Conflicts listed) {
+  QObject* asker = newAsker(owner);
+  m_index.conflicts(asker, [asker, listed = std::move(listed)](const QList<ConflictedEntry>& entries) {
+    asker->deleteLater();
+    listed(entries);
+  });
+}
+
 void IndexedJournalReader::filesDidChange(const QStringList& fileNames) {
   for (const QString& name : fileNames) m_index.noteChanged(name.section(u'.', 0, 0));
 }

@@ -17,6 +17,7 @@ class IndexedJournalReader final : public JournalReader {
   void ask(QObject* asker, const JournalQuestion& question, Answered answered) override;
   void count(QObject* asker, const JournalQuestion& question, JournalCountBy by, Counted counted) override;
   void listDamaged(QObject* asker, Damaged listed) override;
+  void listConflicts(QObject* asker, Conflicts listed) override;
   void filesDidChange(const QStringList& fileNames) override;
   void lookAgain() override;
 

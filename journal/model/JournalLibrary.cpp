@@ -3,8 +3,10 @@
 #include "qlcore/JournalError.h"
 #include "qlcore/QLJournalEntryFile.h"
 #include "qlcore/QLJournalPackageFile.h"
+#include "qlcore/conflicts/JournalConflicts.h"
 
 #include <QFileInfo>
+#include <QHash>
 #include <QPointer>
 
 #include <utility>
@@ -12,6 +14,14 @@
 namespace quillo {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+Error notReachable() {
+  return JournalError::make(JournalError::JournalFileNotFound, u"The journal cannot be reached"_s);
+}
+
+}  // namespace
 
 JournalLibrary::JournalLibrary(Services services) : m_services(std::move(services)) {}
 
@@ -57,7 +67,7 @@ QString JournalLibrary::entriesFolder() const {
 
 std::shared_ptr<QLJournalEntryFile> JournalLibrary::entry(const QString& identifier, Error* error) const {
   if (m_package) return QLJournalEntryFile::entryWithUUID(*m_package, identifier, error);
-  fail(error, JournalError::make(JournalError::JournalFileNotFound, u"The journal cannot be reached"_s));
+  fail(error, notReachable());
   return nullptr;
 }
 
@@ -66,23 +76,47 @@ void JournalLibrary::entryDidChange(const QString& identifier) {
   filesDidChange({names.begin(), names.end()});
 }
 
+std::optional<JournalLibrary::Deletion::Entry> JournalLibrary::entryToTrash(const QString& identifier,
+                                                                            const QStringList& copies, Error* error) {
+  const auto file = QLJournalEntryFile::fileURL(*m_package, identifier, error);
+  if (!file) return std::nullopt;
+  Deletion::Entry entry{identifier, {}};
+  // Its own comes last: without it, a version that is left would be the entry.
+  QStringList paths;
+  for (const QString& copy : copies) paths << entriesFolder() + u'/' + copy;
+  paths << file->toLocalFile();
+  for (const QString& path : paths) {
+    if (const auto item = Trash::moveItem(path, error)) {
+      entry.files.append({path, *item});
+      continue;
+    }
+    for (const Deletion::File& moved : entry.files) Trash::putBack(moved.item, moved.path);
+    return std::nullopt;
+  }
+  return entry;
+}
+
 JournalLibrary::Deletion JournalLibrary::moveToTrash(const QStringList& identifiers, Error* error) {
   Deletion deletion;
-  std::optional<Error> first;
+  Error first;
+  if (!m_package) first = notReachable();
+  QHash<QString, QStringList> copies;
+  const auto conflicted = m_package ? JournalConflicts(entriesFolder()).entries(&first) : std::nullopt;
+  for (const ConflictedEntry& entry : conflicted.value_or(QList<ConflictedEntry>()))
+    copies.insert(entry.uuid, entry.copies);
   QStringList names;
-  for (const QString& identifier : identifiers) {
+  for (const QString& identifier : conflicted ? identifiers : QStringList()) {
     Error reason;
-    const auto file = m_package ? QLJournalEntryFile::fileURL(*m_package, identifier, &reason) : std::nullopt;
-    const auto item = file ? Trash::moveItem(file->toLocalFile(), &reason) : std::nullopt;
-    if (item) {
-      deletion.entries.append({identifier, file->toLocalFile(), *item});
-      names << QFileInfo(file->toLocalFile()).fileName();
-    } else if (!first) {
+    const QString canonical = QLJournalEntryFile::canonicalUUID(identifier).value_or(QString());
+    if (const auto entry = entryToTrash(identifier, copies.value(canonical), &reason)) {
+      deletion.entries << *entry;
+      for (const Deletion::File& file : entry->files) names << QFileInfo(file.path).fileName();
+    } else if (first.code == 0) {
       first = reason;
     }
   }
   filesDidChange(names);
-  if (first) fail(error, *first);
+  if (first.code != 0) fail(error, first);
   return deletion;
 }
 
@@ -90,11 +124,14 @@ bool JournalLibrary::putBack(const Deletion& deletion, Error* error) {
   bool isWhole = true;
   QStringList names;
   for (const Deletion::Entry& entry : deletion.entries) {
-    Error reason;
-    if (Trash::putBack(entry.item, entry.path, &reason))
-      names << QFileInfo(entry.path).fileName();
-    else if (std::exchange(isWhole, false))
-      fail(error, reason);
+    // The entry's own first, see above.
+    for (auto file = entry.files.crbegin(); file != entry.files.crend(); ++file) {
+      Error reason;
+      if (Trash::putBack(file->item, file->path, &reason))
+        names << QFileInfo(file->path).fileName();
+      else if (std::exchange(isWhole, false))
+        fail(error, reason);
+    }
   }
   filesDidChange(names);
   return isWhole;
@@ -114,6 +151,12 @@ void JournalLibrary::count(QObject* asker, const JournalQuestion& question, Jour
 
 void JournalLibrary::listDamaged(QObject* asker, Damaged listed) {
   if (m_reader) return m_reader->listDamaged(asker, std::move(listed));
+  QMetaObject::invokeMethod(
+      asker, [listed = std::move(listed)] { listed({}); }, Qt::QueuedConnection);
+}
+
+void JournalLibrary::listConflicts(QObject* asker, Conflicts listed) {
+  if (m_reader) return m_reader->listConflicts(asker, std::move(listed));
   QMetaObject::invokeMethod(
       asker, [listed = std::move(listed)] { listed({}); }, Qt::QueuedConnection);
 }

@@ -33,10 +33,13 @@ class JournalLibrary : public JournalReader {
 
   // What was deleted together.
   struct Deletion {
-    struct Entry {
-      QString identifier;
+    struct File {
       QString path;
       Trash::Item item;
+    };
+    struct Entry {
+      QString identifier;
+      QList<File> files;  // its other versions, and its own at last
     };
     QList<Entry> entries;
   };
@@ -62,20 +65,25 @@ class JournalLibrary : public JournalReader {
   // The entry was saved by this program.
   void entryDidChange(const QString& identifier);
 
-  // Moves entries to the Trash. What could be moved is in the answer; an error tells of the first that could not.
+  // Moves entries to the Trash, with all their versions. What could be moved is in the answer; an error tells of the
+  // first that could not.
   Deletion moveToTrash(const QStringList& identifiers, Error* error);
-  // False, with an error, where an entry could not be put back; the others are.
+  // False, with an error, where one or a version of it could not be put back; the others are.
   bool putBack(const Deletion& deletion, Error* error);
 
   void ask(QObject* asker, const JournalQuestion& question, Answered answered) override;
   void count(QObject* asker, const JournalQuestion& question, JournalCountBy by, Counted counted) override;
   void listDamaged(QObject* asker, Damaged listed) override;
+  void listConflicts(QObject* asker, Conflicts listed) override;
   void filesDidChange(const QStringList& fileNames) override;
 
  Q_SIGNALS:
   void stateDidChange();
 
  private:
+  // Nothing, with an error, and nothing moved, where one of its files cannot be.
+  [[nodiscard]] std::optional<Deletion::Entry> entryToTrash(const QString& identifier, const QStringList& copies,
+                                                            Error* error);
   void close(State state, const QString& problem);
 
   Services m_services;

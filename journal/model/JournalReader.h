@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qlcore/conflicts/EntryVersions.h"
 #include "qlcore/index/IndexedEntry.h"
 #include "qlcore/index/JournalQuestion.h"
 
@@ -20,11 +21,14 @@ class JournalReader : public QObject {
   using Answered = std::function<void(const JournalAnswer&)>;
   using Counted = std::function<void(const QList<JournalCount>&)>;
   using Damaged = std::function<void(const QList<IndexedDamage>&)>;
+  using Conflicts = std::function<void(const QList<ConflictedEntry>&)>;
 
   // Callbacks are not called once the reader or the asker is gone, who may go to say that it does not want to know.
   virtual void ask(QObject* asker, const JournalQuestion& question, Answered answered) = 0;
   virtual void count(QObject* asker, const JournalQuestion& question, JournalCountBy by, Counted counted) = 0;
   virtual void listDamaged(QObject* asker, Damaged listed) = 0;
+  // The entries that have other versions, by identifier.
+  virtual void listConflicts(QObject* asker, Conflicts listed) = 0;
   // These files of the folder of entries were changed by this program.
   virtual void filesDidChange(const QStringList& fileNames) = 0;
   // The person has come back to it: where nobody tells of other programs' changes, they are looked for now.

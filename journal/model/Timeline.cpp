@@ -187,6 +187,7 @@ TimelineRow Timeline::rowFor(const IndexedEntry& entry) const {
   row.day = entry.day;
   row.time = clockTime(localTime(entry.creationDate, entry.timeZone).time(), QLocale());
   row.tags = entry.tags;
+  row.otherVersions = static_cast<int>(entry.otherVersions);
   const qsizetype start = std::clamp<qsizetype>(entry.excerpt.location, 0, entry.text.size());
   row.text = entry.text.sliced(start, std::min(longestText, entry.text.size() - start));
   // As one paragraph; each break becomes a space, so that places stay.

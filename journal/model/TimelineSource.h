@@ -19,9 +19,15 @@ struct TimelineRow {
   QList<TextRange> matches;  // of the text, what was searched for
   QString placeAndWeather;
   QStringList tags;
-  QString damage;  // why the entry cannot be read; empty where it can
+  int otherVersions{0};  // of the entry, see JournalConflicts
+  QString damage;        // why the entry cannot be read; empty where it can
 
   bool operator==(const TimelineRow&) const = default;
+
+  // "3 versions"; empty where there is but one.
+  [[nodiscard]] QString versionsText() const {
+    return otherVersions == 0 ? QString() : QStringLiteral("%1 versions").arg(otherVersions + 1);
+  }
 };
 
 // What a timeline shows. All rows are counted at once and read when they are looked at.

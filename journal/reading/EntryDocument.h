@@ -10,6 +10,8 @@ struct EntryContent {
   QString title;    // the day, big above the text; may be empty
   QString details;  // time, place and weather, small under the title; may be empty
   QString text;     // as the person wrote it
+
+  bool operator==(const EntryContent&) const = default;
 };
 
 // Sizes are in points, which are the document's units.

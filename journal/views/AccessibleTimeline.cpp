@@ -54,8 +54,11 @@ class AccessibleRow : public QAccessibleInterface {
 QString AccessibleRow::text(QAccessible::Text kind) const {
   if (!isValid()) return {};
   const TimelineRow* entry = m_view->entryAt(m_row);
-  if (kind == QAccessible::Description && entry)
-    return (QStringList(entry->placeAndWeather) + entry->tags).join(u", "_s);
+  if (kind == QAccessible::Description && entry) {
+    QStringList parts = QStringList{entry->versionsText(), entry->placeAndWeather} + entry->tags;
+    parts.removeAll(QString());
+    return parts.join(u", "_s);
+  }
   if (kind != QAccessible::Name) return {};
   const QString day = m_view->locale().toString(m_view->rows().dayOfRow(m_row), QLocale::LongFormat);
   if (!entry) return day;

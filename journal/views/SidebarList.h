@@ -7,7 +7,7 @@ namespace quillo {
 
 // What stands in the sidebar: a question that can be asked by a click.
 struct SidebarItem {
-  enum class Kind { AllEntries, OnThisDay, YearInReview, Damaged, Tag, Place };
+  enum class Kind { AllEntries, OnThisDay, YearInReview, Versions, Damaged, Tag, Place };
 
   Kind kind{Kind::AllEntries};
   QString name;   // as shown; of a tag or a place that itself

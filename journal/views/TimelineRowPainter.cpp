@@ -20,6 +20,7 @@ constexpr int margin = 18;
 constexpr int timeWidth = 52;
 constexpr int lineHeight = 20;
 constexpr int textLines = 2;
+constexpr int signSize = 13;
 
 }  // namespace
 
@@ -54,10 +55,24 @@ void TimelineRowPainter::paintRow(const QRect& rect, const TimelineRow& row, QDa
   const QRectF time = mirrored(QRectF(rect.x() + margin, rect.y() + 9, timeWidth, 18), rect);
   m_painter.drawText(time, (m_isMirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter,
                      row.day == headingDay ? row.time : QLocale().toString(row.day, u"d MMM"_s));
+  if (row.otherVersions > 0)
+    paintVersionsSign(mirrored(QRectF(rect.x() + margin, rect.y() + 33, signSize, signSize), rect), isSelected);
   const double x = rect.x() + margin + timeWidth;
   const double width = rect.right() + 1 - margin - x;
   const int lines = paintText(mirrored(QRectF(x, rect.y() + 8, width, 42), rect), row, isSelected);
   paintDetails(mirrored(QRectF(x, rect.y() + 10 + lines * lineHeight, width, 18), rect), row, isSelected);
+}
+
+// Two sheets, one behind the other.
+void TimelineRowPainter::paintVersionsSign(const QRectF& rect, bool isSelected) {
+  const QSizeF sheet(rect.width() - 4, rect.height() - 3);
+  m_painter.save();
+  m_painter.setRenderHint(QPainter::Antialiasing);
+  m_painter.setPen(QPen(isSelected ? m_colors.accentText : m_colors.dim, 1.2));
+  m_painter.setBrush(m_ground);
+  m_painter.drawRoundedRect(QRectF(rect.topLeft() + QPointF(4, 0), sheet), 2, 2);
+  m_painter.drawRoundedRect(QRectF(rect.topLeft() + QPointF(0, 3), sheet), 2, 2);
+  m_painter.restore();
 }
 
 int TimelineRowPainter::paintText(const QRectF& rect, const TimelineRow& row, bool isSelected) {

@@ -13,7 +13,7 @@ struct JournalColors;
 struct TimelineRow;
 
 // How an entry looks in the list: the time at the side, two lines of its text with what was searched for marked, and in
-// small type place, weather and tags.
+// small type place, weather and tags. One of which there are several versions has two sheets under its time.
 class TimelineRowPainter {
  public:
   static constexpr int headingHeight = 38;
@@ -31,6 +31,7 @@ class TimelineRowPainter {
  private:
   // Answers how many lines it took.
   int paintText(const QRectF& rect, const TimelineRow& row, bool isSelected);
+  void paintVersionsSign(const QRectF& rect, bool isSelected);
   void paintDetails(const QRectF& rect, const TimelineRow& row, bool isSelected);
   [[nodiscard]] QRectF mirrored(const QRectF& rect, const QRect& in) const;
 

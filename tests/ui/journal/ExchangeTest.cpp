@@ -29,19 +29,6 @@ void writeFile(const QString& path, const QByteArray& bytes) {
   file.write(bytes);
 }
 
-void savePicture(QWidget& of, const QString& name) {
-  const QString folder = qEnvironmentVariable("QUILLO_PICTURES");
-  if (folder.isEmpty()) return;
-  // What has just changed is laid out and drawn in turns of the event loop.
-  const QPalette usual = QApplication::palette();
-  for (const bool isDark : {false, true}) {
-    if (isDark) QApplication::setPalette(QPalette(QColor(0x30, 0x33, 0x38)));
-    for (int turn = 0; turn < 2; ++turn) QCoreApplication::processEvents();
-    of.grab().save(folder + u'/' + name + (isDark ? u"-dark.png"_s : u".png"_s));
-  }
-  QApplication::setPalette(usual);
-}
-
 class ExchangeTest : public JournalWindowTest {
  protected:
   // By the key of the command; null where no dialog came.

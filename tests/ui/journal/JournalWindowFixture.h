@@ -16,10 +16,25 @@
 #include "tests/support/EventLoop.h"
 #include "tests/support/FakePanels.h"
 
+#include <QApplication>
 #include <QTest>
 #include <QTimer>
 
 namespace quillo {
+
+// Saves what the widget shows below $QUILLO_PICTURES, light and dark, for people to look at.
+inline void savePicture(QWidget& of, const QString& name) {
+  const QString folder = qEnvironmentVariable("QUILLO_PICTURES");
+  if (folder.isEmpty()) return;
+  // What has just changed is laid out and drawn in turns of the event loop.
+  const QPalette usual = QApplication::palette();
+  for (const bool isDark : {false, true}) {
+    if (isDark) QApplication::setPalette(QPalette(QColor(0x30, 0x33, 0x38)));
+    for (int turn = 0; turn < 2; ++turn) QCoreApplication::processEvents();
+    of.grab().save(folder + u'/' + name + (isDark ? u"-dark.png"_s : u".png"_s));
+  }
+  QApplication::setPalette(usual);
+}
 
 // The journal's window on a real journal and its index.
 class JournalWindowTest : public EntryTest {

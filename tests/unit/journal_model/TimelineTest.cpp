@@ -22,6 +22,7 @@ class SlowReader final : public JournalReader {
     counts.push_back(std::move(counted));
   }
   void listDamaged(QObject*, Damaged) override {}
+  void listConflicts(QObject*, Conflicts) override {}
   void filesDidChange(const QStringList&) override {}
 
   // Entries of one day each, the newest first; the page that was asked for of `count`.
