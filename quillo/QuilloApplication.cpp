@@ -14,6 +14,7 @@
 #include "foundation/UserDefaults.h"
 #include "foundation/UserDirectories.h"
 #include "journal/printing/PdfEntryWriter.h"
+#include "platform/FileManager.h"
 #include "platform/Workspace.h"
 #include "preferences/PreferencesWindow.h"
 #include "preferences/model/TextSize.h"
@@ -119,9 +120,13 @@ JournalExchangeServices QuilloApplication::exchangeServices() {
                 return list && list->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags;
               },
           .showFile =
-              [this](const QString& path) {
-                const QFileInfo file(path);
-                return m_services.workspace.openURL(QUrl::fromLocalFile(file.isDir() ? path : file.path()));
+              [this](const QString& path, std::function<void()> failed) {
+                const auto openFolder = [this, path, failed = std::move(failed)] {
+                  const QFileInfo file(path);
+                  const QString folder = file.isDir() ? path : file.path();
+                  if (!m_services.workspace.openURL(QUrl::fromLocalFile(folder))) failed();
+                };
+                m_services.fileManager.showItem(path, openFolder);
               }};
 }
 

@@ -21,6 +21,7 @@ namespace quillo {
 class AboutWindowController;
 class Alerts;
 class EntryDraft;
+class FileManager;
 class NotificationCenter;
 class OpenPanel;
 class FirstStartWindow;
@@ -38,6 +39,7 @@ struct QuilloServices {
   EntryTextServices text;
   EntryDraft& draft;
   Workspace& workspace;
+  FileManager& fileManager;
   WeatherService& weather;
   std::function<std::unique_ptr<LocationService>()> makeLocationManager;
   std::function<std::unique_ptr<JournalReader>(const QLJournalPackageFile& package)> makeReader;
