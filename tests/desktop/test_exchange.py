@@ -1,0 +1,57 @@
+"""Entries go out of the main application and come into it through its windows, and one that came is taken back."""
+
+import json
+
+from desktop import press, program, run, type_text, wait_active, wait_until, window, windows_named
+from quillo import AgentTestCase, keep_picture
+
+TITLE = " — Quillo$"
+
+
+class ExchangeTest(AgentTestCase):
+    def setUp(self):
+        super().setUp()
+        self.ctl("entry", "add", "--on", "2026-11-24T18:42", "Walked home #evening")
+        self.ctl("entry", "add", "--on", "2026-11-13", "Rain all day")
+        self.start(program("quillo"), "--home", str(self.home))
+        self.window = window(TITLE)
+        run("xdotool", "windowactivate", "--sync", self.window)
+        wait_active(self.window)
+
+    def open_dialog(self, keys, name):
+        press(keys)
+        wait_active(window(name))
+
+    def wait_back(self, dialog):
+        wait_until(lambda: not windows_named(dialog), f"the end of {dialog}")
+        wait_active(self.window)
+
+    def test_out_and_in_and_back(self):
+        page, out = self.home / "page.html", self.home / "out.json"
+        for path, format_key in ((page, "w"), (out, "j")):
+            self.open_dialog("ctrl+shift+e", "^Export$")
+            press("Tab", format_key, "Tab", "ctrl+a")
+            type_text("~/" + path.name)
+            keep_picture("export-" + path.suffix[1:])
+            press("Return")
+            self.wait_back("^Export$")
+        self.assertIn("Walked home", page.read_text())
+        self.assertEqual(len(json.loads(out.read_text())["entries"]), 2)
+        keep_picture("exported")
+
+        notes = self.home / "notes"
+        notes.mkdir()
+        for day in (1, 2, 3):
+            (notes / f"2025-03-0{day}.md").write_text(f"Note {day}\n")
+        before = self.texts()
+        self.open_dialog("ctrl+shift+i", "^Import$")
+        press("shift+Tab", "ctrl+a")
+        type_text("~/notes")
+        press("Return")
+        # The button can be pressed once the folder has been looked at.
+        wait_until(lambda: not windows_named("^Import$") or press("Return"), "the import", interval=0.2)
+        wait_active(self.window)
+        self.assertEqual(self.texts(), sorted(before + ["Note 1", "Note 2", "Note 3"]))
+        keep_picture("imported")
+        press("alt+f", "l")
+        keep_picture("undo-offered")
