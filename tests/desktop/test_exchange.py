@@ -2,7 +2,7 @@
 
 import json
 
-from desktop import press, program, run, type_text, wait_active, wait_until, window, windows_named
+from desktop import click, press, program, run, type_text, wait_active, wait_until, window, window_rect, windows_named
 from quillo import AgentTestCase, keep_picture
 
 TITLE = " — Quillo$"
@@ -53,5 +53,8 @@ class ExchangeTest(AgentTestCase):
         wait_active(self.window)
         self.assertEqual(self.texts(), sorted(before + ["Note 1", "Note 2", "Note 3"]))
         keep_picture("imported")
-        press("alt+f", "l")
-        keep_picture("undo-offered")
+        # The notice's button, at the right end of the lower edge.
+        x, y, width, height = window_rect(self.window)
+        click(x + width - 50, y + height - 14)
+        wait_until(lambda: self.texts() == before, "the three in the Trash")
+        keep_picture("taken-back")
