@@ -1,4 +1,4 @@
-"""Entries go out of the main application and come into it through its windows, and one that came is taken back."""
+"""Entries go out of the main application and come into it through its windows, and what came is taken back."""
 
 import json
 
@@ -9,8 +9,7 @@ TITLE = " — Quillo$"
 
 
 class ExchangeTest(AgentTestCase):
-    def setUp(self):
-        super().setUp()
+    def start_quillo(self):
         self.ctl("entry", "add", "--on", "2026-11-24T18:42", "Walked home #evening")
         self.ctl("entry", "add", "--on", "2026-11-13", "Rain all day")
         self.start(program("quillo"), "--home", str(self.home))
@@ -22,11 +21,17 @@ class ExchangeTest(AgentTestCase):
         press(keys)
         wait_active(window(name))
 
+    def click_notice(self):
+        """Its button, at the right end of the lower edge."""
+        x, y, width, height = window_rect(self.window)
+        click(x + width - 50, y + height - 14)
+
     def wait_back(self, dialog):
         wait_until(lambda: not windows_named(dialog), f"the end of {dialog}")
         wait_active(self.window)
 
     def test_out_and_in_and_back(self):
+        self.start_quillo()
         page, out = self.home / "page.html", self.home / "out.json"
         for path, format_key in ((page, "w"), (out, "j")):
             self.open_dialog("ctrl+shift+e", "^Export$")
@@ -53,8 +58,15 @@ class ExchangeTest(AgentTestCase):
         wait_active(self.window)
         self.assertEqual(self.texts(), sorted(before + ["Note 1", "Note 2", "Note 3"]))
         keep_picture("imported")
-        # The notice's button, at the right end of the lower edge.
-        x, y, width, height = window_rect(self.window)
-        click(x + width - 50, y + height - 14)
+        self.click_notice()
         wait_until(lambda: self.texts() == before, "the three in the Trash")
         keep_picture("taken-back")
+
+    def test_a_backup_that_failed_is_told_of(self):
+        folder = self.home / ".local/share/quillo/Backup"
+        folder.parent.mkdir(parents=True)
+        folder.write_text("in its place")
+        run(program("quilloctl"), "--home", str(self.home), "backup", "make", check=False)
+        self.start_quillo()
+        wait_until(lambda: windows_named("^Preferences$") or self.click_notice(), "the preferences", interval=0.5)
+        keep_picture("backup-failed")
