@@ -25,7 +25,7 @@ constexpr std::array formats{
     ExportFormat{"markdown", "Markdown", "one Markdown document", "md", false, false, document<MarkdownWriter>,
                  nullptr},
     ExportFormat{"markdown-folder", "Markdown, a file an entry",
-                 "a folder, one Markdown file an entry with its date and tags in YAML", "", false, false, nullptr,
+                 "a folder with one Markdown file an entry, its date and tags in YAML", "", false, false, nullptr,
                  markdownFolder},
     ExportFormat{"text", "Plain text", "one document of plain text", "txt", false, false, document<TextWriter>,
                  nullptr},

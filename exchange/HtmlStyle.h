@@ -44,8 +44,13 @@ header span::before { content: "\00b7\00a0"; }
 .text h2 { font-size: 1.2rem; }
 .text p, .text li, .text td, .text h1, .text h2, .text h3 { unicode-bidi: plaintext; text-align: start; }
 .plain { white-space: pre-wrap; }
-.task-list-item { list-style: none; }
-blockquote { margin: 1em 0; padding-left: 1rem; border-left: 3px solid; border-color: var(--line); color: var(--quiet); }
+.text ul, .text ol { padding-inline-start: 1.6em; }
+.text .task-list-item { list-style: none; unicode-bidi: normal; }
+.task-list-item-checkbox { margin: 0; margin-inline: -1.4em .4em; vertical-align: -.1em; }
+.picture { color: var(--quiet); font-style: italic; }
+.picture::before { content: "[picture] "; }
+img { max-width: 100%; height: auto; }
+blockquote { margin: 1em 0; padding-inline-start: 1rem; border-inline-start: 3px solid var(--line); color: var(--quiet); }
 code, pre { font-family: ui-monospace, "DejaVu Sans Mono", monospace; font-size: .875em; }
 code, pre, .tags li { background-color: var(--field); }
 code { padding: .1em .3em; border-radius: 3px; }
@@ -64,6 +69,7 @@ hr { border: 0; border-top: 1px solid; border-color: var(--line); }
   h2, h3, header { break-after: avoid; }
   p, li, blockquote { orphans: 2; widows: 2; }
   pre, table { break-inside: avoid; }
+  pre { white-space: pre-wrap; }
 }
 )";
 

@@ -84,8 +84,53 @@ QByteArray withAllowedAddresses(const QByteArray& html, QByteArrayView beginning
   return safe + html.sliced(done);
 }
 
+// The value behind `name="` from `at` on, up to `end`; empty where there is none. Quotes in values are escaped.
+QByteArrayView attribute(QByteArrayView html, QByteArrayView beginning, qsizetype at, qsizetype end) {
+  const qsizetype begin = html.indexOf(beginning, at);
+  if (begin < 0 || begin + beginning.size() > end) return {};
+  const qsizetype value = begin + beginning.size();
+  return html.sliced(value, html.indexOf('"', value) - value);
+}
+
+// The last part of an address in HTML, as HTML.
+QByteArray nameIn(QByteArrayView address) {
+  QByteArray name = address.sliced(address.lastIndexOf('/') + 1).toByteArray();
+  name.replace("&amp;", "&");
+  return QString::fromUtf8(QByteArray::fromPercentEncoding(name)).toHtmlEscaped().toUtf8();
+}
+
+// Pictures that are not shown are named: by their description, else by the end of their address.
+QByteArray withNamedPictures(const QByteArray& html) {
+  constexpr QByteArrayView beginning{"<img src=\""};
+  QByteArray named;
+  qsizetype done = 0;
+  for (qsizetype at = html.indexOf(beginning); at >= 0; at = html.indexOf(beginning, done)) {
+    // A ">" within a value is escaped, too.
+    const qsizetype end = html.indexOf('>', at);
+    if (end < 0) break;
+    const QByteArrayView address = attribute(html, beginning, at, end);
+    named += QByteArrayView(html).sliced(done, at - done);
+    done = end + 1;
+    if (isPicture(address)) {
+      named += QByteArrayView(html).sliced(at, done - at);
+      continue;
+    }
+    const QByteArrayView description = attribute(html, " alt=\"", at, end);
+    named += "<span class=\"picture\">" +
+             (description.trimmed().isEmpty() ? nameIn(address) : description.toByteArray()) + "</span>";
+  }
+  return named + html.sliced(done);
+}
+
+// Lists and quotes run the way of their own text: their marks stand where it begins.
+QByteArray withDirections(QByteArray html) {
+  for (const QByteArrayView tag : {"<ul", "<ol", "<blockquote", "<table"})
+    html.replace(tag, tag.toByteArray() + " dir=\"auto\"");
+  return html;
+}
+
 QByteArray safeHtml(const QByteArray& html) {
-  return withAllowedAddresses(withAllowedAddresses(html, "<a href=\"", isLink), "<img src=\"", isPicture);
+  return withDirections(withNamedPictures(withAllowedAddresses(html, "<a href=\"", isLink)));
 }
 
 }  // namespace

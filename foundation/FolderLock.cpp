@@ -16,7 +16,8 @@ namespace quillo {
 
 using namespace Qt::StringLiterals;
 
-// The work under a lock takes less than a millisecond. Who has not got it by then waits for a program that is stopped.
+// The work under a lock takes a few milliseconds at most. Who has not got it by then waits for a program that is
+// stopped.
 static constexpr int longestWaitMilliseconds = 500;
 
 FolderLock::FolderLock(const QString& folder, Mode mode)

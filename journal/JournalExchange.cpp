@@ -14,12 +14,17 @@
 #include "journal/views/TimelineView.h"
 #include "qlcore/QLJournalPackageFile.h"
 
+#include <QPointer>
+
 namespace quillo {
 
 using namespace Qt::StringLiterals;
 
 JournalExchange::JournalExchange(QWidget& window, const JournalExchangeServices& services, const Parts& parts)
-    : m_window(window), m_services(services), m_parts(parts) {}
+    : m_window(window), m_services(services), m_parts(parts) {
+  connect(&m_undo, &BackgroundWork::progressed, this,
+          [this](const QString&, qint64 done, qint64 total) { showProgressOfUndo(done, total); });
+}
 
 void JournalExchange::beginExport(const QString& format) {
   if (m_parts.library.state() != JournalLibrary::State::Open) return;
@@ -30,8 +35,11 @@ void JournalExchange::beginExport(const QString& format) {
     const QString at = pathForPeople(QUrl::fromLocalFile(path));
     QString text = inWords(result.entries, u"exported to "_s + at);
     QList<NoticeBar::Action> actions{{u"Show in Folder"_s, [this, path] {
-                                        if (!m_services.showFile(path))
-                                          m_parts.view.status->notices().show(u"No installed program shows folders."_s);
+                                        m_services.showFile(path, [self = QPointer(this)] {
+                                          if (self)
+                                            self->m_parts.view.status->notices().show(
+                                                u"No installed program shows folders."_s);
+                                        });
                                       }}};
     if (result.damaged > 0) {
       text += u"; without %1 damaged"_s.arg(result.damaged);
@@ -96,18 +104,31 @@ void JournalExchange::undoImport() {
   // What is being written is a change of the entry's, which keeps it.
   m_parts.view.editor->save();
   NoticeBar& notices = m_parts.view.status->notices();
-  notices.show(u"Taking the import back…"_s);
+  m_undoNotice = u"Taking the import back…"_s;
+  notices.show(m_undoNotice, {{u"Stop"_s, [this] { m_undo.stop(); }}});
   const auto outcome = std::make_shared<ImportUndoOutcome>();
   m_undo.start([outcome, journal = m_parts.library.package()->url()](
                    BackgroundWork::Monitor& monitor) { *outcome = undoLastImport(journal, monitor); },
                [this, outcome, &notices] {
                  m_parts.library.lookAgain();
+                 if (outcome->isStopped)
+                   return notices.show(u"Stopped; the rest of the import is still there"_s,
+                                       {{u"Take Back"_s, [this] { undoImport(); }}});
                  if (outcome->error) return notices.show(outcome->error->localizedDescription);
                  QString text = inWords(outcome->counts.removed + outcome->counts.putBack, u"taken back"_s);
                  if (outcome->counts.changed > 0)
                    text += u"; %1 changed since and kept"_s.arg(m_window.locale().toString(outcome->counts.changed));
                  notices.show(text);
                });
+}
+
+// Another notice that has come since stays.
+void JournalExchange::showProgressOfUndo(qint64 done, qint64 total) {
+  NoticeBar& notices = m_parts.view.status->notices();
+  if (!m_undo.isRunning() || notices.text() != m_undoNotice) return;
+  m_undoNotice =
+      u"Taking the import back: %1 of %2"_s.arg(m_window.locale().toString(done), m_window.locale().toString(total));
+  notices.setText(m_undoNotice);
 }
 
 QString JournalExchange::inWords(qint64 count, const QString& what) const {

@@ -27,8 +27,9 @@ struct JournalExchangeServices {
   // What draws a PDF with the settings of now.
   std::function<DocumentMaker()> pdf;
   std::function<bool()> makesTagsOfHashtags;
-  // Shows a folder, or the one that a file is in, in the desktop's file manager. False where none is installed.
-  std::function<bool(const QString& path)> showFile;
+  // Shows a file or folder where it lies, in the desktop's file manager. `failed` is called, perhaps later, where none
+  // is installed.
+  std::function<void(const QString& path, std::function<void()> failed)> showFile;
 };
 
 // Export, import and printing from the journal's window: their dialogs, and what the window says of what came of them.
@@ -60,6 +61,7 @@ class JournalExchange : public QObject {
  private:
   void imported(const ImportOutcome& outcome);
   void undoImport();
+  void showProgressOfUndo(qint64 done, qint64 total);
   // "3 entries imported".
   [[nodiscard]] QString inWords(qint64 count, const QString& what) const;
 
@@ -67,6 +69,7 @@ class JournalExchange : public QObject {
   JournalExchangeServices m_services;
   Parts m_parts;
   BackgroundWork m_undo;
+  QString m_undoNotice;  // as it is shown
 };
 
 }  // namespace quillo

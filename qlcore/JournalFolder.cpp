@@ -1,7 +1,6 @@
 #include "qlcore/JournalFolder.h"
 
 #include "foundation/FileContents.h"
-#include "foundation/FolderOperations.h"
 #include "qlcore/ConflictNames.h"
 
 #include <QFile>
@@ -15,9 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <ctime>
 #include <memory>
 #include <utility>
@@ -28,20 +25,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-Error notRegular(const QString& path) {
-  return cocoaError(ErrorCode::fileReadCorrupt, path + u": not a regular file"_s);
-}
-
-Error linkRefused(const QString& path) {
-  return cocoaError(ErrorCode::fileReadCorrupt, path + u": a symbolic link, which is not followed inside a journal"_s);
-}
-
-// Readers pass names by that begin with a dot; the process identifier tells a leftover from work under way.
-QByteArray temporaryName(const QByteArray& name) {
-  static std::atomic<unsigned> counter{0};
-  return "." + name + "." + QByteArray::number(::getpid()) + "." + QByteArray::number(++counter) + ".tmp";
-}
-
 bool isTemporaryNameOfEntry(const QString& name, pid_t& writer) {
   writer = 0;
   static const QRegularExpression pattern(
@@ -49,23 +32,6 @@ bool isTemporaryNameOfEntry(const QString& name, pid_t& writer) {
   const auto match = pattern.match(name);
   writer = match.hasMatch() ? static_cast<pid_t>(match.captured(1).toInt()) : 0;
   return writer > 0;
-}
-
-// Answers errno, or 0.
-int writeAndSync(int descriptor, const QByteArray& bytes) {
-  if (const int number = writeAll(descriptor, bytes)) return number;
-  return ::fsync(descriptor) == 0 ? 0 : errno;
-}
-
-// Makes a file with a name that no other has; `name` receives it. None, with errno, when it fails.
-FileDescriptor makeTemporary(int folder, const QByteArray& target, QByteArray& name) {
-  // A name is taken only by a leftover, or by a process of another machine that has the same identifier.
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    name = temporaryName(target);
-    FileDescriptor file(::openat(folder, name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
-    if (file.isOpen() || errno != EEXIST) return file;
-  }
-  return {};
 }
 
 }  // namespace
@@ -118,25 +84,8 @@ qint64 JournalFolder::timeChanged(const QString& name) const {
 }
 
 bool JournalFolder::replaceFile(const QString& name, const QByteArray& bytes, Error* error) const {
-  const QString path = pathOf(name);
-  const QByteArray target = QFile::encodeName(name);
-  struct stat status {};
-  if (::fstatat(m_folder.number(), target.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0 && !S_ISREG(status.st_mode))
-    return fail(error, S_ISLNK(status.st_mode) ? linkRefused(path) : notRegular(path));
-
-  QByteArray temporary;
-  FileDescriptor file = makeTemporary(m_folder.number(), target, temporary);
-  if (!file.isOpen()) return fail(error, fileWriteError(errno, path));
-  int failure = writeAndSync(file.number(), bytes);
-  if (!file.close() && failure == 0) failure = errno;
-  if (failure == 0 && ::renameat(m_folder.number(), temporary.constData(), m_folder.number(), target.constData()) != 0)
-    failure = errno;
-  if (failure != 0) {
-    ::unlinkat(m_folder.number(), temporary.constData(), 0);
-    return fail(error, fileWriteError(failure, path));
-  }
-  if (const int number = syncFolder(m_folder.number())) return fail(error, fileWriteError(number, path));
-  return true;
+  StagedFiles files = stage();
+  return files.add(name, bytes, error) && files.sync(error) && files.put(0, error) && files.syncFolder(error);
 }
 
 bool JournalFolder::removeFile(const QString& name, Error* error) const {

@@ -2,6 +2,7 @@
 
 #include "foundation/Error.h"
 #include "foundation/FileDescriptor.h"
+#include "qlcore/StagedFiles.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -37,6 +38,8 @@ class JournalFolder {
   // written to a temporary file beside it, synced, renamed, the folder synced. Mode 0600. False, with an error, when it
   // fails; nothing of it then stays behind.
   bool replaceFile(const QString& name, const QByteArray& bytes, Error* error) const;
+  // For many at once, with the same promise for each. The folder outlives it.
+  [[nodiscard]] StagedFiles stage() const { return {m_folder.number(), m_path}; }
 
   // Removes the file `name` for good. False, with an error, when it fails.
   bool removeFile(const QString& name, Error* error) const;

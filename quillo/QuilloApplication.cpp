@@ -9,11 +9,16 @@
 #include "entry/session/EntryDraft.h"
 #include "entry/session/OpenPanel.h"
 #include "entry/spelling/SpellChecker.h"
+#include "exchange/backup/BackupRecord.h"
 #include "foundation/Log.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 #include "foundation/UserDirectories.h"
+#include "journal/JournalWindowView.h"
 #include "journal/printing/PdfEntryWriter.h"
+#include "journal/views/NoticeBar.h"
+#include "journal/views/StatusRow.h"
+#include "platform/FileManager.h"
 #include "platform/Workspace.h"
 #include "preferences/PreferencesWindow.h"
 #include "preferences/model/TextSize.h"
@@ -57,6 +62,9 @@ JournalWindow& QuilloApplication::window() {
   m_library.reopen();
   m_window = std::make_unique<JournalWindow>(windowServices());
   connect(m_window->commands().quit, &QAction::triggered, this, [this] { m_services.terminate(); });
+  connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+    if (state == Qt::ApplicationActive) tellOfFailedBackup();
+  });
   connect(m_window->commands().preferences, &QAction::triggered, this, &QuilloApplication::showPreferences);
   return *m_window;
 }
@@ -119,9 +127,13 @@ JournalExchangeServices QuilloApplication::exchangeServices() {
                 return list && list->integerForKey(Key::shouldAddHashtags) != Key::hashtagsAreNotTags;
               },
           .showFile =
-              [this](const QString& path) {
-                const QFileInfo file(path);
-                return m_services.workspace.openURL(QUrl::fromLocalFile(file.isDir() ? path : file.path()));
+              [this](const QString& path, std::function<void()> failed) {
+                const auto openFolder = [this, path, failed = std::move(failed)] {
+                  const QFileInfo file(path);
+                  const QString folder = file.isDir() ? path : file.path();
+                  if (!m_services.workspace.openURL(QUrl::fromLocalFile(folder))) failed();
+                };
+                m_services.fileManager.showItem(path, openFolder);
               }};
 }
 
@@ -158,6 +170,20 @@ void QuilloApplication::showPreferences() {
     m_preferences->move(window().geometry().center() - m_preferences->rect().center());
   }
   m_preferences->showWindow();
+}
+
+// Nobody may have been there when the desktop told of it. Each one once, and not in the place of what is still to be
+// answered.
+void QuilloApplication::tellOfFailedBackup() {
+  const BackupRecord record = BackupRecord::of(UserDirectories::current());
+  if (!m_window || record.failure.isEmpty() || !record.lastTry || record.lastTry == m_failureTold) return;
+  NoticeBar& notices = m_window->view().status->notices();
+  if (notices.isVisible()) return;
+  m_failureTold = record.lastTry;
+  notices.show(u"The last backup failed: "_s + record.failure, {{u"Show"_s, [this] {
+                                                                   showPreferences();
+                                                                   m_preferences->showPage(PreferencesWindow::Backup);
+                                                                 }}});
 }
 
 std::unique_ptr<Registration> QuilloApplication::askForTags(std::function<void(const QStringList& tags)> answer) {

@@ -2,6 +2,7 @@
 
 #include "config/QuilloURL.h"
 #include "foundation/Bundle.h"
+#include "foundation/Date.h"
 #include "journal/JournalWindow.h"
 #include "journal/model/JournalLibrary.h"
 #include "platform/Registration.h"
@@ -21,6 +22,7 @@ namespace quillo {
 class AboutWindowController;
 class Alerts;
 class EntryDraft;
+class FileManager;
 class NotificationCenter;
 class OpenPanel;
 class FirstStartWindow;
@@ -38,6 +40,7 @@ struct QuilloServices {
   EntryTextServices text;
   EntryDraft& draft;
   Workspace& workspace;
+  FileManager& fileManager;
   WeatherService& weather;
   std::function<std::unique_ptr<LocationService>()> makeLocationManager;
   std::function<std::unique_ptr<JournalReader>(const QLJournalPackageFile& package)> makeReader;
@@ -78,6 +81,7 @@ class QuilloApplication final : public QObject {
   void chooseJournal(QWidget& window);
   void showWindow();
   void showPreferences();
+  void tellOfFailedBackup();
   [[nodiscard]] bool needsFirstStart(const QList<QuilloRequest>& requests);
   void showFirstStart();
   void firstStartDidFinish(const FirstStart& choice);
@@ -93,6 +97,7 @@ class QuilloApplication final : public QObject {
   std::unique_ptr<AboutWindowController> m_about;
   std::unique_ptr<PreferencesWindow> m_preferences;
   std::unique_ptr<FirstStartWindow> m_firstStart;
+  std::optional<Date> m_failureTold;    // the time of the backup that failed
   bool m_showsWindowAfterwards{false};  // after the first start
   // Last, so that nothing is heard of while the rest goes.
   std::vector<std::unique_ptr<Registration>> m_observations;

@@ -21,6 +21,7 @@
 #include "foundation/UserDirectories.h"
 #include "journal/model/IndexedJournalReader.h"
 #include "platform/linux/SessionBusApplications.h"
+#include "platform/linux/SessionBusFileManager.h"
 #include "platform/linux/SessionBusHelper.h"
 #include "platform/linux/SessionBusNotifications.h"
 #include "platform/linux/SingleInstance.h"
@@ -221,6 +222,7 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
   SessionBusApplications runningApplications;
   runningApplications.registerSelf(Identifier::mainApplication, [] { QApplication::exit(); });
   XdgWorkspace workspace;
+  SessionBusFileManager fileManager;
   config.setWorkspace(&workspace);
   QLJournalPackageFile::setDefaultPackageURLProvider([&config] { return config.configuredJournalFileURL(); });
   const UserDirectories& directories = UserDirectories::current();
@@ -246,6 +248,7 @@ int runQuillo(QApplication& application, SingleInstance& instance, const Argumen
          .text = {.defaults = defaults, .localCenter = NotificationCenter::localCenter(), .spellChecker = spellChecker},
          .draft = draft,
          .workspace = workspace,
+         .fileManager = fileManager,
          .weather = *weather,
          .makeLocationManager = [&defaults] { return onlineLocation(defaults); },
          .makeReader = [](const QLJournalPackageFile& package) -> std::unique_ptr<JournalReader> {

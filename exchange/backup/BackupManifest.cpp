@@ -23,6 +23,8 @@ constexpr QLatin1StringView filesKey{"files"};
 constexpr QLatin1StringView bytesKey{"bytes"};
 
 constexpr qsizetype digestLength = 32;
+// Of a text of checksums; far above that of the longest path.
+constexpr qsizetype longestLine = qsizetype{64} * 1024;
 
 // A line break in a name would end the line. sha256sum marks such lines with a backslash in front.
 QByteArray escaped(const std::string& path) {
@@ -97,25 +99,29 @@ QByteArray checksumText(const BackupChecksums& checksums) {
   return text;
 }
 
-std::optional<BackupChecksums> checksumsFromText(const QByteArray& text) {
-  BackupChecksums checksums;
+bool ChecksumTextReader::read(QByteArrayView part, const Take& take) {
+  m_rest += part;
+  qsizetype at = 0;
   // Each turn takes a line.
-  for (qsizetype at = 0; at < text.size();) {
-    const qsizetype end = text.indexOf('\n', at);
-    if (end < 0) return std::nullopt;
-    QByteArrayView line(text.constData() + at, end - at);
+  for (qsizetype end = m_rest.indexOf('\n'); end >= 0; end = m_rest.indexOf('\n', at)) {
+    if (!readLine(QByteArrayView(m_rest).sliced(at, end - at), take)) return false;
     at = end + 1;
-    const bool isEscaped = line.startsWith('\\');
-    if (isEscaped) line = line.sliced(1);
-    constexpr qsizetype hexLength = 2 * digestLength;
-    if (line.size() <= hexLength + 2 || line.sliced(hexLength, 2) != QByteArrayView("  ")) return std::nullopt;
-    const QByteArray digest = QByteArray::fromHex(line.first(hexLength).toByteArray());
-    const QByteArrayView name = line.sliced(hexLength + 2);
-    const auto path = isEscaped ? unescaped(name) : std::optional(name.toByteArray().toStdString());
-    if (digest.size() != digestLength || !path) return std::nullopt;
-    checksums[*path] = digest;
   }
-  return checksums;
+  m_rest.remove(0, at);
+  return m_rest.size() <= longestLine;
+}
+
+bool ChecksumTextReader::readLine(QByteArrayView line, const Take& take) {
+  const bool isEscaped = line.startsWith('\\');
+  if (isEscaped) line = line.sliced(1);
+  constexpr qsizetype hexLength = 2 * digestLength;
+  if (line.size() <= hexLength + 2 || line.sliced(hexLength, 2) != QByteArrayView("  ")) return false;
+  const QByteArray digest = QByteArray::fromHex(line.first(hexLength).toByteArray());
+  const QByteArrayView name = line.sliced(hexLength + 2);
+  const auto path = isEscaped ? unescaped(name) : std::optional(name.toByteArray().toStdString());
+  if (digest.size() != digestLength || !path || *path <= m_last) return false;
+  m_last = *path;
+  return take(*path, digest);
 }
 
 bool isEntryPath(const std::string& path) {

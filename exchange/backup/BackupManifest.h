@@ -4,8 +4,10 @@
 #include "foundation/Error.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -37,10 +39,24 @@ inline constexpr const char* checksums = "SHA256SUMS";
 
 // SHA-256 of each file by its path within the archive.
 using BackupChecksums = std::map<std::string, QByteArray>;
-// As the program sha256sum writes and checks it.
+// As the program sha256sum writes and checks it, in the order of the paths.
 [[nodiscard]] QByteArray checksumText(const BackupChecksums& checksums);
-// Nothing for what is no such text.
-[[nodiscard]] std::optional<BackupChecksums> checksumsFromText(const QByteArray& text);
+
+// Reads such a text in pieces: with all of a large journal's paths it is too large to be held beside them.
+class ChecksumTextReader {
+ public:
+  using Take = std::function<bool(const std::string& path, const QByteArray& digest)>;
+  // False where it is no such text, a path is not behind the one before, or `take` answers false.
+  bool read(QByteArrayView part, const Take& take);
+  // Whether it may end here.
+  [[nodiscard]] bool isAtEndOfLine() const { return m_rest.isEmpty(); }
+
+ private:
+  bool readLine(QByteArrayView line, const Take& take);
+
+  QByteArray m_rest;
+  std::string m_last;
+};
 
 // Whether a file by this path within the journal is an entry.
 [[nodiscard]] bool isEntryPath(const std::string& path);

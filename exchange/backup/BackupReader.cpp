@@ -230,16 +230,31 @@ bool BackupReader::readMember(Visitor& visitor, Error* error) {
 }
 
 bool BackupReader::checkSums(Error* error) {
-  const auto bytes = readSmallFile(largestChecksums, error);
-  if (!bytes) return false;
-  const auto wanted = checksumsFromText(*bytes);
-  if (!wanted) return damaged(u"its checksums cannot be read"_s, error);
-  for (const auto& [path, digest] : *wanted) {
+  const qint64 size = archive_entry_size(m_entry);
+  if (archive_entry_filetype(m_entry) != AE_IFREG || size > largestChecksums)
+    return damaged(shown(archive_entry_pathname(m_entry)) + u" cannot be so large"_s, error);
+  ChecksumTextReader reader;
+  QCryptographicHash hash(QCryptographicHash::Sha256);
+  size_t count = 0;
+  QString fault;
+  const auto check = [&](const std::string& path, const QByteArray& digest) {
     const auto found = m_checksums.find(path);
-    if (found == m_checksums.end()) return damaged(shown(path) + u" is missing"_s, error);
-    if (found->second != digest) return damaged(shown(path) + u" is not what was saved"_s, error);
-  }
-  return wanted->size() == m_checksums.size() || damaged(u"not every file has a checksum"_s, error);
+    if (found == m_checksums.end())
+      fault = shown(path) + u" is missing"_s;
+    else if (found->second != digest)
+      fault = shown(path) + u" is not what was saved"_s;
+    ++count;
+    return fault.isEmpty();
+  };
+  const auto unreadable = [&] { return damaged(fault.isEmpty() ? u"its checksums cannot be read"_s : fault, error); };
+  const auto take = [&](QByteArrayView part) {
+    hash.addData(part);
+    return reader.read(part, check) || unreadable();
+  };
+  if (!readData(size, take, error)) return false;
+  if (!reader.isAtEndOfLine()) return unreadable();
+  m_digestOfChecksums = hash.result();
+  return count == m_checksums.size() || damaged(u"not every file has a checksum"_s, error);
 }
 
 bool BackupReader::readAll(Visitor& visitor, const Progress& progress, Error* error) {

@@ -51,6 +51,8 @@ class BackupReader {
   [[nodiscard]] bool isStopped() const { return m_isStopped; }
   // Of every file that was read, by its path within the archive.
   [[nodiscard]] const BackupChecksums& checksums() const { return m_checksums; }
+  // SHA-256 of the text with the checksums; known when all was read.
+  [[nodiscard]] const QByteArray& digestOfChecksums() const { return m_digestOfChecksums; }
   // The folder of the journal within the archive; known when something in it was read.
   [[nodiscard]] const std::string& rootFolder() const { return m_root; }
 
@@ -82,6 +84,7 @@ class BackupReader {
   std::string m_root;
   std::set<std::string> m_folders;
   BackupChecksums m_checksums;
+  QByteArray m_digestOfChecksums;
   qint64 m_bytes{0};
   qint64 m_bytesOfPaths{0};
   Progress m_progress;

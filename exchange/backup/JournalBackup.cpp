@@ -116,10 +116,16 @@ class JournalBackup::Work {
       return false;
     for (const auto& [path, stamp] : m_files)
       if (!add(path, stamp)) return false;
-    if (!writer.addFile(BackupMember::checksums, 0600, checksumText(m_checksums), time(), error) || !writer.end(error))
-      return false;
+    if (!addChecksums() || !writer.end(error)) return false;
     if (::fsync(file.number()) != 0 || !file.close()) return fail(error, fileWriteError(errno, m_folder->path()));
     return true;
+  }
+
+  // Of them only their digest is kept: the look at what was written has its own.
+  bool addChecksums() {
+    const QByteArray text = checksumText(std::exchange(m_checksums, {}));
+    m_digestOfChecksums = QCryptographicHash::hash(text, QCryptographicHash::Sha256);
+    return m_writer->addFile(BackupMember::checksums, 0600, text, time(), &m_result.error);
   }
 
   [[nodiscard]] time_t time() const { return static_cast<time_t>(m_manifest.begun.timeIntervalSince1970()); }
@@ -227,7 +233,7 @@ class JournalBackup::Work {
     if (!reader || !reader->readAll(
                        nothingElse, [this](double done) { return tell(0.5 + 0.5 * done); }, &m_result.error))
       return false;
-    if (reader->manifest() == m_manifest && reader->checksums() == m_checksums) return true;
+    if (reader->manifest() == m_manifest && reader->digestOfChecksums() == m_digestOfChecksums) return true;
     return fail(&m_result.error,
                 cocoaError(ErrorCode::fileWriteUnknown,
                            m_folder->path() + u": what is there is not what was written; the disk may be bad"_s));
@@ -285,6 +291,7 @@ class JournalBackup::Work {
   QString m_temporary;
   TarWriter* m_writer{nullptr};
   BackupChecksums m_checksums;
+  QByteArray m_digestOfChecksums;
   qint64 m_done{0};
   qint64 m_all{0};
   bool m_isStopped{false};

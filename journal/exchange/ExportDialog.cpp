@@ -110,6 +110,8 @@ void ExportDialog::addPath() {
   m_pathRow = form().addRow(u"Where"_s, {m_path, choose});
   m_replace->setObjectName(u"replace"_s);
   m_replaceRow = form().addRow({}, {m_replace});
+  setTabOrder(m_path, choose);
+  setTabOrder(choose, m_replace);
   connect(choose, &QPushButton::clicked, this, &ExportDialog::choosePath);
   connect(m_path, &QLineEdit::textEdited, this, [this] { m_isSuggested = false; });
   connect(m_path, &QLineEdit::textChanged, this, &ExportDialog::pathDidChange);

@@ -104,6 +104,8 @@ void ImportDialog::addSource() {
     m_isFormatChosen = true;
     look();
   });
+  setTabOrder(m_source, chooseButton);
+  setTabOrder(chooseButton, m_format);
   // Whoever opens it has nothing else to do first.
   chooseButton->setFocus();
 }

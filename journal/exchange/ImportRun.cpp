@@ -74,6 +74,7 @@ ImportUndoOutcome undoLastImport(const QUrl& journal, BackgroundWork::Monitor& m
       .progress = [&](qint64 done, qint64 total) { monitor.progressed(u"Taking the import back"_s, done, total); },
       .isStopped = [&] { return monitor.isStopped(); }};
   const auto counts = package ? ImportUndo(*package).run(listener, &error) : std::nullopt;
+  outcome.isStopped = !counts && monitor.isStopped();
   if (counts)
     outcome.counts = *counts;
   else

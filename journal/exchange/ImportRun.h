@@ -44,6 +44,7 @@ struct ImportOutcome {
 
 struct ImportUndoOutcome {
   ImportUndo::Counts counts;
+  bool isStopped{false};
   // Why it, or the rest of it, was not taken back.
   std::optional<Error> error;
 };

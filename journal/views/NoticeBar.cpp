@@ -52,12 +52,6 @@ void NoticeBar::show(const QString& text, const QList<Action>& actions) {
     button->hide();
     button->deleteLater();
   }
-  m_fullText = text;
-  // Of a path with a reason, both ends say most.
-  const int room = std::max(shortestText, (parentWidget() ? parentWidget()->width() : 0) - roomForOthers -
-                                              static_cast<int>(actions.size()) * roomForButton);
-  m_text->setText(m_text->fontMetrics().elidedText(text, Qt::ElideMiddle, room));
-  m_text->setToolTip(m_text->text() == text ? QString() : text);
   for (const Action& action : actions) {
     auto* button = new QToolButton(this);
     button->setText(action.title);
@@ -69,14 +63,24 @@ void NoticeBar::show(const QString& text, const QList<Action>& actions) {
     layout()->addWidget(button);
     m_buttons << button;
   }
+  setText(text);
   applyColors();
   setVisible(true);
   m_timer.stop();
   if (actions.isEmpty()) m_timer.start();
-  setAccessibleName(text);
   if (!QAccessible::isActive()) return;
   QAccessibleEvent event(this, QAccessible::Alert);
   QAccessible::updateAccessibility(&event);
+}
+
+void NoticeBar::setText(const QString& text) {
+  m_fullText = text;
+  // Of a path with a reason, both ends say most.
+  const int room = std::max(shortestText, (parentWidget() ? parentWidget()->width() : 0) - roomForOthers -
+                                              static_cast<int>(m_buttons.size()) * roomForButton);
+  m_text->setText(m_text->fontMetrics().elidedText(text, Qt::ElideMiddle, room));
+  m_text->setToolTip(m_text->text() == text ? QString() : text);
+  setAccessibleName(text);
 }
 
 void NoticeBar::dismiss() {

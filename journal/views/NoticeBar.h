@@ -26,6 +26,8 @@ class NoticeBar : public QFrame {
   explicit NoticeBar(QWidget* parent = nullptr);
 
   void show(const QString& text, const QList<Action>& actions = {});
+  // Of the one that is shown, which goes on.
+  void setText(const QString& text);
   void dismiss();
   [[nodiscard]] QString text() const;
 

@@ -93,11 +93,7 @@ class JournalWindowTest : public EntryTest {
                        };
                      },
                      .makesTagsOfHashtags = [] { return true; },
-                     .showFile =
-                         [this](const QString& path) {
-                           shownFiles << path;
-                           return true;
-                         }}});
+                     .showFile = [this](const QString& path, const std::function<void()>&) { shownFiles << path; }}});
     window->show();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     return *window;
