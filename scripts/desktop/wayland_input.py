@@ -56,6 +56,9 @@ class VirtualInput:
             self._send(self._keyboard, 0, _words(1, len(_KEYMAP)), keymap.fileno())
         self.sync()
 
+    def close(self):
+        self._socket.close()
+
     def move(self, x, y):
         self._send(self._pointer, 1, _words(self._now(), int(x), int(y), *self._size))
         self._frame()

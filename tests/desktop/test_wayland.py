@@ -180,13 +180,18 @@ class WaylandEndTest(WaylandTestCase):
     def test_the_compositors_end_ends_the_agent_with_its_text_kept(self):
         self.open_by_icon()
         self.wait_keyboard(self.agent.pid)
-        self.input.type("written at the end")
-        run("swaymsg", "exit", check=False)
+        self.input.type("written")
+        # The draft tells that the agent has it.
+        draft = self.home / ".local/state/quillo/UnsavedEntry.plist"
+        wait_until(lambda: draft.exists() and "written" in draft.read_text(), "the draft")
+        self.input.type(" at the end")
+        WaylandTestCase.input.close()
         WaylandTestCase.input = None
+        run("swaymsg", "exit", check=False)
         self.agent.wait()
         # The last keys may still have been on their way.
         self.assertEqual(len(self.texts()), 1)
-        self.assertTrue(self.texts()[0] and "written at the end".startswith(self.texts()[0]), self.texts())
+        self.assertTrue("written at the end".startswith(self.texts()[0]), self.texts())
 
 
 def load_tests(loader, _tests, _pattern):
