@@ -183,7 +183,7 @@ class WaylandEndTest(WaylandTestCase):
         self.input.type("written")
         # The draft tells that the agent has it.
         draft = self.home / ".local/state/quillo/UnsavedEntry.plist"
-        wait_until(lambda: draft.exists() and "written" in draft.read_text(), "the draft")
+        wait_until(lambda: draft.exists() and b"written" in draft.read_bytes(), "the draft")
         self.input.type(" at the end")
         WaylandTestCase.input.close()
         WaylandTestCase.input = None
