@@ -19,14 +19,25 @@ static std::mutex lock;
 static std::function<void()> saveOnce;
 static QtMessageHandler handlerBefore = nullptr;
 
-static void saveOnMainThread(std::function<void()> save) {
-  if (QThread::currentThread() == QCoreApplication::instance()->thread()) return save();
-  // Qt may notice on a thread of its own. The main thread waits for nothing of that one for long.
+// On the main thread.
+static void saveNow() {
+  std::function<void()> save;
+  {
+    const std::lock_guard guard(lock);
+    save = std::exchange(saveOnce, nullptr);
+  }
+  if (save) save();
+}
+
+// Qt may notice the loss on a thread of its own, and the main thread at the same time: whichever comes first, the save
+// is done before either ends the process.
+static void saveFromAnyThread() {
+  if (QThread::currentThread() == QCoreApplication::instance()->thread()) return saveNow();
   const auto done = std::make_shared<QSemaphore>();
   QMetaObject::invokeMethod(
       QCoreApplication::instance(),
-      [save = std::move(save), done] {
-        save();
+      [done] {
+        saveNow();
         done->release();
       },
       Qt::QueuedConnection);
@@ -37,14 +48,7 @@ static void handleMessage(QtMsgType type, const QMessageLogContext& context, con
   const bool isLoss =
       std::any_of(std::begin(QtInternals::displayLossMessages), std::end(QtInternals::displayLossMessages),
                   [&text](QLatin1StringView beginning) { return text.startsWith(beginning); });
-  if (isLoss && QCoreApplication::instance()) {
-    std::function<void()> save;
-    {
-      const std::lock_guard guard(lock);
-      save = std::exchange(saveOnce, nullptr);
-    }
-    if (save) saveOnMainThread(std::move(save));
-  }
+  if (isLoss && QCoreApplication::instance()) saveFromAnyThread();
   if (handlerBefore) handlerBefore(type, context, text);
 }
 
