@@ -37,10 +37,14 @@ class TarWriter {
   struct Free {
     void operator()(archive* one) const;
   };
+  // The library's callback: writes all of the bytes, or notes the error.
+  static long write(archive* one, void* writer, const void* bytes, size_t size);
   bool failed(Error* error) const;
   bool addHeader(const std::string& path, mode_t type, mode_t mode, qint64 size, time_t modified, Error* error);
 
   int m_descriptor;
+  bool m_discards{false};
+  int m_errorNumber{0};  // of the first write that failed
   QString m_shownPath;
   std::unique_ptr<archive, Free> m_archive;
 };
