@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // Stands in a line for a piece that is not to be touched. No text has it: it is no character.
-constexpr QChar placeholder{0xFDD0};
+constexpr QChar keptPiece{0xFDD0};
 
 // A target with spaces or brackets in it needs marks around it.
 QString target(const QString& url) {
@@ -61,7 +61,7 @@ QString withMarks(const QString& line, QStringView mark, QStringView markdown) {
 
 // Names, links and the like first: the address of a page may hold every mark.
 QString inlineAsMarkdown(QString line) {
-  if (line.contains(placeholder)) return line;
+  if (line.contains(keptPiece)) return line;
   static const QRegularExpression colour(u"\\{([^{}|]*)\\|color:[^{}|]*\\}"_s);
   line.replace(colour, u"\\1"_s);
   static const QRegularExpression pieces(
@@ -81,7 +81,7 @@ QString inlineAsMarkdown(QString line) {
   while (matches.hasNext()) {
     const auto match = matches.next();
     rest += QStringView(line).sliced(end, match.capturedStart() - end);
-    rest += placeholder;
+    rest += keptPiece;
     kept << pieceAsMarkdown(match);
     end = match.capturedEnd();
   }
@@ -91,7 +91,7 @@ QString inlineAsMarkdown(QString line) {
   rest = withMarks(rest, u"__", u"_").replace(lineBreak, u"  \n"_s);
   QString whole;
   auto next = kept.cbegin();
-  for (const QChar c : rest) whole += c == placeholder ? *next++ : QString(c);
+  for (const QChar c : rest) whole += c == keptPiece ? *next++ : QString(c);
   // The line's own end breaks it.
   if (whole.endsWith(u'\n')) whole.chop(1);
   return whole;

@@ -4,8 +4,8 @@
 #include "controls/look/JournalColors.h"
 #include "preferences/controls/Form.h"
 #include "preferences/controls/FormStyle.h"
+#include "preferences/controls/Problem.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QEvent>
 #include <QHBoxLayout>
@@ -136,11 +136,8 @@ void ExchangeDialog::showProgress(const QString& what, qint64 done, qint64 total
 }
 
 void ExchangeDialog::setProblem(const QString& text) {
-  m_problem->setText(text);
   m_problem->setVisible(!text.isEmpty());
-  if (text.isEmpty() || !QAccessible::isActive()) return;
-  QAccessibleEvent event(m_problem, QAccessible::Alert);
-  QAccessible::updateAccessibility(&event);
+  showProblem(*m_problem, text);
 }
 
 void ExchangeDialog::reject() {

@@ -6,9 +6,9 @@
 #include "journal/versions/VersionWords.h"
 #include "preferences/controls/ChoiceBox.h"
 #include "preferences/controls/FormStyle.h"
+#include "preferences/controls/Problem.h"
 #include "qlcore/TextDifference.h"
 
-#include <QAccessible>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -244,11 +244,8 @@ void VersionsDialog::setAtWork(bool isAtWork) {
 }
 
 void VersionsDialog::setProblem(const QString& text) {
-  m_problem->setText(text);
   m_problem->setVisible(!text.isEmpty());
-  if (text.isEmpty() || !QAccessible::isActive()) return;
-  QAccessibleEvent event(m_problem, QAccessible::Alert);
-  QAccessible::updateAccessibility(&event);
+  showProblem(*m_problem, text);
 }
 
 void VersionsDialog::applyColors() {

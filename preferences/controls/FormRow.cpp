@@ -1,8 +1,8 @@
 #include "preferences/controls/FormRow.h"
 
 #include "controls/Fonts.h"
+#include "preferences/controls/Problem.h"
 
-#include <QAccessible>
 #include <QCheckBox>
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -67,13 +67,9 @@ void FormRow::setNote(const QString& text) {
 
 void FormRow::setError(const QString& text) {
   if (text == error()) return;
-  m_error->setText(text);
   m_error->setVisible(!text.isEmpty());
-  if (!m_firstField) return;
-  m_firstField->setAccessibleDescription(text);
-  if (text.isEmpty() || !QAccessible::isActive()) return;
-  QAccessibleEvent event(m_error, QAccessible::Alert);
-  QAccessible::updateAccessibility(&event);
+  if (m_firstField) m_firstField->setAccessibleDescription(text);
+  showProblem(*m_error, text);
 }
 
 QString FormRow::note() const {

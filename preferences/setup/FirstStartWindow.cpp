@@ -4,13 +4,14 @@
 #include "controls/look/JournalColors.h"
 #include "preferences/controls/FormRow.h"
 #include "preferences/controls/FormStyle.h"
+#include "preferences/controls/Problem.h"
 #include "preferences/controls/ReminderRuleEditor.h"
 #include "preferences/setup/JournalStep.h"
 #include "preferences/setup/KeyStep.h"
 #include "preferences/setup/StepDots.h"
 #include "preferences/setup/StepHeader.h"
 
-#include <QAccessible>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -171,11 +172,8 @@ void FirstStartWindow::setBusy(bool isBusy) {
 }
 
 void FirstStartWindow::setProblem(const QString& text) {
-  m_problem->setText(text);
   m_problem->setVisible(!text.isEmpty());
-  if (text.isEmpty() || !QAccessible::isActive()) return;
-  QAccessibleEvent event(m_problem, QAccessible::Alert);
-  QAccessible::updateAccessibility(&event);
+  showProblem(*m_problem, text);
 }
 
 void FirstStartWindow::finish() {

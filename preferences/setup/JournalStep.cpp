@@ -4,10 +4,10 @@
 #include "foundation/UserDirectories.h"
 #include "preferences/controls/ChoiceCard.h"
 #include "preferences/controls/FormRow.h"
+#include "preferences/controls/Problem.h"
 #include "qlcore/JournalChoice.h"
 #include "qlcore/QLJournalPackageFile.h"
 
-#include <QAccessible>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPushButton>
@@ -80,10 +80,7 @@ void JournalStep::show() {
 }
 
 void JournalStep::setProblem(const QString& text) {
-  m_problem->setText(text);
-  if (text.isEmpty() || !QAccessible::isActive()) return;
-  QAccessibleEvent event(m_problem, QAccessible::Alert);
-  QAccessible::updateAccessibility(&event);
+  showProblem(*m_problem, text);
 }
 
 void JournalStep::chooseFolder() {
